@@ -1,0 +1,23 @@
+// The platform in use: one backend per seam class. The process starts with Linux's; tests install scripted ones.
+#pragma once
+
+namespace platform {
+
+class Clock;
+class Console;
+class CreationGate;
+class FileStore;
+class Terminal;
+
+struct Backends {
+    Terminal *terminal;
+    Clock *clock;
+    Console *console;
+    FileStore *files;
+    CreationGate *objects;
+};
+
+/// The backends in use. Never holds a null pointer.
+Backends &backends() noexcept;
+
+} // namespace platform

@@ -1,0 +1,25 @@
+// The texts inside property list elements.
+#pragma once
+
+#include "platform/corefoundation/handle_table.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+bool isXmlSpace(std::string_view text) noexcept;
+
+/// Appends text with its character references and XML's five entities resolved; false at any other use of "&".
+bool appendResolved(std::string &out, std::string_view text);
+
+/// None when the text is not wholly of that kind; white space around it is left out.
+std::optional<Number> integerOf(std::string_view text) noexcept;
+std::optional<Number> realOf(std::string_view text) noexcept;
+/// YYYY-MM-DDThh:mm:ssZ
+std::optional<Date> dateOf(std::string_view text);
+/// Base 64, with white space anywhere.
+std::optional<Data> dataOf(std::string_view text);
+
+} // namespace platform

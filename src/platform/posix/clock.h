@@ -1,0 +1,20 @@
+// The seam to time.
+#pragma once
+
+namespace platform {
+
+class Clock {
+public:
+    virtual ~Clock() = default;
+    /// Waits; returns early only when a stop is requested.
+    virtual void sleep(unsigned seconds) = 0;
+};
+
+} // namespace platform
+
+namespace posix {
+
+/// Waits whole seconds; returns at once when a stop is requested.
+void sleep(unsigned seconds);
+
+} // namespace posix

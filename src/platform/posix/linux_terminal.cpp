@@ -1,0 +1,72 @@
+#include "platform/linux_backends.h"
+#include "platform/posix/stop.h"
+#include "platform/posix/terminal.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+/// Repeats a call that a signal interrupted, unless that signal is a stop.
+template <typename Call> auto retried(Call call) {
+    for (;;) {
+        auto result = call();
+        if (result >= 0 || errno != EINTR || stopRequested()) return result;
+    }
+}
+
+class LinuxTerminal final : public Terminal {
+public:
+    int open(const char *path, int flags) override {
+        return retried([&] { return ::open(path, flags | O_NOCTTY | O_CLOEXEC); });
+    }
+
+    // Linux gives the descriptor up even when a signal interrupts close: a second try could close someone else's.
+    int close(int fd) override { return ::close(fd); }
+
+    ssize_t read(int fd, void *buffer, size_t size) override {
+        return retried([&] { return ::read(fd, buffer, size); });
+    }
+
+    ssize_t write(int fd, const void *bytes, size_t size) override {
+        return retried([&] { return ::write(fd, bytes, size); });
+    }
+
+    int setStatusFlags(int fd, int flags) override { return ::fcntl(fd, F_SETFL, flags); }
+
+    int ioctl(int fd, unsigned long request, int *argument) override { return ::ioctl(fd, request, argument); }
+
+    int tcgetattr(int fd, termios *attributes) override { return ::tcgetattr(fd, attributes); }
+
+    int tcsetattr(int fd, int when, const termios *attributes) override {
+        return retried([&] { return ::tcsetattr(fd, when, attributes); });
+    }
+
+    int tcdrain(int fd) override {
+        return retried([&] { return ::tcdrain(fd); });
+    }
+
+    int tcflush(int fd, int queue) override { return ::tcflush(fd, queue); }
+
+    // A device may have several nodes: its number tells it, not the node.
+    int identify(int fd, DeviceIdentity *identity) override {
+        struct stat status;
+        if (::fstat(fd, &status) != 0) return -1;
+        *identity =
+            S_ISCHR(status.st_mode) ? DeviceIdentity{status.st_rdev, 0} : DeviceIdentity{status.st_dev, status.st_ino};
+        return 0;
+    }
+};
+
+} // namespace
+
+Terminal &linuxTerminal() noexcept {
+    static LinuxTerminal terminal;
+    return terminal;
+}
+
+} // namespace platform

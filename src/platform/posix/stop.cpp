@@ -1,0 +1,99 @@
+#include "platform/posix/stop.h"
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <sched.h>
+#include <sys/eventfd.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+enum State : int { kIdle, kRunning, kStopped };
+
+// All of it is used in signal handlers.
+std::atomic<int> state{kIdle};
+std::atomic<int> event{-1};     // made at the first call of a process
+std::atomic<pid_t> process{0};  // whose call is in progress
+std::atomic<pid_t> caller{0};   // its thread
+std::atomic<int> requests{0};   // requestStop()s under way
+std::atomic<int> wakeSignal{0}; // chosen at the first need
+static_assert(std::atomic<int>::is_always_lock_free);
+
+pid_t currentThread() noexcept { return static_cast<pid_t>(::syscall(SYS_gettid)); }
+
+void ignoreSignal(int) {}
+
+/// The highest real-time signal that nobody handles, taken with an empty handler; 0 when there is none.
+int chooseWakeSignal() noexcept {
+    for (int number = SIGRTMAX; number >= SIGRTMIN; --number) {
+        struct sigaction action;
+        if (::sigaction(number, nullptr, &action) != 0 || (action.sa_flags & SA_SIGINFO) != 0) continue;
+        if (action.sa_handler == ignoreSignal) return number;
+        if (action.sa_handler != SIG_DFL) continue;
+        action = {};
+        action.sa_handler = ignoreSignal; // without SA_RESTART: a blocked system call returns
+        if (::sigaction(number, &action, nullptr) == 0) return number;
+    }
+    return 0;
+}
+
+void wakeCaller() noexcept {
+    const pid_t thread = caller;
+    if (thread == currentThread()) return; // in a handler on that thread: its system call is interrupted already
+    if (wakeSignal == 0) wakeSignal = chooseWakeSignal();
+    if (const int number = wakeSignal; number != 0) ::syscall(SYS_tgkill, process.load(), thread, number);
+}
+
+void drainEvent() noexcept {
+    uint64_t count = 0;
+    [[maybe_unused]] ssize_t ignored = ::read(event, &count, sizeof count);
+}
+
+} // namespace
+
+void beginCall() noexcept {
+    // A child of fork() shares the descriptor with its parent, and takes along the counts of threads that it does not have.
+    if (const pid_t now = ::getpid(); now != process) {
+        requests = 0;
+        if (event >= 0) ::close(event.exchange(-1));
+        process = now;
+    }
+    if (event < 0) event = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    caller = currentThread();
+    state = kRunning;
+}
+
+void endCall() noexcept {
+    state = kIdle;
+    // Once no request is under way, nothing of this call can reach the next one; the read also takes a signal just sent.
+    while (requests != 0)
+        ::sched_yield();
+    if (event >= 0) drainEvent();
+}
+
+void requestStop() noexcept {
+    const int savedErrno = errno;
+    ++requests;
+    if (state != kIdle && process == ::getpid()) {
+        int expected = kRunning;
+        if (state.compare_exchange_strong(expected, kStopped) && event >= 0) {
+            const uint64_t one = 1;
+            [[maybe_unused]] ssize_t ignored = ::write(event, &one, sizeof one);
+        }
+        // A repeated request wakes the thread again: the signal before may have come just ahead of a blocking call.
+        if (expected != kIdle) wakeCaller();
+    }
+    --requests;
+    errno = savedErrno;
+}
+
+bool stopRequested() noexcept { return state == kStopped; }
+
+int stopDescriptor() noexcept { return event; }
+
+} // namespace platform

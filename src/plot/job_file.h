@@ -1,0 +1,11 @@
+// The job file: an XML property list that describes a print job.
+#pragma once
+
+#include <cstdint>
+
+extern "C" {
+
+/// Reads the file that ORB_JobFileRef names into the record: presets first, then the values of the keys that are present.
+/// Returns the last File Manager code. ORB_errorID: 22007, or 37001 for every failure (some of which return 0).
+int32_t ORB_readJobFile();
+}

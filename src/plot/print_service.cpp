@@ -1,0 +1,58 @@
+#include "plot/print_service.h"
+
+#include "platform/corefoundation/corefoundation.h"
+#include "platform/posix/console.h"
+#include "plot/job_report.h"
+#include "plot/plot_sender.h"
+#include "serial/link.h"
+#include "service/state.h"
+
+namespace {
+
+using plot::noteFailure;
+using plot::noteStop;
+
+bool failed(int32_t result) { return result != 0 || answer().ORB_errorID != kORB_NoError; }
+
+int32_t printOverSerial() {
+    ORB_ServiceRecord &record = answer();
+    int32_t result = ORB_SerialopenPort();
+    if (failed(result)) {
+        posix::printf("[ORB_SerialopenPort] returns an error %d\n", result);
+        posix::printf("[main] & ORB_error ID %d\n", record.ORB_errorID);
+        noteFailure(record.ORB_errorID, result);
+        noteStop(kORB_StopNoLink);
+        return result;
+    }
+    CFStringGetCString(record.ORB_CFSTR_bsdIn_VectorixDevice, gORB_bsdPath, sizeof gORB_bsdPath, kCFStringEncodingASCII);
+    if (!portIsOpen()) {
+        // The path is not ASCII. The record says nothing of it: the report does.
+        noteFailure(kORB_ErrorPathNameTooLong, 0);
+        noteStop(kORB_StopUnconvertible);
+        return 0;
+    }
+    result = ORB_readPlotFile2Write();
+    if (failed(result)) {
+        posix::printf("[ORB_VectorixService17] [ORB_readPlotFile2Write] returns an error %d\n", result);
+        posix::printf("[[ORB_VectorixService17] ] & ORB_error ID %d\n", record.ORB_errorID);
+    }
+    result = ORB_VectorixService6();
+    if (failed(result)) {
+        posix::printf("[ORB_VectorixService17] [ORB_VectorixService6] returns an error %d\n", result);
+        posix::printf("[[ORB_VectorixService17] ] & ORB_error ID %d\n", record.ORB_errorID);
+        return result;
+    }
+    return 0;
+}
+
+} // namespace
+
+extern "C" int32_t ORB_VectorixService17() {
+    plot::beginReport();
+    if (answer().ORB_OutputMethode == kORB_OSX_METHOD_SERIAL) return printOverSerial();
+    // No other link is built: no plotter is found on it.
+    answer().ORB_errorID = kORB_ErrorNoPlotter;
+    noteFailure(kORB_ErrorNoPlotter, 0);
+    noteStop(kORB_StopNoLink);
+    return 0;
+}

@@ -1,0 +1,115 @@
+// The open sequence, the start-up bytes, the write and the close.
+#include "serial/link.h"
+
+#include "platform/corefoundation/corefoundation.h"
+#include "platform/posix/clock.h"
+#include "platform/posix/console.h"
+#include "platform/posix/terminal.h"
+#include "serial/open_ports.h"
+#include "service/state.h"
+#include "service/status_text.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace {
+
+constexpr int32_t kEmulationWithStartup = 17008;
+constexpr char kStartup[] = {';', ':'};
+
+CFStringRef handshakeText(int32_t lines) {
+    auto state = [lines](int line) { return (lines & line) != 0 ? "ON" : "OFF"; };
+    return CFStringCreateWithFormat("Handshake lines currently set to %d, DTR : %s DSR : %s RTS : %s CTS : %s CAR : %s",
+                                    lines, state(TIOCM_DTR), state(TIOCM_DSR), state(TIOCM_RTS), state(TIOCM_CTS),
+                                    state(TIOCM_CAR));
+}
+
+void reportHandshake(int fd) {
+    int lines = 0;
+    if (posix::ioctl(fd, TIOCMGET, &lines) != -1) {
+        deferStatus(handshakeText, lines);
+    } else {
+        const int error = errno;
+        setStatusFormat("[Vectorix Foundation] :error getting handshake line %s - %s(%d)", gORB_bsdPath, strerror(error),
+                        error);
+    }
+}
+
+} // namespace
+
+int32_t ORB_SerialopenPort() {
+    answer().ORB_portFD = -1;
+    answer().ORB_errorID = kORB_NoError;
+    const CFStringRef path = answer().ORB_CFSTR_bsdIn_VectorixDevice;
+    if (CFGetTypeID(path) != CFStringGetTypeID()) {
+        answer().ORB_errorID = kORB_SerialTools_errorNoBSDIn;
+        return -1;
+    }
+    if (!CFStringGetCString(path, gORB_bsdPath, sizeof gORB_bsdPath, kCFStringEncodingASCII)) return 0;
+
+    ORB_Serialopen_Keyspan2Write();
+    if (answer().ORB_errorID == kORB_NoError) {
+        ORB_Serial_initPlotter();
+        return 0;
+    }
+    if (portIsOpen()) serial::closePort(answer().ORB_portFD);
+    answer().ORB_portFD = -1;
+    return 0;
+}
+
+void ORB_Serial_initPlotter() {
+    if (answer().ORB_EmulationID != kEmulationWithStartup) return;
+    if (posix::write(answer().ORB_portFD, kStartup, sizeof kStartup) == -1) {
+        answer().ORB_errorID = kORB_ErrorUnvalidPort;
+        setStatus("kORB_Serial_initPlotter=>ORB_ErrorWritingPort : numBytes == -1");
+    } else {
+        answer().ORB_errorID = kORB_NoError;
+    }
+}
+
+int32_t ORB_SerialwritePlotter() {
+    LinkWrite &outcome = gORB_FoundationStruct.lastWrite;
+    errno = 0;
+    if (!portIsOpen()) {
+        posix::printf("ORB_SerialwritePlotter kORB_ErrorUnvalidPort, kernResult = %d \n", 0);
+        answer().ORB_errorID = kORB_ErrorUnvalidPort;
+        outcome = {0, EBADF};
+        return 0;
+    }
+    const int fd = answer().ORB_portFD;
+    reportHandshake(fd);
+
+    // A host may fill the whole buffer and leave no room for the NUL.
+    const size_t size = strnlen(answer().ORB_writeBuffer, sizeof answer().ORB_writeBuffer);
+    const ssize_t taken = posix::write(fd, answer().ORB_writeBuffer, size);
+    int error = errno;
+    if (taken == -1) {
+        outcome = {0, error};
+        setStatusFormat("write returned errno %d", error);
+    } else {
+        outcome = {taken, static_cast<size_t>(taken) < size ? EAGAIN : 0};
+    }
+    if (posix::tcdrain(fd) == -1) {
+        error = errno;
+        setStatus("[Vectorix Foundation] : tcdrain error at writing on serial port !");
+    }
+    answer().ORB_errorID = taken == -1 ? kORB_ErrorUnvalidPort : kORB_NoError;
+    errno = error; // callers put it into their texts
+    return 0;
+}
+
+int32_t ORB_SerialclosePort() {
+    if (portIsOpen()) {
+        const int fd = answer().ORB_portFD;
+        if (posix::tcdrain(fd) == -1) {
+            const int error = errno;
+            setStatusFormat("Error waiting for drain - %s(%d)", strerror(error), error);
+        }
+        posix::sleep(2);
+        posix::ioctl(fd, TIOCNXCL);
+        serial::closePort(fd);
+        answer().ORB_errorID = kORB_NoError;
+    }
+    answer().ORB_portFD = -1;
+    return 0;
+}

@@ -1,0 +1,84 @@
+#include "serial/open_ports.h"
+
+#include "platform/posix/stop.h"
+#include "platform/posix/terminal.h"
+#include "service/state.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <new>
+#include <vector>
+
+namespace serial {
+
+namespace {
+
+struct Port {
+    int fd;
+    platform::DeviceIdentity device;
+};
+
+std::vector<Port> openPorts;
+std::vector<platform::DeviceIdentity> openedInThisCall;
+
+/// False when the host has closed the descriptor, and perhaps got its number for something of its own.
+bool stillOurs(const Port &port) {
+    platform::DeviceIdentity now;
+    return posix::identify(port.fd, &now) == 0 && now == port.device;
+}
+
+bool wasOpenedInThisCall(const platform::DeviceIdentity &device) {
+    return std::find(openedInThisCall.begin(), openedInThisCall.end(), device) != openedInThisCall.end();
+}
+
+} // namespace
+
+int openPort(int flags) noexcept {
+    int fd = posix::open(gORB_bsdPath, flags);
+    if (fd > INT16_MAX) {
+        posix::close(fd);
+        errno = EMFILE;
+        return -1;
+    }
+    if (fd >= 0) noteOpened(fd);
+    return fd;
+}
+
+void closePort(int fd) noexcept {
+    if (platform::stopRequested()) posix::tcflush(fd, TCOFLUSH);
+    posix::close(fd);
+    noteClosed(fd);
+}
+
+void noteOpened(int fd) noexcept {
+    Port port{fd, {}};
+    if (fd == 0 || posix::identify(fd, &port.device) != 0) return;
+    noteClosed(fd); // the host may have closed an earlier port of this number
+    try {
+        openPorts.push_back(port);
+        if (!wasOpenedInThisCall(port.device)) openedInThisCall.push_back(port.device);
+    } catch (const std::bad_alloc &) {
+        // A port that is not noted is only never closed for the host.
+    }
+}
+
+void noteClosed(int fd) noexcept {
+    std::erase_if(openPorts, [fd](const Port &port) { return port.fd == fd; });
+}
+
+void beginCall() noexcept { openedInThisCall.clear(); }
+
+void endCall(int keptFD) noexcept {
+    for (size_t i = openPorts.size(); i-- > 0;) {
+        const Port port = openPorts[i];
+        if (!stillOurs(port)) {
+            noteClosed(port.fd);
+        } else if (port.fd != keptFD && wasOpenedInThisCall(port.device)) {
+            closePort(port.fd);
+        }
+    }
+    openedInThisCall.clear();
+}
+
+} // namespace serial

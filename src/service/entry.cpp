@@ -1,0 +1,112 @@
+// The entry and its table of services: the one file that knows all subsystems.
+#include "orb/vectorix.h"
+
+#include "platform/corefoundation/corefoundation.h"
+#include "platform/posix/console.h"
+#include "platform/posix/stop.h"
+#include "plot/print_service.h"
+#include "serial/link.h"
+#include "serial/open_ports.h"
+#include "service/services.h"
+#include "service/state.h"
+#include "service/status_text.h"
+
+CFBooleanRef gORB_verboseBasicMode = 0;
+CFBooleanRef gORB_verboseListMode = 0;
+CFBooleanRef gORB_verbosePlotMode = 0;
+CFBooleanRef gORB_verboseReadMode = 0;
+
+namespace {
+
+/// What belongs to one call of the entry, from its record's arrival to its return.
+class Call {
+public:
+    Call() noexcept {
+        platform::beginCall();
+        platform::beginObjectEpoch();
+        beginStatusDeferral();
+        serial::beginCall();
+    }
+    Call(const Call &) = delete;
+    Call &operator=(const Call &) = delete;
+
+    /// Before the record is handed back: its status text becomes a string, and ports that it does not hold are closed.
+    ~Call() {
+        endStatusDeferral();
+        serial::endCall(answer().ORB_portFD);
+        platform::endObjectEpoch();
+        posix::flushConsole();
+        platform::endCall();
+    }
+};
+
+void presetNoError() { answer().ORB_errorID = kORB_NoError; }
+void presetZero() { answer().ORB_errorID = 0; }
+
+void presetUnknown() {
+    answer().ORB_lastService = 0;
+    answer().ORB_errorID = 0;
+}
+
+void showPrintFailure(int32_t result) {
+    if (result == 0 && answer().ORB_errorID == kORB_NoError) return;
+    posix::printf("[main] ORB_VectorixService17 returns an error %d\n", result);
+    posix::printf("[main] & ORB_error ID %d\n", answer().ORB_errorID);
+}
+
+/// One row of the table of services. What a row leaves out is not done.
+struct Service {
+    uint32_t number;
+    void (*preset)() = nullptr; ///< sets fields before anything else
+    const char *lines[2] = {};  ///< printed before the call
+    int32_t (*call)() = nullptr;
+    void (*afterwards)(int32_t result) = nullptr;
+};
+
+constexpr Service kServices[] = {
+    {1, presetNoError},
+    {4, nullptr, {" [S4] called by ORB Vectorix.  this is a ghost : it does nothing"}},
+    {5, presetNoError, {" [S5] called by ORB Vectorix"}, ORB_VectorixService5},
+    {6, presetNoError, {" [S6] called by ORB Vectorix, but this service is a ghost : it does nothing"}},
+    {12},
+    {14, presetZero, {" [S14] called by ORB Vectorix"}, ORB_VectorixService14},
+    {17, presetNoError, {" [S17] called by ORB Vectorix"}, ORB_VectorixService17, showPrintFailure},
+    {18,
+     nullptr,
+     {" [S18] called by ORB Vectorix",
+      "[VECTORIX FOUNDATION] : ORB_VectorixService18 does nothing at this stage of developements"}},
+};
+constexpr Service kUnknownService = {0, presetUnknown};
+
+const Service &findService(uint32_t number) {
+    for (const Service &service : kServices) {
+        if (service.number == number) return service;
+    }
+    return kUnknownService;
+}
+
+void run(const Service &service) {
+    if (service.preset) service.preset();
+    for (const char *line : service.lines) {
+        if (line) posix::puts(line);
+    }
+    if (!service.call) return;
+    int32_t result = service.call();
+    if (service.afterwards) service.afterwards(result);
+}
+
+} // namespace
+
+extern "C" ORB_ServiceRecord ORB_getVectorixCS2(ORB_ServiceRecord record) {
+    answer() = record;
+    gORB_verboseBasicMode = kCFBooleanTrue;
+    gORB_verboseListMode = kCFBooleanTrue;
+    gORB_verbosePlotMode = kCFBooleanTrue;
+    gORB_verboseReadMode = kCFBooleanFalse;
+    {
+        Call call;
+        run(findService(answer().ORB_serviceNumber));
+    }
+    gORB_FoundationAnswer = answer();
+    return gORB_FoundationAnswer;
+}

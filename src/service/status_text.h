@@ -1,0 +1,27 @@
+// The status text of the record, ORB_CFSTR_message.
+#pragma once
+
+#include "orb/vectorix.h"
+
+#include <cstdint>
+
+/// Puts next into a string field of the record. The old string stays the host's to release, unless it was made in this same
+/// call of the entry: then no host can have seen it, and it is freed.
+void replaceString(CFStringRef &field, CFStringRef next) noexcept;
+
+/// Empties the status text.
+void clearStatus() noexcept;
+
+/// A text of static storage duration.
+void setStatus(const char *text) noexcept;
+
+__attribute__((format(printf, 1, 2))) void setStatusFormat(const char *format, ...) noexcept;
+
+/// Sets a text that depends on one number. Within a call of the entry only the number is kept, and the text is made when the
+/// call ends: a text that changes with every piece costs nothing until somebody can see it.
+using StatusMaker = CFStringRef (*)(int32_t value);
+void deferStatus(StatusMaker maker, int32_t value) noexcept;
+
+/// Brackets a call of the entry.
+void beginStatusDeferral() noexcept;
+void endStatusDeferral() noexcept;

@@ -1,0 +1,254 @@
+#include "support/scripted.h"
+
+#include "platform/posix/stop.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/time.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+struct Call {
+    Call() { platform::beginCall(); }
+    ~Call() { platform::endCall(); }
+};
+
+/// Both ends of a pseudo-terminal: the line as the plug-in opens it, and what a plotter would hold.
+struct Pty {
+    Pty() : far(posix_openpt(O_RDWR | O_NOCTTY)) {
+        grantpt(far);
+        unlockpt(far);
+        path = ptsname(far);
+        line = posix::open(path.c_str(), O_RDWR);
+        termios raw;
+        posix::tcgetattr(line, &raw);
+        cfmakeraw(&raw);
+        posix::tcsetattr(line, TCSANOW, &raw);
+    }
+    ~Pty() {
+        posix::close(line);
+        ::close(far);
+    }
+    int far, line;
+    std::string path;
+};
+
+/// Repeats a stop, as hosts do, until its owner has seen the end of what was to be stopped.
+class Stopper {
+public:
+    explicit Stopper(std::function<void()> stop)
+        : thread_([this, stop] {
+              while (!done_) {
+                  stop();
+                  ::poll(nullptr, 0, 1);
+              }
+          }) {}
+    ~Stopper() {
+        done_ = true;
+        thread_.join();
+    }
+
+private:
+    std::atomic<bool> done_{false};
+    std::thread thread_;
+};
+
+TEST(Stop, LivesFromTheRequestToTheEndOfTheCall) {
+    platform::requestStop();
+    EXPECT_FALSE(platform::stopRequested()) << "no call in progress";
+    {
+        Call call;
+        EXPECT_FALSE(platform::stopRequested());
+        pollfd stop{platform::stopDescriptor(), POLLIN, 0};
+        EXPECT_EQ(::poll(&stop, 1, 0), 0);
+        platform::requestStop();
+        platform::requestStop();
+        EXPECT_TRUE(platform::stopRequested());
+        EXPECT_EQ(::poll(&stop, 1, 0), 1);
+    }
+    EXPECT_FALSE(platform::stopRequested());
+    Call call;
+    EXPECT_FALSE(platform::stopRequested());
+    pollfd stop{platform::stopDescriptor(), POLLIN, 0};
+    EXPECT_EQ(::poll(&stop, 1, 0), 0);
+}
+
+TEST(Stop, WhatCanBlockFailsAtOnceWithoutTouchingTheLine) {
+    scripted::Platform scripted;
+    Call call;
+    platform::requestStop();
+    termios attributes = {};
+    char c = 0;
+    const auto interrupted = [](auto result) { return result == -1 && errno == EINTR; };
+    EXPECT_TRUE(interrupted(posix::open("/dev/ttyS0", O_RDWR)));
+    EXPECT_TRUE(interrupted(posix::write(5, "x", 1)));
+    EXPECT_TRUE(interrupted(posix::read(5, &c, 1)));
+    EXPECT_TRUE(interrupted(posix::tcdrain(5)));
+    EXPECT_TRUE(interrupted(posix::tcsetattr(5, TCSADRAIN, &attributes)));
+    posix::sleep(1000);
+    EXPECT_EQ(scripted.log, scripted::Log());
+}
+
+TEST(Stop, FromAnotherThreadEndsASleep) {
+    Call call;
+    Stopper stopper(platform::requestStop);
+    posix::sleep(1000);
+    EXPECT_TRUE(platform::stopRequested());
+}
+
+TEST(Stop, FromASignalHandlerEndsASleep) {
+    struct sigaction action = {}, before;
+    action.sa_handler = [](int) { platform::requestStop(); };
+    sigaction(SIGUSR1, &action, &before);
+    {
+        Call call;
+        const pthread_t self = pthread_self();
+        Stopper stopper([self] { pthread_kill(self, SIGUSR1); });
+        posix::sleep(1000);
+        EXPECT_TRUE(platform::stopRequested());
+    }
+    sigaction(SIGUSR1, &before, nullptr);
+}
+
+TEST(Stop, FromAnotherThreadEndsBlockedTerminalCalls) {
+    Pty pty;
+    const std::string text(1 << 20, 'x');
+    char c;
+    const struct {
+        const char *what;
+        std::function<ssize_t()> block;
+    } cases[] = {
+        {"write", [&] { return posix::write(pty.line, text.data(), text.size()); }}, // nobody reads at the far end
+        {"write to a full line", [&] { return posix::write(pty.line, text.data(), text.size()); }},
+        {"read", [&] { return posix::read(pty.line, &c, 1); }},
+    };
+    for (const auto &blocked : cases) {
+        Call call;
+        Stopper stopper(platform::requestStop);
+        EXPECT_LT(blocked.block(), ssize_t(text.size())) << blocked.what;
+        EXPECT_TRUE(platform::stopRequested()) << blocked.what;
+    }
+}
+
+std::atomic<int> alarms{0};
+
+TEST(Stop, OtherSignalsInterruptNothing) {
+    struct sigaction action = {}, before;
+    action.sa_handler = [](int) {
+        if (++alarms == 300) platform::requestStop();
+    };
+    sigaction(SIGALRM, &action, &before);
+    const itimerval often = {{0, 300}, {0, 300}}, never = {};
+    {
+        Call call;
+        alarms = 0;
+        setitimer(ITIMER_REAL, &often, nullptr);
+        posix::sleep(1000);
+        EXPECT_GE(alarms, 300); // the signals before the one that stops did not end it
+    }
+
+    Pty pty;
+    const std::string text(1 << 20, 'x');
+    std::thread plotter([&] {
+        std::string sink(997, '\0');
+        for (size_t got = 0; got < text.size();) {
+            const ssize_t count = ::read(pty.far, sink.data(), sink.size());
+            if (count > 0) got += static_cast<size_t>(count);
+        }
+    });
+    size_t sent = 0;
+    while (sent < text.size()) {
+        const ssize_t count = posix::write(pty.line, text.data() + sent, text.size() - sent);
+        EXPECT_GT(count, 0) << strerror(errno);
+        if (count <= 0) break;
+        sent += static_cast<size_t>(count);
+    }
+    EXPECT_EQ(posix::tcdrain(pty.line), 0);
+    plotter.join();
+
+    setitimer(ITIMER_REAL, &never, nullptr);
+    sigaction(SIGALRM, &before, nullptr);
+}
+
+TEST(Stop, RequestsAroundTheEndOfCallsNeverReachTheNextCallAfterTheyReturned) {
+    Stopper stopper([] {
+        for (int i = 0; i < 100; ++i)
+            platform::requestStop();
+    });
+    for (int i = 0; i < 20'000; ++i) {
+        platform::beginCall();
+        platform::endCall();
+        ASSERT_FALSE(platform::stopRequested());
+        pollfd stop{platform::stopDescriptor(), POLLIN, 0};
+        ASSERT_EQ(::poll(&stop, 1, 0), 0) << "left readable after the call";
+    }
+}
+
+TEST(Terminal, OpenIsPrivateAndIdentityFollowsTheDevice) {
+    Pty pty, other;
+    EXPECT_EQ(fcntl(pty.line, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    const int again = posix::open(pty.path.c_str(), O_RDWR | O_NONBLOCK);
+    ASSERT_GE(again, 0);
+    platform::DeviceIdentity first, second, third;
+    EXPECT_EQ(posix::identify(pty.line, &first), 0);
+    EXPECT_EQ(posix::identify(again, &second), 0);
+    EXPECT_EQ(posix::identify(other.line, &third), 0);
+    EXPECT_EQ(first, second);
+    EXPECT_FALSE(first == third);
+    EXPECT_EQ(fcntl(again, F_GETFL) & O_NONBLOCK, O_NONBLOCK);
+    EXPECT_EQ(posix::setStatusFlags(again, 0), 0);
+    EXPECT_EQ(fcntl(again, F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_EQ(posix::ioctl(again, TIOCEXCL), 0);
+    EXPECT_EQ(posix::ioctl(again, TIOCNXCL), 0);
+    int waiting = -1;
+    ASSERT_EQ(::write(pty.far, "abc", 3), 3);
+    pollfd arrival{again, POLLIN, 0};
+    ASSERT_EQ(::poll(&arrival, 1, -1), 1);
+    EXPECT_EQ(posix::ioctl(again, FIONREAD, &waiting), 0);
+    EXPECT_EQ(waiting, 3);
+    EXPECT_EQ(posix::close(again), 0);
+    EXPECT_EQ(posix::identify(again, &second), -1);
+    EXPECT_EQ(posix::open("/nowhere", O_RDWR), -1);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+struct Heard {
+    std::string out, err;
+    static void hear(const char *text, unsigned length, int isError, void *context) {
+        auto *heard = static_cast<Heard *>(context);
+        (isError != 0 ? heard->err : heard->out).append(text, length);
+    }
+};
+
+TEST(Console, AHostsFunctionTakesAllText) {
+    Heard heard;
+    platform::setConsoleFunction(Heard::hear, &heard);
+    posix::puts("a line");
+    posix::printf("%d of %s\n", 1, std::string(5000, 'x').c_str());
+    errno = ENOENT;
+    posix::perror("port");
+    posix::eprintf("%s", "");
+    CFShowStr(CFRef(CFStringCreateWithUTF8("shown")).get());
+    CFShowStr(0);
+    platform::setConsoleFunction(nullptr, nullptr);
+    EXPECT_EQ(heard.out, "a line\n1 of " + std::string(5000, 'x') + "\n");
+    EXPECT_EQ(heard.err, "port: No such file or directory\nshown\n(null)\n");
+}
+
+TEST(Console, StandardStreamsOtherwise) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    posix::puts("out");
+    posix::eprintf("err %d\n", 5);
+    posix::flushConsole();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "out\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "err 5\n");
+}
+
+} // namespace

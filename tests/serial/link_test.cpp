@@ -1,0 +1,93 @@
+#include "serial/link.h"
+
+#include "platform/posix/stop.h"
+#include "serial_fixture.h"
+
+#include <algorithm>
+
+namespace {
+
+using Link = SerialTest;
+
+TEST_F(Link, WriteOutcomes) {
+    const struct {
+        const char *what;
+        scripted::Outcome ask, write, drain;
+        int32_t lines, errorID, taken, linkStatus;
+        const char *status;
+    } cases[] = {
+        {"taken", gives(0), gives(3), gives(0), 0x102, kORB_NoError, 3, 0,
+         "Handshake lines currently set to 258, DTR : ON DSR : ON RTS : OFF CTS : OFF CAR : OFF"},
+        {"short", gives(0), gives(1), gives(0), 0x64, kORB_NoError, 1, EAGAIN,
+         "Handshake lines currently set to 100, DTR : OFF DSR : OFF RTS : ON CTS : ON CAR : ON"},
+        {"no modem lines", fails(ENOTTY), gives(3), gives(0), 0, kORB_NoError, 3, 0,
+         "[Vectorix Foundation] :error getting handshake line /dev/ttyUSB0 - Inappropriate ioctl for device(25)"},
+        {"refused", gives(0), fails(EIO), gives(0), 0, kORB_ErrorUnvalidPort, 0, EIO, "write returned errno 5"},
+        {"not drained", gives(0), gives(3), fails(EIO), 0, kORB_NoError, 3, 0,
+         "[Vectorix Foundation] : tcdrain error at writing on serial port !"},
+        {"refused, not drained", gives(0), fails(ENXIO), fails(EIO), 0, kORB_ErrorUnvalidPort, 0, ENXIO,
+         "[Vectorix Foundation] : tcdrain error at writing on serial port !"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        reset();
+        givenPort();
+        terminal.modemWord = c.lines;
+        terminal.script("TIOCMGET", c.ask);
+        terminal.script("write", c.write);
+        terminal.script("tcdrain", c.drain);
+        EXPECT_EQ(ORB_SerialwritePlotter(), 0);
+        EXPECT_EQ(platform.log, (Log{"TIOCMGET 5", "write 5 \"IN;\"", "tcdrain 5"}));
+        EXPECT_EQ(answer().ORB_errorID, c.errorID);
+        EXPECT_EQ(gORB_FoundationStruct.lastWrite.taken, c.taken);
+        EXPECT_EQ(gORB_FoundationStruct.lastWrite.status, c.linkStatus);
+        EXPECT_EQ(statusText(), c.status);
+    }
+}
+
+TEST_F(Link, WritesWhatTheBufferHolds) {
+    givenPort();
+    answer().ORB_writeBuffer[0] = 0;
+    ORB_SerialwritePlotter();
+    EXPECT_EQ(platform.log, (Log{"TIOCMGET 5", "write 5 \"\"", "tcdrain 5"}));
+    memset(answer().ORB_writeBuffer, 'x', sizeof answer().ORB_writeBuffer); // no room for a NUL
+    ORB_SerialwritePlotter();
+    EXPECT_EQ(terminal.written, std::string(256, 'x'));
+
+    answer().ORB_portFD = 0;
+    EXPECT_EQ(ORB_SerialwritePlotter(), 0);
+    EXPECT_EQ(platform.console.out, "ORB_SerialwritePlotter kORB_ErrorUnvalidPort, kernResult = 0 \n");
+    EXPECT_EQ(answer().ORB_errorID, kORB_ErrorUnvalidPort);
+    EXPECT_EQ(gORB_FoundationStruct.lastWrite.status, EBADF);
+    EXPECT_EQ(ORB_SerialclosePort(), 0); // leaves the identifier
+    EXPECT_EQ(answer().ORB_errorID, kORB_ErrorUnvalidPort);
+    EXPECT_EQ(answer().ORB_portFD, -1);
+}
+
+TEST_F(Link, Close) {
+    answer().ORB_errorID = 0;
+    EXPECT_EQ(ORB_VectorixService6(), 0);
+    EXPECT_EQ(answer().ORB_errorID, kORB_NoError);
+    EXPECT_TRUE(platform.log.empty());
+
+    givenPort();
+    answer().ORB_errorID = kORB_ErrorUnvalidPort;
+    terminal.script("tcdrain", fails(EIO));
+    EXPECT_EQ(ORB_VectorixService6(), 0);
+    EXPECT_EQ(answer().ORB_lastService, 6);
+    EXPECT_EQ(platform.log, (Log{"tcdrain 5", "sleep 2", "TIOCNXCL 5", "close 5"}));
+    EXPECT_EQ(statusText(), "Error waiting for drain - Input/output error(5)");
+    EXPECT_EQ(answer().ORB_errorID, kORB_NoError);
+    EXPECT_EQ(answer().ORB_portFD, -1);
+
+    reset();
+    givenPort();
+    platform::beginCall();
+    platform::requestStop();
+    ORB_SerialclosePort();
+    platform::endCall();
+    auto flushed = std::find(platform.log.begin(), platform.log.end(), "tcflush 5 TCOFLUSH");
+    EXPECT_NE(std::find(flushed, platform.log.end(), "close 5"), platform.log.end());
+}
+
+} // namespace

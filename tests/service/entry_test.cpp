@@ -1,0 +1,134 @@
+#include "platform/corefoundation/corefoundation.h"
+#include "support/job.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+
+namespace {
+
+ORB_ServiceRecord patterned() {
+    ORB_ServiceRecord record;
+    auto *bytes = reinterpret_cast<unsigned char *>(&record);
+    for (size_t i = 0; i < sizeof record; ++i)
+        bytes[i] = static_cast<unsigned char>(i * 31 + 7);
+    return record;
+}
+
+struct EntryCase {
+    uint32_t number;
+    int32_t lastService, errorID; ///< kKept: as the host sent it
+    const char *console;
+};
+constexpr int32_t kKept = -99;
+
+constexpr EntryCase kEntryCases[] = {
+    {0, 0, 0, ""},
+    {1, kKept, kORB_NoError, ""},
+    {4, kKept, kKept, " [S4] called by ORB Vectorix.  this is a ghost : it does nothing\n"},
+    {6, kKept, kORB_NoError, " [S6] called by ORB Vectorix, but this service is a ghost : it does nothing\n"},
+    {12, kKept, kKept, ""},
+    {13, 0, 0, ""},
+    {14, 14, 0, " [S14] called by ORB Vectorix\n"},
+    {15, 0, 0, ""},
+    {16, 0, 0, ""},
+    {18, kKept, kKept,
+     " [S18] called by ORB Vectorix\n"
+     "[VECTORIX FOUNDATION] : ORB_VectorixService18 does nothing at this stage of developements\n"},
+    {19, 0, 0, ""},
+    {0xFFFFFFFF, 0, 0, ""},
+};
+
+TEST(Entry, ServicesThatItAnswersItselfChangeNothingElse) {
+    for (const EntryCase &c : kEntryCases) {
+        scripted::Platform platform;
+        ORB_ServiceRecord sent = patterned();
+        sent.ORB_serviceNumber = c.number;
+        ORB_ServiceRecord expected = sent;
+        if (c.lastService != kKept) expected.ORB_lastService = c.lastService;
+        if (c.errorID != kKept) expected.ORB_errorID = c.errorID;
+        ORB_ServiceRecord returned = ORB_getVectorixCS2(sent);
+        EXPECT_EQ(memcmp(&returned, &expected, sizeof returned), 0) << c.number;
+        EXPECT_EQ(platform.console.out, c.console) << c.number;
+    }
+    EXPECT_EQ(gORB_verboseBasicMode, kCFBooleanTrue);
+    EXPECT_EQ(gORB_verboseReadMode, kCFBooleanFalse);
+}
+
+// Any bytes as a record, any numbers as handles, services in any order: never a crash, reserved bytes as sent, nothing left
+// open.
+TEST(Entry, AnyRecord) {
+    std::mt19937 random(3);
+    scripted::Platform platform;
+    constexpr uint32_t kNumbers[] = {1, 4, 5, 6, 12, 14, 17, 18, 99};
+    const ORB_ServiceRecord fit = jobs::printRecord(platform, jobs::simpleJob(17008, ";"), "U1,1,@");
+    for (int round = 0; round < 3000; ++round) {
+        ORB_ServiceRecord sent;
+        auto *bytes = reinterpret_cast<unsigned char *>(&sent);
+        for (size_t i = 0; i < sizeof sent; ++i)
+            bytes[i] = static_cast<unsigned char>(random());
+        sent.ORB_serviceNumber = kNumbers[random() % std::size(kNumbers)];
+        if (random() % 2) sent.ORB_OutputMethode = kORB_OSX_METHOD_SERIAL;
+        if (random() % 2) sent.ORB_CFSTR_bsdIn_VectorixDevice = fit.ORB_CFSTR_bsdIn_VectorixDevice;
+        if (random() % 2) sent.ORB_JobFileRef = fit.ORB_JobFileRef;
+        if (random() % 2) sent.ORB_PlotFileInRef = fit.ORB_PlotFileInRef;
+        ORB_ServiceRecord returned = ORB_getVectorixCS2(sent);
+        ASSERT_EQ(memcmp(returned.reserved1, sent.reserved1, sizeof sent.reserved1), 0);
+        ASSERT_EQ(memcmp(returned.reserved11, sent.reserved11, sizeof sent.reserved11), 0);
+        ASSERT_EQ(memcmp(returned.reserved15, sent.reserved15, sizeof sent.reserved15), 0);
+        ASSERT_LE(platform.terminal.openPaths.size(), 1U);
+        ORB_hostReleaseString(returned.ORB_CFSTR_message);
+        ORB_hostReleaseString(returned.ORB_CFSTR_PlotfileTerminator);
+    }
+}
+
+TEST(Host, Strings) {
+    CFStringRef s = ORB_hostCreateString("h\xC3\xA9llo");
+    ASSERT_NE(s, 0U);
+    char text[8];
+    EXPECT_EQ(ORB_hostGetString(s, nullptr, 0), 6);
+    EXPECT_EQ(ORB_hostGetString(s, text, sizeof text), 6);
+    EXPECT_STREQ(text, "h\xC3\xA9llo");
+    EXPECT_EQ(ORB_hostGetString(s, text, 3), 6); // two bytes fit, and would split the second character
+    EXPECT_STREQ(text, "h");
+    EXPECT_EQ(ORB_hostGetString(s, text, 1), 6);
+    EXPECT_STREQ(text, "");
+    ORB_hostReleaseString(s);
+    EXPECT_EQ(ORB_hostGetString(s, text, sizeof text), -1);
+    ORB_hostReleaseString(s);
+    ORB_hostReleaseString(0);
+    EXPECT_EQ(ORB_hostCreateString(nullptr), 0U);
+    EXPECT_EQ(ORB_hostCreateString("\xFF"), 0U);
+    EXPECT_EQ(ORB_hostGetString(kCFBooleanTrue, text, sizeof text), -1);
+}
+
+TEST(Host, ReportWritesNoMoreThanTheHostHasRoomFor) {
+    struct {
+        ORB_JobReport report;
+        char guard[8];
+    } host;
+    memset(&host, 0x55, sizeof host);
+    host.report.structSize = 8;
+    ORB_hostGetJobReport(&host.report);
+    EXPECT_EQ(host.report.structSize, 8U);
+    EXPECT_EQ(host.report.firstErrorID, 0x55555555);
+    host.report.structSize = 0xFFFFFFFF;
+    ORB_hostGetJobReport(&host.report);
+    EXPECT_EQ(host.guard[0], 0x55);
+}
+
+// Within a call, a status text that is replaced is freed; the one in the returned record is the host's.
+TEST(Entry, OneStatusTextForEachCall) {
+    scripted::Platform platform;
+    uint32_t before = platform::liveObjectCount();
+    ORB_ServiceRecord record = jobs::printRecord(platform, "", "");
+    record.ORB_serviceNumber = kORB_ServiceOpenAndWrite;
+    platform.terminal.always("open", scripted::fails(ENOENT));
+    record = ORB_getVectorixCS2(record);
+    EXPECT_EQ(platform.clock.slept, 11U);
+    EXPECT_EQ(platform::stringView(record.ORB_CFSTR_message), "Service 5 : ORB_SerialopenPort() done, no error");
+    EXPECT_EQ(platform::liveObjectCount(), before);
+}
+
+} // namespace
