@@ -1,5 +1,7 @@
 #include "support/scripted.h"
 
+#include "platform/corefoundation/handle_table.h"
+
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -100,17 +102,23 @@ TEST(Handles, EpochTellsWhatTheCurrentCallMade) {
     platform::endObjectEpoch();
 }
 
+// One inside the other, so that releasing them by recursion would overflow the stack.
 TEST(Handles, AMillionObjectsAtMost) {
     const uint32_t before = liveObjectCount();
-    std::vector<CFRef> all;
-    for (;;) {
-        CFRef s(CFStringCreateWithUTF8("x"));
-        if (!s) break;
-        all.push_back(std::move(s));
-        ASSERT_LE(all.size(), 1U << 20);
+    CFRef outermost;
+    for (uint32_t made = before; made < 1'000'000; ++made) {
+        platform::Array array;
+        array.push_back(std::move(outermost));
+        outermost.reset(platform::createObject(std::move(array)));
+        ASSERT_TRUE(outermost);
     }
-    EXPECT_GT(all.size(), 1'000'000U);
-    all.clear();
+    std::vector<CFRef> rest;
+    do
+        rest.emplace_back(CFStringCreateWithUTF8("x"));
+    while (rest.back() && rest.size() < 100'000);
+    EXPECT_LT(rest.size(), 100'000U);
+    rest.clear();
+    outermost.reset();
     EXPECT_EQ(liveObjectCount(), before);
     EXPECT_TRUE(CFRef(CFStringCreateWithUTF8("x")));
 }

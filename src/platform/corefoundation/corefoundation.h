@@ -72,6 +72,8 @@ uint32_t CFStringGetLength(CFStringRef s);
 /// lacks, or needs more than size - 1 bytes. ASCII, UTF-8 and Mac OS Roman.
 bool CFStringGetCString(CFStringRef s, char *buffer, uint32_t size, uint32_t encoding);
 
+CFNumberRef CFNumberCreateInt64(int64_t value);
+
 /// Stores the number converted to the type. A real is cut to an integer (not a number gives 0; what is infinite or beyond 64
 /// bits, the type's nearest end); an integer beyond the type keeps its low bytes. True when nothing was lost; false, with
 /// nothing stored, when number is none.

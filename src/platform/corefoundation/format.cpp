@@ -15,7 +15,7 @@ struct Arguments {
 
 /// One conversion of a format.
 struct Conversion {
-    std::string flags, width, precision, length; // precision with its point
+    std::string options, length; // options from the % on: flags, width, precision
     char letter = 0;
 };
 
@@ -55,13 +55,13 @@ std::string readAnyOf(std::string_view format, size_t &at, std::string_view char
 
 Conversion readConversion(std::string_view format, size_t &at, Arguments &arguments) {
     Conversion conversion;
-    conversion.flags = readAnyOf(format, at, "-+ #0");
-    conversion.width = readCount(format, at, arguments);
+    conversion.options = "%";
+    conversion.options += readAnyOf(format, at, "-+ #0");
+    conversion.options += readCount(format, at, arguments);
     if (at < format.size() && format[at] == '.') {
-        ++at;
-        conversion.precision = "." + readCount(format, at, arguments);
-        // A negative precision from an argument counts as none.
-        if (conversion.precision.starts_with(".-")) conversion.precision.clear();
+        const std::string precision = readCount(format, ++at, arguments);
+        // A negative one, from an argument, counts as none.
+        if (!precision.starts_with('-')) conversion.options.append(1, '.').append(precision);
     }
     conversion.length = readAnyOf(format, at, "hlz");
     if (at < format.size()) conversion.letter = format[at++];
@@ -85,8 +85,7 @@ const char *textOf(CFStringRef s) {
 /// False for a conversion that is not known; nothing was taken from arguments then.
 bool appendConversion(std::string &out, const Conversion &conversion, Arguments &arguments) {
     const std::string &length = conversion.length;
-    const std::string options = "%" + conversion.flags + conversion.width + conversion.precision;
-    const std::string format = options + length + conversion.letter;
+    const std::string format = conversion.options + length + conversion.letter;
     const bool plain = length.empty();
     switch (conversion.letter) {
     case 'd':
@@ -103,7 +102,7 @@ bool appendConversion(std::string &out, const Conversion &conversion, Arguments 
     case 'c': return plain && appendValue(out, format, va_arg(arguments.list, int));
     case 's': return plain && appendValue(out, format, va_arg(arguments.list, const char *));
     case 'p': return plain && appendValue(out, format, va_arg(arguments.list, void *));
-    case '@': return plain && appendValue(out, options + "s", textOf(va_arg(arguments.list, CFStringRef)));
+    case '@': return plain && appendValue(out, conversion.options + 's', textOf(va_arg(arguments.list, CFStringRef)));
     case '%': return plain && appendValue(out, "%c", '%');
     default: return false;
     }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -26,6 +27,7 @@ using Dictionary = std::map<std::string, CFRef, std::less<>>;
 
 /// What an object is; the number of the alternative is its CFTypeID.
 using Value = std::variant<std::monostate, std::string, Number, bool, Data, Date, Array, Dictionary>;
+static_assert(std::is_nothrow_move_assignable_v<Value> && std::is_nothrow_default_constructible_v<Value>);
 
 template <typename T> constexpr CFTypeID typeID() noexcept {
     return []<size_t... I>(std::index_sequence<I...>) {

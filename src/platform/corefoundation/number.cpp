@@ -43,6 +43,8 @@ bool storeDouble(const platform::Number &number, void *value) {
 
 CFTypeID CFNumberGetTypeID() { return platform::typeID<platform::Number>(); }
 
+CFNumberRef CFNumberCreateInt64(int64_t value) { return platform::createObject(platform::Number(value)); }
+
 bool CFNumberGetValue(CFNumberRef number, CFNumberType type, void *value) {
     const platform::Number *found = platform::find<platform::Number>(number);
     if (found == nullptr || value == nullptr) return false;

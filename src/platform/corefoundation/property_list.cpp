@@ -29,8 +29,10 @@ struct Unfit {
 std::string shown(pugi::xml_node element) {
     constexpr size_t kMost = 40;
     const std::string_view name = element.name();
-    if (name.size() <= kMost) return "<" + std::string(name) + ">";
-    return "<" + std::string(name.substr(0, validUtf8Length(name.substr(0, kMost)))) + "...>";
+    const bool whole = name.size() <= kMost;
+    std::string text(1, '<');
+    text += whole ? name : name.substr(0, validUtf8Length(name.substr(0, kMost)));
+    return text += whole ? ">" : "...>";
 }
 
 std::optional<Value> emptyMakes(bool value, std::string_view text) {

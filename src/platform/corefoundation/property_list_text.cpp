@@ -40,7 +40,6 @@ struct Entity {
 };
 
 constexpr Entity kEntities[] = {{"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
-constexpr size_t kLongestReference = 16; // between "&" and ";"
 
 bool appendUtf8(std::string &out, uint32_t c) {
     if (c == 0 || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) return false;
@@ -89,7 +88,7 @@ bool appendResolved(std::string &out, std::string_view text) {
         text.remove_prefix(plain);
         if (text.empty()) break;
         text.remove_prefix(1);
-        const size_t end = text.substr(0, kLongestReference).find(';');
+        const size_t end = text.find(';');
         if (end == std::string_view::npos || !appendReference(out, text.substr(0, end))) return false;
         text.remove_prefix(end + 1);
     }

@@ -1,0 +1,36 @@
+// A serial line that ends in a file: a pseudo-terminal whose far end is kept by a thread.
+#pragma once
+
+#include <string>
+#include <thread>
+
+namespace host {
+
+class Capture {
+public:
+    /// Creates or empties the file. Throws Failure.
+    explicit Capture(const std::string &file);
+    Capture(const Capture &) = delete;
+    Capture &operator=(const Capture &) = delete;
+    ~Capture() { end(); }
+
+    /// The path of the near end, to be printed to.
+    const std::string &port() const { return port_; }
+
+    /// Takes what is still under way and closes the file. Throws Failure when not all of it could be written.
+    void finish();
+
+private:
+    void end();
+    void keep();
+
+    std::string file_;
+    std::string port_;
+    int output_ = -1;
+    int farEnd_ = -1;
+    int nearEnd_ = -1; ///< held open, so that the line lasts from before the job to its end
+    int writeError_ = 0;
+    std::thread keeper_;
+};
+
+} // namespace host

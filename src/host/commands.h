@@ -1,0 +1,24 @@
+// The sub-commands. Each adds itself to the command line, and says what to run when it is the one that was typed.
+#pragma once
+
+#include "host/failure.h"
+
+#include <functional>
+
+namespace CLI {
+class App;
+}
+
+namespace host {
+
+/// What was typed.
+struct Typed {
+    std::function<ExitCode()> run; ///< may throw Failure
+    bool wantsJson = false;        ///< failures go to standard output as JSON as well
+};
+
+void addPrintCommand(CLI::App &app, Typed &typed);
+void addSendCommand(CLI::App &app, Typed &typed);
+void addJobCommand(CLI::App &app, Typed &typed);
+
+} // namespace host

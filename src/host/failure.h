@@ -1,0 +1,45 @@
+// How the command ends: its exit codes, and the failure that carries one up to main.
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace host {
+
+/// Documented and stable.
+enum class ExitCode {
+    Done = 0,
+    Failed = 1,     ///< the job failed or was not wholly sent
+    Usage = 2,      ///< what was typed
+    Missing = 3,    ///< no such device or file
+    Permission = 4, ///< not allowed
+    Busy = 5,       ///< somebody else holds the port
+    Lost = 6,       ///< the device went away or is silent
+    Unfit = 7,      ///< the job file or the plot file
+    Stopped = 130   ///< by the user
+};
+
+/// The exit codes as a paragraph for the help.
+const char *exitCodeHelp();
+
+/// Ends the command. The text names the thing and the remedy, in the form "THING: what happened; what to do".
+class Failure : public std::runtime_error {
+public:
+    Failure(ExitCode code, const std::string &text) : std::runtime_error(text), code_(code) {}
+    ExitCode code() const { return code_; }
+
+private:
+    ExitCode code_;
+};
+
+/// For an errno code of a file call on the thing named.
+Failure fileFailure(const std::string &thing, int errorNumber);
+
+/// The same for a file that was to be written.
+Failure outputFailure(const std::string &file, int errorNumber);
+
+/// The text of an ORB_errorID.
+std::string errorText(int32_t errorID);
+
+} // namespace host

@@ -1,0 +1,118 @@
+#include "host/job_writer.h"
+
+#include "host/failure.h"
+#include "host/text.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace host {
+
+namespace {
+
+/// Control characters, and a blank at the start, go as references: parsers may change or drop them otherwise.
+std::string escaped(const std::string &text) {
+    std::string result;
+    for (char c : text) {
+        switch (c) {
+        case '&': result += "&amp;"; break;
+        case '<': result += "&lt;"; break;
+        case '>': result += "&gt;"; break;
+        default:
+            if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F || (c == ' ' && result.empty())) {
+                result += fmt::format("&#{};", static_cast<int>(c));
+            } else {
+                result += c;
+            }
+        }
+    }
+    return result;
+}
+
+std::string element(const JobEntry &entry) {
+    constexpr const char *kElements[] = {"string", "integer", "real"}; // by JobKind
+    if (entry.value.find('\0') != std::string::npos || !isUtf8(entry.value)) {
+        throw Failure(ExitCode::Usage, fmt::format("\"{}\": {} is not UTF-8 text; type it in plain letters", entry.key->key,
+                                                   excerpt(entry.value, 60)));
+    }
+    return fmt::format("<{0}>{1}</{0}>", kElements[static_cast<size_t>(entry.key->kind)], escaped(entry.value));
+}
+
+bool writeAndClose(int fd, const std::string &contents) {
+    size_t done = 0;
+    while (done < contents.size()) {
+        ssize_t count = write(fd, contents.data() + done, contents.size() - done);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) break;
+        done += static_cast<size_t>(count);
+    }
+    bool whole = done == contents.size() && fsync(fd) == 0;
+    int errorNumber = errno;
+    if (close(fd) == 0) errno = errorNumber;
+    return whole;
+}
+
+/// Gives the file its name. Not every file system can refuse to replace; there the look before has to do.
+bool rename(const std::string &from, const std::string &to, bool force) {
+    if (!force && renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+    if (!force && errno != EINVAL) return false;
+    return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
+Failure exists(const std::string &path) {
+    return {ExitCode::Failed,
+            fmt::format("{}: exists already; add --force to replace it, or choose another name", shown(path))};
+}
+
+} // namespace
+
+std::string propertyList(const std::vector<JobEntry> &job) {
+    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n";
+    for (const JobEntry &entry : job)
+        text += fmt::format("\t<key>{}</key>\n\t{}\n", entry.key->key, element(entry));
+    return text + "</dict>\n</plist>\n";
+}
+
+void writeWhole(const std::string &path, const std::string &contents, bool force) {
+    struct stat status;
+    if (lstat(path.c_str(), &status) == 0) {
+        if (S_ISDIR(status.st_mode)) throw outputFailure(path, EISDIR);
+        if (!force) throw exists(path);
+    }
+    std::string draft = path + ".XXXXXX";
+    int fd = mkostemp(draft.data(), O_CLOEXEC);
+    if (fd < 0) throw outputFailure(path, errno);
+    mode_t mask = umask(0);
+    umask(mask);
+    fchmod(fd, 0666 & ~mask);
+    if (writeAndClose(fd, contents) && rename(draft, path, force)) return;
+    int errorNumber = errno;
+    unlink(draft.c_str());
+    throw errorNumber == EEXIST ? exists(path) : outputFailure(path, errorNumber);
+}
+
+TemporaryJob::TemporaryJob(const std::string &contents) {
+    const char *place = getenv("TMPDIR");
+    directory_ = fmt::format("{}/vectorix-XXXXXX", place && *place ? place : "/tmp");
+    if (!mkdtemp(directory_.data())) throw fileFailure(directory_, errno);
+    path_ = directory_ + "/job.plist";
+    int fd = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    bool whole = fd >= 0 && writeAndClose(fd, contents);
+    if (whole) return;
+    Failure failure = fileFailure(path_, errno);
+    unlink(path_.c_str());
+    rmdir(directory_.c_str());
+    throw failure;
+}
+
+TemporaryJob::~TemporaryJob() {
+    unlink(path_.c_str());
+    rmdir(directory_.c_str());
+}
+
+} // namespace host

@@ -1,0 +1,88 @@
+#include "host/line_settings.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace host {
+
+namespace {
+
+// The rates that the plug-in sets; any other would silently become 9600. Rate 0, which hangs up, sends nothing.
+constexpr std::array kRates = {50, 75, 110, 134, 150, 200, 300, 600, 1200, 1800, 2400, 4800, 9600, 19200, 38400};
+
+template <class Value> struct Code {
+    Value value;
+    int32_t code;
+};
+constexpr Code<int> kBits[] = {{5, kORB_DataBits5}, {6, kORB_DataBits6}, {7, kORB_DataBits7}, {8, kORB_DataBits8}};
+constexpr Code<int> kStopBits[] = {{1, kORB_StopBits1}, {2, kORB_StopBits2}};
+constexpr Code<const char *> kParities[] = {{"none", kORB_ParityNone}, {"even", kORB_ParityEven}, {"odd", kORB_ParityOdd}};
+constexpr Code<const char *> kHandshakes[] = {{"xonxoff", kORB_FlowXonXoff}, {"hardware", kORB_FlowHardware}};
+
+template <class Value, size_t N> std::string namesOf(const Code<Value> (&table)[N], const char *separator = "|") {
+    std::vector<std::string> names;
+    for (const auto &row : table)
+        names.push_back(fmt::format("{}", row.value));
+    return fmt::format("{}", fmt::join(names, separator));
+}
+
+/// Accepts the values of a table, and names them when it is given another.
+template <class Value, size_t N> CLI::Validator oneOf(const Code<Value> (&table)[N]) {
+    return CLI::Validator(
+        [&table](const std::string &value) {
+            bool known = std::any_of(std::begin(table), std::end(table),
+                                     [&](const auto &row) { return value == fmt::format("{}", row.value); });
+            return known ? std::string() : fmt::format("{} is not one of {}", value, namesOf(table, ", "));
+        },
+        "");
+}
+
+std::string checkRate(const std::string &value) {
+    int rate = 0;
+    auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), rate);
+    bool whole = error == std::errc() && end == value.data() + value.size();
+    if (whole && std::find(kRates.begin(), kRates.end(), rate) != kRates.end()) return {};
+    return fmt::format("{} is not a rate that the plug-in can set; choose one of {}", value, fmt::join(kRates, ", "));
+}
+
+template <class Value, size_t N> int32_t codeOf(const Code<Value> (&table)[N], const auto &value) {
+    return std::find_if(std::begin(table), std::end(table), [&](const auto &row) { return value == row.value; })->code;
+}
+
+} // namespace
+
+void addLineOptions(CLI::App &app, LineSettings &settings) {
+    const char *group = "Line settings";
+    app.add_option("--baud", settings.baud, "Rate in bit/s, 50 to 38400 (9600)")
+        ->check(CLI::Validator(checkRate, ""))
+        ->type_name("RATE")
+        ->group(group);
+    app.add_option("--bits", settings.bits, "Data bits (8)")->check(oneOf(kBits))->type_name(namesOf(kBits))->group(group);
+    app.add_option("--parity", settings.parity, "Parity (none)")
+        ->check(oneOf(kParities))
+        ->type_name(namesOf(kParities))
+        ->group(group);
+    app.add_option("--stop-bits", settings.stopBits, "Stop bits (1)")
+        ->check(oneOf(kStopBits))
+        ->type_name(namesOf(kStopBits))
+        ->group(group);
+    app.add_option("--handshake", settings.handshake, "How the plotter holds the line (xonxoff)")
+        ->check(oneOf(kHandshakes))
+        ->type_name(namesOf(kHandshakes))
+        ->group(group);
+}
+
+void applyLineSettings(const LineSettings &settings, ORB_ServiceRecord &record) {
+    record.ORB_OutputMethode = kORB_OSX_METHOD_SERIAL;
+    record.ORB_baudRate = settings.baud;
+    record.ORB_dataBits = codeOf(kBits, settings.bits);
+    record.ORB_stopBits = codeOf(kStopBits, settings.stopBits);
+    record.ORB_parity = codeOf(kParities, settings.parity);
+    record.ORB_flowControl = codeOf(kHandshakes, settings.handshake);
+}
+
+} // namespace host

@@ -1,0 +1,26 @@
+// The serial line's settings: options, checks, and the record's codes for them.
+#pragma once
+
+#include <orb/vectorix.h>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace host {
+
+struct LineSettings {
+    int baud = 9600; ///< bit/s
+    int bits = 8;
+    std::string parity = "none";
+    int stopBits = 1;
+    std::string handshake = "xonxoff";
+};
+
+/// Adds --baud, --bits, --parity, --stop-bits and --handshake, each refusing what the plug-in would not do.
+void addLineOptions(CLI::App &app, LineSettings &settings);
+
+void applyLineSettings(const LineSettings &settings, ORB_ServiceRecord &record);
+
+} // namespace host

@@ -1,0 +1,28 @@
+// The serial port as the command sees it before the plug-in opens it: there, allowed, free, and then locked.
+#pragma once
+
+#include <string>
+
+namespace host {
+
+/// Throws Failure (usage) for a path that the plug-in could not take: it would answer with success and send nothing.
+void requirePortPath(const std::string &port);
+
+/// Holds a serial port for this process, so that no two jobs interleave on one plotter.
+class PortLock {
+public:
+    /// Never waits. Throws Failure when the port is missing, no serial port, forbidden, or held by somebody else, whom it
+    /// names.
+    explicit PortLock(const std::string &port);
+    PortLock(const PortLock &) = delete;
+    PortLock &operator=(const PortLock &) = delete;
+    ~PortLock();
+
+    /// Throws away what is queued for sending, so that a stopped plotter cannot hold the close.
+    void discardOutput();
+
+private:
+    int fd_;
+};
+
+} // namespace host

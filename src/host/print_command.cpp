@@ -1,0 +1,201 @@
+// vectorix print: a plot file to a plotter, or into a file as the plotter would have got it.
+#include "host/capture.h"
+#include "host/commands.h"
+#include "host/console_lines.h"
+#include "host/job_options.h"
+#include "host/job_reader.h"
+#include "host/job_writer.h"
+#include "host/line_settings.h"
+#include "host/plot_file.h"
+#include "host/port_lock.h"
+#include "host/progress_bar.h"
+#include "host/record.h"
+#include "host/stop_signals.h"
+#include "host/text.h"
+#include "host/verdict.h"
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <filesystem>
+#include <fmt/format.h>
+#include <memory>
+#include <optional>
+
+namespace host {
+
+namespace {
+
+struct PrintOptions {
+    std::string plot;
+    std::string jobFile;
+    JobOptions job;
+    std::string port;
+    std::string capture;
+    LineSettings line;
+    bool keepGoing = false;
+    bool verbose = false;
+    bool quiet = false;
+    bool json = false;
+};
+
+/// What the plug-in asks after each piece: draws the bar, and ends the job at its first failure.
+struct ProgressWatch {
+    ProgressBar &bar;
+    bool keepGoing;
+
+    static int32_t look(const ORB_JobReport *soFar, void *context) noexcept {
+        auto &self = *static_cast<ProgressWatch *>(context);
+        try {
+            self.bar.update(soFar->sentBytes + soFar->failedBytes, soFar->fileBytes);
+        } catch (...) {
+            // A bar that cannot be drawn is no reason to stop.
+        }
+        return !self.keepGoing && soFar->firstErrorID != kORB_NoError;
+    }
+};
+
+void requirePlottable(const PrintOptions &options) {
+    requireInputFile(options.plot, "plot file");
+    if (!options.jobFile.empty()) requireInputFile(options.jobFile, "job file");
+    if (options.keepGoing) return;
+    if (auto foreign = findForeignByte(options.plot)) {
+        throw Failure(
+            ExitCode::Unfit,
+            fmt::format("{}: the byte 0x{:02X} at offset {} is not ASCII, and no plot gets past it; export the plot "
+                        "again without it, or print what comes before it with --keep-going",
+                        shown(options.plot), foreign->byte, foreign->offset));
+    }
+}
+
+/// The link needs to know the emulation before the plug-in reads the job file. A file that cannot be read is left to the
+/// plug-in to judge.
+int32_t emulationOf(const PrintOptions &options) {
+    if (options.jobFile.empty()) return options.job.emulation;
+    try {
+        return static_cast<int32_t>(numberOf(readJob(options.jobFile), kEmulationKey, 0));
+    } catch (const Failure &) {
+        return 0;
+    }
+}
+
+void requireOtherFile(const std::string &capture, const std::string &input) {
+    std::error_code ignored;
+    if (!input.empty() && std::filesystem::equivalent(capture, input, ignored)) {
+        throw Failure(ExitCode::Usage,
+                      fmt::format("--capture: {} is what is to be printed; name another file", shown(capture)));
+    }
+}
+
+/// The call of the entry, with everything that must be set up around it.
+PrintOutcome callEntry(const PrintOptions &options, const std::string &port, ProgressBar &bar) {
+    StopOnSignal signals;
+    std::optional<TemporaryJob> made;
+    if (options.jobFile.empty()) made.emplace(propertyList(jobOf(options.job)));
+    HostString portPath(port, "--port");
+
+    ORB_ServiceRecord record = emptyRecord(kORB_ServicePrint);
+    applyLineSettings(options.line, record);
+    record.ORB_CFSTR_bsdIn_VectorixDevice = portPath.get();
+    record.ORB_EmulationID = emulationOf(options);
+    record.ORB_JobFileRef = fileReference(made ? made->path() : options.jobFile);
+    record.ORB_PlotFileInRef = fileReference(options.plot);
+
+    PrintOutcome outcome{};
+    outcome.report.structSize = sizeof outcome.report;
+    outcome.report.firstErrorID = kORB_NoError;
+    outcome.plotFile = options.plot;
+    outcome.jobFile = options.jobFile;
+    outcome.destination = options.capture.empty() ? port : options.capture;
+
+    ProgressWatch watch{bar, options.keepGoing};
+    ORB_hostSetProgress(ProgressWatch::look, &watch);
+    auto start = std::chrono::steady_clock::now();
+    if (!StopOnSignal::came()) {
+        record = ORB_getVectorixCS2(record);
+        ORB_hostGetJobReport(&outcome.report);
+    }
+    outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    ORB_hostSetProgress(nullptr, nullptr);
+    bar.clear();
+
+    outcome.stopped = StopOnSignal::came();
+    outcome.recordErrorID = record.ORB_errorID;
+    outcome.emulation = record.ORB_PlotterEmulationID;
+    outcome.terminator = textOf(record.ORB_CFSTR_PlotfileTerminator);
+    releaseStrings(record);
+    return outcome;
+}
+
+void tell(const PrintOptions &options, const PrintOutcome &outcome, const Verdict &verdict) {
+    if (options.json) {
+        fmt::print("{}\n", json(outcome, verdict));
+    } else if (!options.quiet) {
+        fmt::print("{}\n", summary(outcome));
+    }
+    fflush(stdout);
+    if (!options.quiet) {
+        for (const std::string &note : verdict.notes)
+            fmt::print(stderr, "vectorix: note: {}\n", note);
+    }
+    if (options.verbose && outcome.report.uncutChunks > 0) {
+        fmt::print(stderr, "vectorix: note: {} held no command boundary and went as they were\n",
+                   counted(static_cast<int64_t>(outcome.report.uncutChunks), "chunk"));
+    }
+    if (!verdict.message.empty()) fmt::print(stderr, "vectorix: {}\n", verdict.message);
+}
+
+ExitCode print(const PrintOptions &options) {
+    if (options.port.empty() == options.capture.empty()) {
+        throw Failure(ExitCode::Usage, "print: say where to: --port DEVICE, or --capture FILE");
+    }
+    if (options.jobFile.empty()) jobOf(options.job); // what was typed is looked at first
+    requirePlottable(options);
+
+    std::optional<PortLock> lock;
+    std::optional<Capture> capture;
+    if (options.capture.empty()) {
+        lock.emplace(options.port);
+    } else {
+        requireOtherFile(options.capture, options.plot);
+        requireOtherFile(options.capture, options.jobFile);
+        capture.emplace(options.capture);
+    }
+
+    ProgressBar bar(!options.quiet && !options.json && ProgressBar::isPossible());
+    ConsoleLines console(options.verbose, bar);
+    PrintOutcome outcome = callEntry(options, capture ? capture->port() : options.port, bar);
+    if (outcome.stopped && lock) lock->discardOutput();
+    Verdict verdict = judge(outcome);
+    if (callFailed(outcome) && !outcome.stopped) console.show();
+    tell(options, outcome, verdict);
+    if (capture) capture->finish();
+    return verdict.code;
+}
+
+} // namespace
+
+void addPrintCommand(CLI::App &app, Typed &typed) {
+    auto options = std::make_shared<PrintOptions>();
+    CLI::App *command = app.add_subcommand("print", "Print a plot file");
+    command->footer(fmt::format("{}\n\n{}\n\n{}", escapeHelp(), jsonHelp(), exitCodeHelp()));
+    command->add_option("PLOT", options->plot, "Plot file")->required()->type_name("");
+    auto *port = command->add_option("--port", options->port, "Serial port of the plotter, such as /dev/ttyUSB0")
+                     ->type_name("DEVICE");
+    command->add_option("--capture", options->capture, "Print into a file what the plotter would get")
+        ->type_name("FILE")
+        ->excludes(port);
+    auto *job = command->add_option("--job", options->jobFile, "Job file that says what follows")->type_name("FILE");
+    for (CLI::Option *option : addJobOptions(*command, options->job))
+        option->excludes(job);
+    addLineOptions(*command, options->line);
+    command->add_flag("--keep-going", options->keepGoing, "Go on after a piece that could not be sent");
+    command->add_flag("-v,--verbose", options->verbose, "Show what the plug-in says");
+    command->add_flag("-q,--quiet", options->quiet, "Say nothing but errors");
+    command->add_flag("--json", options->json, "Report as one JSON object");
+    command->callback([options, &typed] {
+        typed.wantsJson = options->json;
+        typed.run = [options] { return print(*options); };
+    });
+}
+
+} // namespace host

@@ -1,0 +1,96 @@
+// vectorix send: a few commands to a plotter, as they are typed.
+#include "host/commands.h"
+#include "host/console_lines.h"
+#include "host/job_options.h"
+#include "host/line_settings.h"
+#include "host/port_lock.h"
+#include "host/record.h"
+#include "host/stop_signals.h"
+#include "host/text.h"
+
+#include <CLI/CLI.hpp>
+#include <cstring>
+#include <fmt/format.h>
+#include <memory>
+#include <termios.h>
+#include <unistd.h>
+
+namespace host {
+
+namespace {
+
+struct SendOptions {
+    std::string text;
+    std::string port;
+    int emulation = 17002;
+    LineSettings line;
+    bool verbose = false;
+    bool quiet = false;
+};
+
+/// The service leaves the port open. Waits until the plotter has taken all of it, unless the user has had enough.
+void closePort(int fd) {
+    if (StopOnSignal::came() || tcdrain(fd) != 0) tcflush(fd, TCOFLUSH);
+    close(fd);
+}
+
+ExitCode send(const SendOptions &options) {
+    std::string text = unescaped(options.text, "TEXT");
+    requirePlotterText(text, "TEXT");
+    if (text.empty()) throw Failure(ExitCode::Usage, "TEXT: empty; type what the plotter is to get, such as 'IN;'");
+    PortLock lock(options.port);
+
+    ProgressBar noBar(false);
+    ConsoleLines console(options.verbose, noBar);
+    StopOnSignal signals;
+    HostString portPath(options.port, "--port");
+    ORB_ServiceRecord record = emptyRecord(kORB_ServiceOpenAndWrite);
+    applyLineSettings(options.line, record);
+    record.ORB_EmulationID = options.emulation;
+    record.ORB_CFSTR_bsdIn_VectorixDevice = portPath.get();
+    memcpy(record.ORB_writeBuffer, text.data(), text.size()); // the record was zeroed: a NUL follows
+    record = ORB_getVectorixCS2(record);
+    bool wasOpened = record.ORB_portFD > 0;
+    if (wasOpened) closePort(record.ORB_portFD);
+    std::string status = textOf(record.ORB_CFSTR_message);
+    releaseStrings(record);
+
+    if (StopOnSignal::came()) {
+        lock.discardOutput();
+        throw Failure(ExitCode::Stopped, "stopped: the text may have been sent in part");
+    }
+    if (record.ORB_errorID != kORB_NoError || !wasOpened) {
+        console.show();
+        if (options.verbose) fmt::print(stderr, "plug-in: {}\n", shown(status));
+        bool refused = record.ORB_errorID == kORB_ErrorSetAttributes;
+        throw Failure(
+            refused ? ExitCode::Failed : ExitCode::Lost,
+            fmt::format("{}: {}; {}", shown(options.port), errorText(record.ORB_errorID),
+                        refused ? "try other line settings, such as --bits 8" : "check the cable, then try again"));
+    }
+    if (!options.quiet) {
+        fmt::print("sent {} to {}\n", counted(static_cast<int64_t>(text.size()), "byte"), shown(options.port));
+    }
+    return ExitCode::Done;
+}
+
+} // namespace
+
+void addSendCommand(CLI::App &app, Typed &typed) {
+    auto options = std::make_shared<SendOptions>();
+    CLI::App *command = app.add_subcommand("send", "Send a short text to a plotter");
+    command->footer(exitCodeHelp());
+    command->add_option("TEXT", options->text, "Up to 255 ASCII characters; \\n \\r \\t \\e \\xNN \\\\ are understood")
+        ->required()
+        ->type_name("");
+    command->add_option("--port", options->port, "Serial port of the plotter, such as /dev/ttyUSB0")
+        ->required()
+        ->type_name("DEVICE");
+    addEmulation(*command, options->emulation);
+    addLineOptions(*command, options->line);
+    command->add_flag("-v,--verbose", options->verbose, "Show what the plug-in says");
+    command->add_flag("-q,--quiet", options->quiet, "Say nothing but errors");
+    command->callback([options, &typed] { typed.run = [options] { return send(*options); }; });
+}
+
+} // namespace host

@@ -1,0 +1,26 @@
+// Ctrl-C and its kin end the plug-in's call, not the process.
+#pragma once
+
+#include <array>
+#include <csignal>
+
+namespace host {
+
+/// While it lives, SIGINT, SIGTERM and SIGHUP stop the call of the entry in progress, again every 50 ms until it is gone,
+/// and interrupt what this thread waits for. One at a time. A signal that the process was told to ignore stays ignored.
+class StopOnSignal {
+public:
+    StopOnSignal();
+    StopOnSignal(const StopOnSignal &) = delete;
+    StopOnSignal &operator=(const StopOnSignal &) = delete;
+    ~StopOnSignal();
+
+    /// True once such a signal came.
+    static bool came();
+
+private:
+    static constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGALRM};
+    std::array<struct sigaction, std::size(kSignals)> before_;
+};
+
+} // namespace host

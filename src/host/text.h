@@ -1,0 +1,38 @@
+// Texts for people: escaping what a terminal must not get, numbers, and the escapes that people type.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+/// The text with control characters and bytes that are not UTF-8 written as \n, \e, \xNN: safe to print.
+std::string shown(std::string_view text);
+
+/// True when the text is wholly UTF-8.
+bool isUtf8(std::string_view text);
+
+/// shown(), cut after at most limit bytes of text with an ellipsis behind it.
+std::string excerpt(std::string_view text, size_t limit);
+
+/// The bytes that a text with \n \r \t \e \xNN \\ means. Throws Failure (usage) for another escape; what names the text in
+/// its message.
+std::string unescaped(std::string_view text, std::string_view what);
+
+/// Throws Failure (usage) unless the text can go to a plotter: ASCII, no NUL, at most 255 bytes.
+void requirePlotterText(std::string_view text, std::string_view what);
+
+/// 1234567 as "1 234 567".
+std::string grouped(int64_t number);
+
+/// "1 byte", "2 034 bytes".
+std::string counted(int64_t number, std::string_view noun);
+
+/// A duration as people say it: "8 s", "3 min 20 s", "2 h 5 min".
+std::string duration(double seconds);
+
+/// The text with a small first letter, as it stands inside a sentence.
+std::string lowered(std::string_view text);
+
+} // namespace host

@@ -1,0 +1,164 @@
+#include "host/verdict.h"
+
+#include "host/job_keys.h"
+#include "host/plot_file.h"
+#include "host/text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fmt/format.h>
+
+namespace host {
+
+namespace {
+
+enum : int32_t { kNoSuchFile = -43, kNoPermission = -54 }; // File Manager codes
+
+constexpr size_t kExcerpt = 60;
+
+/// A failure of one of the two files, by its File Manager code.
+ExitCode codeOfFile(int32_t status) {
+    if (status == kNoSuchFile) return ExitCode::Missing;
+    return status == kNoPermission ? ExitCode::Permission : ExitCode::Unfit;
+}
+
+Verdict fail(ExitCode code, std::string message) { return {code, std::move(message), {}}; }
+
+Verdict judgeFailedLink(const PrintOutcome &outcome) {
+    const ORB_JobReport &report = outcome.report;
+    std::string port = shown(outcome.destination);
+    std::string where = fmt::format("after {} of {} bytes", grouped(report.sentBytes), grouped(report.fileBytes));
+    // A write that the line's hang-up finds waiting ends with EAGAIN, though the port is not non-blocking.
+    constexpr int kGone[] = {EIO, ENXIO, ENODEV, EAGAIN};
+    if (std::find(std::begin(kGone), std::end(kGone), report.firstStatus) != std::end(kGone)) {
+        return fail(ExitCode::Lost,
+                    fmt::format("{}: the device was lost {}; check cable and power, then print again", port, where));
+    }
+    if (report.firstStatus == 0) {
+        return fail(ExitCode::Failed, fmt::format("{}: took only a part of what was sent, {}; print again", port, where));
+    }
+    return fail(ExitCode::Failed,
+                fmt::format("{}: writing failed {} ({}); print again", port, where, lowered(strerror(report.firstStatus))));
+}
+
+Verdict judgeLink(const PrintOutcome &outcome) {
+    int32_t errorID = outcome.report.firstErrorID != kORB_NoError ? outcome.report.firstErrorID : outcome.recordErrorID;
+    struct Row {
+        int32_t errorID;
+        ExitCode code;
+        const char *remedy;
+    };
+    constexpr Row kRows[] = {
+        {kORB_SerialTools_errorNoBSDIn, ExitCode::Usage, "name one with --port"},
+        {kORB_ErrorOpeningPort, ExitCode::Lost, "check the cable, then print again"},
+        {kORB_ErrorGetAttributes, ExitCode::Lost, "check the cable, then print again"},
+        {kORB_ErrorSetAttributes, ExitCode::Failed, "try other line settings, such as --bits 8"},
+        {kORB_ErrorUnvalidPort, ExitCode::Lost, "check the cable, then print again"},
+    };
+    const auto *row = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row &r) { return r.errorID == errorID; });
+    bool known = row != std::end(kRows);
+    return fail(known ? row->code : ExitCode::Failed,
+                fmt::format("{}: {}{}{}; nothing was sent", shown(outcome.destination), errorText(errorID),
+                            known ? "; " : "", known ? row->remedy : ""));
+}
+
+Verdict judgeForeignByte(const PrintOutcome &outcome) {
+    std::string plot = shown(outcome.plotFile);
+    auto foreign = findForeignByte(outcome.plotFile);
+    std::string where = foreign ? fmt::format("the byte 0x{:02X} at offset {}", foreign->byte, foreign->offset) : "a byte";
+    return fail(ExitCode::Unfit,
+                fmt::format("{}: {} is not ASCII; the plot ends before it. Export the plot again without it", plot, where));
+}
+
+/// A job that came to its end: was anything left out of it?
+Verdict judgeWithheld(const PrintOutcome &outcome) {
+    const ORB_JobReport &report = outcome.report;
+    std::string plot = shown(outcome.plotFile);
+    std::string endMark = endsWithAt(outcome.emulation) ? "@" : outcome.terminator;
+    std::string mark = shown(endMark);
+    Withheld withheld;
+    if (report.withheldBytes > 0) withheld = findWithheld(outcome.plotFile, endMark, report.withheldBytes);
+    std::string tail = fmt::format("{} at the end not sent", counted(withheld.tailBytes, "byte"));
+
+    if (withheld.innerBytes > withheld.nulBytes) {
+        return fail(ExitCode::Failed,
+                    fmt::format("{}: {} behind NUL bytes not sent, the first at offset {}; take the NUL bytes "
+                                "out of the file",
+                                plot, counted(withheld.innerBytes, "byte"), withheld.firstNul));
+    }
+    if (!isPadding(withheld.tail)) {
+        return fail(ExitCode::Failed,
+                    fmt::format("{0}: {1}, for no \"{2}\" ends them: \"{3}\"; end the plot file with \"{2}\", "
+                                "or give the job the plot's own terminator",
+                                plot, tail, mark, excerpt(withheld.tail, kExcerpt)));
+    }
+    if (report.sentBytes == 0) {
+        return fail(ExitCode::Failed, fmt::format("{}: nothing in it draws, so nothing was sent; export it again", plot));
+    }
+    Verdict verdict;
+    if (withheld.tailBytes > 0) verdict.notes.push_back(tail + " (nothing that draws)");
+    if (withheld.innerBytes > 0) verdict.notes.push_back(counted(withheld.innerBytes, "NUL byte") + " left out");
+    return verdict;
+}
+
+Verdict judgeJobFile(const PrintOutcome &outcome) {
+    bool isUnread = outcome.report.firstErrorID == kORB_ErrorJobFile;
+    std::string what = isUnread ? "the job file is unfit" : errorText(outcome.report.firstErrorID);
+    std::string job = outcome.jobFile.empty() ? "the job" : shown(outcome.jobFile);
+    std::string remedy = outcome.jobFile.empty() ? "" : fmt::format("; 'vectorix job check {}' says more", job);
+    return fail(codeOfFile(outcome.report.firstStatus), fmt::format("{}: {}{}", job, what, remedy));
+}
+
+} // namespace
+
+bool callFailed(const PrintOutcome &outcome) {
+    const ORB_JobReport &report = outcome.report;
+    bool ended = report.stopReason == kORB_StopFinished || report.stopReason == kORB_StopNoMarkInTail;
+    return !ended || report.firstErrorID != kORB_NoError || outcome.recordErrorID != kORB_NoError;
+}
+
+Verdict judge(const PrintOutcome &outcome) {
+    const ORB_JobReport &report = outcome.report;
+    if (outcome.stopped) {
+        if (report.sentBytes == 0) return fail(ExitCode::Stopped, "stopped: nothing was sent");
+        std::string what =
+            fmt::format("stopped: sent {} of {}", grouped(report.sentBytes), counted(report.fileBytes, "byte"));
+        if (report.sentBytes == report.fileBytes) what += ", the last of which may not have left the port";
+        return fail(ExitCode::Stopped, what);
+    }
+    switch (report.stopReason) {
+    case kORB_StopNotASCII: return judgeForeignByte(outcome);
+    case kORB_StopNoLink: return judgeLink(outcome);
+    case kORB_StopPlotFile:
+        return fail(codeOfFile(report.firstStatus),
+                    fmt::format("{}: {} (code {}); the rest was not sent", shown(outcome.plotFile),
+                                errorText(report.firstErrorID), report.firstStatus));
+    case kORB_StopJobFile: return judgeJobFile(outcome);
+    case kORB_StopUnconvertible:
+        return fail(ExitCode::Unfit,
+                    fmt::format("{}; use plain ASCII of at most 255 bytes in tool strings and in the port's path",
+                                errorText(report.firstErrorID)));
+    default: break;
+    }
+    if (report.firstErrorID != kORB_NoError && report.firstErrorID != kORB_ErrorStopped) return judgeFailedLink(outcome);
+    if (report.stopReason == kORB_StopByHost) return fail(ExitCode::Failed, "the job was stopped before its end");
+    return judgeWithheld(outcome);
+}
+
+std::string summary(const PrintOutcome &outcome) {
+    const ORB_JobReport &report = outcome.report;
+    auto pieces = static_cast<int64_t>(report.piecesSent);
+    std::string text = report.sentBytes == 0
+                           ? fmt::format("sent nothing to {}", shown(outcome.destination))
+                           : fmt::format("sent {} in {} to {} in {:.1f} s", counted(report.sentBytes, "byte"),
+                                         counted(pieces, "piece"), shown(outcome.destination), outcome.seconds);
+    if (report.failedBytes > 0) {
+        text += fmt::format("; {} in {} failed", counted(report.failedBytes, "byte"),
+                            counted(static_cast<int64_t>(report.piecesFailed), "piece"));
+    }
+    if (report.withheldBytes > 0) text += fmt::format("; {} not sent", counted(report.withheldBytes, "byte"));
+    return text;
+}
+
+} // namespace host

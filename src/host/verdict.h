@@ -1,0 +1,49 @@
+// What a print came to: its exit code, and what to tell about it.
+#pragma once
+
+#include "host/failure.h"
+
+#include <orb/vectorix.h>
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// A print that is over.
+struct PrintOutcome {
+    ORB_JobReport report;
+    int32_t recordErrorID; ///< as the record came back
+    bool stopped;          ///< by the user
+    double seconds;
+    std::string plotFile;
+    std::string jobFile;     ///< empty when the command made one
+    std::string destination; ///< the port, or the capture file
+    std::string terminator;
+    int32_t emulation;
+};
+
+struct Verdict {
+    ExitCode code = ExitCode::Done;
+    std::string message;            ///< why it is not done; empty when it is
+    std::vector<std::string> notes; ///< what is worth knowing all the same
+};
+
+/// True when the plug-in says so itself; a plot may also be left unsent in part by a call that did not fail.
+bool callFailed(const PrintOutcome &outcome);
+
+/// Reads the plot file to see what was withheld of it.
+Verdict judge(const PrintOutcome &outcome);
+
+/// "sent 123 456 bytes in 2 034 pieces to /dev/ttyUSB0 in 128.6 s".
+std::string summary(const PrintOutcome &outcome);
+
+/// The report as a JSON object, on one line.
+std::string json(const PrintOutcome &outcome, const Verdict &verdict);
+
+/// The JSON object's fields as a paragraph for the help.
+const char *jsonHelp();
+
+/// A failure before there was a report.
+std::string json(const Failure &failure);
+
+} // namespace host

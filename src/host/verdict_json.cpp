@@ -1,0 +1,62 @@
+#include "host/verdict.h"
+
+#include <nlohmann/json.hpp>
+
+namespace host {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char *kStopReasons[] = {"finished", "stoppedByHost", "notASCII", "noMarkInTail",
+                                        "noLink",   "plotFile",      "jobFile",  "unconvertible"};
+
+/// A path may hold any bytes; in JSON those that are no text are replaced.
+std::string dump(const Json &object) { return object.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+} // namespace
+
+std::string json(const PrintOutcome &outcome, const Verdict &verdict) {
+    const ORB_JobReport &report = outcome.report;
+    Json object;
+    object["exitCode"] = static_cast<int>(verdict.code);
+    object["message"] = verdict.message;
+    object["notes"] = verdict.notes;
+    object["plotFile"] = outcome.plotFile;
+    object["destination"] = outcome.destination;
+    object["emulation"] = outcome.emulation;
+    object["terminator"] = outcome.terminator;
+    object["seconds"] = outcome.seconds;
+    object["stopReason"] = report.stopReason < std::size(kStopReasons) ? kStopReasons[report.stopReason] : "unknown";
+    object["fileBytes"] = report.fileBytes;
+    object["sentBytes"] = report.sentBytes;
+    object["failedBytes"] = report.failedBytes;
+    object["withheldBytes"] = report.withheldBytes;
+    object["piecesSent"] = report.piecesSent;
+    object["piecesFailed"] = report.piecesFailed;
+    object["uncutChunks"] = report.uncutChunks;
+    object["errorID"] = report.firstErrorID;
+    object["errorText"] = errorText(report.firstErrorID);
+    object["errorStatus"] = report.firstStatus;
+    object["errorOffset"] = report.firstErrorOffset;
+    return dump(object);
+}
+
+std::string json(const Failure &failure) {
+    return dump({{"exitCode", static_cast<int>(failure.code())}, {"message", failure.what()}});
+}
+
+const char *jsonHelp() {
+    return "Fields of the --json report:\n"
+           "  exitCode, message, notes           what became of the job; only the first two when it did not begin\n"
+           "  plotFile, destination, emulation, terminator, seconds\n"
+           "  stopReason                         finished, stoppedByHost, notASCII, noMarkInTail, noLink, plotFile,\n"
+           "                                     jobFile or unconvertible\n"
+           "  fileBytes                          = sentBytes + failedBytes + withheldBytes\n"
+           "  piecesSent, piecesFailed           writes to the port\n"
+           "  uncutChunks                        chunks without a command boundary, sent as they were\n"
+           "  errorID, errorText                 the first failure; 22007 for none\n"
+           "  errorStatus, errorOffset           its system code, and where in the plot file (-1: not in it)";
+}
+
+} // namespace host

@@ -1,0 +1,143 @@
+// Job files: written, shown, judged.
+#include "host/host_fixture.h"
+
+#include "host/failure.h"
+#include "host/job_reader.h"
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+class JobCommandTest : public HostTest {};
+
+TEST_F(JobCommandTest, ShowsWhatItWrote) {
+    std::string job = path("job.plist");
+    Result written = run({"job", "write", job, "--emulation", "17008", "--terminator", " ", "--tool", "P1<&>,", "--tool",
+                          "\\e", "--project", "B\u00fcro \"A\"", "--group-id", "7", "--x-tile", "2.5"});
+    ASSERT_EQ(written.code, 0) << written.err;
+    nlohmann::json expected = {{"projectName", "B\u00fcro \"A\""},
+                               {"terminator", " "},
+                               {"useTools", 1},
+                               {"plotterGroupID", 7},
+                               {"emulation", 17008},
+                               {"xTile", 2.5},
+                               {"tool1", "P1<&>,"},
+                               {"tool2", "\x1B"}};
+    EXPECT_EQ(nlohmann::json::parse(run({"job", "show", job, "--json"}).out), expected);
+    EXPECT_NE(run({"job", "show", job}).out.find("ORB_CFSTR_Tool2 :       \"\\e\"\n"), std::string::npos);
+    EXPECT_EQ(run({"job", "check", job}).code, 0);
+}
+
+TEST_F(JobCommandTest, ReplacesAFileOnlyWhenTold) {
+    std::string job = file("job.plist", "old");
+    Result refused = run({"job", "write", job});
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_NE(refused.err.find("--force"), std::string::npos) << refused.err;
+    EXPECT_EQ(contents(job), "old");
+    EXPECT_EQ(run({"job", "write", job, "--force"}).code, 0);
+    EXPECT_NE(contents(job).find("<integer>17002</integer>"), std::string::npos);
+    size_t files = 0;
+    for (const auto &entry : std::filesystem::directory_iterator(folder_))
+        files += entry.is_regular_file();
+    EXPECT_EQ(files, 1U) << "no draft is left";
+    EXPECT_EQ(run({"job", "write", path("no/job")}).code, 3);
+}
+
+TEST_F(JobCommandTest, CheckTellsFitFromUnfit) {
+    std::string fit = file("fit", "<plist><dict><key>Plotter emulation ID :</key><integer>17030</integer></dict></plist>");
+    std::string unfit =
+        file("unfit", "<plist><dict><key>Plotter emulation ID :</key><integer>17002</integer></dict></plist>");
+    EXPECT_EQ(run({"job", "check", fit}).code, 0) << "this emulation needs no terminator";
+    Result result = run({"job", "check", unfit, "--json"});
+    EXPECT_EQ(result.code, 7);
+    auto report = nlohmann::json::parse(result.out);
+    EXPECT_EQ(report["fit"], false);
+    EXPECT_EQ(report["findings"][0]["text"], "the key \"Plotfile terminator :\" is missing");
+}
+
+/// The entries of a dictionary in a document of their own, from line 2 on.
+std::string listOf(const std::string &entries) { return "<plist>\n" + ("<dict>" + entries + "</dict>") + "</plist>\n"; }
+
+std::string entry(const std::string &key, const std::string &value) { return "<key>" + key + "</key>\n" + value + "\n"; }
+
+const std::string kFit = entry("Plotter emulation ID :", "<integer>17008</integer>") +
+                         entry("Plotfile terminator :", "<string>,</string>") +
+                         entry("ORB_UseTools :", "<integer>1</integer>");
+
+TEST_F(JobCommandTest, NamesTheLineOfWhatIsNoPropertyList) {
+    const struct {
+        const char *what;
+        std::string text;
+        const char *says;
+    } kRows[] = {
+        {"a plot file", "IN;SP1;", "line 1: text outside"},
+        {"a list cut short", "<plist>\n<dict>\n<key>a</key>", "line 3: "},
+        {"an array", "<plist>\n<array/></plist>", "line 2: the job must be a <dict>"},
+        {"a key without a value", listOf("\n<key>a</key>\n"), "line 2: the key \"a\" has no value"},
+        {"a value without a key", listOf("\n<string>a</string>"), "line 3: <string> where a key is due"},
+        {"half a number", listOf(entry("X Tile :", "<integer>12x</integer>")), "line 3: \"12x\" is no integer"},
+        {"a blank number", listOf(entry("X Tile :", "<real> </real>")), "line 3: \" \" is no real"},
+        {"an entity of somebody's own", listOf(entry("a", "<string>&b;</string>")), "line 3: unknown entity &b;"},
+        {"an unknown element", listOf(entry("a", "<text>b</text>")), "line 3: unknown element <text>"},
+        {"two lists", "<plist><dict/></plist>\n<plist/>", "line 2: a second value"},
+        {"a binary list", "bplist00", "binary"},
+        {"not UTF-8", "<plist>\xFF", "not UTF-8"},
+    };
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(row.what);
+        try {
+            host::readJob(file("job", row.text));
+            ADD_FAILURE() << "was read";
+        } catch (const host::Failure &failure) {
+            EXPECT_EQ(failure.code(), host::ExitCode::Unfit);
+            EXPECT_NE(std::string(failure.what()).find(row.says), std::string::npos) << failure.what();
+        }
+    }
+}
+
+TEST_F(JobCommandTest, FindsWhatKeepsAJobFromBeingPrinted) {
+    const struct {
+        const char *what;
+        std::string entries;
+        bool isError;
+        const char *says;
+    } kRows[] = {
+        {"no emulation", entry("Plotfile terminator :", "<string>;</string>"), true, "emulation ID :\" is missing"},
+        {"an emulation past the last", kFit + entry("Plotter emulation ID :", "<integer>17038</integer>"), true, "is 17038"},
+        {"a text for a number", kFit + entry("X Tile :", "<string>2</string>"), true, "\"X Tile :\" is a <string>"},
+        {"a truth value for a number", kFit + entry("ORB_UseTools :", "<true/>"), true, "is a <true>"},
+        {"a number for a text", kFit + entry("Project name :", "<real>2</real>"), true, "must be a <string>"},
+        {"an empty terminator",
+         entry("Plotter emulation ID :", "<real>17002</real>") + entry("Plotfile terminator :", "<string></string>"), true,
+         "is empty; emulation 17002"},
+        {"a terminator outside ASCII", kFit + entry("Plotfile terminator :", "<string>\u00e9</string>"), true,
+         "outside ASCII"},
+        {"a tool too long", kFit + entry("ORB_CFSTR_Tool1 :", "<string>" + std::string(256, 'a') + "</string>"), true,
+         "256 bytes"},
+        {"a key nobody reads", kFit + entry("Colour :", "<string>red</string>"), false, "unknown key \"Colour :\""},
+        {"a key twice", kFit + kFit, false, "stands here again"},
+        {"tools switched off",
+         kFit + entry("ORB_UseTools :", "<integer>0</integer>") + entry("ORB_CFSTR_Tool1 :", "<string>a</string>"), false,
+         "\"ORB_UseTools :\" is not 1"},
+        {"tools of another emulation",
+         kFit + entry("Plotter emulation ID :", "<integer>17009</integer>") +
+             entry("ORB_CFSTR_Tool1 :", "<string>a</string>"),
+         false, "the emulation is 17009"},
+    };
+    EXPECT_TRUE(host::checkJob(host::readJob(file("job", listOf(kFit)))).empty());
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(row.what);
+        auto findings = host::checkJob(host::readJob(file("job", listOf(row.entries))));
+        bool found = false;
+        bool hasErrors = false;
+        for (const auto &finding : findings) {
+            hasErrors |= finding.isError;
+            found |= finding.isError == row.isError && finding.text.find(row.says) != std::string::npos;
+        }
+        EXPECT_TRUE(found) << (findings.empty() ? "nothing found" : findings[0].text);
+        EXPECT_EQ(hasErrors, row.isError);
+    }
+}
+
+} // namespace

@@ -1,0 +1,115 @@
+// Prints through the plug-in. Each takes the two seconds that a port is given at its close.
+#include "host/host_fixture.h"
+
+#include <algorithm>
+#include <csignal>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+class PrintCommandTest : public HostTest {};
+
+TEST_F(PrintCommandTest, CapturesThePlotUpToItsLastMark) {
+    std::string plot = plotOf(400);
+    Result result = run({"print", file("plot.plt", plot + "\x1B.Z\r\n"), "--capture", path("out")});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(contents(path("out")), plot);
+    std::string bytes = std::to_string(plot.size()).insert(1, " ");
+    EXPECT_EQ(result.out.rfind("sent " + bytes + " bytes in ", 0), 0U) << result.out;
+    EXPECT_NE(result.out.find("; 5 bytes not sent"), std::string::npos) << result.out;
+    EXPECT_NE(result.err.find("note: 5 bytes at the end not sent"), std::string::npos) << result.err;
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(PrintCommandTest, ReportsWithheldCommandsAsJSON) {
+    Result result = run({"print", file("plot.plt", "IN;PD1,1;PU2,2"), "--capture", path("out"), "--json"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.err.find("5 bytes at the end not sent, for no \";\" ends them: \"PU2,2\""), std::string::npos)
+        << result.err;
+    auto report = nlohmann::json::parse(result.out);
+    EXPECT_EQ(report["exitCode"], 1);
+    EXPECT_EQ(report["fileBytes"], 14);
+    EXPECT_EQ(report["sentBytes"], 9);
+    EXPECT_EQ(report["withheldBytes"], 5);
+    EXPECT_EQ(report["stopReason"], "finished");
+    EXPECT_EQ(report["errorID"], 22007);
+}
+
+TEST_F(PrintCommandTest, SendsToolStringsAndHonoursTheLineSettings) {
+    std::string plot = file("plot", ";:H A L0,D,1,2,@");
+    FarEnd plotter;
+    Running printing({"print", plot, "--port", plotter.port(), "--emulation", "17008", "--terminator", ",", "--tool", "P1,",
+                      "--tool", "V\\x32,", "--baud", "2400", "--stop-bits", "2", "--handshake", "hardware", "-q"},
+                     false);
+    ASSERT_TRUE(plotter.hasHeard());
+    termios line = plotter.attributes();
+    EXPECT_EQ(cfgetospeed(&line), speed_t{B2400});
+    EXPECT_TRUE(line.c_cflag & CSTOPB);
+    EXPECT_TRUE(line.c_cflag & CRTSCTS);
+    EXPECT_FALSE(line.c_iflag & IXON);
+    EXPECT_EQ(plotter.read(), ";:P1,V2,;:H A L0,D,1,2,@");
+    Result result = printing.wait();
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.out + result.err, "") << "-q says nothing";
+}
+
+TEST_F(PrintCommandTest, PrintsTheJobFileThatItWrote) {
+    std::string job = path("job.plist");
+    ASSERT_EQ(run({"job", "write", job, "--emulation", "17008", "--terminator", "\\x03"}).code, 0);
+    Result result = run({"print", file("plot", "H,LBtext\x03@\n"), "--capture", path("out"), "--job", job});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(contents(path("out")), ";:H,LBtext\x03@") << "the port opens with the job's own start-up bytes";
+}
+
+TEST_F(PrintCommandTest, ShowsWhatIsWrongWithAJobFile) {
+    std::string job = file("job.plist", "<plist>\n<dict>\n<key>X Tile :</key>\n<integer>12x</integer></dict></plist>");
+    Result result = run({"print", file("plot", plotOf(1)), "--capture", path("out"), "--job", job});
+    EXPECT_EQ(result.code, 7);
+    EXPECT_EQ(result.out.rfind("sent nothing", 0), 0U) << result.out;
+    EXPECT_NE(result.err.find("plug-in: line 4: "), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("job.plist: the job file is unfit"), std::string::npos) << result.err;
+}
+
+TEST_F(PrintCommandTest, DrawsItsProgressOnATerminalAndTakesItAway) {
+    Result result = Running({"print", file("plot", plotOf(400)), "--capture", path("out")}, true).wait();
+    EXPECT_EQ(result.code, 0);
+    EXPECT_NE(result.err.find(" % ["), std::string::npos) << result.err;
+    constexpr std::string_view kCleared = "\r\x1B[K";
+    ASSERT_GE(result.err.size(), kCleared.size());
+    EXPECT_EQ(result.err.substr(result.err.size() - kCleared.size()), kCleared);
+}
+
+TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeWritten) {
+    Result result = run({"print", file("plot", plotOf(1)), "--capture", "/dev/full"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.err.find("/dev/full: no space left"), std::string::npos) << result.err;
+}
+
+/// The far end reads nothing, so that the job hangs in a write when the signal comes.
+TEST_F(PrintCommandTest, SignalsStopAJobThatAPlotterHolds) {
+    std::string plot = file("plot", plotOf(4000));
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        FarEnd plotter;
+        Running printing({"print", plot, "--port", plotter.port()}, false);
+        ASSERT_TRUE(plotter.hasHeard());
+        printing.signal(signal);
+        Result result = printing.wait();
+        EXPECT_EQ(result.code, 130);
+        EXPECT_NE(result.err.find("vectorix: stopped: sent "), std::string::npos) << result.err;
+        EXPECT_TRUE(isTidy());
+    }
+}
+
+TEST_F(PrintCommandTest, TellsThatThePlotterWentAway) {
+    FarEnd plotter;
+    Running printing({"print", file("plot", plotOf(4000)), "--port", plotter.port()}, false);
+    plotter.read(1);
+    plotter.hangUp();
+    Result result = printing.wait();
+    EXPECT_EQ(result.code, 6);
+    EXPECT_NE(result.err.find(plotter.port() + ": the device was lost after "), std::string::npos) << result.err;
+    EXPECT_NE(result.out.find(" failed"), std::string::npos) << result.out;
+}
+
+} // namespace
