@@ -17,7 +17,7 @@ step() {
     printf '%-44s' "$text"
     if ! "$@" >"$log" 2>&1; then
         printf 'failed\n\n'
-        tail -n 200 "$log"
+        grep -v '^\[[0-9]*/[0-9]*\] ' "$log" | tail -n 100 || true
         fail "failed: $*
 (the whole log: $log)"
     fi

@@ -63,8 +63,8 @@ size_t escapeLength(std::string_view text) {
     }
     if (strchr("%&*()", text[1])) {
         // Printer languages: parameters up to a capital letter or "@".
-        size_t end = std::find_if(text.begin() + 2, text.end(), [](char c) { return c >= '@' && c <= 'Z'; }) - text.begin();
-        return std::min(end + 1, text.size());
+        auto end = std::find_if(text.begin() + 2, text.end(), [](char c) { return c >= '@' && c <= 'Z'; });
+        return std::min(static_cast<size_t>(end - text.begin()) + 1, text.size());
     }
     return 2;
 }

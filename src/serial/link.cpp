@@ -24,14 +24,20 @@ CFStringRef handshakeText(int32_t lines) {
                                     state(TIOCM_CAR));
 }
 
+CFStringRef handshakeErrorText(int32_t error) {
+    return CFStringCreateWithFormat("[Vectorix Foundation] :error getting handshake line %s - %s(%d)", gORB_bsdPath,
+                                    strerror(error), error);
+}
+
+CFStringRef writeErrorText(int32_t error) { return CFStringCreateWithFormat("write returned errno %d", error); }
+
+// Deferred like every status text of a write: a job makes one for each piece, and only the last can be seen.
 void reportHandshake(int fd) {
     int lines = 0;
     if (posix::ioctl(fd, TIOCMGET, &lines) != -1) {
         deferStatus(handshakeText, lines);
     } else {
-        const int error = errno;
-        setStatusFormat("[Vectorix Foundation] :error getting handshake line %s - %s(%d)", gORB_bsdPath, strerror(error),
-                        error);
+        deferStatus(handshakeErrorText, errno);
     }
 }
 
@@ -85,7 +91,7 @@ int32_t ORB_SerialwritePlotter() {
     int error = errno;
     if (taken == -1) {
         outcome = {0, error};
-        setStatusFormat("write returned errno %d", error);
+        deferStatus(writeErrorText, error);
     } else {
         outcome = {taken, static_cast<size_t>(taken) < size ? EAGAIN : 0};
     }

@@ -85,13 +85,13 @@ OSErr makeFSRef(const char *path, ORB_FSRef *ref) {
     struct stat status;
     if (::stat(path, &status) != 0) return fileErrorOf(errno);
     try {
-        std::string absolute = path;
+        std::string absolute;
         if (*path != '/') {
             const std::unique_ptr<char, void (*)(void *)> directory(::getcwd(nullptr, 0), free);
             if (!directory) return fileErrorOf(errno);
-            // ".." stays: behind a symbolic link it is not the directory above in the text.
-            absolute.insert(0, "/").insert(0, directory.get());
+            absolute.append(directory.get()).append(1, '/');
         }
+        absolute += path; // with its "..": behind a symbolic link that is not the directory above in the text
         return internFSRef(absolute, ref);
     } catch (const std::bad_alloc &) {
         return memFullErr;

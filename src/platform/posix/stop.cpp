@@ -17,26 +17,27 @@ enum State : int { kIdle, kRunning, kStopped };
 
 // All of it is used in signal handlers.
 std::atomic<int> state{kIdle};
-std::atomic<int> event{-1};     // made at the first call of a process
-std::atomic<pid_t> process{0};  // whose call is in progress
-std::atomic<pid_t> caller{0};   // its thread
-std::atomic<int> requests{0};   // requestStop()s under way
-std::atomic<int> wakeSignal{0}; // chosen at the first need
+std::atomic<int> event{-1};        // made at the first call of a process
+std::atomic<pid_t> process{0};     // whose call is in progress
+std::atomic<pid_t> caller{0};      // its thread
+std::atomic<int> requests{0};      // requestStop()s under way
+std::atomic<int> wakeSignal{0};    // chosen at the first need
+std::atomic<bool> wakeSent{false}; // and not yet taken
 static_assert(std::atomic<int>::is_always_lock_free);
 
 pid_t currentThread() noexcept { return static_cast<pid_t>(::syscall(SYS_gettid)); }
 
-void ignoreSignal(int) {}
+void takeWake(int) { wakeSent = false; }
 
-/// The highest real-time signal that nobody handles, taken with an empty handler; 0 when there is none.
+/// The highest real-time signal that nobody handles, taken for a handler of our own; 0 when there is none.
 int chooseWakeSignal() noexcept {
     for (int number = SIGRTMAX; number >= SIGRTMIN; --number) {
         struct sigaction action;
         if (::sigaction(number, nullptr, &action) != 0 || (action.sa_flags & SA_SIGINFO) != 0) continue;
-        if (action.sa_handler == ignoreSignal) return number;
+        if (action.sa_handler == takeWake) return number;
         if (action.sa_handler != SIG_DFL) continue;
         action = {};
-        action.sa_handler = ignoreSignal; // without SA_RESTART: a blocked system call returns
+        action.sa_handler = takeWake; // without SA_RESTART: a blocked system call returns
         if (::sigaction(number, &action, nullptr) == 0) return number;
     }
     return 0;
@@ -46,7 +47,8 @@ void wakeCaller() noexcept {
     const pid_t thread = caller;
     if (thread == currentThread()) return; // in a handler on that thread: its system call is interrupted already
     if (wakeSignal == 0) wakeSignal = chooseWakeSignal();
-    if (const int number = wakeSignal; number != 0) ::syscall(SYS_tgkill, process.load(), thread, number);
+    // One at a time: real-time signals queue up, and a host repeats its stop for as long as the call goes on.
+    if (wakeSignal != 0 && !wakeSent.exchange(true)) ::syscall(SYS_tgkill, process.load(), thread, wakeSignal.load());
 }
 
 void drainEvent() noexcept {
@@ -65,6 +67,7 @@ void beginCall() noexcept {
     }
     if (event < 0) event = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     caller = currentThread();
+    wakeSent = false;
     state = kRunning;
 }
 
@@ -77,6 +80,7 @@ void endCall() noexcept {
 }
 
 void requestStop() noexcept {
+    if (state == kIdle) return; // before it counts: endCall waits only for those that may have seen its call
     const int savedErrno = errno;
     ++requests;
     if (state != kIdle && process == ::getpid()) {
