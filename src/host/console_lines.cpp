@@ -10,7 +10,7 @@ namespace host {
 
 namespace {
 
-constexpr size_t kMostKept = 16 * 1024; // bytes: a job that fails at every piece would fill the memory
+constexpr size_t kMostKept = size_t{16} * 1024; // bytes: a job that fails at every piece would fill the memory
 
 } // namespace
 

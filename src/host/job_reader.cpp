@@ -16,7 +16,7 @@ namespace host {
 
 namespace {
 
-constexpr off_t kLargest = 16 * 1024 * 1024; // what the plug-in reads
+constexpr off_t kLargest = off_t{16} * 1024 * 1024; // what the plug-in reads
 
 bool isSpace(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
 

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <functional>
@@ -23,7 +22,7 @@ constexpr int64_t kLongestTail = 255 + 255; // the largest chunk, and the longes
 void scan(const std::string &path, int64_t end, const std::function<bool(int64_t offset, std::string_view block)> &look) {
     int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) throw fileFailure(path, errno);
-    std::vector<char> buffer(64 * 1024);
+    std::vector<char> buffer(size_t{64} * 1024);
     int64_t offset = 0;
     ssize_t count = 0;
     while (offset < end) {
@@ -61,7 +60,7 @@ size_t escapeLength(std::string_view text) {
         size_t last = text.find_first_not_of("0123456789;", end);
         return last != std::string_view::npos && text[last] == ':' ? last + 1 : end;
     }
-    if (strchr("%&*()", text[1])) {
+    if (std::string_view("%&*()").find(text[1]) != std::string_view::npos) {
         // Printer languages: parameters up to a capital letter or "@".
         auto end = std::find_if(text.begin() + 2, text.end(), [](char c) { return c >= '@' && c <= 'Z'; });
         return std::min(static_cast<size_t>(end - text.begin()) + 1, text.size());

@@ -1,6 +1,7 @@
 #include "platform/backends.h"
 
 #include "platform/corefoundation/corefoundation.h"
+#include "platform/iokit/linux/linux_registry.h"
 #include "platform/linux_backends.h"
 
 namespace platform {
@@ -20,7 +21,7 @@ CreationGate &openGate() noexcept {
 }
 
 Backends &backends() noexcept {
-    static Backends inUse{&linuxTerminal(), &linuxClock(), &processConsole(), &linuxFiles(), &openGate()};
+    static Backends inUse{&linuxTerminal(), &linuxClock(), &processConsole(), &linuxFiles(), &openGate(), &linuxRegistry()};
     return inUse;
 }
 

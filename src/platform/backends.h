@@ -7,6 +7,7 @@ class Clock;
 class Console;
 class CreationGate;
 class FileStore;
+class IORegistry;
 class Terminal;
 
 struct Backends {
@@ -15,6 +16,7 @@ struct Backends {
     Console *console;
     FileStore *files;
     CreationGate *objects;
+    IORegistry *registry;
 };
 
 /// The backends in use. Never holds a null pointer.

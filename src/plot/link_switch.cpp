@@ -1,12 +1,14 @@
 #include "plot/link_switch.h"
 
+#include "platform/iokit/io_return.h"
 #include "serial/link.h"
 #include "service/state.h"
+#include "usb/link.h"
 
 extern "C" int32_t ORB_writePlotter() {
-    gORB_FoundationStruct.lastWrite = {};
     switch (answer().ORB_OutputMethode) {
     case kORB_OSX_METHOD_SERIAL: return ORB_SerialwritePlotter();
-    default: return 0;
+    case kORB_OSX_METHOD_USB: return ORB_USBwritePlotter();
+    default: gORB_FoundationStruct.lastWrite = {0, kIOReturnNotOpen}; return 0;
     }
 }

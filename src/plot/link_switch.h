@@ -5,6 +5,6 @@
 
 extern "C" {
 
-/// 2: serial. Any other value sends nothing and returns 0. What was taken is in gORB_FoundationStruct.lastWrite.
+/// 1: USB, 2: serial. Any other value sends nothing and returns 0. What was taken is in gORB_FoundationStruct.lastWrite.
 int32_t ORB_writePlotter();
 }

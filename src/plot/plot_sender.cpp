@@ -8,8 +8,10 @@
 #include "plot/job_report.h"
 #include "plot/link_switch.h"
 #include "plot/open_fork.h"
+#include "plot/usb_start.h"
 #include "plot/write_buffer.h"
 #include "service/state.h"
+#include "usb/interface.h"
 
 #include <algorithm>
 #include <array>
@@ -55,10 +57,10 @@ bool isASCII(std::string_view text) {
 /// Streams one plot file.
 class PlotStream {
 public:
-    PlotStream(OpenFork &fork, std::string_view terminator, int32_t emulation, int64_t chunkSize)
+    PlotStream(OpenFork &fork, std::string_view terminator, int32_t emulation, int64_t chunkSize, int32_t status)
         : fork_(fork), terminator_(terminator), rule_(cutRule(emulation)),
-          showsEnd_(emulation == 17011 || emulation == 17012), chunkSize_(std::clamp<int64_t>(chunkSize, 1, kLargestChunk)) {
-    }
+          showsEnd_(emulation == 17011 || emulation == 17012), chunkSize_(std::clamp<int64_t>(chunkSize, 1, kLargestChunk)),
+          status_(status) {}
 
     /// Sends full chunks, then the tail. Returns the running status.
     int32_t run() {
@@ -140,7 +142,7 @@ private:
     bool showsEnd_;
     int64_t chunkSize_;
     int64_t offset_ = 0;
-    int32_t status_ = 0;
+    int32_t status_;
     std::array<char, kLargestChunk> buffer_;
     std::string_view text_;
     PieceBuffer pieces_;
@@ -157,6 +159,7 @@ extern "C" int32_t ORB_readPlotFile2Write() {
         noteStop(kORB_StopJobFile);
         return result;
     }
+    ORB_USBloadORB_pipe_inANDout();
     ORB_FSRef plotFile = record.ORB_PlotFileRef;
 
     CFRef terminator;
@@ -176,8 +179,19 @@ extern "C" int32_t ORB_readPlotFile2Write() {
         return giveUp(kORB_StopPlotFile, kORB_ErrorForkName, failure);
     }
 
-    if (record.ORB_PlotterEmulationID == 17008 && record.ORB_UseTools == 1 && !sendTools()) {
-        return giveUp(kORB_StopUnconvertible, kORB_ErrorPathNameTooLong, 0);
+    int32_t status = 0;
+    UsbSession session;
+    bool converted = true;
+    if (record.ORB_OutputMethode == kORB_OSX_METHOD_USB) {
+        if (!session.open(&status)) return status;
+        converted = session.sendStart(&status);
+    } else if (record.ORB_OutputMethode != kORB_OSX_METHOD_SERIAL) {
+        noteFailure(kORB_ErrorInterfaceNotOpened, kIOReturnNotOpen); // the job goes on, and nothing of it goes out
+        noteStop(kORB_StopNoLink);
+    }
+    bool toolsWanted = record.ORB_PlotterEmulationID == 17008 && record.ORB_UseTools == 1;
+    if (!converted || (toolsWanted && !sendTools())) {
+        return giveUp(kORB_StopUnconvertible, kORB_ErrorPathNameTooLong, status);
     }
 
     OpenFork fork;
@@ -185,5 +199,5 @@ extern "C" int32_t ORB_readPlotFile2Write() {
         posix::eprintf("%s() returned %d\n", fork.failedCall(), failure);
         return giveUp(kORB_StopPlotFile, fork.isOpen() ? kORB_ErrorJobFile : kORB_ErrorOpeningPlotFile, failure);
     }
-    return PlotStream(fork, mark, record.ORB_PlotterEmulationID, record.ORB_PlotChunkSize).run();
+    return PlotStream(fork, mark, record.ORB_PlotterEmulationID, record.ORB_PlotChunkSize, status).run();
 }

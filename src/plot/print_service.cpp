@@ -6,6 +6,8 @@
 #include "plot/plot_sender.h"
 #include "serial/link.h"
 #include "service/state.h"
+#include "usb/device.h"
+#include "usb/interface.h"
 
 namespace {
 
@@ -45,14 +47,35 @@ int32_t printOverSerial() {
     return 0;
 }
 
+/// Prints the two lines of a step that failed; true when it did.
+bool showFailure(const char *step, int32_t result) {
+    if (!failed(result)) return false;
+    posix::printf("[ORB_VectorixService17] %s returns an error %d\n", step, result);
+    posix::printf("[ORB_VectorixService17] & ORB_error ID %d\n", answer().ORB_errorID);
+    return true;
+}
+
+int32_t printOverUSB() {
+    ORB_ServiceRecord &record = answer();
+    int32_t result = ORB_VectorixService8();
+    if (showFailure("ORB_VectorixService8", result)) {
+        noteFailure(record.ORB_errorID, result);
+        noteStop(kORB_StopNoLink);
+        return result;
+    }
+    record.ORB_errorID = kORB_NoError;
+    record.ORB_deviceCount = 0;
+    record.ORB_interfaceOpen = 0;
+    gORB_interfaceInterface.reset();
+    result = ORB_readPlotFile2Write();
+    showFailure("ORB_readPlotFile2Write", result);
+    return result;
+}
+
 } // namespace
 
 extern "C" int32_t ORB_VectorixService17() {
     plot::beginReport();
     if (answer().ORB_OutputMethode == kORB_OSX_METHOD_SERIAL) return printOverSerial();
-    // No other link is built: no plotter is found on it.
-    answer().ORB_errorID = kORB_ErrorNoPlotter;
-    noteFailure(kORB_ErrorNoPlotter, 0);
-    noteStop(kORB_StopNoLink);
-    return 0;
+    return printOverUSB();
 }

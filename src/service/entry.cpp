@@ -10,6 +10,9 @@
 #include "service/services.h"
 #include "service/state.h"
 #include "service/status_text.h"
+#include "usb/device.h"
+#include "usb/link.h"
+#include "usb/plotter_table.h"
 
 CFBooleanRef gORB_verboseBasicMode = 0;
 CFBooleanRef gORB_verboseListMode = 0;
@@ -48,10 +51,18 @@ void presetUnknown() {
     answer().ORB_errorID = 0;
 }
 
-void showPrintFailure(int32_t result) {
+void showFailure(const char *service, int32_t result) {
     if (result == 0 && answer().ORB_errorID == kORB_NoError) return;
-    posix::printf("[main] ORB_VectorixService17 returns an error %d\n", result);
+    posix::printf("[main] %s returns an error %d\n", service, result);
     posix::printf("[main] & ORB_error ID %d\n", answer().ORB_errorID);
+}
+
+void showPrintFailure(int32_t result) { showFailure("ORB_VectorixService17", result); }
+void showPreparationFailure(int32_t result) { showFailure("ORB_VectorixService8", result); }
+
+void showNoPlotter(int32_t result) {
+    if (answer().ORB_errorID != kORB_ErrorNoPort) return;
+    posix::printf("[main foundation] No valid USB device found, error %d\n", result);
 }
 
 /// One row of the table of services. What a row leaves out is not done.
@@ -65,9 +76,13 @@ struct Service {
 
 constexpr Service kServices[] = {
     {1, presetNoError},
+    {2, nullptr, {}, ORB_VectorixService2, showNoPlotter},
     {4, nullptr, {" [S4] called by ORB Vectorix.  this is a ghost : it does nothing"}},
     {5, presetNoError, {" [S5] called by ORB Vectorix"}, ORB_VectorixService5},
     {6, presetNoError, {" [S6] called by ORB Vectorix, but this service is a ghost : it does nothing"}},
+    {8, nullptr, {" [S8] called by ORB Vectorix"}, ORB_VectorixService8, showPreparationFailure},
+    {9, nullptr, {" [S9] called by ORB Vectorix"}, ORB_VectorixService9},
+    {10, nullptr, {" [S10] called by ORB Vectorix"}, ORB_VectorixService10},
     {12},
     {14, presetZero, {" [S14] called by ORB Vectorix"}, ORB_VectorixService14},
     {17, presetNoError, {" [S17] called by ORB Vectorix"}, ORB_VectorixService17, showPrintFailure},

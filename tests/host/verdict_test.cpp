@@ -107,10 +107,7 @@ TEST_F(VerdictTest, WithheldBytesAreJudgedByWhatTheyAre) {
 }
 
 TEST_F(VerdictTest, PaddingIsWhatDrawsNothing) {
-    for (const char *padding : {"", " \t\r\n", "\x1B.@;0:", "\x1B.)", "\x1B%0B",
-                                "\x1B&l0H\x1B"
-                                "E",
-                                "\x03\x1A", "\x1B"})
+    for (const char *padding : {"", " \t\r\n", "\x1B.@;0:", "\x1B.)", "\x1B%0B", "\x1B&l0H\x1B\x45", "\x03\x1A", "\x1B"})
         EXPECT_TRUE(host::isPadding(padding)) << host::shown(padding);
     for (const char *drawing : {"PU", "\x1B.ZPU", "\x1B.@;0PU", "\x1B%0BPU", "@"})
         EXPECT_FALSE(host::isPadding(drawing)) << host::shown(drawing);

@@ -179,6 +179,7 @@ TEST(Strings, Format) {
     EXPECT_EQ(formatted("%d %i %u %x %X %o %c %s|%%", -1, 2, 3U, 255, 255, 8, 'c', "text"), "-1 2 3 ff FF 10 c text|%");
     EXPECT_EQ(formatted("%5d|%-5d|%05d|%+d|% d|%#x", 42, 42, 42, 42, 42, 42), "   42|42   |00042|+42| 42|0x2a");
     EXPECT_EQ(formatted("%*d|%-*d|%.*s|%.2f", 4, 1, 4, 1, 2, "abcdef", 2.345), "   1|1   |ab|2.35");
+    EXPECT_EQ(formatted("%.*f|%.*s", -1, 2.5, -1, "abc"), "2.500000|abc");
     EXPECT_EQ(formatted("%ld %lld %lu %llu %zu", LONG_MIN, LLONG_MAX, ULONG_MAX, ULLONG_MAX, sizeof(int)),
               "-9223372036854775808 9223372036854775807 18446744073709551615 18446744073709551615 4");
     EXPECT_EQ(formatted("%f %lf %e %g", 1.5, 2.5, 1500.0, 0.25), "1.500000 2.500000 1.500000e+03 0.25");

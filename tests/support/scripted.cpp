@@ -11,20 +11,6 @@ namespace scripted {
 
 namespace {
 
-std::string quoted(std::string_view bytes) {
-    std::string text = "\"";
-    for (char c : bytes) {
-        if (c >= 0x20 && c < 0x7F) {
-            text += c;
-        } else {
-            char hex[8];
-            snprintf(hex, sizeof hex, "\\x%02x", static_cast<unsigned char>(c));
-            text += hex;
-        }
-    }
-    return text + "\"";
-}
-
 std::string openFlags(int flags) {
     std::string text = (flags & O_ACCMODE) == O_RDWR ? "rw" : "other";
     if (flags & O_NONBLOCK) text += "|nonblock";
@@ -45,34 +31,6 @@ const char *requestName(unsigned long request) {
 }
 
 } // namespace
-
-Terminal::~Terminal() {
-    for (const auto &[call, outcomes] : script_) {
-        if (!outcomes.empty()) ADD_FAILURE() << outcomes.size() << " scripted outcome(s) of " << call << " never used";
-    }
-}
-
-void Terminal::script(const std::string &call, Outcome outcome, int times) {
-    for (int i = 0; i < times; ++i)
-        script_[call].push_back(outcome);
-}
-
-void Terminal::always(const std::string &call, Outcome outcome) { always_[call] = outcome; }
-
-bool Terminal::scriptedOutcome(const std::string &call, long *result) {
-    Outcome outcome;
-    if (auto it = script_.find(call); it != script_.end() && !it->second.empty()) {
-        outcome = it->second.front();
-        it->second.pop_front();
-    } else if (auto forever = always_.find(call); forever != always_.end()) {
-        outcome = forever->second;
-    } else {
-        return false;
-    }
-    if (outcome.result == -1) errno = outcome.error;
-    *result = outcome.result;
-    return true;
-}
 
 void Terminal::requireOpen(const char *call, int fd) const {
     if (!openPaths.contains(fd)) ADD_FAILURE() << call << " on descriptor " << fd << ", which is not open";
@@ -254,7 +212,7 @@ bool CreationGate::mayCreate() {
 }
 
 Platform::Platform() : before_(platform::backends()) {
-    platform::backends() = {&terminal, &clock, &console, &files, &objects};
+    platform::backends() = {&terminal, &clock, &console, &files, &objects, &registry};
 }
 
 Platform::~Platform() { platform::backends() = before_; }

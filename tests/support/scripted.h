@@ -8,6 +8,8 @@
 #include "platform/posix/clock.h"
 #include "platform/posix/console.h"
 #include "platform/posix/terminal.h"
+#include "support/script.h"
+#include "support/scripted_registry.h"
 
 #include <cstdint>
 #include <deque>
@@ -19,28 +21,11 @@
 
 namespace scripted {
 
-/// One line per call, over all backends, in the order of the calls.
-using Log = std::vector<std::string>;
-
-/// The result of one future call: -1 with an errno, or a value.
-struct Outcome {
-    long result = 0;
-    int error = 0;
-};
-inline Outcome fails(int error) { return {-1, error}; }
-inline Outcome gives(long result) { return {result, 0}; }
-
 /// Serial lines. Without a script every call succeeds: opens give descriptors from 5 up, a write takes all, the modem-line
 /// word reads 0x126. A call on a descriptor that is not open fails the test.
-class Terminal : public platform::Terminal {
+class Terminal : public platform::Terminal, public Script {
 public:
     explicit Terminal(Log &log) : log_(log) {}
-    ~Terminal() override;
-
-    /// The next call of that name (not yet scripted) gives this.
-    void script(const std::string &call, Outcome outcome, int times = 1);
-    /// Every call of that name from now on gives this.
-    void always(const std::string &call, Outcome outcome);
 
     std::string written;                  ///< all bytes taken, over all descriptors
     std::map<int, std::string> openPaths; ///< descriptors that are open
@@ -64,12 +49,9 @@ public:
     int identify(int fd, platform::DeviceIdentity *identity) override;
 
 private:
-    bool scriptedOutcome(const std::string &call, long *result);
     void requireOpen(const char *call, int fd) const;
 
     Log &log_;
-    std::map<std::string, std::deque<Outcome>> script_;
-    std::map<std::string, Outcome> always_;
 };
 
 /// Time that adds up and never waits.
@@ -140,6 +122,7 @@ public:
     Console console{log};
     FileStore files{log};
     CreationGate objects;
+    Registry registry{log};
 
 private:
     platform::Backends before_;

@@ -1,0 +1,39 @@
+// The USB devices of the system, as sysfs shows them: what a service record has no room for.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace host {
+
+struct UsbDevice {
+    uint16_t vendor = 0, product = 0;
+    uint32_t location = 0;                ///< the plug-in's location ID
+    std::string manufacturer, name;       ///< as the device says it: any bytes; may be empty
+    std::string serialNumber;             ///< the same
+    std::string node;                     ///< "/dev/bus/usb/001/004"
+    std::string driver;                   ///< of the first interface; usbfs for a program; empty for none
+    std::optional<dev_t> printerNode;     ///< of the kernel's printer driver on the first interface
+    bool isPlotter = false;               ///< may be one: a bulk out endpoint, and a printer interface or a known vendor
+
+    /// "0b75:0402@01080000", which --usb understands.
+    std::string id() const;
+    /// Manufacturer and name, safe to print.
+    std::string title() const;
+};
+
+/// True for the vendors that the plug-in has pipes of their own for.
+bool isPlotterVendor(uint16_t vendor);
+
+/// The location ID of a device by its name in sysfs: "usb1" is a bus, "1-2.3" port 3 of the hub at port 2 of bus 1. None
+/// for another name.
+std::optional<uint32_t> usbLocation(std::string_view name);
+
+/// All devices in order of location, hubs among them. sysfs and dev are the roots to look below.
+std::vector<UsbDevice> usbDevices(const std::filesystem::path &sysfs = "/sys", const std::filesystem::path &dev = "/dev");
+
+} // namespace host

@@ -1,0 +1,14 @@
+// The registry of this system: serial ports by udev, USB by libusb.
+#pragma once
+
+#include "platform/iokit/registry.h"
+
+namespace platform {
+
+/// Lives as long as the process. What comes from it is used by one thread at a time.
+IORegistry &linuxRegistry() noexcept;
+
+/// Ports, iterators, services, plug-ins, device and interface objects that were handed out and not yet released.
+unsigned liveRegistryObjects() noexcept;
+
+} // namespace platform

@@ -1,0 +1,20 @@
+// The serial ports of the system, as udev knows them.
+#pragma once
+
+#include "platform/iokit/io_return.h"
+
+#include <libudev.h>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+struct SerialPort {
+    std::string name, path; ///< ttyUSB0, /dev/ttyUSB0
+};
+
+/// Ports with hardware behind them, in natural order (ttyUSB2 before ttyUSB10). Reads sysfs and opens no port. Throws
+/// std::bad_alloc.
+IOReturn listSerialPorts(udev *context, std::vector<SerialPort> *ports);
+
+} // namespace platform

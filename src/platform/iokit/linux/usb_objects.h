@@ -1,0 +1,13 @@
+// The objects of devices and interfaces that plug-ins hand out.
+#pragma once
+
+#include "platform/iokit/linux/usb_bus.h"
+#include "platform/iokit/usb_interfaces.h"
+
+namespace platform {
+
+/// The caller releases what it gets. Both throw std::bad_alloc.
+IOUSBDeviceInterface245 *makeUsbDeviceObject(const UsbDevice &device);
+IOUSBInterfaceInterface245 *makeUsbInterfaceObject(const UsbInterface &interface);
+
+} // namespace platform

@@ -1,0 +1,90 @@
+#include "plot/usb_start.h"
+
+#include "platform/corefoundation/corefoundation.h"
+#include "platform/posix/clock.h"
+#include "platform/posix/console.h"
+#include "plot/job_report.h"
+#include "plot/link_switch.h"
+#include "plot/write_buffer.h"
+#include "service/io_error.h"
+#include "service/state.h"
+#include "usb/interface.h"
+#include "usb/link.h"
+
+#include <cstring>
+
+namespace plot {
+
+namespace {
+
+void clearOutPipe() {
+    ORB_ServiceRecord &record = answer();
+    IOReturn result = usb::plotterInterface().ClearPipeStallBothEnds(record.ORB_USB_PIPEOUT);
+    if (result == kIOReturnSuccess) {
+        record.ORB_errorID = kORB_NoError;
+        return;
+    }
+    posix::printf(
+        "S18 : ORBTARGET_API_MAC_OSX_VERSION >=  ORBTARGET_API_MAC_OSX_PANTHER  : ClearPipeStallBothEnds returns an "
+        "error : %d",
+        result);
+    record.ORB_errorID = kORB_ErrorPipe;
+    noteFailure(kORB_ErrorPipe, result);
+}
+
+bool initialise(int32_t *status) {
+    ORB_ServiceRecord &record = answer();
+    if (!loadText(platform::constantString("IN;"))) {
+        posix::printf("[ORB_readPlotFile2Write] kORB_ErrorPathNameTooLong => ORB_error ID %d\n", record.ORB_errorID);
+        return false;
+    }
+    IOReturn result = usb::plotterInterface().WritePipe(record.ORB_USB_PIPEOUT, record.ORB_writeBuffer,
+                                                        static_cast<uint32_t>(strlen(record.ORB_writeBuffer)));
+    if (result == kIOReturnSuccess) return true;
+    posix::printf("[S18] first attempt : unable to write on this pipe  %d\n", record.ORB_USB_PIPEOUT);
+    *status = ORB_logIOError(result);
+    record.ORB_errorID = kORB_ErrorPipe;
+    noteFailure(kORB_ErrorPipe, result);
+    return true;
+}
+
+bool startLine() {
+    ORB_ServiceRecord &record = answer();
+    if (!loadText(platform::constantString(";:ECN,EF,P0,A,U,U0,0,K,"))) return false;
+    for (int time = 0; time < 2; ++time) {
+        int32_t result = ORB_writePlotter();
+        if (result != 0 || record.ORB_errorID != kORB_NoError) {
+            posix::printf("[S18 : ORB_readPlotFile2Write] & ORB_error ID %d\n", record.ORB_errorID);
+            noteFailure(record.ORB_errorID, gORB_FoundationStruct.lastWrite.status);
+        } else {
+            record.ORB_errorID = kORB_NoError;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+UsbSession::~UsbSession() {
+    if (answer().ORB_OutputMethode == kORB_OSX_METHOD_USB && gORB_interfaceInterface) ORB_USBclose_Plotterinterface();
+}
+
+bool UsbSession::open(int32_t *status) {
+    if (usb::openInterface({}, status)) return true;
+    int32_t errorID = answer().ORB_errorID;
+    noteFailure(errorID == kORB_NoError ? kORB_ErrorInterfaceNotFound : errorID, *status);
+    noteStop(kORB_StopNoLink);
+    return false;
+}
+
+bool UsbSession::sendStart(int32_t *status) {
+    clearOutPipe();
+    posix::sleep(2);
+    switch (answer().ORB_PlotterEmulationID) {
+    case 17002: return initialise(status);
+    case 17008: return startLine();
+    default: return true;
+    }
+}
+
+} // namespace plot

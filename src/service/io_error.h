@@ -1,0 +1,11 @@
+// Reports of IOKit return codes.
+#pragma once
+
+#include <cstdint>
+
+extern "C" {
+
+/// Shows what a code means: one line on the console, one text in ORB_CFSTR_message. Returns the code when it is one of
+/// IOKit's common codes or 22007, and kIOReturnNotResponding for every other, 0 included. Never changes ORB_errorID.
+int32_t ORB_logIOError(int32_t code);
+}

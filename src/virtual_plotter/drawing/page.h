@@ -1,0 +1,49 @@
+// The page that a picture is drawn on: the joint between the picture and its file formats.
+#pragma once
+
+#include "virtual_plotter/drawing/output_file.h"
+#include "virtual_plotter/drawing/sheet.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace virtual_plotter {
+
+struct Colour {
+    uint8_t red, green, blue;
+};
+
+/// Points in plotter units; ends: the index behind each contour's last point.
+struct Contours {
+    std::span<const Point> points;
+    std::span<const size_t> ends;
+};
+
+class Page {
+public:
+    virtual ~Page() = default;
+    /// Draws each contour as a line with round ends and corners; one of a single point as a round dot.
+    virtual void stroke(const Contours &contours, Colour colour, double widthMillimetres) = 0;
+    /// Fills them by the even-odd rule.
+    virtual void fill(const Contours &contours, Colour colour) = 0;
+    /// Writes what is still to be written. Returns what failed besides the file, or nothing.
+    virtual std::string finish() = 0;
+};
+
+/// White pages. They write to the file, which must outlive them; its errors stay in it.
+std::unique_ptr<Page> makeSvgPage(const Sheet &sheet, OutputFile &file);
+std::unique_ptr<Page> makePdfPage(const Sheet &sheet, OutputFile &file);
+std::unique_ptr<Page> makePngPage(const Sheet &sheet, double dotsPerInch, OutputFile &file);
+
+/// The resolution, lowered where the sheet would otherwise need more dots than a PNG page holds.
+double pngResolution(const Sheet &sheet, double dotsPerInch) noexcept;
+
+/// The lower left corner of the pen's area, in millimetres from the lower left corner of the paper.
+constexpr Point areaOrigin(const Sheet &sheet) {
+    return {(sheet.width - sheet.hardClip.upper.x / kUnitsPerMillimetre) / 2,
+            (sheet.height - sheet.hardClip.upper.y / kUnitsPerMillimetre) / 2};
+}
+
+} // namespace virtual_plotter

@@ -1,0 +1,64 @@
+// The sheet as the pens leave it, as an SVG, PNG or PDF file.
+#pragma once
+
+#include "virtual_plotter/drawing/page.h"
+#include "virtual_plotter/pen_sink.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace virtual_plotter {
+
+/// What went wrong with a picture, as a sentence for the user that begins with the file's path.
+struct PictureError {
+    std::string message;
+    int errnoValue = 0; ///< 0 when the system was not to blame
+};
+
+struct PictureOptions {
+    double dotsPerInch = 200; ///< of a PNG; lowered, with a note, for a sheet that would then be too large for the memory
+    bool frame = false;       ///< a thin grey line along the edge of the paper
+};
+
+/// One sheet in one file of exactly the sheet's size. The file appears, or replaces an older one, at finish(): a picture
+/// that is destroyed without it, or whose finish() fails, leaves nothing. The same calls give the same bytes. Memory does
+/// not grow with the number of strokes, but for a PDF: some 30 to 50 bytes a segment until the end. Pens have eight colours;
+/// the ninth draws like the first, and pen 0 or less not at all.
+class Picture final : public PenSink {
+public:
+    explicit Picture(const Sheet &sheet, const PictureOptions &options = {});
+    ~Picture() override;
+
+    /// The format follows the path's ending: .svg, .png or .pdf, in any case. Once for each picture, before all else.
+    std::optional<PictureError> open(const std::string &path);
+    /// A remark for the user on how the picture was made; mostly empty.
+    const std::string &note() const { return m_note; }
+
+    void setPen(int pen, double widthMillimetres) override;
+    void begin(Point at) override;
+    void line(Point to) override;
+    void fill(std::span<const Point> points, std::span<const size_t> ends) override;
+
+    /// Ends the drawing and gives the file its name. Says the first error of the whole picture.
+    std::optional<PictureError> finish();
+
+private:
+    void flush();
+    void drawFrame();
+    std::optional<PictureError> failure(const std::string &what, int errnoValue = 0) const;
+
+    Sheet m_sheet;
+    PictureOptions m_options;
+    std::string m_path, m_note;
+    OutputFile m_file;
+    std::unique_ptr<Page> m_page;
+    int m_pen = 1;
+    double m_width = 0.3;
+    Point m_last;
+    std::vector<Point> m_points; // the strokes since the last flush
+    std::vector<size_t> m_ends;  // of all of them but the last
+};
+
+} // namespace virtual_plotter
