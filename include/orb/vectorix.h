@@ -276,6 +276,21 @@ typedef struct ORB_JobReport {
 
 void ORB_hostGetJobReport(ORB_JobReport *report);
 
+/* What the last hard-clip query (service 7 or 11) said and heard. After service 7 it alone shows a failure: the record's
+ * identifier is the close's then. */
+typedef struct ORB_QueryReport {
+    uint32_t structSize;   /* in: sizeof(ORB_QueryReport); at most that much is written */
+    int32_t errorID;       /* kORB_…, before the closing step */
+    int32_t status;        /* result of the query: 0, an IOKit code, or that of the open */
+    uint32_t reads;        /* how often a reply was looked for */
+    uint32_t requestBytes; /* of request */
+    uint32_t replyBytes;   /* of reply */
+    char request[256];     /* the last request, NUL-terminated; may hold control characters */
+    char reply[257];       /* the last reply that was not empty, NUL-terminated; any bytes */
+} ORB_QueryReport;
+
+void ORB_hostGetQueryReport(ORB_QueryReport *report);
+
 /* Called on the calling thread after each piece of a print; non-zero stops the job. soFar is valid during the call. */
 typedef int32_t (*ORB_ProgressFunction)(const ORB_JobReport *soFar, void *context);
 void ORB_hostSetProgress(ORB_ProgressFunction function, void *context);

@@ -1,10 +1,13 @@
 // The entry and its table of services: the one file that knows all subsystems.
 #include "orb/vectorix.h"
 
+#include "hardclip/serial_query.h"
+#include "hardclip/usb_query.h"
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/posix/console.h"
 #include "platform/posix/stop.h"
 #include "plot/print_service.h"
+#include "serial/discovery.h"
 #include "serial/link.h"
 #include "serial/open_ports.h"
 #include "service/services.h"
@@ -46,6 +49,14 @@ public:
 void presetNoError() { answer().ORB_errorID = kORB_NoError; }
 void presetZero() { answer().ORB_errorID = 0; }
 
+void presetQuery() {
+    answer().ORB_HARDC_1 = 0.0;
+    answer().ORB_HARDC_2 = 0.0;
+    answer().ORB_HARDC_3 = 0.0;
+    answer().ORB_HARDC_4 = 0.0;
+    presetNoError();
+}
+
 void presetUnknown() {
     answer().ORB_lastService = 0;
     answer().ORB_errorID = 0;
@@ -59,6 +70,16 @@ void showFailure(const char *service, int32_t result) {
 
 void showPrintFailure(int32_t result) { showFailure("ORB_VectorixService17", result); }
 void showPreparationFailure(int32_t result) { showFailure("ORB_VectorixService8", result); }
+
+void showListFailure(int32_t result) {
+    if (result == 0 && answer().ORB_errorID == kORB_NoError) return;
+    if (answer().ORB_errorID == kORB_ErrorNoPort) {
+        posix::printf("[main foundation] Service3 returns ORB_error ID %d\n", answer().ORB_errorID);
+        return;
+    }
+    posix::printf("[main foundation] Service3 returns an error %d\n", result);
+    posix::printf("[main foundation] & ORB_error ID %d\n", answer().ORB_errorID);
+}
 
 void showNoPlotter(int32_t result) {
     if (answer().ORB_errorID != kORB_ErrorNoPort) return;
@@ -77,12 +98,15 @@ struct Service {
 constexpr Service kServices[] = {
     {1, presetNoError},
     {2, nullptr, {}, ORB_VectorixService2, showNoPlotter},
+    {3, nullptr, {}, ORB_VectorixService3, showListFailure},
     {4, nullptr, {" [S4] called by ORB Vectorix.  this is a ghost : it does nothing"}},
     {5, presetNoError, {" [S5] called by ORB Vectorix"}, ORB_VectorixService5},
     {6, presetNoError, {" [S6] called by ORB Vectorix, but this service is a ghost : it does nothing"}},
+    {7, presetQuery, {}, ORB_VectorixService7},
     {8, nullptr, {" [S8] called by ORB Vectorix"}, ORB_VectorixService8, showPreparationFailure},
     {9, nullptr, {" [S9] called by ORB Vectorix"}, ORB_VectorixService9},
     {10, nullptr, {" [S10] called by ORB Vectorix"}, ORB_VectorixService10},
+    {11, nullptr, {" [S11] called by ORB Vectorix"}, ORB_VectorixService11},
     {12},
     {14, presetZero, {" [S14] called by ORB Vectorix"}, ORB_VectorixService14},
     {17, presetNoError, {" [S17] called by ORB Vectorix"}, ORB_VectorixService17, showPrintFailure},

@@ -1,6 +1,7 @@
 // The calls for hosts that are not services.
 #include "orb/vectorix.h"
 
+#include "hardclip/query_report.h"
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/files/file_manager.h"
 #include "platform/posix/console.h"
@@ -21,6 +22,14 @@ std::string_view wholeCharacters(std::string_view text, size_t size) {
     while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80)
         --size;
     return text.substr(0, size);
+}
+
+/// Copies as much of a report as the host has room for.
+template <typename Report> void copyReport(const Report &from, Report *to) {
+    if (!to) return;
+    uint32_t size = to->structSize;
+    memcpy(to, &from, std::min<size_t>(size, sizeof from));
+    if (size >= sizeof size) to->structSize = size;
 }
 
 } // namespace
@@ -57,9 +66,6 @@ extern "C" void ORB_hostSetProgress(ORB_ProgressFunction function, void *context
 
 extern "C" void ORB_hostStop() { platform::requestStop(); }
 
-extern "C" void ORB_hostGetJobReport(ORB_JobReport *report) {
-    if (!report) return;
-    uint32_t size = report->structSize;
-    memcpy(report, &gORB_FoundationStruct.report, std::min<size_t>(size, sizeof *report));
-    report->structSize = size;
-}
+extern "C" void ORB_hostGetJobReport(ORB_JobReport *report) { copyReport(gORB_FoundationStruct.report, report); }
+
+extern "C" void ORB_hostGetQueryReport(ORB_QueryReport *report) { copyReport(hardclip::queryReport(), report); }

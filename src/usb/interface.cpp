@@ -26,9 +26,11 @@ bool giveUp(int32_t result, int32_t *status) {
     return false;
 }
 
-/// A first failure other than exclusive access is retried at once, further ones after a second each.
-IOReturn openWithRetries() {
+/// openedLine is for a first call that succeeds. A first failure other than exclusive access is retried at once, further
+/// ones after a second each.
+IOReturn openWithRetries(const char *openedLine) {
     IOReturn result = gORB_interfaceInterface->USBInterfaceOpen();
+    if (result == kIOReturnSuccess && openedLine) posix::puts(openedLine);
     if (result == kIOReturnExclusiveAccess) return result;
     for (int left = kOpenRetries; result != kIOReturnSuccess && left > 0 && !platform::stopRequested(); --left) {
         result = gORB_interfaceInterface->USBInterfaceOpen();
@@ -55,13 +57,12 @@ bool openInterface(const OpenLines &lines, int32_t *status) {
             return giveUp(found, status);
         }
         record.ORB_interfaceOpen = 0;
-        if (IOReturn result = openWithRetries(); result != kIOReturnSuccess) {
+        if (IOReturn result = openWithRetries(lines.opened); result != kIOReturnSuccess) {
             record.ORB_errorID = kORB_ErrorInterfaceNotOpened;
             return giveUp(result, status);
         }
         record.ORB_interfaceOpen = 1;
         record.ORB_errorID = kORB_NoError;
-        if (lines.opened) posix::puts(lines.opened);
     }
     if (record.ORB_USBidVendor == kVendorWithAlternateSetting) plotterInterface().SetAlternateInterface(1);
     *status = kIOReturnSuccess;

@@ -16,7 +16,7 @@ IOUSBInterfaceInterface245 &plotterInterface() noexcept;
 /// The console lines of a caller of openInterface; nullptr for none.
 struct OpenLines {
     const char *alreadyOpen;
-    const char *opened;
+    const char *opened; ///< when the first call opened it
 };
 
 /// Makes sure that the plotter's interface is open: looks it up and opens it (exclusive access fails at once; another

@@ -198,7 +198,7 @@ TEST(Stop, OtherSignalsInterruptNothing) {
         while (::read(farEnd, taken, sizeof taken) > 0) {
         }
     });
-    const std::string text(1 << 18, 'x'); // more than the line holds
+    const std::string text(1 << 17, 'x'); // more than the line holds
     for (size_t sent = 0; sent < text.size();) {
         const ssize_t count = posix::write(pty.line, text.data() + sent, text.size() - sent);
         ASSERT_GT(count, 0) << strerror(errno);
@@ -215,7 +215,7 @@ TEST(Stop, NoRequestReachesTheNextCall) {
     for (int i = 0; i < 20'000; ++i) {
         platform::beginCall();
         // Some calls end while a request is just being made.
-        while (i % 10 == 0 && !platform::stopRequested())
+        while (i % 1000 == 0 && !platform::stopRequested())
             std::this_thread::yield();
         platform::endCall();
         pollfd stop{platform::stopDescriptor(), POLLIN, 0};

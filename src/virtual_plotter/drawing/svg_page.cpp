@@ -49,7 +49,7 @@ private:
 
     // Three decimals: a micrometre of paper, and far less than the step of any plotter in its units.
     SvgPage &number(double value) {
-        char digits[32];
+        char digits[320]; // room for any double
         const auto end =
             std::to_chars(digits, digits + sizeof digits, std::round(value * 1000) / 1000, std::chars_format::fixed);
         return text({digits, end.ptr});
@@ -67,13 +67,10 @@ private:
         size_t i = 0;
         for (size_t end : contours.ends) {
             const size_t first = i;
-            for (; i < end; ++i)
-                text(i == first       ? "M"
-                     : i == first + 1 ? "L"
-                                      : " ")
-                    .number(contours.points[i].x)
-                    .text(" ")
-                    .number(contours.points[i].y);
+            for (; i < end; ++i) {
+                text(i == first ? "M" : i == first + 1 ? "L" : " ");
+                number(contours.points[i].x).text(" ").number(contours.points[i].y);
+            }
             if (i == first + 1) text("h0"); // a round dot
         }
         return *this;

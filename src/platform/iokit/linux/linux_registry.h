@@ -5,7 +5,9 @@
 
 namespace platform {
 
-/// Lives as long as the process. What comes from it is used by one thread at a time.
+/// Without udev there is no port; where only libusb cannot start, the matching of USB services fails and serial ports are
+/// still found (kIOReturnNoResources both). Lives as long as the process. What comes from it is used by one thread at a
+/// time.
 IORegistry &linuxRegistry() noexcept;
 
 /// Ports, iterators, services, plug-ins, device and interface objects that were handed out and not yet released.

@@ -1,0 +1,47 @@
+#include "hardclip/query_report.h"
+
+#include "service/state.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace hardclip {
+
+namespace {
+
+constexpr ORB_QueryReport emptyReport() {
+    ORB_QueryReport empty{};
+    empty.structSize = sizeof empty;
+    empty.errorID = kORB_NoError;
+    return empty;
+}
+
+ORB_QueryReport report = emptyReport();
+
+} // namespace
+
+void beginQueryReport() noexcept { report = emptyReport(); }
+
+void noteRequest() noexcept {
+    const char *text = answer().ORB_writeBuffer;
+    report.requestBytes = static_cast<uint32_t>(strnlen(text, sizeof report.request - 1));
+    memcpy(report.request, text, report.requestBytes);
+    report.request[report.requestBytes] = '\0';
+}
+
+void noteRead(std::string_view reply) noexcept {
+    ++report.reads;
+    if (reply.empty()) return;
+    report.replyBytes = static_cast<uint32_t>(std::min(reply.size(), sizeof report.reply - 1));
+    memcpy(report.reply, reply.data(), report.replyBytes);
+    report.reply[report.replyBytes] = '\0';
+}
+
+void noteOutcome(int32_t status) noexcept {
+    report.errorID = answer().ORB_errorID;
+    report.status = status;
+}
+
+const ORB_QueryReport &queryReport() noexcept { return report; }
+
+} // namespace hardclip

@@ -1,0 +1,22 @@
+// The query report: what the last hard-clip query said and heard.
+#pragma once
+
+#include "orb/vectorix.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace hardclip {
+
+/// A new query: nothing said, nothing heard.
+void beginQueryReport() noexcept;
+/// The text of ORB_writeBuffer goes out as a request.
+void noteRequest() noexcept;
+/// A read gave these bytes; none for a read that gave nothing.
+void noteRead(std::string_view reply) noexcept;
+/// The identifier of now and the status, before the step that closes the link sets the record's.
+void noteOutcome(int32_t status) noexcept;
+
+const ORB_QueryReport &queryReport() noexcept;
+
+} // namespace hardclip

@@ -1,0 +1,17 @@
+// The texts that ask a plotter for its hard-clip limits.
+#pragma once
+
+namespace hardclip {
+
+/// Puts the request for ORB_EmulationID and ORB_emulationVariant into ORB_writeBuffer. 17009 with variant 2 becomes 17010.
+void buildSerialRequest() noexcept;
+
+/// What 17009 is asked after its first reply.
+constexpr const char *kSecondSerialRequest = "U";
+constexpr const char *kSecondUsbRequest = "UU";
+
+/// Clears ORB_writeBuffer and puts the request for ORB_USBidVendor, ORB_PlotterEmulationID and ORB_emulationVariant there.
+/// For vendor 0x0B4D variant 2 can turn ORB_EmulationID into 17010.
+void buildUsbRequest() noexcept;
+
+} // namespace hardclip

@@ -1,0 +1,166 @@
+#include "hardclip/reply.h"
+
+#include "service/state.h"
+#include "support/scripted.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+
+namespace {
+
+using namespace hardclip;
+
+struct ReplyCase {
+    const char *what;
+    int32_t emulation;
+    Link link;
+    ReplyPart part;
+    std::string_view reply;
+    double values[4];
+    bool complete;
+};
+
+constexpr auto kSerial = Link::serial;
+constexpr auto kUsb = Link::usb;
+constexpr auto k1st = ReplyPart::first;
+constexpr auto k2nd = ReplyPart::second;
+
+constexpr ReplyCase kReplies[] = {
+    {"commas", 17001, kSerial, k1st, "0,0,15200,10800\r", {0, 0, 15200, 10800}, true},
+    {"commas, USB", 17001, kUsb, k1st, "0,0,15200,10800\r", {0, 0, 15200, 10800}, true},
+    {"commas, nothing behind the last number", 17001, kSerial, k1st, "1,2,3,4", {1, 2, 3, 0}, false},
+    {"the reply's end is enough over USB", 17001, kUsb, k1st, "1,2,3,4", {1, 2, 3, 4}, true},
+    {"a fourth 0 does not complete", 17001, kSerial, k1st, "0,0,15200,0\r", {0, 0, 15200, 0}, false},
+    {"nor over USB", 17010, kUsb, k1st, "0,0,15200,0\r", {0, 0, 15200, 0}, false},
+    {"but for 17032 over USB", 17032, kUsb, k1st, "0,0,15200,0\r", {0, 0, 15200, 0}, true},
+    {"not for 17032 over serial", 17032, kSerial, k1st, "0,0,15200,0\r", {0, 0, 15200, 0}, false},
+    {"17032 wants three commas", 17032, kUsb, k1st, "0,0,15200\r", {0, 0, 0, 0}, false},
+    {"a fourth comma completes a 0", 17001, kUsb, k1st, "1,2,3,0,", {1, 2, 3, 0}, true},
+    {"a fourth comma", 17001, kSerial, k1st, "10,20,30,40,50\r", {10, 20, 30, 40}, true},
+    {"serial walks on", 17001, kSerial, k1st, "1,2,3,4\r5\n", {1, 2, 3, 45}, true},
+    {"USB does not", 17001, kUsb, k1st, "1,2,3,4\r5\n", {1, 2, 3, 4}, true},
+    {"signs, points and blanks", 17001, kSerial, k1st, "-5,12.5, 1 0,)7\r", {5, 125, 10, 7}, true},
+    {"a point ends the fourth", 17001, kUsb, k1st, "1,2,3,4.5\r", {1, 2, 3, 4}, true},
+
+    {"blanks", 17005, kSerial, k1st, "% 0 0 33000 24000 ", {0, 0, 33000, 24000}, true},
+    {"blanks, ended by CR", 17005, kSerial, k1st, "1 2 3 4\r", {1, 2, 3, 4}, true},
+    {"a percent sign starts anew", 17005, kSerial, k1st, "9 9 %1 2 3 4 5 ", {1, 2, 3, 4}, true},
+    {"USB: any digit completes", 17005, kUsb, k1st, "0 5", {0, 0, 0, 0}, true},
+    {"USB: 0 is not enough", 17005, kUsb, k1st, "0 0", {0, 0, 0, 0}, false},
+
+    {"skip", 17008, kSerial, k1st, "a,b,c,d,100,200,300,400\r", {100, 200, 300, 400}, true},
+    {"skip, three commas only", 17030, kSerial, k1st, "a,b,c,100 200 300 400\r", {0, 0, 0, 0}, false},
+    {"skip stops when complete", 17008, kSerial, k1st, ",,,,1,2,3,4,5,6\r", {1, 2, 3, 4}, true},
+    {"skip, USB", 17008, kUsb, k1st, "x(0,1,2,3,100,200,300,400,", {100, 200, 300, 400}, true},
+    {"skip, USB, no pair: from the first byte", 17008, kUsb, k1st, "a,b,c,d,1,2,3,4,", {1, 2, 3, 4}, true},
+    {"skip, USB: only a comma ends the fourth", 17008, kUsb, k1st, ",,,,1,2,3,4\r", {1, 2, 3, 0}, false},
+
+    {"pair", 17009, kSerial, k1st, "120,340\r", {120, 340, 0, 111}, true},
+    {"each further byte ends it again", 17009, kSerial, k1st, "120,340\r\n", {120, 0, 0, 111}, true},
+    {"no digit behind the comma", 17009, kSerial, k1st, "120,\r\n", {120, 0, 0, 0}, false},
+    {"second pair", 17009, kSerial, k2nd, "5, 6)\r", {0, 0, 5, 6}, true},
+    {"a blank ends the first pair", 17009, kSerial, k1st, "5,6 7\r", {5, 7, 0, 111}, true},
+    {"pair, USB", 17009, kUsb, k1st, "120,340", {120, 340, 111, 111}, true},
+    {"pair, USB, no digit", 17009, kUsb, k1st, "120,\r", {120, -1, 111, 111}, true},
+    {"pair, USB, no comma", 17009, kUsb, k1st, "x", {0, 0, 0, 111}, true},
+    {"second pair, USB", 17009, kUsb, k2nd, " 5,6\r", {0, 0, 5, 6}, true},
+    {"second pair, USB, no comma", 17009, kUsb, k2nd, "56\r7", {0, 0, 56, 567}, true},
+};
+
+Reading readingFor(int32_t emulation) {
+    Reading reading;
+    reading.skip = leadingCommas(emulation);
+    return reading;
+}
+
+TEST(Reply, Rules) {
+    scripted::Platform platform;
+    for (const ReplyCase &c : kReplies) {
+        SCOPED_TRACE(c.what);
+        Reading reading = readingFor(c.emulation);
+        readReply(c.reply, c.emulation, c.link, c.part, reading);
+        for (int i = 0; i < 4; ++i)
+            EXPECT_EQ(reading.values[i], c.values[i]) << "value " << i + 1;
+        EXPECT_EQ(reading.complete, c.complete);
+    }
+}
+
+TEST(Reply, WhatLivesFromOneReplyToTheNext) {
+    scripted::Platform platform;
+    Reading reading = readingFor(17008); // the commas that were skipped, not their number
+    readReply("a,b,", 17008, kUsb, k1st, reading);
+    EXPECT_EQ(reading.skip, 2);
+    readReply("c,d,1,2,", 17008, kUsb, k1st, reading);
+    readReply("3,4,5,6,", 17008, kUsb, k1st, reading); // starts with the first value again
+    EXPECT_TRUE(reading.complete);
+    EXPECT_EQ(reading.values[0], 3);
+
+    reading = {}; // a fourth value that is in already is not set by the reply's end
+    reading.values[3] = 9;
+    readReply("1,2,3,4", 17001, kUsb, k1st, reading);
+    EXPECT_FALSE(reading.complete);
+    EXPECT_EQ(reading.values[3], 9);
+
+    reading = {}; // 111.0 stays when the second reply is not complete
+    readReply("1,2\r", 17009, kSerial, k1st, reading);
+    readReply("3,", 17009, kSerial, k2nd, reading);
+    EXPECT_FALSE(reading.complete);
+    EXPECT_EQ(reading.values[3], 111);
+}
+
+TEST(Reply, Shows) {
+    const struct {
+        int32_t emulation;
+        Link link;
+        std::string_view reply;
+        const char *console, *status;
+    } kCases[] = {
+        {17001, kSerial, "1,2,3,4,",
+         "ORB_HARDC_1 = ORB_Double : 1.000000\nORB_HARDC_2 = ORB_Double : 2.000000\n"
+         "ORB_HARDC_3 = ORB_Double : 3.000000\nORB_HARDC_4 = ORB_Double : 4.000000\n",
+         ""},
+        {17001, kUsb, "1,2,3,4,", "", ""},
+        {17005, kUsb, " 1,2 3 4 5 ",
+         "< ORB_startspace found >\n< comma found here in MHGL , >ORB_HARDC_1 = ORB_Double : 12.000000\n"
+         "ORB_HARDC_2 = ORB_Double : 3.000000\nORB_HARDC_3 = ORB_Double : 4.000000\n",
+         ""},
+        {17008, kSerial, ",,,,1,2,3", "ORB_HARDC_2 = ORB_Double : 2.000000\n", "ORB_HARDC_2 = ORB_Double : 2.000000"},
+        {17008, kUsb, ",,,,1,2,3,4,", "", ""},
+    };
+    for (const auto &c : kCases) {
+        scripted::Platform platform;
+        answer().ORB_CFSTR_message = 0;
+        Reading reading = readingFor(c.emulation);
+        readReply(c.reply, c.emulation, c.link, k1st, reading);
+        EXPECT_EQ(platform.console.out, c.console) << c.reply;
+        EXPECT_EQ(platform::stringView(answer().ORB_CFSTR_message), c.status) << c.reply;
+    }
+}
+
+// Any bytes, in replies of any size, cut anywhere: values are numbers, or -1 where no digit came; nothing outside is read
+// (which the sanitizers hold: each reply is its own exact allocation).
+TEST(Reply, AnyBytes) {
+    scripted::Platform platform;
+    std::mt19937 random(11);
+    constexpr char kTelling[] = "0123456789,,,,, %()\r\n-.";
+    for (int round = 0; round < 20000; ++round) {
+        constexpr size_t kSizes[] = {0, 1, 2, 5, 17, 255, 256};
+        std::vector<char> reply(kSizes[random() % std::size(kSizes)]);
+        for (char &c : reply)
+            c = random() % 8 ? kTelling[random() % (sizeof kTelling - 1)] : static_cast<char>(random());
+        constexpr int32_t kEmulations[] = {17001, 17005, 17008, 17009, 17032};
+        int32_t emulation = kEmulations[random() % std::size(kEmulations)];
+        Reading reading = readingFor(emulation);
+        readReply({reply.data(), reply.size()}, emulation, random() % 2 ? kSerial : kUsb, random() % 2 ? k1st : k2nd,
+                  reading);
+        for (double value : reading.values)
+            ASSERT_TRUE(value >= 0 || value == -1);
+        ASSERT_GE(reading.skip, 0);
+        platform.console.out.clear();
+        platform.log.clear();
+    }
+}
+
+} // namespace
