@@ -4,7 +4,6 @@
 #include "plot/write_buffer.h"
 #include "service/state.h"
 
-#include <cstring>
 #include <iterator>
 
 namespace hardclip {
@@ -58,7 +57,7 @@ const char *usbRequest() {
 
 } // namespace
 
-void buildSerialRequest() noexcept { strcpy(answer().ORB_writeBuffer, serialRequest()); }
+void buildSerialRequest() noexcept { plot::loadText(platform::constantString(serialRequest())); }
 
 void buildUsbRequest() noexcept { plot::loadText(platform::constantString(usbRequest())); }
 

@@ -3,7 +3,8 @@
 
 namespace hardclip {
 
-/// Puts the request for ORB_EmulationID and ORB_emulationVariant into ORB_writeBuffer. 17009 with variant 2 becomes 17010.
+/// Clears ORB_writeBuffer and puts the request for ORB_EmulationID and ORB_emulationVariant there. 17009 with variant 2
+/// becomes 17010.
 void buildSerialRequest() noexcept;
 
 /// What 17009 is asked after its first reply.

@@ -10,6 +10,7 @@
 #include "platform/posix/stop.h"
 #include "platform/posix/terminal.h"
 #include "plot/link_switch.h"
+#include "plot/write_buffer.h"
 #include "serial/link.h"
 #include "service/state.h"
 #include "service/status_text.h"
@@ -142,7 +143,7 @@ bool readFirst(int fd, Reading &reading) {
 /// Asks for the second pair and polls for it. Returns the query's result.
 int32_t readSecond(Reading &reading) {
     ORB_ServiceRecord &record = answer();
-    strcpy(record.ORB_writeBuffer, kSecondSerialRequest);
+    plot::loadText(platform::constantString(kSecondSerialRequest));
     noteRequest();
     const int32_t status = ORB_SerialwritePlotter();
     if (record.ORB_errorID == kORB_ErrorUnvalidPort) return status;

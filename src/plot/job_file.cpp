@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int64_t kLargestJobFile = 16 * 1024 * 1024; // what a job of a few dozen lines will never need
+constexpr int64_t kLargestJobFile = int64_t{16} << 20; // what a job of a few dozen lines will never need
 constexpr int64_t kUsualChunkSize = 64;
 
 enum class Kind {
