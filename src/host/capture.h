@@ -1,6 +1,8 @@
 // A serial line that ends in a file: a pseudo-terminal whose far end is kept by a thread.
 #pragma once
 
+#include "virtual_plotter/face/pty_line.h"
+
 #include <string>
 #include <thread>
 
@@ -15,7 +17,7 @@ public:
     ~Capture() { end(); }
 
     /// The path of the near end, to be printed to.
-    const std::string &port() const { return port_; }
+    const std::string &port() const { return line_.path(); }
 
     /// Takes what is still under way and closes the file. Throws Failure when not all of it could be written.
     void finish();
@@ -25,10 +27,8 @@ private:
     void keep();
 
     std::string file_;
-    std::string port_;
+    virtual_plotter::PtyLine line_; ///< its near end is held, so that it lasts from before the job to its end
     int output_ = -1;
-    int farEnd_ = -1;
-    int nearEnd_ = -1; ///< held open, so that the line lasts from before the job to its end
     int writeError_ = 0;
     std::thread keeper_;
 };

@@ -16,13 +16,21 @@ namespace host {
 
 namespace {
 
-constexpr void (*kCommands[])(CLI::App &, Typed &) = {addPrintCommand, addSendCommand, addJobCommand};
+constexpr void (*kCommands[])(CLI::App &, Typed &) = {addPrintCommand, addPreviewCommand, addSimulateCommand,
+                                                      addSendCommand,  addJobCommand,     addPlottersCommand,
+                                                      addPortsCommand, addLimitsCommand};
 
 const char *overview() {
     return "Examples:\n"
            "  vectorix print drawing.plt --port /dev/ttyUSB0\n"
            "  vectorix print drawing.plt --job roll.plist --port /dev/ttyUSB0 --handshake hardware\n"
+           "  vectorix print drawing.plt --usb\n"
            "  vectorix print drawing.plt --capture drawing.out\n"
+           "  vectorix print drawing.plt --virtual drawing.png\n"
+           "  vectorix preview drawing.plt -o drawing.svg --sheet a3\n"
+           "  vectorix simulate --render drawing.pdf\n"
+           "  vectorix ports\n"
+           "  vectorix limits --port /dev/ttyUSB0\n"
            "  vectorix send 'IN;SP1;' --port /dev/ttyUSB0\n"
            "  vectorix job write roll.plist --emulation 17008 --terminator , --tool 'P1,'\n"
            "\n"

@@ -18,7 +18,12 @@ struct Typed {
 };
 
 void addPrintCommand(CLI::App &app, Typed &typed);
+void addPreviewCommand(CLI::App &app, Typed &typed);
+void addSimulateCommand(CLI::App &app, Typed &typed);
 void addSendCommand(CLI::App &app, Typed &typed);
 void addJobCommand(CLI::App &app, Typed &typed);
+void addPlottersCommand(CLI::App &app, Typed &typed);
+void addPortsCommand(CLI::App &app, Typed &typed);
+void addLimitsCommand(CLI::App &app, Typed &typed);
 
 } // namespace host

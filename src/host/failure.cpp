@@ -16,7 +16,7 @@ const char *exitCodeHelp() {
            "  2    usage\n"
            "  3    no such device or file\n"
            "  4    permission denied\n"
-           "  5    the port is busy\n"
+           "  5    the port or the plotter is busy\n"
            "  6    the device was lost, or is silent\n"
            "  7    the job file or the plot file is unfit\n"
            "  130  stopped by the user";

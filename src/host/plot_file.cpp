@@ -18,23 +18,6 @@ namespace {
 
 constexpr int64_t kLongestTail = 255 + 255; // the largest chunk, and the longest mark before it
 
-/// Reads a file from its start to the offset end, block by block, until look returns false.
-void scan(const std::string &path, int64_t end, const std::function<bool(int64_t offset, std::string_view block)> &look) {
-    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw fileFailure(path, errno);
-    std::vector<char> buffer(size_t{64} * 1024);
-    int64_t offset = 0;
-    ssize_t count = 0;
-    while (offset < end) {
-        count = pread(fd, buffer.data(), std::min(buffer.size(), static_cast<size_t>(end - offset)), offset);
-        if (count <= 0 || !look(offset, {buffer.data(), static_cast<size_t>(count)})) break;
-        offset += count;
-    }
-    int errorNumber = errno;
-    close(fd);
-    if (count < 0) throw fileFailure(path, errorNumber);
-}
-
 int64_t sizeOf(const std::string &path) {
     struct stat status;
     if (stat(path.c_str(), &status) != 0) throw fileFailure(path, errno);
@@ -84,9 +67,26 @@ void requireInputFile(const std::string &path, const char *what) {
         throw Failure(ExitCode::Unfit, fmt::format("{}: the {} is empty; make it again", shown(path), what));
 }
 
+void readBlocks(const std::string &path, int64_t end,
+                const std::function<bool(int64_t offset, std::string_view block)> &look) {
+    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) throw fileFailure(path, errno);
+    std::vector<char> buffer(size_t{64} * 1024);
+    int64_t offset = 0;
+    ssize_t count = 0;
+    while (offset < end) {
+        count = pread(fd, buffer.data(), std::min(buffer.size(), static_cast<size_t>(end - offset)), offset);
+        if (count <= 0 || !look(offset, {buffer.data(), static_cast<size_t>(count)})) break;
+        offset += count;
+    }
+    int errorNumber = errno;
+    close(fd);
+    if (count < 0) throw fileFailure(path, errorNumber);
+}
+
 std::optional<ForeignByte> findForeignByte(const std::string &path) {
     std::optional<ForeignByte> found;
-    scan(path, sizeOf(path), [&](int64_t offset, std::string_view block) {
+    readBlocks(path, sizeOf(path), [&](int64_t offset, std::string_view block) {
         auto at = std::find_if(block.begin(), block.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
         if (at == block.end()) return true;
         found = {offset + (at - block.begin()), static_cast<unsigned char>(*at)};
@@ -105,7 +105,7 @@ Withheld findWithheld(const std::string &path, std::string_view mark, int64_t wi
     result.tail = end.substr(end.size() - static_cast<size_t>(result.tailBytes));
     result.innerBytes = withheldBytes - result.tailBytes;
     if (result.innerBytes == 0) return result;
-    scan(path, size - result.tailBytes, [&](int64_t offset, std::string_view block) {
+    readBlocks(path, size - result.tailBytes, [&](int64_t offset, std::string_view block) {
         size_t nul = block.find('\0');
         if (result.firstNul < 0 && nul != std::string_view::npos) result.firstNul = offset + static_cast<int64_t>(nul);
         result.nulBytes += std::count(block.begin(), block.end(), '\0');

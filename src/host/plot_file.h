@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +11,10 @@ namespace host {
 
 /// Throws Failure unless there is a file with something in it that may be read. what names its kind: "plot file".
 void requireInputFile(const std::string &path, const char *what);
+
+/// Reads a file block by block, from its start to the offset end or to its end, until look returns false. Throws Failure.
+void readBlocks(const std::string &path, int64_t end,
+                const std::function<bool(int64_t offset, std::string_view block)> &look);
 
 struct ForeignByte {
     int64_t offset;

@@ -2,6 +2,7 @@
 
 #include "host/failure.h"
 #include "host/holders.h"
+#include "host/node_access.h"
 #include "host/text.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <grp.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <termios.h>
@@ -36,14 +36,13 @@ Failure missing(const std::string &port) {
 }
 
 Failure forbidden(const std::string &port, const struct stat &device) {
-    const group *owner = getgrgid(device.st_gid);
-    bool groupMay = (device.st_mode & (S_IRGRP | S_IWGRP)) == (S_IRGRP | S_IWGRP);
-    if (!owner || !groupMay || device.st_gid == 0) {
+    std::string group = groupWithAccess(device);
+    if (group.empty()) {
         return portFailure(ExitCode::Permission, port, "permission denied; ask the administrator for access to the port");
     }
     return portFailure(ExitCode::Permission, port,
                        "permission denied; add yourself to the group {0}: sudo usermod -aG {0} $USER (then log in again)",
-                       owner->gr_name);
+                       group);
 }
 
 Failure notSerial(const std::string &port, const char *what) {

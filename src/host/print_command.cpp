@@ -1,7 +1,8 @@
-// vectorix print: a plot file to a plotter, or into a file as the plotter would have got it.
+// vectorix print: a plot file to a plotter, into a file as the plotter would have got it, or to a plotter in software.
 #include "host/capture.h"
 #include "host/commands.h"
 #include "host/console_lines.h"
+#include "host/findings.h"
 #include "host/job_options.h"
 #include "host/job_reader.h"
 #include "host/job_writer.h"
@@ -12,11 +13,13 @@
 #include "host/record.h"
 #include "host/stop_signals.h"
 #include "host/text.h"
+#include "host/usb_access.h"
+#include "host/usb_target.h"
 #include "host/verdict.h"
+#include "host/virtual_line.h"
 
 #include <CLI/CLI.hpp>
 #include <chrono>
-#include <filesystem>
 #include <fmt/format.h>
 #include <memory>
 #include <optional>
@@ -31,6 +34,10 @@ struct PrintOptions {
     JobOptions job;
     std::string port;
     std::string capture;
+    std::string picture; ///< of a virtual plotter
+    DrawingOptions drawing;
+    bool toUsb = false;
+    std::string usbChoice;
     LineSettings line;
     bool keepGoing = false;
     bool verbose = false;
@@ -78,23 +85,17 @@ int32_t emulationOf(const PrintOptions &options) {
     }
 }
 
-void requireOtherFile(const std::string &capture, const std::string &input) {
-    std::error_code ignored;
-    if (!input.empty() && std::filesystem::equivalent(capture, input, ignored)) {
-        throw Failure(ExitCode::Usage,
-                      fmt::format("--capture: {} is what is to be printed; name another file", shown(capture)));
-    }
-}
-
 /// The call of the entry, with everything that must be set up around it.
-PrintOutcome callEntry(const PrintOptions &options, const std::string &port, ProgressBar &bar) {
+PrintOutcome callEntry(const PrintOptions &options, const std::string &port, const std::optional<UsbDevice> &usb,
+                       ProgressBar &bar) {
     StopOnSignal signals;
     std::optional<TemporaryJob> made;
     if (options.jobFile.empty()) made.emplace(propertyList(jobOf(options.job)));
     HostString portPath(port, "--port");
 
-    ORB_ServiceRecord record = emptyRecord(kORB_ServicePrint);
-    applyLineSettings(options.line, record);
+    ORB_ServiceRecord record = usb ? recordFor(*usb) : emptyRecord(kORB_ServicePrint);
+    record.ORB_serviceNumber = kORB_ServicePrint;
+    if (!usb) applyLineSettings(options.line, record);
     record.ORB_CFSTR_bsdIn_VectorixDevice = portPath.get();
     record.ORB_EmulationID = emulationOf(options);
     record.ORB_JobFileRef = fileReference(made ? made->path() : options.jobFile);
@@ -105,7 +106,9 @@ PrintOutcome callEntry(const PrintOptions &options, const std::string &port, Pro
     outcome.report.firstErrorID = kORB_NoError;
     outcome.plotFile = options.plot;
     outcome.jobFile = options.jobFile;
-    outcome.destination = options.capture.empty() ? port : options.capture;
+    const std::string &file = options.capture.empty() ? options.picture : options.capture;
+    outcome.destination = usb ? usb->id() : file.empty() ? port : file;
+    outcome.usb = usb;
 
     ProgressWatch watch{bar, options.keepGoing};
     ORB_hostSetProgress(ProgressWatch::look, &watch);
@@ -121,6 +124,8 @@ PrintOutcome callEntry(const PrintOptions &options, const std::string &port, Pro
     outcome.stopped = StopOnSignal::came();
     outcome.recordErrorID = record.ORB_errorID;
     outcome.emulation = record.ORB_PlotterEmulationID;
+    outcome.usbOutPipe = record.ORB_USB_PIPEOUT;
+    outcome.isUsbGone = usb && accessTo(usb->node) == NodeAccess::NoNode;
     outcome.terminator = textOf(record.ORB_CFSTR_PlotfileTerminator);
     releaseStrings(record);
     return outcome;
@@ -144,31 +149,52 @@ void tell(const PrintOptions &options, const PrintOutcome &outcome, const Verdic
     if (!verdict.message.empty()) fmt::print(stderr, "vectorix: {}\n", verdict.message);
 }
 
+void addNotes(const VirtualLine &plotter, Verdict &verdict) {
+    for (const std::string &note : findingNotes(plotter.plot(), plotter.drawing().sheet()))
+        verdict.notes.push_back(note);
+    if (!plotter.drawing().note().empty()) verdict.notes.push_back(shown(plotter.drawing().note()));
+}
+
 ExitCode print(const PrintOptions &options) {
-    if (options.port.empty() == options.capture.empty()) {
-        throw Failure(ExitCode::Usage, "print: say where to: --port DEVICE, or --capture FILE");
+    if (options.port.empty() && options.capture.empty() && options.picture.empty() && !options.toUsb) {
+        throw Failure(ExitCode::Usage, "print: say where to: --port DEVICE, --usb, --capture FILE, or --virtual FILE");
     }
+    UsbChoice usbChoice = parseUsbChoice(options.usbChoice);
     if (options.jobFile.empty()) jobOf(options.job); // what was typed is looked at first
     requirePlottable(options);
 
     std::optional<PortLock> lock;
     std::optional<Capture> capture;
-    if (options.capture.empty()) {
+    std::optional<VirtualLine> plotter;
+    std::optional<UsbDevice> usb;
+    if (options.toUsb) {
+        usb = chooseUsbDevice(usbDevices(), usbChoice);
+        requireFree(*usb);
+        if (options.verbose) fmt::print(stderr, "{}", notesOf(*usb));
+    } else if (!options.port.empty()) {
         lock.emplace(options.port);
+    } else if (!options.picture.empty()) {
+        requireOtherFile("--virtual", options.picture, options.plot);
+        requireOtherFile("--virtual", options.picture, options.jobFile);
+        plotter.emplace(options.drawing, options.picture);
     } else {
-        requireOtherFile(options.capture, options.plot);
-        requireOtherFile(options.capture, options.jobFile);
+        requireOtherFile("--capture", options.capture, options.plot);
+        requireOtherFile("--capture", options.capture, options.jobFile);
         capture.emplace(options.capture);
     }
+    const std::string &port = plotter ? plotter->port() : capture ? capture->port() : options.port;
 
     ProgressBar bar(!options.quiet && !options.json && ProgressBar::isPossible());
     ConsoleLines console(options.verbose, bar);
-    PrintOutcome outcome = callEntry(options, capture ? capture->port() : options.port, bar);
+    PrintOutcome outcome = callEntry(options, port, usb, bar);
     if (outcome.stopped && lock) lock->discardOutput();
+    if (plotter) outcome.arrivedBytes = plotter->end();
     Verdict verdict = judge(outcome);
+    if (plotter && outcome.report.sentBytes > 0) addNotes(*plotter, verdict);
     if (callFailed(outcome) && !outcome.stopped) console.show();
     tell(options, outcome, verdict);
     if (capture) capture->finish();
+    if (plotter) plotter->finish();
     return verdict.code;
 }
 
@@ -184,6 +210,20 @@ void addPrintCommand(CLI::App &app, Typed &typed) {
     command->add_option("--capture", options->capture, "Print into a file what the plotter would get")
         ->type_name("FILE")
         ->excludes(port);
+    auto *picture =
+        command->add_option("--virtual", options->picture, "Print to a plotter in software, and draw what arrives")
+            ->type_name("FILE")
+            ->excludes(port)
+            ->excludes("--capture");
+    CLI::Option *usb =
+        command->add_option("--usb", options->usbChoice, "USB plotter: the only one, or the one that 'plotters' shows so")
+            ->type_name("[V:P[@LOCATION]]")
+            ->expected(0, 1)
+            ->excludes(port)
+            ->excludes("--capture")
+            ->excludes(picture);
+    for (CLI::Option *option : addDrawingOptions(*command, options->drawing))
+        option->needs(picture);
     auto *job = command->add_option("--job", options->jobFile, "Job file that says what follows")->type_name("FILE");
     for (CLI::Option *option : addJobOptions(*command, options->job))
         option->excludes(job);
@@ -192,7 +232,8 @@ void addPrintCommand(CLI::App &app, Typed &typed) {
     command->add_flag("-v,--verbose", options->verbose, "Show what the plug-in says");
     command->add_flag("-q,--quiet", options->quiet, "Say nothing but errors");
     command->add_flag("--json", options->json, "Report as one JSON object");
-    command->callback([options, &typed] {
+    command->callback([options, usb, &typed] {
+        options->toUsb = usb->count() > 0;
         typed.wantsJson = options->json;
         typed.run = [options] { return print(*options); };
     });

@@ -17,9 +17,13 @@ namespace {
 
 constexpr uint16_t kPlotterVendors[] = {0x0B75, 0x427E, 0x428D, 0x099F, 0x0C30};
 
+std::string contents(const fs::path &path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 std::string attribute(const fs::path &folder, const char *name) {
-    std::ifstream file(folder / name, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), {}};
+    std::string text = contents(folder / name);
     if (!text.empty() && text.back() == '\n') text.pop_back();
     return text;
 }
@@ -95,7 +99,7 @@ UsbDevice readDevice(const fs::path &folder, uint32_t location, const fs::path &
     device.serialNumber = attribute(folder, "serial");
     std::string bus = fmt::format("{:03}", numberIn(folder, "busnum"));
     device.node = dev / "bus/usb" / bus / fmt::format("{:03}", numberIn(folder, "devnum"));
-    device.isPlotter = isPlotter(attribute(folder, "descriptors"), device.vendor);
+    device.isPlotter = isPlotter(contents(folder / "descriptors"), device.vendor);
     if (fs::path interface = firstInterface(folder); !interface.empty()) {
         std::error_code ignored;
         device.driver = fs::read_symlink(interface / "driver", ignored).filename();

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <sys/types.h>
 #include <vector>
 
@@ -12,13 +13,13 @@ namespace host {
 
 struct UsbDevice {
     uint16_t vendor = 0, product = 0;
-    uint32_t location = 0;                ///< the plug-in's location ID
-    std::string manufacturer, name;       ///< as the device says it: any bytes; may be empty
-    std::string serialNumber;             ///< the same
-    std::string node;                     ///< "/dev/bus/usb/001/004"
-    std::string driver;                   ///< of the first interface; usbfs for a program; empty for none
-    std::optional<dev_t> printerNode;     ///< of the kernel's printer driver on the first interface
-    bool isPlotter = false;               ///< may be one: a bulk out endpoint, and a printer interface or a known vendor
+    uint32_t location = 0;            ///< the plug-in's location ID
+    std::string manufacturer, name;   ///< as the device says it: any bytes; may be empty
+    std::string serialNumber;         ///< the same
+    std::string node;                 ///< "/dev/bus/usb/001/004"
+    std::string driver;               ///< of the first interface; usbfs for a program; empty for none
+    std::optional<dev_t> printerNode; ///< of the kernel's printer driver on the first interface
+    bool isPlotter = false;           ///< may be one: a bulk out endpoint, and a printer interface or a known vendor
 
     /// "0b75:0402@01080000", which --usb understands.
     std::string id() const;

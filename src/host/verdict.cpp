@@ -3,6 +3,7 @@
 #include "host/job_keys.h"
 #include "host/plot_file.h"
 #include "host/text.h"
+#include "host/usb_verdict.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -26,6 +27,7 @@ ExitCode codeOfFile(int32_t status) {
 Verdict fail(ExitCode code, std::string message) { return {code, std::move(message), {}}; }
 
 Verdict judgeFailedLink(const PrintOutcome &outcome) {
+    if (outcome.usb) return judgeUsbLink(outcome);
     const ORB_JobReport &report = outcome.report;
     std::string port = shown(outcome.destination);
     std::string where = fmt::format("after {} of {} bytes", grouped(report.sentBytes), grouped(report.fileBytes));
@@ -43,6 +45,7 @@ Verdict judgeFailedLink(const PrintOutcome &outcome) {
 }
 
 Verdict judgeLink(const PrintOutcome &outcome) {
+    if (outcome.usb) return judgeUsbLink(outcome);
     int32_t errorID = outcome.report.firstErrorID != kORB_NoError ? outcome.report.firstErrorID : outcome.recordErrorID;
     struct Row {
         int32_t errorID;
@@ -158,6 +161,7 @@ std::string summary(const PrintOutcome &outcome) {
                             counted(static_cast<int64_t>(report.piecesFailed), "piece"));
     }
     if (report.withheldBytes > 0) text += fmt::format("; {} not sent", counted(report.withheldBytes, "byte"));
+    if (outcome.arrivedBytes) text += fmt::format("; {} arrived", counted(*outcome.arrivedBytes, "byte"));
     return text;
 }
 

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "host/failure.h"
+#include "host/usb_devices.h"
 
+#include <optional>
 #include <orb/vectorix.h>
 #include <string>
 #include <vector>
@@ -17,9 +19,13 @@ struct PrintOutcome {
     double seconds;
     std::string plotFile;
     std::string jobFile;     ///< empty when the command made one
-    std::string destination; ///< the port, or the capture file
+    std::string destination; ///< the port, the USB plotter, or the capture file
     std::string terminator;
     int32_t emulation;
+    std::optional<int64_t> arrivedBytes; ///< at the plotter, when it is one in software
+    std::optional<UsbDevice> usb;        ///< when it went to one
+    uint8_t usbOutPipe;                  ///< the pipe reference that the plug-in wrote to
+    bool isUsbGone;                      ///< it is not there any more
 };
 
 struct Verdict {

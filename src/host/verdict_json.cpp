@@ -32,6 +32,7 @@ std::string json(const PrintOutcome &outcome, const Verdict &verdict) {
     object["sentBytes"] = report.sentBytes;
     object["failedBytes"] = report.failedBytes;
     object["withheldBytes"] = report.withheldBytes;
+    if (outcome.arrivedBytes) object["arrivedBytes"] = *outcome.arrivedBytes;
     object["piecesSent"] = report.piecesSent;
     object["piecesFailed"] = report.piecesFailed;
     object["uncutChunks"] = report.uncutChunks;
@@ -53,6 +54,7 @@ const char *jsonHelp() {
            "  stopReason                         finished, stoppedByHost, notASCII, noMarkInTail, noLink, plotFile,\n"
            "                                     jobFile or unconvertible\n"
            "  fileBytes                          = sentBytes + failedBytes + withheldBytes\n"
+           "  arrivedBytes                       at the plotter in software, with --virtual\n"
            "  piecesSent, piecesFailed           writes to the port\n"
            "  uncutChunks                        chunks without a command boundary, sent as they were\n"
            "  errorID, errorText                 the first failure; 22007 for none\n"

@@ -100,6 +100,10 @@ static void madeUpHandles(void) {
     record = ORB_getVectorixCS2(record);
     CHECK(record.ORB_errorID == kORB_SerialTools_errorNoBSDIn);
     CHECK(record.ORB_portFD == -1);
+
+    /* Scanning the ports releases the strings of the lists that it fills anew. */
+    record = ORB_getVectorixCS2(patterned(kORB_ServiceListPorts));
+    CHECK(record.ORB_lastService == kORB_ServiceListPorts);
 }
 
 /* A print with nowhere to print to; and a caller that was compiled with a shorter report. */

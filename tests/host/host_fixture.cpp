@@ -102,8 +102,26 @@ Running::~Running() {
 
 void Running::signal(int number) const { kill(pid_, number); }
 
+std::string Running::line() {
+    std::string text;
+    for (char byte; readable(out_.get()) && read(out_.get(), &byte, 1) == 1 && byte != '\n';)
+        text += byte;
+    return text;
+}
+
+void Running::awaitError(const std::string &text) {
+    for (char byte; errSoFar_.find(text) == std::string::npos;) {
+        if (!readable(err_.get()) || read(err_.get(), &byte, 1) != 1) {
+            ADD_FAILURE() << "never said " << text << " but " << errSoFar_;
+            return;
+        }
+        errSoFar_ += byte;
+    }
+}
+
 Result Running::wait() {
     Result result;
+    result.err = std::move(errSoFar_);
     drain(out_, result.out, err_, result.err);
     if (testing::Test::HasFailure()) kill(pid_, SIGKILL);
     int status = 0;
@@ -128,6 +146,10 @@ std::string FarEnd::read(size_t enough) {
         text.append(bytes.data(), static_cast<size_t>(count));
     }
     return text;
+}
+
+void FarEnd::write(const std::string &text) {
+    EXPECT_EQ(::write(master_.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
 }
 
 bool FarEnd::hasHeard() const { return readable(master_.get()); }

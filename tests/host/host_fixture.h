@@ -38,6 +38,10 @@ public:
     ~Running();
     pid_t pid() const { return pid_; }
     void signal(int number) const;
+    /// The next line of its output, which wait() does not give again.
+    std::string line();
+    /// Waits until its error output holds a text.
+    void awaitError(const std::string &text);
     /// Takes its outputs until it ends.
     Result wait();
 
@@ -45,6 +49,7 @@ private:
     pid_t pid_;
     Descriptor out_;
     Descriptor err_;
+    std::string errSoFar_;
 };
 
 /// A pseudo-terminal's far end: the plotter.
@@ -54,6 +59,7 @@ public:
     const std::string &port() const { return port_; }
     /// Everything until the near end is closed, or at least so many bytes.
     std::string read(size_t enough = SIZE_MAX);
+    void write(const std::string &text);
     /// Waits until something can be read, and leaves it there.
     bool hasHeard() const;
     termios attributes() const;

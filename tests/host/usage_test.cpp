@@ -38,7 +38,7 @@ TEST_F(UsageTest, RefusesWhatContradictsItself) {
         {"nothing typed", {}, 2, "subcommand"},
         {"an unknown command", {"prnit"}, 2, "prnit: no such command"},
         {"no plot", {"print"}, 2, "PLOT"},
-        {"neither port nor capture", {"print", plot_}, 2, "--port DEVICE, or --capture FILE"},
+        {"neither port nor capture", {"print", plot_}, 2, "--port DEVICE, --usb, --capture FILE"},
         {"port and capture", {"print", plot_, "--port", "/dev/x", "--capture", "x"}, 2, "excludes"},
         {"job file and emulation", {"print", plot_, "--port", "x", "--job", "j", "--emulation", "17002"}, 2, "excludes"},
         {"job file and tool", {"print", plot_, "--port", "x", "--job", "j", "--tool", "P1"}, 2, "excludes"},

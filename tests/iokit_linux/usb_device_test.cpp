@@ -51,7 +51,7 @@ TEST_F(RegistryTest, ConfigurationsOfADevice) {
 }
 
 TEST_F(RegistryTest, DriversAreLeftAloneByTheDevice) {
-    const bed::UsbPlotter plotter(*bed, {.configurations = 2, .driver = "usblp"});
+    bed::UsbPlotter plotter(*bed, {.configurations = 2, .driver = "usblp"});
     auto device = findDevice();
     ASSERT_TRUE(device);
     EXPECT_EQ(device->USBDeviceOpen(), kIOReturnSuccess);

@@ -28,10 +28,10 @@ protected:
         const IOReturn code = interface->ReadPipe(pipe, buffer.data(), &room);
         if (code == kIOReturnSuccess) return buffer.substr(0, room);
         EXPECT_EQ(room, 0U);
-        return "!" + std::to_string(code);
+        return failed(code);
     }
 
-    static std::string failed(IOReturn code) { return "!" + std::to_string(code); }
+    static std::string failed(IOReturn code) { return std::string("!").append(std::to_string(code)); }
 
     std::optional<bed::UsbPlotter> plotter;
     IOReference<IOUSBInterfaceInterface245> interface;
@@ -240,7 +240,7 @@ TEST_F(InterfaceTest, HeldBySomeoneElse) {
     bed::UsbPlotter byADriver(*bed, {.place = "1-1", .vendor = 0x099F, .driver = "ftdi_sio"});
     bed::UsbPlotter byAProgram(*bed, {.place = "1-2", .vendor = 0x0C30});
     byAProgram.holdByAnother();
-    for (const bed::UsbPlotter *held : {&byADriver, &byAProgram}) {
+    for (bed::UsbPlotter *held : {&byADriver, &byAProgram}) {
         interface = findInterface(held == &byADriver ? 0x099F : 0x0C30);
         ASSERT_TRUE(interface);
         EXPECT_EQ(interface->USBInterfaceOpen(), kIOReturnExclusiveAccess);

@@ -42,7 +42,7 @@ std::string DeviceBed::usbPath(const std::string &place) {
     const size_t interface = place.find(':');
     for (size_t at = place.find('-'); at != std::string::npos && at < interface; at = place.find('.', at + 1)) {
         const size_t end = std::min({place.find('.', at + 1), interface, place.size()});
-        path += "/" + place.substr(0, end);
+        path.append("/").append(place, 0, end);
     }
     return interface == std::string::npos ? path : path + "/" + place;
 }

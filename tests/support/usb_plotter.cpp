@@ -128,6 +128,7 @@ UsbPlotter::~UsbPlotter() {
     umockdev_testbed_detach_ioctl(bed_.get(), node_.c_str(), nullptr);
     g_signal_handlers_disconnect_by_data(base_, this);
     g_object_unref(base_);
+    setClaimer(nullptr);
 }
 
 void UsbPlotter::reply(std::string text) {
@@ -187,8 +188,9 @@ std::vector<std::string> UsbPlotter::log() const {
     return log_;
 }
 
-std::string UsbPlotter::driver() const {
+std::string UsbPlotter::driver() {
     const std::scoped_lock lock(mutex_);
+    forgetTheDead();
     return driver_;
 }
 
@@ -197,6 +199,20 @@ void UsbPlotter::bindDriver(const std::string &name) {
     const std::string link = bed_.fileOf("/sys" + interfacePath_ + "/driver");
     ::unlink(link.c_str());
     if (!name.empty() && ::symlink(("../../bus/usb/drivers/" + name).c_str(), link.c_str()) != 0) perror(link.c_str());
+}
+
+void UsbPlotter::setClaimer(UMockdevIoctlClient *client) {
+    if (claimer_ != nullptr) g_object_unref(claimer_);
+    claimer_ = client;
+    if (claimer_ != nullptr) g_object_ref(claimer_);
+}
+
+/// Who closes the node, or ends, gives up what was claimed and submitted.
+void UsbPlotter::forgetTheDead() {
+    if (claimer_ == nullptr || umockdev_ioctl_client_get_connected(claimer_)) return;
+    waiting_.clear();
+    finished_.clear();
+    release(claimer_);
 }
 
 const PlotterEndpoint *UsbPlotter::endpointOf(uint8_t address) const {
@@ -249,18 +265,19 @@ int UsbPlotter::capabilities(UMockdevIoctlClient *client) {
 int UsbPlotter::claim(UMockdevIoctlClient *client) {
     if (isGone()) return -ENODEV;
     if (argumentOf<unsigned>(client) != 0) return -ENOENT;
+    forgetTheDead();
     if (!driver_.empty()) return -EBUSY;
     bindDriver(kProgram);
-    claimed_ = true;
+    setClaimer(client);
     log_.push_back("claim");
     return 0;
 }
 
-int UsbPlotter::release(UMockdevIoctlClient *) {
+int UsbPlotter::release(UMockdevIoctlClient *client) {
     if (isGone()) return -ENODEV;
-    if (!claimed_) return -EINVAL;
+    if (claimer_ != client) return -EINVAL;
     bindDriver("");
-    claimed_ = false;
+    setClaimer(nullptr);
     setting_ = 0;
     log_.push_back("release");
     return 0;
@@ -269,7 +286,7 @@ int UsbPlotter::release(UMockdevIoctlClient *) {
 int UsbPlotter::chooseSetting(UMockdevIoctlClient *client) {
     if (isGone()) return -ENODEV;
     const auto wanted = argumentOf<usbdevfs_setinterface>(client);
-    if (!claimed_ || wanted.interface != 0 || wanted.altsetting >= shape_.settings.size()) return -EINVAL;
+    if (claimer_ != client || wanted.interface != 0 || wanted.altsetting >= shape_.settings.size()) return -EINVAL;
     setting_ = wanted.altsetting;
     log_.push_back("setting " + std::to_string(setting_));
     return 0;
@@ -289,7 +306,7 @@ int UsbPlotter::chooseConfiguration(UMockdevIoctlClient *client) {
 int UsbPlotter::clearHalt(UMockdevIoctlClient *client) {
     if (isGone()) return -ENODEV;
     const auto address = static_cast<uint8_t>(argumentOf<unsigned>(client));
-    if (!claimed_ || endpointOf(address) == nullptr) return -ENOENT;
+    if (claimer_ != client || endpointOf(address) == nullptr) return -ENOENT;
     if (unplugged_) return -EPROTO;
     log_.push_back("clear " + hex(address));
     halted_.erase(address);
@@ -297,6 +314,7 @@ int UsbPlotter::clearHalt(UMockdevIoctlClient *client) {
 }
 
 int UsbPlotter::getDriver(UMockdevIoctlClient *client) {
+    forgetTheDead();
     if (driver_.empty()) return -ENODATA;
     Memory(umockdev_ioctl_client_get_arg(client), 0, sizeof(usbdevfs_getdriver))
         .put(offsetof(usbdevfs_getdriver, driver), driver_.c_str(), driver_.size() + 1);
@@ -324,7 +342,7 @@ int UsbPlotter::submit(UMockdevIoctlClient *client) {
     const bool isControl = urb->type == USBDEVFS_URB_TYPE_CONTROL;
     if (!isControl) {
         const PlotterEndpoint *endpoint = endpointOf(urb->endpoint);
-        if (!claimed_ || endpoint == nullptr) return -ENOENT;
+        if (claimer_ != client || endpoint == nullptr) return -ENOENT;
         if ((endpoint->type == 3) != (urb->type == USBDEVFS_URB_TYPE_INTERRUPT)) return -EINVAL;
     }
     if (unplugged_ || std::exchange(disturbed_, false)) {

@@ -57,8 +57,8 @@ public:
     void refuseStatusRequests();  ///< as devices do that do not know the request
 
     std::string written() const;          ///< all that came
-    std::vector<std::string> log() const; ///< "claim 0", "setting 1", "clear 01", "detach usblp", "cancel 01", ...
-    std::string driver() const;           ///< bound to the interface: usbfs for a program
+    std::vector<std::string> log() const; ///< "claim", "setting 1", "clear 01", "detach usblp", "cancel 01", ...
+    std::string driver();                 ///< bound to the interface: usbfs for a program
     const std::string &node() const { return node_; }
 
 private:
@@ -89,6 +89,8 @@ private:
     void finish(std::unique_ptr<Urb> urb, int status);
     const PlotterEndpoint *endpointOf(uint8_t address) const;
     void bindDriver(const std::string &name);
+    void setClaimer(UMockdevIoctlClient *client);
+    void forgetTheDead();
     bool isGone() const { return unplugged_ && failuresLeft_ == 0; }
 
     DeviceBed &bed_;
@@ -98,7 +100,8 @@ private:
 
     mutable std::recursive_mutex mutex_; // of all below; functions of the test are called under it
     std::string driver_, written_;
-    bool claimed_ = false, disturbed_ = false, refusesStatus_ = false, unplugged_ = false;
+    UMockdevIoctlClient *claimer_ = nullptr; // who has claimed the interface
+    bool disturbed_ = false, refusesStatus_ = false, unplugged_ = false;
     int failuresLeft_ = 0;
     size_t setting_ = 0, room_ = SIZE_MAX;
     std::set<uint8_t> halted_;

@@ -99,8 +99,9 @@ std::string kernelDriverOf(const UsbInterface &interface) {
     // The name that the kernel gives an interface: 1-2.3:1.0.
     std::string name = std::to_string(libusb_get_bus_number(device));
     for (int i = 0; i < ports.count; ++i)
-        name += (i == 0 ? "-" : ".") + std::to_string(ports.numbers[i]);
-    name += ":" + std::to_string(interface.configuration) + "." + std::to_string(interface.number);
+        name.append(i == 0 ? "-" : ".").append(std::to_string(ports.numbers[i]));
+    name.append(":").append(std::to_string(interface.configuration));
+    name.append(".").append(std::to_string(interface.number));
 
     const UdevHandle<udev> context(udev_new());
     if (!context) return {};

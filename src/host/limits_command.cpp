@@ -1,0 +1,162 @@
+// vectorix limits: asks a plotter how far its pen can go.
+#include "host/commands.h"
+#include "host/console_lines.h"
+#include "host/job_options.h"
+#include "host/line_settings.h"
+#include "host/port_lock.h"
+#include "host/query_verdict.h"
+#include "host/record.h"
+#include "host/stop_signals.h"
+#include "host/text.h"
+#include "host/usb_access.h"
+#include "host/usb_target.h"
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <fmt/format.h>
+#include <memory>
+#include <unistd.h>
+
+namespace host {
+
+namespace {
+
+constexpr uint32_t kMostVariants = 8; // of the language that has most
+
+struct LimitsOptions {
+    std::string port;
+    bool toUsb = false;
+    std::string usbChoice;
+    int emulation = 17002;
+    uint32_t variant = 1;
+    LineSettings line;
+    bool verbose = false;
+    bool json = false;
+};
+
+/// The record of the query; a USB plotter is made ready for it.
+ORB_ServiceRecord recordOf(const LimitsOptions &options, const std::optional<UsbDevice> &usb, CFStringRef portPath) {
+    ORB_ServiceRecord record = usb ? recordFor(*usb) : emptyRecord(kORB_ServiceSerialHardClip);
+    if (usb) {
+        record.ORB_serviceNumber = kORB_ServicePreparePlotter;
+        record = ORB_getVectorixCS2(record);
+        releaseStrings(record);
+        record.ORB_CFSTR_message = 0;
+        record.ORB_serviceNumber = kORB_ServiceUSBHardClip;
+        record.ORB_queryEmulationID = options.emulation;
+        record.ORB_queryPlotterID = 0;
+    } else {
+        applyLineSettings(options.line, record);
+        record.ORB_CFSTR_bsdIn_VectorixDevice = portPath;
+    }
+    record.ORB_EmulationID = options.emulation;
+    record.ORB_emulationVariant = options.variant;
+    return record;
+}
+
+QueryOutcome ask(const LimitsOptions &options, const std::optional<UsbDevice> &usb) {
+    StopOnSignal signals;
+    HostString portPath(options.port, "--port");
+    QueryOutcome outcome{};
+    outcome.report.structSize = sizeof outcome.report;
+    outcome.source = usb ? usb->id() : options.port;
+    outcome.usb = usb;
+
+    auto start = std::chrono::steady_clock::now();
+    ORB_ServiceRecord record = recordOf(options, usb, portPath.get());
+    outcome.report.errorID = record.ORB_errorID; // when the plotter cannot be made ready there is nothing else
+    bool isReady = !usb || record.ORB_errorID == kORB_NoError;
+    if (isReady && !StopOnSignal::came()) {
+        record = ORB_getVectorixCS2(record);
+        ORB_hostGetQueryReport(&outcome.report);
+    }
+    outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    outcome.stopped = StopOnSignal::came();
+    outcome.values = {record.ORB_HARDC_1, record.ORB_HARDC_2, record.ORB_HARDC_3, record.ORB_HARDC_4};
+    outcome.emulation = record.ORB_EmulationID;
+    outcome.usbOutPipe = record.ORB_USB_PIPEOUT;
+    outcome.isUsbGone = usb && accessTo(usb->node) == NodeAccess::NoNode;
+    releaseStrings(record);
+    return outcome;
+}
+
+void announce(const std::string &source, bool isUsb) {
+    if (isatty(STDERR_FILENO) == 0) return;
+    fmt::print(stderr, "asking {} …; {}\n", shown(source),
+               isUsb ? "Ctrl-C ends a wait for a silent plotter" : "this takes 6 to 16 seconds");
+}
+
+void tell(const LimitsOptions &options, const QueryOutcome &outcome, const Verdict &verdict) {
+    if (options.verbose) {
+        fmt::print(stderr, "vectorix: sent \"{}\", heard \"{}\"\n", requestShown(outcome.report),
+                   replyShown(outcome.report));
+    }
+    if (options.json) {
+        fmt::print("{}\n", json(outcome, verdict));
+    } else if (verdict.code == ExitCode::Done) {
+        fmt::print("{}", limitLines(outcome));
+    }
+    fflush(stdout);
+    for (const std::string &note : verdict.notes)
+        fmt::print(stderr, "vectorix: note: {}\n", note);
+    if (!verdict.message.empty()) fmt::print(stderr, "vectorix: {}\n", verdict.message);
+}
+
+ExitCode limits(const LimitsOptions &options) {
+    if (options.port.empty() && !options.toUsb) {
+        throw Failure(ExitCode::Usage, "limits: say which plotter: --port DEVICE, or --usb");
+    }
+    UsbChoice choice = parseUsbChoice(options.usbChoice);
+    std::optional<PortLock> lock;
+    std::optional<UsbDevice> usb;
+    if (options.toUsb) {
+        usb = chooseUsbDevice(usbDevices(), choice);
+        requireFree(*usb);
+        if (options.verbose) fmt::print(stderr, "{}", notesOf(*usb));
+    } else {
+        lock.emplace(options.port);
+    }
+    announce(usb ? usb->id() : options.port, usb.has_value());
+
+    ProgressBar noBar(false);
+    ConsoleLines console(options.verbose, noBar);
+    QueryOutcome outcome = ask(options, usb);
+    if (outcome.stopped && lock) lock->discardOutput();
+    Verdict verdict = judge(outcome);
+    if (verdict.code != ExitCode::Done && !outcome.stopped) console.show();
+    tell(options, outcome, verdict);
+    return verdict.code;
+}
+
+} // namespace
+
+void addLimitsCommand(CLI::App &app, Typed &typed) {
+    auto options = std::make_shared<LimitsOptions>();
+    CLI::App *command = app.add_subcommand("limits", "Ask a plotter for its hard-clip limits");
+    command->footer(fmt::format(
+        "HP-GL plotters answer with two corners in units of 0.025 mm. For 17008, 17009, 17010 and 17030 the four values\n"
+        "are shown as they came. A port is held for 6 seconds, and for 16 when the plotter is silent; over USB\n"
+        "a silent plotter is waited for until Ctrl-C.\n\n{}",
+        exitCodeHelp()));
+    CLI::Option *port = command->add_option("--port", options->port, "Serial port of the plotter, such as /dev/ttyUSB0")
+                            ->type_name("DEVICE");
+    CLI::Option *usb =
+        command->add_option("--usb", options->usbChoice, "USB plotter: the only one, or the one that 'plotters' shows so")
+            ->type_name("[V:P[@LOCATION]]")
+            ->expected(0, 1)
+            ->excludes(port);
+    addEmulation(*command, options->emulation);
+    command->add_option("--variant", options->variant, "Variant of the emulation, 1 to 8 (1)")
+        ->check(CLI::Range(1U, kMostVariants).description(""))
+        ->type_name("N");
+    addLineOptions(*command, options->line);
+    command->add_flag("-v,--verbose", options->verbose, "Show what is said and heard, and what the plug-in says");
+    command->add_flag("--json", options->json, "Report as one JSON object");
+    command->callback([options, usb, &typed] {
+        options->toUsb = usb->count() > 0;
+        typed.wantsJson = options->json;
+        typed.run = [options] { return limits(*options); };
+    });
+}
+
+} // namespace host

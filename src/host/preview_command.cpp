@@ -1,0 +1,85 @@
+// vectorix preview: a picture of a plot file, without a plotter.
+#include "host/commands.h"
+#include "host/drawing.h"
+#include "host/findings.h"
+#include "host/plot_file.h"
+#include "host/stop_signals.h"
+#include "host/text.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <limits>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+namespace host {
+
+namespace {
+
+struct PreviewOptions {
+    std::string plot;
+    std::string picture;
+    DrawingOptions drawing;
+    bool json = false;
+};
+
+void tell(const PreviewOptions &options, const virtual_plotter::PlotReader &plot, const std::vector<std::string> &notes) {
+    if (options.json) {
+        nlohmann::ordered_json object = {
+            {"exitCode", 0}, {"message", ""}, {"notes", notes}, {"plotFile", options.plot}, {"picture", options.picture}};
+        addFindings(object, plot);
+        fmt::print("{}\n", object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    } else {
+        fmt::print("{}drew {}\n", findingsText(plot), shown(options.picture));
+    }
+    fflush(stdout);
+    for (const std::string &note : notes)
+        fmt::print(stderr, "vectorix: note: {}\n", note);
+}
+
+ExitCode preview(const PreviewOptions &options) {
+    requireInputFile(options.plot, "plot file");
+    requireOtherFile("-o", options.picture, options.plot);
+    Drawing drawing(options.drawing, options.picture);
+    virtual_plotter::PlotReader plot(languageOf(options.drawing), drawing.sink(), drawing.sheet().hardClip);
+
+    StopOnSignal signals;
+    readBlocks(options.plot, std::numeric_limits<int64_t>::max(), [&](int64_t, std::string_view block) {
+        plot.take(block);
+        return !StopOnSignal::came();
+    });
+    if (StopOnSignal::came()) throw Failure(ExitCode::Stopped, "stopped: nothing was written");
+    plot.finish();
+    if (plot.reader()->findings().instructions == 0) {
+        throw Failure(ExitCode::Unfit,
+                      fmt::format("{}: no plot in a language that can be drawn; give HP-GL or DM/PL", shown(options.plot)));
+    }
+    drawing.finish();
+    std::vector<std::string> notes = findingNotes(plot, drawing.sheet());
+    if (!drawing.note().empty()) notes.push_back(shown(drawing.note()));
+    tell(options, plot, notes);
+    return ExitCode::Done;
+}
+
+} // namespace
+
+void addPreviewCommand(CLI::App &app, Typed &typed) {
+    auto options = std::make_shared<PreviewOptions>();
+    CLI::App *command = app.add_subcommand("preview", "Draw a plot file as a picture");
+    command->footer(fmt::format("The whole file is drawn, also what a print would not send: text behind the last "
+                                "terminator.\n\n{}\n\n{}",
+                                findingsHelp(), exitCodeHelp()));
+    command->add_option("PLOT", options->plot, "Plot file")->required()->type_name("");
+    command->add_option("-o,--output", options->picture, "Picture to write: .svg, .png or .pdf")
+        ->required()
+        ->type_name("FILE");
+    addLanguage(*command, options->drawing);
+    command->add_flag("--json", options->json, "Report as one JSON object");
+    addDrawingOptions(*command, options->drawing);
+    command->callback([options, &typed] {
+        typed.wantsJson = options->json;
+        typed.run = [options] { return preview(*options); };
+    });
+}
+
+} // namespace host

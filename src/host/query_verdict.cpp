@@ -1,0 +1,151 @@
+#include "host/query_verdict.h"
+
+#include "host/text.h"
+#include "host/usb_verdict.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+namespace host {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr double kMillimetresPerUnit = 0.025; // HP-GL's plotter unit
+constexpr size_t kExcerpt = 60;
+// The plug-in ends a query over USB after so many reads, complete or not, and reports no error.
+constexpr uint32_t kMostUsbReads = 99;
+
+std::string_view replyOf(const ORB_QueryReport &report) { return {report.reply, report.replyBytes}; }
+
+Verdict fail(const QueryOutcome &outcome, ExitCode code, const std::string &text) {
+    return {code, fmt::format("{}: {}", shown(outcome.source), text), {}};
+}
+
+Verdict silent(const QueryOutcome &outcome) {
+    const char *settings = outcome.usb ? "" : ", do the line settings match its switches, does the cable carry its replies";
+    std::string within = outcome.usb ? "" : fmt::format(" within about {} seconds", outcome.report.reads);
+    return fail(outcome, ExitCode::Lost,
+                fmt::format("no reply to {}{}; is the plotter on-line with paper loaded{}? Not every plotter has a reply",
+                            requestShown(outcome.report), within, settings));
+}
+
+Verdict incomplete(const QueryOutcome &outcome) {
+    return fail(outcome, ExitCode::Failed,
+                fmt::format("the reply to {} is incomplete: \"{}\"; try again{}", requestShown(outcome.report),
+                            excerpt(replyOf(outcome.report), kExcerpt),
+                            outcome.usb ? ", or another --emulation"
+                                        : ", compare the line settings with the plotter's switches, or try another "
+                                          "--emulation"));
+}
+
+/// The line to the plotter failed, before or after the request.
+Verdict failedLink(const QueryOutcome &outcome) {
+    const ORB_QueryReport &report = outcome.report;
+    if (outcome.usb && !outcome.isUsbGone && report.errorID == kORB_ErrorUSBNotOpen) {
+        return fail(outcome, ExitCode::Lost,
+                    "its reply cannot be read; perhaps it gives none over USB. Otherwise switch it off and on, then try "
+                    "again");
+    }
+    if (outcome.usb) {
+        UsbFault fault = explainUsb(*outcome.usb, outcome.isUsbGone, report.errorID, report.status, outcome.usbOutPipe);
+        return fail(outcome, fault.code, fault.text);
+    }
+    if (report.errorID == kORB_ErrorSetAttributes) {
+        return fail(outcome, ExitCode::Failed, errorText(report.errorID) + "; try other line settings, such as --bits 8");
+    }
+    std::string what =
+        report.requestBytes > 0 ? fmt::format("{} could not be sent", requestShown(report)) : errorText(report.errorID);
+    return fail(outcome, ExitCode::Lost, what + "; check the cable, then try again");
+}
+
+bool holdsSign(const QueryOutcome &outcome) { return replyOf(outcome.report).find('-') != std::string_view::npos; }
+
+/// Width and height in millimetres; none where the language defines no unit, or the values are no corners.
+std::optional<std::array<double, 2>> sizeOf(const QueryOutcome &outcome) {
+    const auto &values = outcome.values;
+    double width = values[2] - values[0], height = values[3] - values[1];
+    if (!isHpgl(outcome.emulation) || holdsSign(outcome) || width <= 0 || height <= 0) return {};
+    return {{width * kMillimetresPerUnit, height * kMillimetresPerUnit}};
+}
+
+} // namespace
+
+bool isHpgl(int32_t emulation) {
+    constexpr int32_t kOthers[] = {17008, 17009, 17010, 17030};
+    return std::find(std::begin(kOthers), std::end(kOthers), emulation) == std::end(kOthers);
+}
+
+std::string requestShown(const ORB_QueryReport &report) { return shown({report.request, report.requestBytes}); }
+
+std::string replyShown(const ORB_QueryReport &report) { return shown(replyOf(report)); }
+
+Verdict judge(const QueryOutcome &outcome) {
+    const ORB_QueryReport &report = outcome.report;
+    if (outcome.stopped) return fail(outcome, ExitCode::Stopped, "stopped");
+    bool isIncomplete = outcome.usb && report.reads >= kMostUsbReads;
+    if (report.errorID == kORB_ErrorNoReply) {
+        if (report.replyBytes == 0) return silent(outcome);
+        isIncomplete = true;
+    } else if (report.errorID != kORB_NoError) {
+        return failedLink(outcome);
+    } else if (report.replyBytes == 0 && outcome.usb) {
+        return silent(outcome);
+    } else if (report.replyBytes == 0) {
+        // Nothing was read, and no failure: the read met the line's end.
+        return fail(outcome, ExitCode::Lost, "the line hung up before a reply came; check cable and power, then try again");
+    }
+    if (isIncomplete) return incomplete(outcome);
+    if (std::all_of(outcome.values.begin(), outcome.values.end(), [](double value) { return value == 0; })) {
+        return fail(outcome, ExitCode::Failed,
+                    fmt::format("the reply \"{}\" gives no area; is paper loaded?", excerpt(replyOf(report), kExcerpt)));
+    }
+    Verdict verdict;
+    if (holdsSign(outcome)) {
+        verdict.notes.push_back(fmt::format("the plug-in reads numbers without their signs; the plotter said \"{}\"",
+                                            excerpt(replyOf(report), kExcerpt)));
+    }
+    return verdict;
+}
+
+std::string limitLines(const QueryOutcome &outcome) {
+    const auto &values = outcome.values;
+    if (!isHpgl(outcome.emulation)) {
+        return fmt::format("value 1      {}\nvalue 2      {}\nvalue 3      {}\nvalue 4      {}\n", values[0], values[1],
+                           values[2], values[3]);
+    }
+    std::string lines =
+        fmt::format("lower left   {}, {}\nupper right  {}, {}\n", values[0], values[1], values[2], values[3]);
+    if (auto size = sizeOf(outcome)) lines += fmt::format("size         {:.1f} x {:.1f} mm\n", (*size)[0], (*size)[1]);
+    return lines;
+}
+
+std::string json(const QueryOutcome &outcome, const Verdict &verdict) {
+    const ORB_QueryReport &report = outcome.report;
+    Json object;
+    object["exitCode"] = static_cast<int>(verdict.code);
+    object["message"] = verdict.message;
+    object["notes"] = verdict.notes;
+    object["source"] = outcome.source;
+    object["emulation"] = outcome.emulation;
+    object["seconds"] = outcome.seconds;
+    if (verdict.code == ExitCode::Done) {
+        object["values"] = outcome.values;
+        if (auto size = sizeOf(outcome)) {
+            object["width"] = (*size)[0];
+            object["height"] = (*size)[1];
+        }
+    }
+    object["request"] = std::string(report.request, report.requestBytes);
+    object["reply"] = std::string(replyOf(report));
+    object["reads"] = report.reads;
+    object["errorID"] = report.errorID;
+    object["errorText"] = errorText(report.errorID);
+    object["errorStatus"] = report.status;
+    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+} // namespace host

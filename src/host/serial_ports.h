@@ -1,0 +1,44 @@
+// The serial ports of the system, as udev and sysfs show them: what a service record has no room for.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// A device above a port, from the nearest outwards.
+struct PortParent {
+    std::string subsystem, driver;  ///< empty for none
+    std::string vendor, product;    ///< four hexadecimal digits each; of a USB device alone
+    std::string manufacturer, text; ///< as a USB device says it: any bytes; may be empty
+};
+
+/// What udev tells of one terminal device.
+struct TerminalFacts {
+    std::string name;                ///< "ttyUSB0"
+    std::string node;                ///< "/dev/ttyUSB0"
+    std::string links;               ///< paths with blanks between them
+    std::optional<std::string> type; ///< the attribute of that name, of a port with a UART
+    std::vector<PortParent> parents;
+};
+
+struct SerialPort {
+    std::string name, path;
+    std::string stableName;                ///< below /dev/serial/by-id; empty for none
+    std::string bus;                       ///< "usb", "pnp", …
+    std::string vendor, product;           ///< of a USB device
+    std::string manufacturer, productText; ///< the same: any bytes
+    std::string driver;                    ///< empty for none
+
+    /// "0403:6001 FT232R USB UART", or the bus; safe to print.
+    std::string hardware() const;
+};
+
+/// The port; none for a terminal that is no serial port with hardware.
+std::optional<SerialPort> portOf(const TerminalFacts &facts);
+
+/// All ports in natural order. None is opened. Throws Failure when the system does not tell.
+std::vector<SerialPort> serialPorts();
+
+} // namespace host

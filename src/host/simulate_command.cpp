@@ -1,0 +1,165 @@
+// vectorix simulate: a plotter in software that any program can print to.
+#include "host/commands.h"
+#include "host/drawing.h"
+#include "host/findings.h"
+#include "host/job_options.h"
+#include "host/stop_signals.h"
+#include "host/text.h"
+#include "virtual_plotter/face/line_loop.h"
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <charconv>
+#include <filesystem>
+#include <fmt/format.h>
+#include <memory>
+
+namespace host {
+
+using virtual_plotter::Fault;
+
+namespace {
+
+struct SimulateOptions {
+    std::string picture;
+    DrawingOptions drawing;
+    int emulation = 17002;
+    std::string pace = "full";
+    size_t bufferBytes = 1024;
+    std::string fault;
+    std::string link;
+    bool once = false;
+    double linger = 1;
+};
+
+constexpr struct {
+    const char *name;
+    Fault fault;
+} kFaults[] = {{"hang", Fault::hang}, {"hangup", Fault::hangUp}, {"rubbish", Fault::rubbish}, {"xoff", Fault::xoff}};
+
+template <class Number> bool readWhole(std::string_view text, Number &number) {
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+/// KIND or KIND:AFTER_BYTES.
+bool readFault(std::string_view text, Fault &fault, uint64_t &after) {
+    size_t colon = text.find(':');
+    after = 0;
+    if (colon != std::string_view::npos && !readWhole(text.substr(colon + 1), after)) return false;
+    for (const auto &row : kFaults) {
+        if (text.substr(0, colon) != row.name) continue;
+        fault = row.fault;
+        return true;
+    }
+    return false;
+}
+
+std::string checkFault(const std::string &text) {
+    Fault fault;
+    uint64_t after;
+    return readFault(text, fault, after)
+               ? std::string()
+               : text + " is no fault; they are hang, hangup, rubbish and xoff, each with :BYTES behind it for later";
+}
+
+/// Bits that a byte is on the line: a start bit, eight of data, a stop bit.
+constexpr int kBitsPerByte = 10;
+
+std::string checkPace(const std::string &text) {
+    int rate = 0;
+    if (text == "full" || (readWhole(text, rate) && rate >= 50 && rate <= 1'000'000)) return {};
+    return text + " is no pace; give full, or a rate in bit/s from 50 to 1000000";
+}
+
+virtual_plotter::PlotterOptions plotterOptions(const SimulateOptions &options) {
+    virtual_plotter::PlotterOptions result;
+    virtual_plotter::setEmulation(result, options.emulation);
+    if (auto language = languageOf(options.drawing)) result.language = language;
+    result.bufferBytes = options.bufferBytes;
+    int rate = 0;
+    if (readWhole(options.pace, rate))
+        result.perByte = std::chrono::nanoseconds(kBitsPerByte * int64_t{1'000'000'000} / rate);
+    if (!options.fault.empty()) readFault(options.fault, result.fault, result.faultAfter);
+    return result;
+}
+
+/// A second name for the port, for as long as it lives.
+class PortLink {
+public:
+    /// Throws Failure. A link of that name, as a killed run leaves it, is replaced; anything else is not.
+    PortLink(const std::string &path, const std::string &port) : path_(path) {
+        if (path.empty()) return;
+        std::error_code error;
+        if (std::filesystem::is_symlink(path, error)) std::filesystem::remove(path, error);
+        std::filesystem::create_symlink(port, path, error);
+        if (error.value() == EEXIST)
+            throw Failure(ExitCode::Usage, fmt::format("--link: {} is there already; name another", shown(path)));
+        if (error) throw outputFailure(path, error.value());
+    }
+    PortLink(const PortLink &) = delete;
+    PortLink &operator=(const PortLink &) = delete;
+    ~PortLink() {
+        std::error_code ignored;
+        if (!path_.empty()) std::filesystem::remove(path_, ignored);
+    }
+
+private:
+    std::string path_;
+};
+
+ExitCode simulate(const SimulateOptions &options) {
+    Drawing drawing(options.drawing, options.picture);
+    virtual_plotter::VirtualPlotter plotter(plotterOptions(options), drawing.sink(), drawing.sheet().hardClip);
+    virtual_plotter::PtyLine line;
+    if (int error = line.open()) throw fileFailure("pseudo-terminal", error);
+    {
+        StopOnSignal signals;
+        PortLink link(options.link, line.path());
+        fmt::print("{}\n", line.path());
+        fflush(stdout);
+        virtual_plotter::LineRules rules{.isStopped = StopOnSignal::came, .onceWithin = {}};
+        if (options.once) rules.onceWithin = std::chrono::milliseconds(static_cast<int64_t>(options.linger * 1000));
+        playOn(line, plotter, rules);
+    }
+    plotter.finish();
+    drawing.finish();
+    fmt::print("heard {}\n{}", counted(static_cast<int64_t>(plotter.heardBytes()), "byte"), findingsText(plotter.plot()));
+    if (!options.picture.empty()) fmt::print("drew {}\n", shown(options.picture));
+    fflush(stdout);
+    if (plotter.hasHungUp()) fmt::print(stderr, "vectorix: note: hung up, as it was told to\n");
+    for (const std::string &note : findingNotes(plotter.plot(), drawing.sheet()))
+        fmt::print(stderr, "vectorix: note: {}\n", note);
+    if (!drawing.note().empty()) fmt::print(stderr, "vectorix: note: {}\n", shown(drawing.note()));
+    return ExitCode::Done;
+}
+
+} // namespace
+
+void addSimulateCommand(CLI::App &app, Typed &typed) {
+    auto options = std::make_shared<SimulateOptions>();
+    CLI::App *command = app.add_subcommand("simulate", "Play a plotter on a serial port in software");
+    command->footer(fmt::format("Says its port's path on the first line, then plays until Ctrl-C.\n\n{}", exitCodeHelp()));
+    command->add_option("--render", options->picture, "Picture to write at the end: .svg, .png or .pdf")->type_name("FILE");
+    addDrawingOptions(*command, options->drawing);
+    addLanguage(*command, options->drawing);
+    addEmulation(*command, options->emulation);
+    command->add_option("--pace", options->pace, "Rate at which it works its buffer off, in bit/s (full)")
+        ->check(CLI::Validator(checkPace, ""))
+        ->type_name("RATE|full");
+    command->add_option("--buffer", options->bufferBytes, "Size of its buffer (1024)")
+        ->check(CLI::Range(1, 1'000'000))
+        ->type_name("BYTES");
+    command->add_option("--fault", options->fault, "hang, hangup, rubbish or xoff, at once or after so many bytes")
+        ->check(CLI::Validator(checkFault, ""))
+        ->type_name("KIND[:BYTES]");
+    command->add_option("--link", options->link, "Another name for the port, while it plays")->type_name("PATH");
+    auto *once = command->add_flag("--once", options->once, "End when the program that printed has closed the port");
+    command->add_option("--linger", options->linger, "Wait so long for another program first (1)")
+        ->check(CLI::Range(0, 3600))
+        ->type_name("SECONDS")
+        ->needs(once);
+    command->callback([options, &typed] { typed.run = [options] { return simulate(*options); }; });
+}
+
+} // namespace host

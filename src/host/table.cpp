@@ -1,0 +1,33 @@
+#include "host/table.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace host {
+
+namespace {
+
+/// Characters, of text that is UTF-8.
+size_t widthOf(const std::string &text) {
+    return static_cast<size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+} // namespace
+
+void printTable(std::vector<std::vector<std::string>> rows) {
+    std::vector<size_t> widths(rows.front().size());
+    for (auto &row : rows) {
+        for (size_t i = 0; i < row.size(); ++i) {
+            if (row[i].empty()) row[i].push_back('-');
+            widths[i] = std::max(widths[i], widthOf(row[i]));
+        }
+    }
+    for (const auto &row : rows) {
+        for (size_t i = 0; i + 1 < row.size(); ++i)
+            fmt::print("{}{:{}}", row[i], "", widths[i] - widthOf(row[i]) + 2);
+        fmt::print("{}\n", row.back());
+    }
+}
+
+} // namespace host

@@ -1,0 +1,169 @@
+#include "virtual_plotter/face/plotter.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace virtual_plotter {
+
+namespace {
+
+constexpr uint64_t kRubbishEvery = 256; // bytes heard
+
+struct EmulationRow {
+    int32_t emulation;
+    std::optional<Language> language;
+    LimitForm limits;
+};
+
+constexpr EmulationRow kEmulations[] = {
+    {17005, Language::hpgl, LimitForm::blanks}, {17008, Language::dmpl, LimitForm::commas},
+    {17009, Language::hpgl, LimitForm::pairs},  {17030, Language::dmpl, LimitForm::commas},
+    {17036, Language::dmpl, LimitForm::commas},
+};
+
+} // namespace
+
+void setEmulation(PlotterOptions &options, int32_t emulation) {
+    for (const EmulationRow &row : kEmulations) {
+        if (row.emulation != emulation) continue;
+        options.language = row.language;
+        options.limits = row.limits;
+    }
+}
+
+VirtualPlotter::VirtualPlotter(const PlotterOptions &options, PenSink &sink, const Rectangle &hardClip)
+    : options_(options), hardClip_(hardClip), plot_(options.language, sink, hardClip) {
+    options_.bufferBytes = std::max<size_t>(options_.bufferBytes, 1);
+    plot_.onChoice = [this](Reader &reader) {
+        reader.onRequest = [this](std::string_view request) {
+            if (request.front() != '\x1B') answer(request); // those were answered when they were heard
+        };
+    };
+}
+
+size_t VirtualPlotter::room() const {
+    if (isHanging() || hasHungUp()) return 0;
+    size_t room = options_.bufferBytes - buffer_.size();
+    if (options_.fault == Fault::hang || options_.fault == Fault::hangUp)
+        room = static_cast<size_t>(std::min<uint64_t>(room, options_.faultAfter - heard_));
+    return room;
+}
+
+size_t VirtualPlotter::hear(std::string_view bytes, Time now) {
+    advance(now);
+    bytes = bytes.substr(0, room());
+    for (char byte : bytes)
+        hearByte(byte, now);
+    if (!isPaced()) carryOut(buffer_.size());
+    return bytes.size();
+}
+
+void VirtualPlotter::hearByte(char byte, Time now) {
+    if (buffer_.empty()) nextAt_ = now + options_.perByte;
+    ++heard_;
+    // The one-byte questions of the pair form are no instructions: the reader does not see them.
+    const bool isCorner = options_.limits == LimitForm::pairs && (byte == '[' || (byte == 'U' && corner_ != 0));
+    if (isCorner)
+        sayCorner(byte);
+    else
+        buffer_.push_back(byte);
+    corner_ = isCorner ? byte : '\0';
+
+    constexpr size_t kEscapeBytes = 3;
+    if (byte == '\x1B')
+        escape_ = byte;
+    else if (escape_.size() == 2 || (escape_.size() == 1 && byte == '.'))
+        escape_ += byte;
+    else
+        escape_.clear();
+    if (escape_.size() == kEscapeBytes) {
+        if (!isPaced()) carryOut(buffer_.size());
+        answer(escape_);
+        escape_.clear();
+    }
+    holdHost();
+    if (reached(Fault::rubbish) && heard_ % kRubbishEvery == 0) say("rubbish");
+}
+
+/// Each question is answered once, though hosts send it twice over USB to fill a packet.
+void VirtualPlotter::sayCorner(char byte) {
+    if (byte == corner_) return;
+    say(cornerReply(byte == '[' ? hardClip_.lower : hardClip_.upper));
+}
+
+void VirtualPlotter::advance(Time now) {
+    if (!isPaced() || buffer_.empty() || now < nextAt_) return;
+    const auto due = static_cast<uint64_t>((now - nextAt_) / options_.perByte) + 1;
+    const auto count = static_cast<size_t>(std::min<uint64_t>(due, buffer_.size()));
+    nextAt_ += options_.perByte * static_cast<int64_t>(count);
+    carryOut(count);
+    holdHost();
+}
+
+void VirtualPlotter::carryOut(size_t count) {
+    if (count == 0) return;
+    std::array<char, 1024> bytes;
+    while (count > 0) {
+        const auto piece = static_cast<std::ptrdiff_t>(std::min(count, bytes.size()));
+        std::copy_n(buffer_.begin(), piece, bytes.begin());
+        buffer_.erase(buffer_.begin(), buffer_.begin() + piece);
+        plot_.take({bytes.data(), static_cast<size_t>(piece)});
+        count -= static_cast<size_t>(piece);
+    }
+}
+
+void VirtualPlotter::finish() {
+    carryOut(buffer_.size());
+    plot_.finish();
+}
+
+void VirtualPlotter::holdHost() {
+    if (reached(Fault::xoff)) {
+        if (!holding_) said_ += kXoff;
+        holding_ = true;
+        return;
+    }
+    if (!isPaced()) return;
+    const size_t free = options_.bufferBytes - buffer_.size();
+    const bool hold = holding_ ? free < options_.bufferBytes - options_.bufferBytes / 4 : free < options_.bufferBytes / 4;
+    if (hold != holding_) said_ += hold ? kXoff : kXon;
+    holding_ = hold;
+}
+
+void VirtualPlotter::answer(std::string_view request) {
+    Asked asked;
+    if (const Reader *reader = plot_.reader()) {
+        asked.pen = reader->status();
+        asked.unknown = reader->findings().unknown - unknown_;
+        asked.malformed = reader->findings().malformed - malformed_;
+    }
+    asked.isFresh = fresh_;
+    asked.bufferBytes = options_.bufferBytes;
+    asked.freeBytes = options_.bufferBytes - buffer_.size();
+    say(replyTo(request, asked, options_.limits));
+    if (request == "OS") fresh_ = false;
+    if (request == "OE") {
+        unknown_ += asked.unknown;
+        malformed_ += asked.malformed;
+    }
+}
+
+void VirtualPlotter::say(std::string_view text) {
+    if (!reached(Fault::rubbish)) {
+        said_ += text;
+        return;
+    }
+    // As many bytes, but never XON or XOFF: holding the line is a fault of its own.
+    for (size_t i = 0; i < text.size(); ++i) {
+        char byte;
+        do {
+            byte = static_cast<char>(random_());
+        } while (byte == kXon || byte == kXoff);
+        said_ += byte;
+    }
+}
+
+std::string VirtualPlotter::takeSaid() { return std::exchange(said_, {}); }
+
+} // namespace virtual_plotter

@@ -1,0 +1,94 @@
+// The plotter in software, without its line: what it makes of bytes, and when.
+#pragma once
+
+#include "virtual_plotter/face/plot_reader.h"
+#include "virtual_plotter/face/replies.h"
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <random>
+#include <string>
+#include <string_view>
+
+namespace virtual_plotter {
+
+enum class Fault : uint8_t {
+    none,
+    hang,    ///< takes nothing any more
+    hangUp,  ///< the line goes away
+    rubbish, ///< answers with random bytes, and says some unasked
+    xoff,    ///< holds the host and never lets it go on
+};
+
+struct PlotterOptions {
+    std::optional<Language> language; ///< none: as the first bytes tell
+    LimitForm limits = LimitForm::commas;
+    size_t bufferBytes = 1024;
+    std::chrono::nanoseconds perByte{0}; ///< how long a byte of the buffer takes; 0: it is always empty, and holds nobody
+    Fault fault = Fault::none;
+    uint64_t faultAfter = 0; ///< bytes heard before it
+};
+
+/// The options' language and form of limits for a plotter emulation.
+void setEmulation(PlotterOptions &options, int32_t emulation);
+
+/// Hears bytes at times and says bytes. It has no clock: time is what the caller says, from any beginning, never backwards.
+/// How the bytes of one moment are cut into calls makes no difference.
+///
+/// With a pace, the buffer fills from the line and empties by and by; the plotter then holds its host with XOFF while less
+/// than a quarter of the buffer is free, and lets it go on with XON when three quarters are. Device-control questions
+/// (ESC ".B") are answered when they are heard, all others when the buffer has come to them.
+class VirtualPlotter {
+public:
+    using Time = std::chrono::nanoseconds;
+    static constexpr char kXon = '\x11', kXoff = '\x13';
+
+    VirtualPlotter(const PlotterOptions &options, PenSink &sink, const Rectangle &hardClip);
+    VirtualPlotter(const VirtualPlotter &) = delete;
+    VirtualPlotter &operator=(const VirtualPlotter &) = delete;
+
+    /// How many bytes it takes at the moment; 0 when the buffer is full, or for good when it hangs or has hung up.
+    size_t room() const;
+    /// Takes the first of the bytes, room() of them at most; returns how many.
+    size_t hear(std::string_view bytes, Time now);
+    /// Carries out what the time allows.
+    void advance(Time now);
+    /// Carries out all that it has heard.
+    void finish();
+
+    /// What it has said since the last call.
+    std::string takeSaid();
+    bool isIdle() const { return buffer_.empty(); }
+    bool isHanging() const { return reached(Fault::hang); }
+    bool hasHungUp() const { return reached(Fault::hangUp); }
+    uint64_t heardBytes() const { return heard_; }
+    const PlotReader &plot() const { return plot_; }
+
+private:
+    bool reached(Fault fault) const { return options_.fault == fault && heard_ >= options_.faultAfter; }
+    bool isPaced() const { return options_.perByte.count() > 0; }
+    void hearByte(char byte, Time now);
+    void carryOut(size_t count);
+    void answer(std::string_view request);
+    void say(std::string_view text);
+    void sayCorner(char byte);
+    void holdHost();
+
+    PlotterOptions options_;
+    Rectangle hardClip_;
+    PlotReader plot_;
+    std::deque<char> buffer_;
+    std::string said_;
+    std::string escape_; ///< the device-control sequence that is being heard
+    char corner_ = 0;    ///< the last byte heard, when it was a question of the pair form
+    Time nextAt_{0};     ///< when the buffer's first byte is carried out
+    uint64_t heard_ = 0;
+    bool holding_ = false;
+    bool fresh_ = true;
+    uint64_t unknown_ = 0, malformed_ = 0; ///< when the error was last asked for
+    std::minstd_rand random_;
+};
+
+} // namespace virtual_plotter

@@ -1,0 +1,36 @@
+// What a plotter answers when it is asked.
+#pragma once
+
+#include "virtual_plotter/language/reader.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace virtual_plotter {
+
+/// What the answers are made from.
+struct Asked {
+    PenStatus pen;
+    uint64_t unknown = 0; ///< instructions that were not understood since this was last asked for
+    uint64_t malformed = 0;
+    bool isFresh = false; ///< the status has not been asked for since the plotter was switched on
+    size_t freeBytes = 0; ///< of the buffer
+    size_t bufferBytes = 0;
+};
+
+/// How the hard-clip limits are written; it depends on the emulation.
+enum class LimitForm : uint8_t {
+    commas, ///< "0,0,10900,7650" CR
+    blanks, ///< "0 0 10900 7650 " CR
+    pairs,  ///< lower and upper corner on questions of one byte each: "0,0" CR
+};
+
+/// The answer to a request as the readers hand it on ("OH", ESC ".B", "EH,ECN,ER"), with the CR at its end; empty for one
+/// that stays without an answer.
+std::string replyTo(std::string_view request, const Asked &asked, LimitForm form);
+
+/// The corners for the pair form.
+std::string cornerReply(const Point &corner);
+
+} // namespace virtual_plotter

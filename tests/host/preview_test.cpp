@@ -1,0 +1,174 @@
+// Pictures of plots, and the plotter in software as other programs meet it.
+#include "host/host_fixture.h"
+
+#include <array>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+class PreviewCommandTest : public HostTest {};
+
+/// vectorix simulate, with a link that says where.
+class SimulateCommandTest : public HostTest {
+protected:
+    std::vector<std::string> simulation(std::vector<std::string> more) {
+        more.insert(more.begin(), {"simulate", "--link", link_, "--render", path("arrived.svg")});
+        return more;
+    }
+    const std::string link_ = path("plotter");
+};
+
+constexpr const char *kPlot = "IN;SP2;PA400,800;PD4400,800,4400,2800;PU;";
+
+TEST_F(PreviewCommandTest, DrawsAndTellsWhatItFound) {
+    std::string plot = file("plot", std::string(kPlot) + "XX1;CI;");
+    Result result = run({"preview", plot, "-o", path("p.svg"), "--sheet", "100x100"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    for (const char *line :
+         {"HP-GL: 48 bytes, 6 instructions\n", "size: 100.0 x 50.0 mm, from 10.0, 20.0 to 110.0, 70.0 mm\n",
+          "pen 2: ", "not understood: 1 unknown, 1 malformed\n  unknown at offset 41: \"XX1;\""})
+        EXPECT_NE(result.out.find(line), std::string::npos) << line << "\nin: " << result.out;
+    EXPECT_NE(result.err.find("note: the drawing leaves the 80.0 x 80.0 mm"), std::string::npos) << result.err;
+    EXPECT_NE(contents(path("p.svg")).find("100mm"), std::string::npos);
+
+    for (auto [ending, magic] : {std::pair{"png", "\x89PNG"}, std::pair{"PDF", "%PDF"}}) {
+        ASSERT_EQ(run({"preview", plot, "-o", path(ending) + "." + ending}).code, 0);
+        EXPECT_EQ(contents(path(ending) + "." + ending).rfind(magic, 0), 0U) << ending;
+    }
+}
+
+TEST_F(PreviewCommandTest, ReportsAsJSON) {
+    Result result = run({"preview", file("plot", kPlot), "-o", path("p.svg"), "--json"});
+    auto report = nlohmann::json::parse(result.out);
+    EXPECT_EQ(report["exitCode"], 0);
+    EXPECT_EQ(report["language"], "hpgl");
+    EXPECT_EQ(report["box"], nlohmann::json({10, 20, 110, 70}));
+    EXPECT_EQ(report["pens"], nlohmann::json({2}));
+    EXPECT_NEAR(report["downMillimetres"].get<double>(), 150, 0.001);
+    EXPECT_FALSE(report["leavesSheet"].get<bool>());
+    report = nlohmann::json::parse(run({"preview", file("plot", "SP1;"), "-o", path("p.svg"), "--json"}).out);
+    EXPECT_TRUE(report["box"].is_null());
+    EXPECT_EQ(report["notes"], nlohmann::json({"nothing in it draws"}));
+}
+
+TEST_F(PreviewCommandTest, LanguageFollowsTheFileOrTheOption) {
+    std::string plot = file("plot", ";:PA 5,5;");
+    EXPECT_EQ(run({"preview", plot, "-o", path("p.svg")}).out.rfind("DM/PL: ", 0), 0U);
+    EXPECT_EQ(run({"preview", plot, "-o", path("p.svg"), "--language", "hpgl"}).out.rfind("HP-GL: ", 0), 0U);
+}
+
+TEST_F(PreviewCommandTest, SaysWhyThereIsNoPicture) {
+    std::string good = file("plot", kPlot), empty = file("empty", "");
+    std::string binary = file("binary", std::string("\x01\x02\xFF\xFE\x80", 5) + std::string(64, '\0'));
+    struct Case {
+        const char *what;
+        std::vector<std::string> words;
+        int code;
+    };
+    const Case kCases[] = {
+        {"no such plot", {"preview", path("none"), "-o", path("p.svg")}, 3},
+        {"a folder", {"preview", folder_, "-o", path("p.svg")}, 7},
+        {"empty", {"preview", empty, "-o", path("p.svg")}, 7},
+        {"no plot at all", {"preview", binary, "-o", path("p.svg")}, 7},
+        {"no such folder", {"preview", good, "-o", path("none/p.svg")}, 3},
+        {"no ending", {"preview", good, "-o", path("p")}, 2},
+        {"no output", {"preview", good}, 2},
+        {"no sheet", {"preview", good, "-o", path("p.svg"), "--sheet", "a9"}, 2},
+        {"no resolution", {"preview", good, "-o", path("p.svg"), "--dpi", "0"}, 2},
+        {"no language", {"preview", good, "-o", path("p.svg"), "--language", "x"}, 2},
+        {"over itself", {"preview", good, "-o", good}, 2},
+        {"two destinations", {"print", good, "--virtual", path("p.svg"), "--capture", path("c")}, 2},
+        {"a sheet without a picture", {"print", good, "--capture", path("c"), "--sheet", "a3"}, 2},
+        {"print, no ending", {"print", good, "--virtual", path("p")}, 2},
+        {"no fault", {"simulate", "--fault", "fire"}, 2},
+        {"no number", {"simulate", "--fault", "hang:x"}, 2},
+        {"no pace", {"simulate", "--pace", "1"}, 2},
+        {"a link over a file", {"simulate", "--link", good}, 2},
+    };
+    for (const Case &c : kCases) {
+        Result result = run(c.words);
+        EXPECT_EQ(result.code, c.code) << c.what << ": " << result.out << result.err;
+        EXPECT_FALSE(result.err.empty()) << c.what;
+        EXPECT_FALSE(std::filesystem::exists(path("p.svg"))) << c.what;
+    }
+    EXPECT_EQ(contents(good), kPlot);
+}
+
+TEST_F(PreviewCommandTest, PrintDrawsWhatPreviewDraws) {
+    std::string plot = EXAMPLE;
+    ASSERT_EQ(run({"preview", plot, "-o", path("p.svg"), "--sheet", "a3"}).code, 0);
+    Result result = run({"print", plot, "--virtual", path("v.svg"), "--sheet", "a3", "--json"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    auto report = nlohmann::json::parse(result.out);
+    EXPECT_EQ(report["arrivedBytes"], std::filesystem::file_size(plot));
+    EXPECT_EQ(report["sentBytes"], report["arrivedBytes"]);
+    EXPECT_TRUE(contents(path("p.svg")) == contents(path("v.svg")));
+    EXPECT_TRUE(isTidy());
+}
+
+/// Opens a port and asks; the answer up to its CR.
+std::string ask(const std::string &port, const std::string &question) {
+    Descriptor fd(open(port.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (write(fd.get(), question.data(), question.size()) != static_cast<ssize_t>(question.size())) return "not asked";
+    std::string answer;
+    for (char byte = 0; byte != '\r'; answer += byte) {
+        pollfd wait{fd.get(), POLLIN, 0};
+        if (poll(&wait, 1, 20'000) != 1 || read(fd.get(), &byte, 1) != 1) break;
+    }
+    return answer;
+}
+
+TEST_F(SimulateCommandTest, AnswersAndDrawsUntilItIsStopped) {
+    Running simulating(simulation({}), false);
+    std::string port = simulating.line();
+    EXPECT_EQ(std::filesystem::read_symlink(link_), port);
+    EXPECT_EQ(ask(link_, "IN;OH;"), "0,0,10900,7650\r");
+    EXPECT_EQ(ask(port, "SP1;PD400,0;PU;OA;"), "400,0,0\r");
+    simulating.signal(SIGINT);
+    Result result = simulating.wait();
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.out.find("heard 24 bytes\n"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("size: 10.0 x 0.0 mm"), std::string::npos) << result.out;
+    EXPECT_FALSE(contents(path("arrived.svg")).empty());
+    EXPECT_FALSE(std::filesystem::is_symlink(link_));
+}
+
+TEST_F(SimulateCommandTest, OnceEndsWithTheProgramThatPrinted) {
+    Running simulating(simulation({"--once", "--linger", "0", "--pace", "38400"}), false);
+    std::string port = simulating.line();
+    std::string plot = file("plot", plotOf(200));
+    EXPECT_EQ(run({"print", plot, "--port", port, "-q"}).code, 0);
+    Result result = simulating.wait();
+    EXPECT_EQ(result.code, 0);
+    std::string heard = "heard " + std::to_string(std::filesystem::file_size(plot)).insert(1, " ") + " bytes\n";
+    EXPECT_NE(result.out.find(heard), std::string::npos) << result.out;
+    ASSERT_EQ(run({"preview", plot, "-o", path("p.svg")}).code, 0);
+    EXPECT_TRUE(contents(path("p.svg")) == contents(path("arrived.svg")));
+}
+
+TEST_F(SimulateCommandTest, HangingUpLosesTheDevice) {
+    Running simulating(simulation({"--fault", "hangup:100"}), false);
+    Result printed = run({"print", file("plot", plotOf(4000)), "--port", simulating.line()});
+    EXPECT_EQ(printed.code, 6) << printed.err;
+    Result result = simulating.wait();
+    EXPECT_EQ(result.code, 0);
+    EXPECT_NE(result.out.find("heard 100 bytes\n"), std::string::npos) << result.out;
+}
+
+/// What a plotter that takes nothing more does to a print, until the user has had enough of it.
+TEST_F(SimulateCommandTest, HoldingTheLineStopsAPrint) {
+    Running simulating(simulation({"--fault", "xoff:100", "--once", "--linger", "0"}), false);
+    std::string port = simulating.line();
+    Running printing({"print", file("plot", plotOf(4000)), "--port", port}, true);
+    printing.awaitError(" % [");
+    printing.signal(SIGINT);
+    EXPECT_EQ(printing.wait().code, 130);
+    EXPECT_EQ(simulating.wait().code, 0);
+}
+
+} // namespace

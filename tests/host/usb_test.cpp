@@ -1,0 +1,371 @@
+// USB plotters as the command sees them: in a made-up sysfs, on the command line, and in a report.
+#include "host/host_fixture.h"
+
+#include "host/text.h"
+#include "host/usb_access.h"
+#include "host/usb_target.h"
+#include "host/verdict.h"
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using host::ExitCode;
+using host::UsbDevice;
+
+struct Endpoint {
+    uint8_t address, type;
+};
+
+constexpr Endpoint kBulkOut{0x02, 2}, kBulkIn{0x82, 2}, kInterruptOut{0x01, 3}, kInterruptIn{0x81, 3};
+
+/// Device, configuration, and one alternate setting for each list of endpoints.
+std::string descriptorsOf(uint8_t interfaceClass, const std::vector<std::vector<Endpoint>> &settings) {
+    std::string bytes =
+        std::string("\x12\x01", 2) + std::string(16, '\0') + std::string("\x09\x02", 2) + std::string(7, '\0');
+    uint8_t number = 0;
+    for (const auto &endpoints : settings) {
+        for (unsigned value : {9U, 4U, 0U, unsigned{number++}, 0U, unsigned{interfaceClass}, 1U, 2U, 0U})
+            bytes += static_cast<char>(value);
+        for (const Endpoint &endpoint : endpoints)
+            bytes += {7, 5, static_cast<char>(endpoint.address), static_cast<char>(endpoint.type), 64, 0, 10};
+    }
+    return bytes;
+}
+
+class UsbTest : public HostTest {
+protected:
+    void add(const std::string &name, const std::map<std::string, std::string> &attributes, const std::string &descriptors) {
+        fs::path device = folder_ + "/sys/devices/" + name;
+        fs::path bus = folder_ + "/sys/bus/usb/devices";
+        fs::create_directories(device);
+        fs::create_directories(bus);
+        fs::create_directory_symlink(device, bus / name);
+        for (const auto &[key, value] : attributes)
+            std::ofstream(device / key) << value << "\n";
+        std::ofstream(device / "descriptors", std::ios::binary) << descriptors;
+    }
+
+    void addInterface(const std::string &device, const std::string &name, const std::string &driver) {
+        fs::path interface = folder_ + "/sys/devices/" + device + "/" + name;
+        fs::create_directories(interface);
+        fs::create_directory_symlink(interface, folder_ + "/sys/bus/usb/devices/" + name);
+        if (!driver.empty()) fs::create_directory_symlink("../../drivers/" + driver, interface / "driver");
+    }
+
+    std::vector<UsbDevice> devices() const { return host::usbDevices(path("sys"), path("dev")); }
+
+    /// A node of the device, as a file with that mode.
+    UsbDevice withNode(const std::string &driver, mode_t mode = 0600) const {
+        UsbDevice device;
+        device.vendor = 0x0B75;
+        device.product = 0x0402;
+        device.location = 0x01080000;
+        device.driver = driver;
+        device.node = file("node", "");
+        chmod(device.node.c_str(), mode);
+        return device;
+    }
+};
+
+TEST_F(UsbTest, PlottersAmongTheDevices) {
+    const struct {
+        const char *what;
+        std::string vendor;
+        std::string descriptors;
+        bool isPlotter;
+    } kRows[] = {
+        {"a printer", "1234", descriptorsOf(7, {{kBulkOut, kBulkIn}}), true},
+        {"a printer without an out endpoint", "1234", descriptorsOf(7, {{kBulkIn}}), false},
+        {"a known vendor", "0c30", descriptorsOf(255, {{kInterruptIn, kBulkOut}}), true},
+        {"a known vendor, endpoints in the second setting", "0b75", descriptorsOf(255, {{}, {kBulkOut}}), true},
+        {"a known vendor without a bulk endpoint", "0b75", descriptorsOf(255, {{kInterruptOut}}), false},
+        {"a disk", "1234", descriptorsOf(8, {{kBulkOut, kBulkIn}}), false},
+        {"a hub", "1d6b", descriptorsOf(9, {{kInterruptIn}}), false},
+        {"descriptors cut short", "1234", descriptorsOf(7, {{kBulkOut}}).substr(0, 38), false},
+        {"a descriptor of no length", "1234", std::string(40, '\0'), false},
+    };
+    int port = 0;
+    for (const auto &row : kRows)
+        add("1-" + std::to_string(++port), {{"idVendor", row.vendor}, {"idProduct", "0001"}}, row.descriptors);
+    auto found = devices();
+    ASSERT_EQ(found.size(), std::size(kRows));
+    for (size_t i = 0; i < found.size(); ++i)
+        EXPECT_EQ(found[i].isPlotter, kRows[i].isPlotter) << kRows[i].what;
+}
+
+TEST_F(UsbTest, WhatSysfsTells) {
+    add("3-2.1",
+        {{"idVendor", "428d"},
+         {"idProduct", "a0F1"},
+         {"busnum", "3"},
+         {"devnum", "17"},
+         {"manufacturer", "Acme\x1B[2J"},
+         {"product", "Line\xFF"},
+         {"serial", "A 1"}},
+        descriptorsOf(255, {{kBulkOut}}));
+    add("usb1", {{"idVendor", "1d6b"}, {"idProduct", "0002"}}, descriptorsOf(9, {{kInterruptIn}}));
+    addInterface("3-2.1", "3-2.1:1.1", "cdc_acm");
+    addInterface("3-2.1", "3-2.1:1.0", "usblp");
+    fs::create_directories(path("sys/devices/3-2.1/3-2.1:1.0/usbmisc/lp4"));
+    file("sys/devices/3-2.1/3-2.1:1.0/usbmisc/lp4/dev", "180:4\n");
+
+    auto found = devices();
+    ASSERT_EQ(found.size(), 2U) << "interfaces are no devices";
+    EXPECT_EQ(found[0].location, 0x01000000U);
+    EXPECT_EQ(found[0].driver, "");
+    EXPECT_EQ(found[1].id(), "428d:a0f1@03108000");
+    EXPECT_EQ(found[1].title(), "Acme\\e[2J Line\\xFF");
+    EXPECT_EQ(found[1].serialNumber, "A 1");
+    EXPECT_EQ(found[1].node, path("dev/bus/usb/003/017"));
+    EXPECT_EQ(found[1].driver, "usblp") << "of the first interface";
+    EXPECT_EQ(found[1].printerNode, makedev(180, 4));
+    EXPECT_TRUE(host::usbDevices(path("nowhere"), path("dev")).empty());
+}
+
+TEST(UsbLocation, IsThePluginsOwn) {
+    const struct {
+        const char *name;
+        std::optional<uint32_t> location;
+    } kRows[] = {
+        {"usb2", 0x02000000},
+        {"2-1", 0x02080000},
+        {"1-10", 0x01500000},
+        {"1-2.3", 0x01118000},
+        {"1-2.3.4", 0x0111A000},
+        {"1-3.1.2.3.4", 0x011891A0},
+        {"1-31.15", 0x01FF8000},
+        {"1-2.10", 0x01150000},
+        {"1-2:1.0", {}},
+        {"1-0:1.0", {}},
+        {"usb", {}},
+        {"1", {}},
+        {"1-", {}},
+        {"1.2", {}},
+        {"lp0", {}},
+        {"", {}},
+    };
+    for (const auto &row : kRows)
+        EXPECT_EQ(host::usbLocation(row.name), row.location) << row.name;
+}
+
+TEST(UsbChoice, IsReadAsTyped) {
+    const struct {
+        const char *text;
+        uint16_t vendor, product;
+        std::optional<uint32_t> location;
+    } kGood[] = {
+        {"0b75:0402", 0x0B75, 0x0402, {}},     {"b75:402", 0x0B75, 0x0402, {}},
+        {"0x0B75:0X0402", 0x0B75, 0x0402, {}}, {"428d:ffff@01118000", 0x428D, 0xFFFF, 0x01118000},
+        {"1:2@0xFF080000", 1, 2, 0xFF080000},
+    };
+    for (const auto &row : kGood) {
+        host::UsbChoice choice = host::parseUsbChoice(row.text);
+        EXPECT_EQ(choice.vendor, row.vendor) << row.text;
+        EXPECT_EQ(choice.product, row.product) << row.text;
+        EXPECT_EQ(choice.location, row.location) << row.text;
+    }
+    for (const char *text : {"0b75", ":", "0b75:", ":0402", "0b755:0402", "0b75:0402@", "0b75:0402@123456789", "@01080000",
+                             "0b75:04g2", "-1:0402", "0b75: 402", "0b75:0402:1", "0x:0402", "drawing.plt"}) {
+        EXPECT_THROW(host::parseUsbChoice(text), host::Failure) << text;
+    }
+}
+
+TEST_F(UsbTest, TheOneThatIsMeant) {
+    const std::string kPrinter = descriptorsOf(7, {{kBulkOut}}), kDisk = descriptorsOf(8, {{kBulkOut}});
+    add("1-1", {{"idVendor", "0b75"}, {"idProduct", "0001"}, {"product", "left"}}, kPrinter);
+    add("1-2", {{"idVendor", "0b75"}, {"idProduct", "0001"}, {"product", "right"}}, kPrinter);
+    add("1-3", {{"idVendor", "1234"}, {"idProduct", "0002"}}, kDisk);
+    const struct {
+        const char *choice;
+        uint32_t location; ///< 0: a failure
+        ExitCode code;
+        const char *says;
+    } kRows[] = {
+        {"0b75:1@01100000", 0x01100000, ExitCode::Done, ""},
+        {"1234:2", 0x01180000, ExitCode::Done, "what was named need not look like a plotter"},
+        {"0b75:1", 0, ExitCode::Usage, "\n  --usb 0b75:0001@01080000  left\n  --usb 0b75:0001@01100000  right"},
+        {"", 0, ExitCode::Usage, "2 plotters"},
+        {"0b75:2", 0, ExitCode::Missing, "no USB device 0b75:0002;"},
+        {"1234:2@01080000", 0, ExitCode::Missing, "1234:0002@01080000"},
+    };
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(row.choice);
+        try {
+            EXPECT_EQ(host::chooseUsbDevice(devices(), host::parseUsbChoice(row.choice)).location, row.location);
+        } catch (const host::Failure &failure) {
+            EXPECT_EQ(row.location, 0U);
+            EXPECT_EQ(failure.code(), row.code);
+            EXPECT_NE(std::string(failure.what()).find(row.says), std::string::npos) << failure.what();
+        }
+    }
+    auto withoutLeft = devices();
+    withoutLeft.erase(withoutLeft.begin());
+    EXPECT_EQ(host::chooseUsbDevice(withoutLeft, {}).name, "right") << "the only plotter need not be named";
+}
+
+TEST_F(UsbTest, WhoStandsInTheWay) {
+    const struct {
+        const char *driver;
+        ExitCode code;
+        const char *says;
+    } kRows[] = {
+        {"", ExitCode::Done, ""},
+        {"usblp", ExitCode::Done, "put aside"},
+        {"usbfs", ExitCode::Busy, "another program"},
+        {"ftdi_sio", ExitCode::Busy, "--port"},
+    };
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(row.driver);
+        UsbDevice device = withNode(row.driver);
+        try {
+            host::requireFree(device);
+            EXPECT_EQ(row.code, ExitCode::Done);
+            EXPECT_NE(host::notesOf(device).find(row.says), std::string::npos);
+        } catch (const host::Failure &failure) {
+            EXPECT_EQ(failure.code(), row.code);
+            EXPECT_NE(std::string(failure.what()).find(row.says), std::string::npos) << failure.what();
+        }
+    }
+    UsbDevice gone = withNode("");
+    gone.node += "x";
+    EXPECT_EQ(host::accessTo(gone.node), host::NodeAccess::NoNode);
+    EXPECT_THROW(host::requireFree(gone), host::Failure);
+}
+
+TEST_F(UsbTest, NamesTheProgramThatHasIt) {
+    // Stands in for the node: like it, a character device that a program can keep open, and one that nobody else does.
+    const char *kNode = "/dev/full";
+    UsbDevice device = withNode("usbfs");
+    device.node = kNode;
+    Bystander holder(kNode, false);
+    std::string name = " (process " + std::to_string(holder.pid()) + ")";
+    EXPECT_NE(host::describeHolders(device).find(name), std::string::npos) << host::describeHolders(device);
+    try {
+        host::requireFree(device);
+        ADD_FAILURE() << "it is held";
+    } catch (const host::Failure &failure) {
+        EXPECT_EQ(failure.code(), ExitCode::Busy);
+        EXPECT_NE(std::string(failure.what()).find(name), std::string::npos) << failure.what();
+    }
+    device.driver = "";
+    EXPECT_NO_THROW(host::requireFree(device)) << "open, but not claimed";
+    EXPECT_NE(host::notesOf(device).find(name), std::string::npos);
+
+    struct stat status;
+    ASSERT_EQ(stat(kNode, &status), 0);
+    device = withNode("usblp");
+    device.printerNode = status.st_rdev;
+    EXPECT_EQ(host::describeHolders(device).rfind("driver usblp, ", 0), 0U) << host::describeHolders(device);
+    EXPECT_THROW(host::requireFree(device), host::Failure) << "its printer's node is in use";
+}
+
+TEST_F(UsbTest, SaysHowToGetTheRight) {
+    UsbDevice device = withNode("", 0600);
+    EXPECT_NE(host::permissionRemedy(device).find("70-orb-vectorix.rules into"), std::string::npos);
+    device.vendor = 0x1234;
+    EXPECT_NE(host::permissionRemedy(device).find("vendor 1234 added"), std::string::npos);
+    if (geteuid() == 0) {
+        device = withNode("", 0660);
+        constexpr gid_t kDaemon = 1;
+        ASSERT_EQ(chown(device.node.c_str(), 0, kDaemon), 0);
+        EXPECT_NE(host::permissionRemedy(device).find("usermod -aG daemon $USER"), std::string::npos);
+    } else {
+        device = withNode("", 0);
+        EXPECT_EQ(host::accessTo(device.node), host::NodeAccess::NoPermission);
+        EXPECT_THROW(host::requireFree(device), host::Failure);
+    }
+}
+
+TEST_F(UsbTest, TheRulesNameTheKnownVendors) {
+    std::istringstream rules(contents(UDEV_RULES));
+    const std::string kKey = "ATTR{idVendor}==\"";
+    int found = 0;
+    for (std::string line; std::getline(rules, line);) {
+        if (line.rfind(kKey, 0) != 0) continue;
+        std::string vendor = line.substr(kKey.size(), 4);
+        EXPECT_TRUE(host::isPlotterVendor(static_cast<uint16_t>(std::stoul(vendor, nullptr, 16)))) << vendor;
+        ++found;
+    }
+    EXPECT_EQ(found, 5);
+}
+
+TEST_F(UsbTest, FailuresOfTheReportBecomeExitCodes) {
+    const struct {
+        const char *what;
+        uint32_t stopReason;
+        int32_t errorID;
+        uint32_t status;
+        int64_t sent;
+        ExitCode code;
+        const char *says;
+    } kRows[] = {
+        {"not found", kORB_StopNoLink, kORB_ErrorNoPlotter, 0, 0, ExitCode::Missing, "no such plotter any more"},
+        {"gone before it began", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002C0, 0, ExitCode::Lost, "is gone"},
+        {"device held", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002C5, 0, ExitCode::Busy, "claimed"},
+        {"device forbidden", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002E2, 0, ExitCode::Permission, "udev"},
+        {"device shut for no known reason", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0, 0, ExitCode::Failed, "opened"},
+        {"interface held", kORB_StopNoLink, kORB_ErrorInterfaceNotOpened, 0xE00002C5, 0, ExitCode::Busy, "claimed"},
+        {"no registry", kORB_StopNoLink, kORB_ErrorMasterPort, 0xE00002BC, 0, ExitCode::Failed, "(code 0xE00002BC)"},
+        {"unplugged", kORB_StopByHost, kORB_ErrorPipe, 0xE00002C0, 3, ExitCode::Lost,
+         "sent 3 of 6 bytes; the plotter is gone"},
+        {"gone by its own word", kORB_StopByHost, kORB_ErrorPlotterGone, 0, 3, ExitCode::Lost, "is gone"},
+        {"a pipe that is none", kORB_StopByHost, kORB_ErrorPipe, 0xE0004061, 0, ExitCode::Failed,
+         "the out pipe 2 of this plotter is no out endpoint"},
+        {"stalled", kORB_StopByHost, kORB_ErrorPipe, 0xE000404F, 3, ExitCode::Failed, "refuses"},
+        {"an unknown code", kORB_StopByHost, kORB_ErrorPipe, 0xE0004099, 3, ExitCode::Failed, "(code 0xE0004099)"},
+    };
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(row.what);
+        host::PrintOutcome outcome{};
+        outcome.report.stopReason = row.stopReason;
+        outcome.report.firstErrorID = row.errorID;
+        outcome.report.firstStatus = static_cast<int32_t>(row.status);
+        outcome.report.fileBytes = 6;
+        outcome.report.sentBytes = row.sent;
+        outcome.usb = withNode("");
+        outcome.usbOutPipe = 2;
+        outcome.destination = outcome.usb->id();
+        host::Verdict verdict = host::judge(outcome);
+        EXPECT_EQ(verdict.code, row.code);
+        EXPECT_NE(verdict.message.find(row.says), std::string::npos) << verdict.message;
+        EXPECT_EQ(verdict.message.rfind("0b75:0402@01080000: ", 0), 0U) << verdict.message;
+        outcome.isUsbGone = true;
+        EXPECT_EQ(host::judge(outcome).code, ExitCode::Lost) << "a plotter that is gone explains every failure";
+        outcome.stopped = true;
+        EXPECT_EQ(host::judge(outcome).code, ExitCode::Stopped) << "the user's stop explains everything";
+    }
+}
+
+TEST_F(UsbTest, RefusesWhatWasTyped) {
+    std::string plot = file("plot.plt", plotOf(1));
+    const struct {
+        std::vector<std::string> words;
+        int code;
+        const char *says;
+    } kRows[] = {
+        {{"plotters", "--vendor", "0b75"}, 2, "--product"},
+        {{"plotters", "--product", "0402"}, 2, "--vendor"},
+        {{"plotters", "--vendor", "0b75", "--product", "plotter"}, 2, "hexadecimal"},
+        {{"plotters", "--vendor", "fff0", "--product", "fff0"}, 3, "no USB device fff0:fff0"},
+        {{"print", plot, "--usb", "0b75"}, 2, "V:P@LOCATION"},
+        {{"print", plot, "--usb", "fff0:fff0"}, 3, "no USB device fff0:fff0"},
+        {{"print", "--usb=fff0:fff0@01080000", plot}, 3, "no USB device fff0:fff0@01080000"},
+        {{"print", plot, "--usb", "--port", "/dev/x"}, 2, "excludes"},
+        {{"print", plot, "--capture", "x", "--usb"}, 2, "excludes"},
+    };
+    for (const auto &row : kRows) {
+        Result result = run(row.words);
+        EXPECT_EQ(result.code, row.code) << result.err;
+        EXPECT_NE(result.err.find(row.says), std::string::npos) << result.err;
+    }
+}
+
+} // namespace

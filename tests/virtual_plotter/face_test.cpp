@@ -1,0 +1,222 @@
+// The plotter in software in virtual time.
+#include "virtual_plotter/face/plotter.h"
+#include "virtual_plotter/recording_sink.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace virtual_plotter {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr std::string_view kPlot = "IN;SP1;PA0,0;PD100,0,100,100;PU;OA;XX;OE;\x1B.BSP2;PD0,0;PU;OS;";
+
+/// A plotter on the test sheet, and all that it has said.
+struct Played {
+    explicit Played(const PlotterOptions &options) : plotter(options, sink, kTestSheet) {}
+    /// Says the text in pieces, each as soon as there is room; the pace decides when that is.
+    void tell(std::string_view text, size_t piece = SIZE_MAX) {
+        while (!text.empty() && now < milliseconds(100'000)) {
+            size_t taken = plotter.hear(text.substr(0, piece), now);
+            said += plotter.takeSaid();
+            text.remove_prefix(taken);
+            if (taken == 0) pass(milliseconds(1));
+        }
+    }
+    void pass(milliseconds time) {
+        now += time;
+        plotter.advance(now);
+        said += plotter.takeSaid();
+    }
+
+    RecordingSink sink;
+    VirtualPlotter plotter;
+    VirtualPlotter::Time now{0};
+    std::string said;
+};
+
+PlotterOptions paced(size_t bufferBytes) {
+    PlotterOptions options;
+    options.bufferBytes = bufferBytes;
+    options.perByte = milliseconds(1);
+    return options;
+}
+
+PlotterOptions faulty(Fault fault, uint64_t after, PlotterOptions options = {}) {
+    options.fault = fault;
+    options.faultAfter = after;
+    return options;
+}
+
+TEST(VirtualPlotterTest, AnswersEachFamilyInItsForm) {
+    struct Case {
+        const char *what;
+        int32_t emulation;
+        std::string_view heard, said;
+    };
+    constexpr Case kCases[] = {
+        {"limits", 17002, "IN;OH;", "0,0,10000,8000\r"},
+        {"limits with blanks", 17005, "IN-1;OH;", "0 0 10000 8000 \r"},
+        {"corners", 17009, "[", "0,0\r"},
+        {"both corners", 17009, "[U", "0,0\r10000,8000\r"},
+        {"both corners asked twice", 17009, "[[UU", "0,0\r10000,8000\r"},
+        {"a pen that is lifted is no corner", 17009, "PU;", ""},
+        {"no corners elsewhere", 17002, "[U", ""},
+        {"limits in plotter units", 17008, ";:EH,ECN,ER,Q@", "0,0,0,0,0,0,10000,8000,\r"},
+        {"limits in tenths of a millimetre", 17030, ";:EF,ECM,ER,Q@", "0,0,0,0,0,0,2500,2000,\r"},
+        {"limits in thousandths of an inch", 17030, ";:EH,EC1,ER,Q@", "0,0,0,0,0,0,9843,7874,\r"},
+        {"language by its first bytes", 17002, " ;:EH,EC5,ER,Q@", "0,0,0,0,0,0,1969,1575,\r"},
+        {"position and pen", 17002, "PA10,20;PD;OA;OC;", "10,20,1\r10,20,1\r"},
+        {"position in user units", 17002, "IP0,0,1000,1000;SC0,10,0,10;PA5,5;OA;OC;", "500,500,0\r5,5,0\r"},
+        {"constants", 17002, "OI;OF;OO;", "ORB1\r40,40\r0,1,0,0,1,1,0,0\r"},
+        {"areas", 17002, "IP1,2,300,400;IW10,20,30,40;OP;OW;", "1,2,300,400\r10,20,30,40\r"},
+        {"fresh until asked", 17002, "OS;OS;", "24\r16\r"},
+        {"an error until it is asked for", 17002, "OS;XX;OS;OE;OE;CI;OE;OS;", "24\r48\r1\r0\r2\r16\r"},
+        {"device control", 17002, "\x1B.B\x1B.L\x1B.E\x1B.O", "1024\r1024\r0\r8\r"},
+        {"device control that answers nothing", 17002, "\x1B.N;19:\x1B.I81;;17:\x1B..\x1B\x1B.E", "0\r"},
+        {"a question that it does not know", 17002, "OG;OF;", "40,40\r"},
+    };
+    for (const Case &c : kCases) {
+        SCOPED_TRACE(c.what);
+        PlotterOptions options;
+        setEmulation(options, c.emulation);
+        Played played(options);
+        played.tell(c.heard);
+        EXPECT_EQ(played.said, c.said);
+    }
+}
+
+TEST(VirtualPlotterTest, CuttingTheBytesMakesNoDifference) {
+    for (bool isPaced : {false, true}) {
+        for (Fault fault : {Fault::none, Fault::rubbish, Fault::xoff, Fault::hang}) {
+            PlotterOptions options = faulty(fault, 30, isPaced ? paced(512) : PlotterOptions{});
+            Played whole(options);
+            whole.plotter.hear(kPlot, {});
+            whole.pass(milliseconds(1000));
+            for (size_t piece = 1; piece < 9; ++piece) {
+                SCOPED_TRACE(testing::Message() << "paced " << isPaced << " fault " << int(fault) << " piece " << piece);
+                Played cut(options);
+                for (size_t at = 0; at < kPlot.size(); at += piece)
+                    cut.plotter.hear(kPlot.substr(at, piece), {});
+                cut.pass(milliseconds(1000));
+                EXPECT_EQ(cut.said, whole.said);
+                EXPECT_EQ(cut.sink.text(), whole.sink.text());
+                EXPECT_EQ(cut.plotter.heardBytes(), whole.plotter.heardBytes());
+            }
+        }
+    }
+}
+
+/// One byte a millisecond out of 16: held when fewer than 4 are free, let go when 12 are.
+TEST(VirtualPlotterTest, HoldsItsHostWhileTheBufferIsNearlyFull) {
+    Played played(paced(16));
+    EXPECT_EQ(played.plotter.hear("PA;PA;PA;PA;", {}), 12U);
+    EXPECT_EQ(played.plotter.takeSaid(), "");
+    EXPECT_EQ(played.plotter.hear("PA;;PA;", {}), 4U) << "no more than there is room for";
+    EXPECT_EQ(played.plotter.takeSaid(), "\x13");
+    EXPECT_EQ(played.plotter.room(), 0U);
+    played.pass(milliseconds(11));
+    EXPECT_EQ(played.plotter.room(), 11U);
+    EXPECT_EQ(played.said, "") << "still held";
+    played.pass(milliseconds(1));
+    EXPECT_EQ(played.said, "\x11");
+    played.pass(milliseconds(1000));
+    EXPECT_TRUE(played.plotter.isIdle());
+    EXPECT_EQ(played.said, "\x11") << "time without work saves up no pace";
+    played.plotter.hear("OF;", played.now);
+    played.pass(milliseconds(2));
+    EXPECT_EQ(played.said, "\x11");
+    played.pass(milliseconds(1));
+    EXPECT_EQ(played.said, "\x11"
+                           "40,40\r");
+}
+
+/// A question about the buffer is answered when it is heard; it counts itself.
+TEST(VirtualPlotterTest, TellsItsFreeBufferAheadOfWhatWaits) {
+    Played played(paced(100));
+    played.plotter.hear("OF;PA0,0;\x1B.B", {});
+    EXPECT_EQ(played.plotter.takeSaid(), "88\r");
+    played.pass(milliseconds(1000));
+    EXPECT_EQ(played.said, "40,40\r");
+}
+
+TEST(VirtualPlotterTest, PaceChangesTheTimeAndNotTheDrawing) {
+    Played fast({}), slow(paced(16));
+    fast.tell(kPlot);
+    slow.tell(kPlot, 5);
+    fast.plotter.finish();
+    slow.plotter.finish();
+    EXPECT_EQ(slow.sink.text(), fast.sink.text());
+    EXPECT_FALSE(fast.sink.text().empty());
+    EXPECT_GE(slow.now, milliseconds(kPlot.size() - 16));
+}
+
+TEST(VirtualPlotterTest, HangsAndHangsUpAtTheByte) {
+    for (Fault fault : {Fault::hang, Fault::hangUp}) {
+        for (uint64_t after : {0, 1, 7}) {
+            Played played(faulty(fault, after));
+            EXPECT_EQ(played.plotter.hear(kPlot, {}), after);
+            EXPECT_EQ(played.plotter.room(), 0U);
+            EXPECT_EQ(played.plotter.hear(kPlot, {}), 0U);
+            EXPECT_EQ(played.plotter.isHanging(), fault == Fault::hang);
+            EXPECT_EQ(played.plotter.hasHungUp(), fault == Fault::hangUp);
+        }
+    }
+}
+
+TEST(VirtualPlotterTest, HoldsForGoodButStillListens) {
+    Played played(faulty(Fault::xoff, 5, paced(64)));
+    played.tell("PA0,");
+    EXPECT_EQ(played.said, "");
+    played.tell("0;PD9,9;PU;");
+    played.pass(milliseconds(1000));
+    EXPECT_EQ(played.said, "\x13") << "once, and never the other";
+    EXPECT_EQ(played.sink.text(), "0,0 9,9");
+}
+
+TEST(VirtualPlotterTest, TalksRubbishThatHoldsNobody) {
+    Played played(faulty(Fault::rubbish, 4));
+    played.tell("OF;");
+    EXPECT_EQ(played.said, "40,40\r") << "before the fault";
+    for (int i = 0; i < 2000; ++i)
+        played.tell("OF;");
+    std::string rubbish = played.said.substr(6);
+    EXPECT_GT(rubbish.size(), 2000 * 6U) << "some of it unasked";
+    EXPECT_EQ(rubbish.find("40,40\r"), std::string::npos);
+    EXPECT_EQ(rubbish.find_first_of("\x11\x13"), std::string::npos);
+}
+
+TEST(PlotReaderTest, ChoosesALanguageHoweverLateItsFirstBytesCome) {
+    struct Case {
+        const char *what;
+        std::string text;
+        Language language;
+    };
+    const Case kCases[] = {
+        {"nothing", "", Language::hpgl},
+        {"blanks only", " \r\n", Language::hpgl},
+        {"one byte", ";", Language::hpgl},
+        {"behind blanks", "\r\n  ;:H", Language::dmpl},
+        {"blanks without end", std::string(5000, ' ') + ";:H", Language::hpgl},
+    };
+    for (const Case &c : kCases) {
+        for (size_t piece : {size_t{1}, size_t{4097}}) {
+            SCOPED_TRACE(c.what);
+            RecordingSink sink;
+            PlotReader plot(std::nullopt, sink, kTestSheet);
+            for (size_t at = 0; at < c.text.size(); at += piece)
+                plot.take(std::string_view(c.text).substr(at, piece));
+            plot.finish();
+            EXPECT_EQ(plot.language(), c.language);
+            EXPECT_EQ(plot.reader()->findings().bytes, c.text.size());
+        }
+    }
+}
+
+} // namespace
+
+} // namespace virtual_plotter
