@@ -6,6 +6,8 @@
 #include "host/usb_target.h"
 #include "host/verdict.h"
 
+#include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -241,11 +243,14 @@ TEST_F(UsbTest, WhoStandsInTheWay) {
 }
 
 TEST_F(UsbTest, NamesTheProgramThatHasIt) {
-    // Stands in for the node: like it, a character device that a program can keep open, and one that nobody else does.
-    const char *kNode = "/dev/full";
+    // Stands in for the node: like it, a character device that a program can keep open, and one that nobody else has.
+    const int farEnd = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_NE(farEnd, -1);
+    ASSERT_EQ(unlockpt(farEnd), 0);
+    const std::string node = ptsname(farEnd);
     UsbDevice device = withNode("usbfs");
-    device.node = kNode;
-    Bystander holder(kNode, false);
+    device.node = node;
+    Bystander holder(node, false);
     std::string name = " (process " + std::to_string(holder.pid()) + ")";
     EXPECT_NE(host::describeHolders(device).find(name), std::string::npos) << host::describeHolders(device);
     try {
@@ -259,12 +264,15 @@ TEST_F(UsbTest, NamesTheProgramThatHasIt) {
     EXPECT_NO_THROW(host::requireFree(device)) << "open, but not claimed";
     EXPECT_NE(host::notesOf(device).find(name), std::string::npos);
 
+    // A printer's node is known by its number alone. Others may have this one open too: their names do not matter here.
+    Bystander printing("/dev/full", false);
     struct stat status;
-    ASSERT_EQ(stat(kNode, &status), 0);
+    ASSERT_EQ(stat("/dev/full", &status), 0);
     device = withNode("usblp");
     device.printerNode = status.st_rdev;
     EXPECT_EQ(host::describeHolders(device).rfind("driver usblp, ", 0), 0U) << host::describeHolders(device);
     EXPECT_THROW(host::requireFree(device), host::Failure) << "its printer's node is in use";
+    close(farEnd);
 }
 
 TEST_F(UsbTest, SaysHowToGetTheRight) {
