@@ -249,6 +249,15 @@ TEST_F(UsbQuery, FailedReads) {
     EXPECT_EQ(valuesOf(record), (Values{{1, 0, 0, 0}}));
 }
 
+TEST_F(UsbQuery, AThousandLeaveNothing) {
+    ORB_hostReleaseString(ask(0x0B75, 17001, 17008, {"1,2,3,4"}).ORB_CFSTR_message);
+    uint32_t before = platform::liveObjectCount();
+    for (int i = 0; i < 1000; ++i)
+        ORB_hostReleaseString(ask(0x0B75, 17001, 17008, {"1,2,3,4"}).ORB_CFSTR_message);
+    EXPECT_EQ(platform::liveObjectCount(), before);
+    EXPECT_EQ(platform.registry.outstanding, 0);
+}
+
 TEST_F(UsbQuery, SecondPairFailures) {
     platform.registry.script("WritePipe", gives(0));
     platform.registry.script("WritePipe", gives(kIOReturnIOError), 9);
