@@ -14,6 +14,7 @@ step() {
     shift
     mkdir -p build/log || fail "build/ cannot be written"
     log=build/log/$(tr -cs 'a-zA-Z0-9' '-' <<<"$text" | sed 's/-*$//').log
+    { : >"$log"; } 2>/dev/null || fail "$PWD/$log cannot be written"
     printf '%-44s' "$text"
     if ! "$@" >"$log" 2>&1; then
         printf 'failed\n\n'

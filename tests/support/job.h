@@ -25,7 +25,7 @@ inline std::string plist(std::string_view body) {
 inline std::string jobXML(const Keys &keys) {
     std::string body = "<dict>";
     for (const auto &[key, value] : keys)
-        body += "<key>" + key + "</key>" + value;
+        body.append("<key>").append(key).append("</key>").append(value);
     return plist(body + "</dict>");
 }
 
