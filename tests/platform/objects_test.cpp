@@ -109,7 +109,7 @@ TEST(Handles, AMillionObjectsAtMost) {
     for (uint32_t made = before; made < 1'000'000; ++made) {
         platform::Array array;
         array.push_back(std::move(outermost));
-        outermost.reset(platform::createObject(std::move(array)));
+        outermost = CFRef(platform::createObject(std::move(array)));
         ASSERT_TRUE(outermost);
     }
     std::vector<CFRef> rest;
