@@ -21,7 +21,7 @@ code=0
 "$output-example" limits no/such/port 2>"$output-example.err" || code=$?
 [[ $code -eq 3 ]] || { echo "examples/host.c: exit code $code for a port that is missing"; exit 1; }
 
-for text in README.md; do
+for text in README.md docs/hosts.md; do
     source=$output-$(basename "$text" .md).c
     sed -n '/^```c$/,/^```$/{/^```/!p}' "$here/../../$text" >"$source"
     grep -q ORB_getVectorixCS2 "$source"
