@@ -70,7 +70,7 @@ void Descriptor::reset() {
     fd_ = -1;
 }
 
-Running::Running(const std::vector<std::string> &words, bool terminal) {
+Running::Running(const std::vector<std::string> &words, bool terminal, const std::string &program) {
     auto [out, outEnd] = pipePair();
     Descriptor errEnd;
     if (terminal) {
@@ -81,7 +81,7 @@ Running::Running(const std::vector<std::string> &words, bool terminal) {
         std::tie(err_, errEnd) = pipePair();
     }
     out_ = std::move(out);
-    std::vector<char *> arguments = {const_cast<char *>(VECTORIX)};
+    std::vector<char *> arguments = {const_cast<char *>(program.c_str())};
     for (const std::string &word : words)
         arguments.push_back(const_cast<char *>(word.c_str()));
     arguments.push_back(nullptr);

@@ -1,4 +1,4 @@
-// Runs the command as a user would, and plays the far end of its serial line.
+// Runs the command, or another host program, as a user would, and plays the far end of its serial line.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -32,7 +32,7 @@ struct Result {
 class Running {
 public:
     /// terminal: standard error is one.
-    Running(const std::vector<std::string> &words, bool terminal);
+    Running(const std::vector<std::string> &words, bool terminal, const std::string &program = VECTORIX);
     Running(const Running &) = delete;
     Running &operator=(const Running &) = delete;
     ~Running();
