@@ -17,8 +17,8 @@ struct EmulationRow {
     LimitTexts limitTexts = {};
 };
 
-// Asked as hosts ask, not in the language: behind an escape sequence, and by the line that selects the ";:" language. Without
-// the semicolon before it: that may be the end of an instruction, which must not wait for what follows.
+// Asked as hosts ask, not in the language: behind an escape sequence, and by the line that selects the ";:" language.
+// Without the semicolon before it: that may be the end of an instruction, which must not wait for what follows.
 constexpr std::string_view kSwitchedQuestion = "\x1b%0B\x03NP4,\x03NP7,70,\x03NP7,76,!ST1;";
 constexpr std::string_view kSelectingQuestion = ":ECN,EF,P0,A,U,U0,0,K,";
 
