@@ -11,7 +11,8 @@ LimitQuestions::LimitQuestions(bool inPairs, const LimitTexts &texts, const Rect
     : inPairs_(inPairs), texts_(texts), hardClip_(hardClip) {}
 
 void LimitQuestions::take(std::string_view bytes) {
-    if (!inPairs_ && texts_ == LimitTexts()) return onPlot(bytes);
+    const bool hasTexts = std::any_of(texts_.begin(), texts_.end(), [](std::string_view text) { return !text.empty(); });
+    if (!inPairs_ && !hasTexts) return onPlot(bytes);
     for (char byte : bytes) {
         if (!inPairs_ || !takeCorner(byte)) takeText(byte);
     }
