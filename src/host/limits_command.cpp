@@ -29,6 +29,7 @@ struct LimitsOptions {
     std::string usbChoice;
     int emulation = 17002;
     uint32_t variant = 1;
+    int32_t plotterID = 0;
     LineSettings line;
     bool verbose = false;
     bool json = false;
@@ -44,7 +45,7 @@ ORB_ServiceRecord recordOf(const LimitsOptions &options, const std::optional<Usb
         record.ORB_CFSTR_message = 0;
         record.ORB_serviceNumber = kORB_ServiceUSBHardClip;
         record.ORB_queryEmulationID = options.emulation;
-        record.ORB_queryPlotterID = 0;
+        record.ORB_queryPlotterID = options.plotterID;
     } else {
         applyLineSettings(options.line, record);
         record.ORB_CFSTR_bsdIn_VectorixDevice = portPath;
@@ -136,7 +137,9 @@ void addLimitsCommand(CLI::App &app, Typed &typed) {
     command->footer(fmt::format(
         "HP-GL plotters answer with two corners in units of 0.025 mm. For 17008, 17009, 17010 and 17030 the four values\n"
         "are shown as they came. A port is held for 6 seconds, and for 16 when the plotter is silent; over USB\n"
-        "a silent plotter is waited for until Ctrl-C.\n\n{}",
+        "a silent plotter is waited for until Ctrl-C.\n"
+        "Vendor 0b75 has plotters that listen on their first USB pipe, identifiers 20595 to 20597: give --plotter-id for\n"
+        "these. All its others listen on the second.\n\n{}",
         exitCodeHelp()));
     CLI::Option *port = command->add_option("--port", options->port, "Serial port of the plotter, such as /dev/ttyUSB0")
                             ->type_name("DEVICE");
@@ -148,6 +151,9 @@ void addLimitsCommand(CLI::App &app, Typed &typed) {
     addEmulation(*command, options->emulation);
     command->add_option("--variant", options->variant, "Variant of the emulation, 1 to 8 (1)")
         ->check(CLI::Range(1U, kMostVariants).description(""))
+        ->type_name("N");
+    command->add_option("--plotter-id", options->plotterID, "Identifier of a USB plotter, for the choice of its pipes (0)")
+        ->needs(usb)
         ->type_name("N");
     addLineOptions(*command, options->line);
     command->add_flag("-v,--verbose", options->verbose, "Show what is said and heard, and what the plug-in says");

@@ -42,6 +42,12 @@ Verdict incomplete(const QueryOutcome &outcome) {
                                           "--emulation"));
 }
 
+/// Of this vendor's plotters some listen on their first pipe, and only an identifier tells which.
+bool mayListenElsewhere(const QueryOutcome &outcome) {
+    constexpr uint16_t kVendor = 0x0B75;
+    return !outcome.isUsbGone && outcome.usb->vendor == kVendor && outcome.usbOutPipe != 1;
+}
+
 /// The line to the plotter failed, before or after the request.
 Verdict failedLink(const QueryOutcome &outcome) {
     const ORB_QueryReport &report = outcome.report;
@@ -52,6 +58,7 @@ Verdict failedLink(const QueryOutcome &outcome) {
     }
     if (outcome.usb) {
         UsbFault fault = explainUsb(*outcome.usb, outcome.isUsbGone, report.errorID, report.status, outcome.usbOutPipe);
+        if (mayListenElsewhere(outcome)) fault.text += "; if it is one of 20595 to 20597, add --plotter-id";
         return fail(outcome, fault.code, fault.text);
     }
     if (report.errorID == kORB_ErrorSetAttributes) {

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr uint16_t kPlotterVendors[] = {0x0B75, 0x427E, 0x428D, 0x099F, 0x0C30};
+constexpr uint16_t kPlotterVendors[] = {0x0B4D, 0x0B75, 0x427E, 0x428D, 0x099F, 0x0C30};
 
 std::string contents(const fs::path &path) {
     std::ifstream file(path, std::ios::binary);

@@ -27,7 +27,7 @@ struct UsbDevice {
     std::string title() const;
 };
 
-/// True for the vendors that the plug-in has pipes of their own for.
+/// True for the vendors that the plug-in has pipes or questions of their own for.
 bool isPlotterVendor(uint16_t vendor);
 
 /// The location ID of a device by its name in sysfs: "usb1" is a bus, "1-2.3" port 3 of the hub at port 2 of bus 1. None

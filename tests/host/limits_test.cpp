@@ -161,6 +161,19 @@ TEST(LimitsVerdict, ReportsBecomeExitCodes) {
     }
 }
 
+TEST(LimitsVerdict, SilenceOnAPipeThatAnIdentifierChooses) {
+    QueryOutcome outcome = outcomeOf(kORB_ErrorPipe, "IN;OH;", "", 9);
+    outcome.report.status = static_cast<int32_t>(0xE00002ED);
+    for (uint16_t vendor : {uint16_t{0x0B75}, uint16_t{0x1234}}) {
+        for (uint8_t pipe : {uint8_t{1}, uint8_t{2}}) {
+            outcome.usb.emplace().vendor = vendor;
+            outcome.usbOutPipe = pipe;
+            const bool isNamed = host::judge(outcome).message.find("--plotter-id") != std::string::npos;
+            EXPECT_EQ(isNamed, vendor == 0x0B75 && pipe == 2);
+        }
+    }
+}
+
 TEST(LimitsVerdict, CornersAreHpglsAlone) {
     QueryOutcome outcome = outcomeOf(kORB_NoError, "IN;OH;", "0,0,15200,10800\r", 1);
     outcome.values = {0, 0, 15200, 10800};
@@ -195,6 +208,8 @@ TEST_F(LimitsTest, RefusesWhatContradictsItself) {
         {{"limits", "--port", "x", "--emulation", "17038"}, 2, "17001 to 17037"},
         {{"limits", "--port", "x", "--baud", "0"}, 2, "choose one of 50"},
         {{"limits", "--usb", "plotter"}, 2, "V:P@LOCATION"},
+        {{"limits", "--port", "x", "--plotter-id", "20596"}, 2, "--usb"},
+        {{"limits", "--usb", "--plotter-id", "20596x"}, 2, "--plotter-id"},
         {{"limits", "--port", "/dev/ttyNONE7"}, 3, "/dev/ttyNONE7: no such device"},
         {{"ports", "ttyS0"}, 2, "ttyS0"},
     };

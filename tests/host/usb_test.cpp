@@ -86,7 +86,7 @@ TEST_F(UsbTest, PlottersAmongTheDevices) {
     } kRows[] = {
         {"a printer", "1234", descriptorsOf(7, {{kBulkOut, kBulkIn}}), true},
         {"a printer without an out endpoint", "1234", descriptorsOf(7, {{kBulkIn}}), false},
-        {"a known vendor", "0c30", descriptorsOf(255, {{kInterruptIn, kBulkOut}}), true},
+        {"a known vendor", "0b4d", descriptorsOf(255, {{kInterruptIn, kBulkOut}}), true},
         {"a known vendor, endpoints in the second setting", "0b75", descriptorsOf(255, {{}, {kBulkOut}}), true},
         {"a known vendor without a bulk endpoint", "0b75", descriptorsOf(255, {{kInterruptOut}}), false},
         {"a disk", "1234", descriptorsOf(8, {{kBulkOut, kBulkIn}}), false},
@@ -302,7 +302,7 @@ TEST_F(UsbTest, TheRulesNameTheKnownVendors) {
         EXPECT_TRUE(host::isPlotterVendor(static_cast<uint16_t>(std::stoul(vendor, nullptr, 16)))) << vendor;
         ++found;
     }
-    EXPECT_EQ(found, 5);
+    EXPECT_EQ(found, 6);
 }
 
 TEST_F(UsbTest, FailuresOfTheReportBecomeExitCodes) {

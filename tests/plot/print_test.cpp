@@ -212,7 +212,7 @@ TEST_F(Print, TheHostStopsByProgressAndBySignal) {
     EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(), "tcflush 5 TCOFLUSH"), 1);
 
     ORB_hostSetProgress(nullptr, nullptr);
-    platform.terminal.onWrite = [] { ORB_hostStop(); };
+    platform.terminal.onWrite = [](std::string_view) { ORB_hostStop(); };
     print(simpleJob(17002, ";"), std::string(1000, 'x') + ";");
     EXPECT_EQ(report().stopReason, unsigned{kORB_StopByHost});
     EXPECT_EQ(platform.terminal.written.size(), 64U);

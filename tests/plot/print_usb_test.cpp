@@ -157,7 +157,7 @@ TEST_F(UsbPrint, AThirdMethodSendsNothing) {
 }
 
 TEST_F(UsbPrint, StopsInTheMiddle) {
-    platform.registry.onWrite = [this] {
+    platform.registry.onWrite = [this](std::string_view) {
         if (platform.registry.written.size() > 100) ORB_hostStop();
     };
     ORB_ServiceRecord returned = print(17002, std::string(1000, 'x') + ";");

@@ -77,7 +77,7 @@ ssize_t Terminal::write(int fd, const void *bytes, size_t size) {
     requireOpen("write", fd);
     std::string_view text(static_cast<const char *>(bytes), size);
     if (logWrites) log_.push_back("write " + std::to_string(fd) + " " + quoted(text));
-    if (onWrite) onWrite();
+    if (onWrite) onWrite(text);
     long result = static_cast<long>(size);
     scriptedOutcome("write", &result);
     if (result > 0) written += text.substr(0, static_cast<size_t>(result));

@@ -33,8 +33,8 @@ public:
     std::deque<std::string> replies;      ///< what reads give; empty: EAGAIN
     int modemWord = 0x126;
     int nextDescriptor = 5;
-    bool logWrites = true;         ///< false for jobs of many pieces: only `written` then tells
-    std::function<void()> onWrite; ///< called in each write
+    bool logWrites = true;                         ///< false for jobs of many pieces: only `written` then tells
+    std::function<void(std::string_view)> onWrite; ///< called in each write, with its text
 
     int open(const char *path, int flags) override;
     int close(int fd) override;

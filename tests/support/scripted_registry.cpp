@@ -104,7 +104,7 @@ public:
     IOReturn WritePipe(uint8_t pipe, const void *bytes, uint32_t size, uint32_t *taken) override {
         std::string_view text(static_cast<const char *>(bytes), size);
         registry_.log.push_back("WritePipe " + std::to_string(pipe) + " " + quoted(text));
-        if (registry_.onWrite) registry_.onWrite();
+        if (registry_.onWrite) registry_.onWrite(text);
         IOReturn result = open_ ? registry_.outcomeOf("WritePipe") : kIOReturnNotOpen;
         if (result == kIOReturnSuccess) registry_.written += text;
         if (taken) *taken = result == kIOReturnSuccess ? size : 0;

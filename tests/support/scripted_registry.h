@@ -11,6 +11,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace scripted {
@@ -39,7 +40,7 @@ public:
     std::vector<Endpoint> endpoints = {{0, 1, 2}, {1, 2, 2}};    ///< of every interface; pipe references 1, 2 …
     std::string written;                                         ///< all bytes that any interface took
     std::deque<std::string> replies;                             ///< what reads give; empty: kIOReturnNotResponding
-    std::function<void()> onWrite;
+    std::function<void(std::string_view)> onWrite;               ///< called in each write, with its text
     Log &log;
 
     /// Objects, plug-ins and interfaces that nobody has released yet.

@@ -53,6 +53,7 @@ constexpr OddCase kOdd[] = {
     {"unknown", "IN;XX12;PU;", "unknown@3 XX12;", 2},
     {"half a pair", "PA1;PD1,2,3PU;", "malformed@0 PA1;\nmalformed@4 PD1,2,3", 3},
     {"too few and too many numbers", "CI;SP1,2;DF1", "malformed@0 CI;\nmalformed@3 SP1,2;\nmalformed@9 DF1", 3},
+    {"half a curve", "BZ1,1,2,2,3,3,4,4;PU;", "malformed@0 BZ1,1,2,2,3,3,4,4;", 2},
     {"out of range", "VS0;SP-1;SP256;PW-1;FT7;RO45;SC1,1,2,2;DI0,0;LO10;PM1;UL9,1;LT2,0",
      "malformed@0 VS0;\nmalformed@4 SP-1;\nmalformed@9 SP256;\nmalformed@15 PW-1;\nmalformed@20 FT7;\nmalformed@24 RO45;\n"
      "malformed@29 SC1,1,2,2;\nmalformed@39 DI0,0;\nmalformed@45 LO10;\nmalformed@50 PM1;\nmalformed@54 UL9,1;\n"
@@ -167,6 +168,7 @@ TEST(HpglHostile, NumbersWithoutMeasure) {
 
 TEST(HpglHostile, MuchWorkForFewBytes) {
     EXPECT_EQ(survive(repeat("CI999,.1", 2'000)).refused, 0u);
+    EXPECT_EQ(survive("PD" + repeat("BR0,9999999,9,0,0,0", 2'000)).refused, 0u);
     // A full polygon buffer: circles of 1000 chords each, and what closes them. Outlined and filled a few times, then
     // refused.
     const std::string polygon = "PU500,500PM0" + repeat("CI90,.1;", 250) + "PM2";

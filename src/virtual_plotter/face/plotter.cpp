@@ -14,12 +14,21 @@ struct EmulationRow {
     int32_t emulation;
     std::optional<Language> language;
     LimitForm limits;
+    LimitTexts limitTexts = {};
 };
 
+// Asked as hosts ask, not in the language: behind an escape sequence, and by the line that selects the ";:" language.
+// Without the semicolon before it: that may be the end of an instruction, which must not wait for what follows.
+constexpr std::string_view kSwitchedQuestion = "\x1b%0B\x03NP4,\x03NP7,70,\x03NP7,76,!ST1;";
+constexpr std::string_view kSelectingQuestion = ":ECN,EF,P0,A,U,U0,0,K,";
+
 constexpr EmulationRow kEmulations[] = {
-    {17005, Language::hpgl, LimitForm::blanks}, {17008, Language::dmpl, LimitForm::commas},
-    {17009, Language::hpgl, LimitForm::pairs},  {17030, Language::dmpl, LimitForm::commas},
-    {17036, Language::dmpl, LimitForm::commas},
+    {17005, Language::hpgl, LimitForm::blanks},
+    {17008, Language::dmpl, LimitForm::commas},
+    {17009, Language::hpgl, LimitForm::pairs, {kSwitchedQuestion}},
+    {17010, Language::hpgl, LimitForm::commas, {kSwitchedQuestion, kSelectingQuestion}},
+    {17030, Language::dmpl, LimitForm::commas},
+    {17036, Language::dmpl, LimitForm::commas, {"IN;OH;"}}, // its hosts ask in HP-GL
 };
 
 } // namespace
@@ -29,11 +38,15 @@ void setEmulation(PlotterOptions &options, int32_t emulation) {
         if (row.emulation != emulation) continue;
         options.language = row.language;
         options.limits = row.limits;
+        options.limitTexts = row.limitTexts;
     }
 }
 
 VirtualPlotter::VirtualPlotter(const PlotterOptions &options, PenSink &sink, const Rectangle &hardClip)
-    : options_(options), hardClip_(hardClip), plot_(options.language, sink, hardClip) {
+    : options_(options), plot_(options.language, sink, hardClip),
+      questions_(options.limits == LimitForm::pairs, options.limitTexts, hardClip) {
+    questions_.onPlot = [this](std::string_view bytes) { plot_.take(bytes); };
+    questions_.onReply = [this](std::string_view reply) { say(reply); };
     options_.bufferBytes = std::max<size_t>(options_.bufferBytes, 1);
     plot_.onChoice = [this](Reader &reader) {
         reader.onRequest = [this](std::string_view request) {
@@ -62,13 +75,7 @@ size_t VirtualPlotter::hear(std::string_view bytes, Time now) {
 void VirtualPlotter::hearByte(char byte, Time now) {
     if (buffer_.empty()) nextAt_ = now + options_.perByte;
     ++heard_;
-    // The one-byte questions of the pair form are no instructions: the reader does not see them.
-    const bool isCorner = options_.limits == LimitForm::pairs && (byte == '[' || (byte == 'U' && corner_ != 0));
-    if (isCorner)
-        sayCorner(byte);
-    else
-        buffer_.push_back(byte);
-    corner_ = isCorner ? byte : '\0';
+    buffer_.push_back(byte);
 
     constexpr size_t kEscapeBytes = 3;
     if (byte == '\x1B')
@@ -84,12 +91,6 @@ void VirtualPlotter::hearByte(char byte, Time now) {
     }
     holdHost();
     if (reached(Fault::rubbish) && heard_ % kRubbishEvery == 0) say("rubbish");
-}
-
-/// Each question is answered once, though hosts send it twice over USB to fill a packet.
-void VirtualPlotter::sayCorner(char byte) {
-    if (byte == corner_) return;
-    say(cornerReply(byte == '[' ? hardClip_.lower : hardClip_.upper));
 }
 
 void VirtualPlotter::advance(Time now) {
@@ -108,13 +109,14 @@ void VirtualPlotter::carryOut(size_t count) {
         const auto piece = static_cast<std::ptrdiff_t>(std::min(count, bytes.size()));
         std::copy_n(buffer_.begin(), piece, bytes.begin());
         buffer_.erase(buffer_.begin(), buffer_.begin() + piece);
-        plot_.take({bytes.data(), static_cast<size_t>(piece)});
+        questions_.take({bytes.data(), static_cast<size_t>(piece)});
         count -= static_cast<size_t>(piece);
     }
 }
 
 void VirtualPlotter::finish() {
     carryOut(buffer_.size());
+    questions_.finish();
     plot_.finish();
 }
 

@@ -1,6 +1,7 @@
 // The plotter in software, without its line: what it makes of bytes, and when.
 #pragma once
 
+#include "virtual_plotter/face/limit_questions.h"
 #include "virtual_plotter/face/plot_reader.h"
 #include "virtual_plotter/face/replies.h"
 
@@ -25,13 +26,14 @@ enum class Fault : uint8_t {
 struct PlotterOptions {
     std::optional<Language> language; ///< none: as the first bytes tell
     LimitForm limits = LimitForm::commas;
+    LimitTexts limitTexts; ///< that ask for the limits beside the language's own questions
     size_t bufferBytes = 1024;
     std::chrono::nanoseconds perByte{0}; ///< how long a byte of the buffer takes; 0: it is always empty, and holds nobody
     Fault fault = Fault::none;
     uint64_t faultAfter = 0; ///< bytes heard before it
 };
 
-/// The options' language and form of limits for a plotter emulation.
+/// The options' language and questions for the limits, for a plotter emulation.
 void setEmulation(PlotterOptions &options, int32_t emulation);
 
 /// Hears bytes at times and says bytes. It has no clock: time is what the caller says, from any beginning, never backwards.
@@ -73,16 +75,14 @@ private:
     void carryOut(size_t count);
     void answer(std::string_view request);
     void say(std::string_view text);
-    void sayCorner(char byte);
     void holdHost();
 
     PlotterOptions options_;
-    Rectangle hardClip_;
     PlotReader plot_;
+    LimitQuestions questions_;
     std::deque<char> buffer_;
     std::string said_;
     std::string escape_; ///< the device-control sequence that is being heard
-    char corner_ = 0;    ///< the last byte heard, when it was a question of the pair form
     Time nextAt_{0};     ///< when the buffer's first byte is carried out
     uint64_t heard_ = 0;
     bool holding_ = false;

@@ -108,6 +108,8 @@ std::string replyTo(std::string_view request, const Asked &asked, LimitForm form
     return {};
 }
 
+std::string limitsReply(const Rectangle &hardClip) { return corners(hardClip) + '\r'; }
+
 std::string cornerReply(const Point &corner) { return list({corner.x, corner.y}) + '\r'; }
 
 } // namespace virtual_plotter

@@ -23,14 +23,15 @@ struct Asked {
 enum class LimitForm : uint8_t {
     commas, ///< "0,0,10900,7650" CR
     blanks, ///< "0 0 10900 7650 " CR
-    pairs,  ///< lower and upper corner on questions of one byte each: "0,0" CR
+    pairs,  ///< lower and upper corner on questions of one byte each, which are no requests of a reader: "0,0" CR
 };
 
 /// The answer to a request as the readers hand it on ("OH", ESC ".B", "EH,ECN,ER"), with the CR at its end; empty for one
 /// that stays without an answer.
 std::string replyTo(std::string_view request, const Asked &asked, LimitForm form);
 
-/// The corners for the pair form.
+/// Both corners in the comma form, and one for the pair form.
+std::string limitsReply(const Rectangle &hardClip);
 std::string cornerReply(const Point &corner);
 
 } // namespace virtual_plotter

@@ -10,16 +10,49 @@ namespace virtual_plotter::hpgl {
 
 namespace {
 
-bool arc(Plotter &p, Numbers n, bool relative) {
-    const Point centre = p.placeOf({n[0], n[1]}, relative);
-    const double sweep = std::clamp(n[2], -360.0, 360.0);
+constexpr double kOnALine = 1e-9; // sine between two directions that are the same but for rounding
+
+/// From where the pen is.
+void drawArc(Plotter &p, Point centre, double sweep, double chord) {
     const Point unit = p.frame.stepToPlotter({1, 1});
     const Point radius{(p.at.x - centre.x) / unit.x, (p.at.y - centre.y) / unit.y};
-    const double chord = chordAngle(p, n.size() > 3 ? n[3] : 0, std::hypot(radius.x, radius.y));
-    forEachChord(sweep, chord, [&](Point turn) {
+    forEachChord(sweep, chordAngle(p, chord, std::hypot(radius.x, radius.y)), [&](Point turn) {
         p.go({centre.x + unit.x * (radius.x * turn.x - radius.y * turn.y),
               centre.y + unit.y * (radius.x * turn.y + radius.y * turn.x)});
     });
+}
+
+bool arc(Plotter &p, Numbers n, bool relative) {
+    const Point centre = p.placeOf({n[0], n[1]}, relative);
+    drawArc(p, centre, std::clamp(n[2], -360.0, 360.0), n.size() > 3 ? n[3] : 0);
+    p.lettering.lineStart = p.at;
+    return true;
+}
+
+/// Through a point between to the end. An end where the pen is makes a circle, with the point between opposite; three points
+/// on a line make a line.
+bool arcThrough(Plotter &p, Numbers n, bool relative) {
+    const Point unit = p.frame.stepToPlotter({1, 1});
+    const Point end = p.placeOf({n[2], n[3]}, relative);
+    const auto fromHere = [&](Point to) { return Point{(to.x - p.at.x) / unit.x, (to.y - p.at.y) / unit.y}; };
+    const Point m = fromHere(p.placeOf({n[0], n[1]}, relative));
+    const Point e = fromHere(end);
+    const double chord = n.size() > 4 ? n[4] : 0;
+    const double mm = m.x * m.x + m.y * m.y;
+    const double ee = e.x * e.x + e.y * e.y;
+    const double cross = m.x * e.y - m.y * e.x; // above 0: counterclockwise
+    if (ee == 0 && mm > 0) {
+        drawArc(p, {p.at.x + m.x / 2 * unit.x, p.at.y + m.y / 2 * unit.y}, 360, chord);
+    } else if (std::abs(cross) <= kOnALine * std::sqrt(mm * ee)) {
+        p.go(end);
+    } else {
+        const Point c{(e.y * mm - m.y * ee) / (2 * cross), (m.x * ee - e.x * mm) / (2 * cross)};
+        const Point last{e.x - c.x, e.y - c.y};
+        double sweep = std::atan2(c.y * last.x - c.x * last.y, -c.x * last.x - c.y * last.y) * 180 / std::numbers::pi;
+        if (cross > 0 && sweep < 0) sweep += 360;
+        if (cross < 0 && sweep > 0) sweep -= 360;
+        drawArc(p, {p.at.x + c.x * unit.x, p.at.y + c.y * unit.y}, sweep, chord);
+    }
     p.lettering.lineStart = p.at;
     return true;
 }
@@ -38,6 +71,8 @@ double chordAngle(const Plotter &p, double chord, double radius) noexcept {
 
 bool arcAbsolute(Plotter &p, Numbers n) { return arc(p, n, false); }
 bool arcRelative(Plotter &p, Numbers n) { return arc(p, n, true); }
+bool arcThroughAbsolute(Plotter &p, Numbers n) { return arcThrough(p, n, false); }
+bool arcThroughRelative(Plotter &p, Numbers n) { return arcThrough(p, n, true); }
 
 /// Draws whether or not the pen is down. Into the polygon buffer it goes as a contour of its own.
 bool circle(Plotter &p, Numbers n) {

@@ -36,8 +36,14 @@ bool yTick(Plotter &, Numbers);
 // hpgl_arcs.cpp
 bool arcAbsolute(Plotter &, Numbers);
 bool arcRelative(Plotter &, Numbers);
+bool arcThroughAbsolute(Plotter &, Numbers);
+bool arcThroughRelative(Plotter &, Numbers);
 bool circle(Plotter &, Numbers);
 bool chordTolerance(Plotter &, Numbers);
+
+// hpgl_curves.cpp: called as those of moves, with three points at a time
+bool curveAbsolute(Plotter &, Numbers);
+bool curveRelative(Plotter &, Numbers);
 
 // hpgl_polygons.cpp
 bool polygonMode(Plotter &, Numbers);

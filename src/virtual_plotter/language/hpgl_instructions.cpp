@@ -24,10 +24,10 @@ constexpr Instruction kInstructions[] = {
     {"LT", lineType, 0, 3},
     {"UL", userLineType, 0, LineType::kMaxParts + 1},
 
-    {.name = "PA", .handler = plotAbsolute, .form = Form::pairs},
-    {.name = "PR", .handler = plotRelative, .form = Form::pairs},
-    {.name = "PU", .handler = penUp, .form = Form::pairs},
-    {.name = "PD", .handler = penDown, .form = Form::pairs},
+    {.name = "PA", .handler = plotAbsolute, .form = Form::groups},
+    {.name = "PR", .handler = plotRelative, .form = Form::groups},
+    {.name = "PU", .handler = penUp, .form = Form::groups},
+    {.name = "PD", .handler = penDown, .form = Form::groups},
     {.name = "PE", .form = Form::polyline},
     {.name = "SM", .form = Form::symbol},
     {"TL", tickLength, 0, 2},
@@ -36,6 +36,10 @@ constexpr Instruction kInstructions[] = {
 
     {"AA", arcAbsolute, 3, 4},
     {"AR", arcRelative, 3, 4},
+    {"AT", arcThroughAbsolute, 4, 5},
+    {"RT", arcThroughRelative, 4, 5},
+    {.name = "BZ", .handler = curveAbsolute, .form = Form::groups, .group = 6},
+    {.name = "BR", .handler = curveRelative, .form = Form::groups, .group = 6},
     {"CI", circle, 1, 2},
     {"CT", chordTolerance, 0, 1},
 

@@ -10,7 +10,7 @@ namespace virtual_plotter::hpgl {
 /// What stands behind a mnemonic.
 enum class Form : uint8_t {
     numbers,    ///< up to the terminator or the next letter
-    pairs,      ///< the same, any number of them: carried out two by two as they come
+    groups,     ///< the same, any number of them: carried out group by group as they come
     remark,     ///< numbers and texts in quotation marks, which are skipped
     label,      ///< characters up to the label terminator
     text,       ///< the same, but nothing is drawn
@@ -31,6 +31,7 @@ struct Instruction {
     uint8_t least = 0, most = kAny; ///< numbers
     bool draws = false;             ///< cannot stand within the definition of a polygon
     Form form = Form::numbers;
+    uint8_t group = 2; ///< numbers that are carried out at a time
 };
 
 /// Null when there is none. Lower case is as good as upper case.

@@ -113,7 +113,7 @@ void HpglReader::beginInstruction(unsigned char second) {
     broken_ = false;
     if (instruction_ == nullptr) return;
     switch (instruction_->form) {
-    case Form::pairs: instruction_->handler(plotter_, {}); break;
+    case Form::groups: instruction_->handler(plotter_, {}); break;
     case Form::terminator:
     case Form::symbol: state_ = State::character; break;
     case Form::label:
@@ -163,8 +163,8 @@ void HpglReader::completeNumber() {
     if (instruction_ == nullptr) return;
     if (count_ < numbers_.size()) numbers_[count_] = value;
     ++count_;
-    if (instruction_->form == Form::pairs && count_ == 2) {
-        instruction_->handler(plotter_, Numbers(numbers_.data(), 2));
+    if (instruction_->form == Form::groups && count_ == instruction_->group) {
+        instruction_->handler(plotter_, Numbers(numbers_.data(), count_));
         count_ = 0;
     }
 }
@@ -176,7 +176,7 @@ void HpglReader::endInstruction() {
     ++findings_.instructions;
     bool good = !broken_;
     switch (instruction_->form) {
-    case Form::pairs: good = good && count_ == 0; break;
+    case Form::groups: good = good && count_ == 0; break;
     case Form::label: hpgl::endLabel(plotter_); break;
     case Form::polyline: good = hpgl::endPolyline(plotter_) && good; break;
     case Form::terminator: plotter_.lettering.printsTerminator = count_ > 0 && numbers_[0] == 0; break;

@@ -1,25 +1,13 @@
 // The port list of a system in software, beside the plug-in's own.
-#include "host/host_fixture.h"
-#include "support/device_bed.h"
+#include "host/usb/bed_fixture.h"
 
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <orb/vectorix.h>
 
 namespace {
 
-class ListPortsTest : public HostTest {
+class ListPortsTest : public BedTest {
 protected:
-    void SetUp() override {
-        if (const char *reason = bed::whyNot()) GTEST_SKIP() << reason;
-        bed.emplace();
-        // For the command, which is not linked to it as this program is.
-        setenv("LD_PRELOAD", "libumockdev-preload.so.0", 1);
-        setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 0);
-    }
-
-    ~ListPortsTest() override { unsetenv("LD_PRELOAD"); }
-
     /// Without its node: the bed would make a pseudo-terminal of it, and then fail to resolve its path.
     void add(const std::string &above, const std::string &name, const std::string &attributes = "") {
         bed->add("P: " + above + "/tty/" + name + "\nE: DEVNAME=/dev/" + name + "\nE: SUBSYSTEM=tty\n" + attributes + "\n");
@@ -56,8 +44,6 @@ protected:
         }
         return found;
     }
-
-    std::optional<bed::DeviceBed> bed;
 };
 
 TEST_F(ListPortsTest, TheFirstSixAreThePlugInsAndThereMayBeMore) {

@@ -1,14 +1,12 @@
 // The command against USB plotters in software: the whole road, from sysfs to transfers on the bus.
-#include "host/host_fixture.h"
+#include "host/usb/bed_fixture.h"
 #include "support/usb_plotter.h"
 
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <future>
 #include <glib.h>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <utility>
 
 namespace {
@@ -16,20 +14,9 @@ namespace {
 // GLib remembers its first answer, which must not be the folder of a test: that goes with the test.
 [[maybe_unused]] const char *const kTemporaryFolder = g_get_tmp_dir();
 
-class PrintUsbTest : public HostTest {
+class PrintUsbTest : public BedTest {
 protected:
-    void SetUp() override {
-        if (const char *reason = bed::whyNot()) GTEST_SKIP() << reason;
-        bed.emplace();
-        // For the command, which is not linked to it as this program is.
-        setenv("LD_PRELOAD", "libumockdev-preload.so.0", 1);
-        setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 0);
-    }
-
-    ~PrintUsbTest() override { unsetenv("LD_PRELOAD"); }
-
     std::string plot_ = file("plot.plt", plotOf(4));
-    std::optional<bed::DeviceBed> bed;
 };
 
 TEST_F(PrintUsbTest, ListsWhatThereIs) {

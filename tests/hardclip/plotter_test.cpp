@@ -1,0 +1,94 @@
+// Services 7 and 11 against the plotter in software: each emulation's questions, and the numbers that come of its answers.
+#include "service/state.h"
+#include "support/job.h"
+#include "virtual_plotter/face/plotter.h"
+#include "virtual_plotter/recording_sink.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace {
+
+using virtual_plotter::VirtualPlotter;
+
+constexpr virtual_plotter::Rectangle kSheet{{100, 200}, {10000, 8000}};
+constexpr uint32_t kVariants = 10; // 0 and those past the last among them
+
+class PlotterQuery : public testing::Test {
+protected:
+    /// A plotter of that emulation at the far end of both links.
+    void connect(int32_t emulation) {
+        virtual_plotter::PlotterOptions options;
+        setEmulation(options, emulation);
+        plotter_.emplace(options, sink_, kSheet);
+        platform.terminal.replies.clear();
+        platform.registry.replies.clear();
+    }
+    PlotterQuery() {
+        platform.terminal.onWrite = [this](std::string_view text) { hear(text, platform.terminal.replies); };
+        platform.registry.onWrite = [this](std::string_view text) { hear(text, platform.registry.replies); };
+    }
+    void hear(std::string_view text, std::deque<std::string> &replies) {
+        ASSERT_EQ(plotter_->hear(text, {}), text.size());
+        if (std::string said = plotter_->takeSaid(); !said.empty()) replies.push_back(said);
+    }
+
+    /// The values are the sheet's corners, in the unit that the ";:" language was asked in.
+    static void expectCorners(const ORB_ServiceRecord &record, int32_t emulation, uint32_t variant) {
+        constexpr double kUnits[] = {1, 1.016, 4, 5.08}; // plotter units, for variants 1 to 4
+        const bool hasUnits = emulation == 17008 || emulation == 17030;
+        const double unit = !hasUnits ? 1 : variant < 1 || variant > 8 ? kUnits[3] : kUnits[(variant - 1) % 4];
+        EXPECT_NEAR(record.ORB_HARDC_1 * unit, kSheet.lower.x, unit / 2);
+        EXPECT_NEAR(record.ORB_HARDC_2 * unit, kSheet.lower.y, unit / 2);
+        EXPECT_NEAR(record.ORB_HARDC_3 * unit, kSheet.upper.x, unit / 2);
+        EXPECT_NEAR(record.ORB_HARDC_4 * unit, kSheet.upper.y, unit / 2);
+    }
+
+    scripted::Platform platform;
+
+private:
+    virtual_plotter::RecordingSink sink_;
+    std::optional<VirtualPlotter> plotter_;
+};
+
+TEST_F(PlotterQuery, EachEmulationOverASerialLine) {
+    for (int32_t emulation = 17001; emulation <= 17037; ++emulation) {
+        for (uint32_t variant = 0; variant < kVariants; ++variant) {
+            SCOPED_TRACE(testing::Message() << emulation << " variant " << variant);
+            connect(emulation);
+            ORB_ServiceRecord record = jobs::printRecord(platform, "", "");
+            record.ORB_serviceNumber = kORB_ServiceSerialHardClip;
+            record.ORB_EmulationID = emulation;
+            record.ORB_emulationVariant = variant;
+            expectCorners(ORB_getVectorixCS2(record), emulation, variant);
+        }
+    }
+}
+
+/// The vendor of plotters with that emulation; others' plotters are asked in HP-GL, whatever they understand.
+uint16_t vendorOf(int32_t emulation) {
+    if (emulation == 17008 || emulation == 17030) return 0x099F;
+    if (emulation == 17009 || emulation == 17010) return 0x0B4D;
+    return emulation == 17005 ? 0x0C30 : 0x0B75;
+}
+
+TEST_F(PlotterQuery, EachEmulationOverUsb) {
+    for (int32_t emulation = 17001; emulation <= 17037; ++emulation) {
+        for (uint32_t variant = 0; variant < kVariants; ++variant) {
+            SCOPED_TRACE(testing::Message() << emulation << " variant " << variant);
+            connect(emulation);
+            platform.registry.devices = {{vendorOf(emulation), 7, 5}};
+            ORB_ServiceRecord record{};
+            record.ORB_serviceNumber = kORB_ServiceUSBHardClip;
+            record.ORB_OutputMethode = kORB_OSX_METHOD_USB;
+            record.ORB_USBidVendor = vendorOf(emulation);
+            record.ORB_USBlocationID = 5;
+            record.ORB_EmulationID = record.ORB_queryEmulationID = emulation;
+            record.ORB_emulationVariant = variant;
+            expectCorners(ORB_getVectorixCS2(record), emulation, variant);
+        }
+    }
+}
+
+} // namespace
