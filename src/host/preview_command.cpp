@@ -2,6 +2,7 @@
 #include "host/commands.h"
 #include "host/drawing.h"
 #include "host/findings.h"
+#include "host/output.h"
 #include "host/plot_file.h"
 #include "host/stop_signals.h"
 #include "host/text.h"
@@ -28,13 +29,13 @@ void tell(const PreviewOptions &options, const virtual_plotter::PlotReader &plot
         nlohmann::ordered_json object = {
             {"exitCode", 0}, {"message", ""}, {"notes", notes}, {"plotFile", options.plot}, {"picture", options.picture}};
         addFindings(object, plot);
-        fmt::print("{}\n", object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+        printOut("{}\n", object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
     } else {
-        fmt::print("{}drew {}\n", findingsText(plot), shown(options.picture));
+        printOut("{}drew {}\n", findingsText(plot), shown(options.picture));
     }
-    fflush(stdout);
+    flushOut();
     for (const std::string &note : notes)
-        fmt::print(stderr, "vectorix: note: {}\n", note);
+        printError("vectorix: note: {}\n", note);
 }
 
 ExitCode preview(const PreviewOptions &options) {

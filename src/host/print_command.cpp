@@ -7,6 +7,7 @@
 #include "host/job_reader.h"
 #include "host/job_writer.h"
 #include "host/line_settings.h"
+#include "host/output.h"
 #include "host/plot_file.h"
 #include "host/port_lock.h"
 #include "host/progress_bar.h"
@@ -133,20 +134,20 @@ PrintOutcome callEntry(const PrintOptions &options, const std::string &port, con
 
 void tell(const PrintOptions &options, const PrintOutcome &outcome, const Verdict &verdict) {
     if (options.json) {
-        fmt::print("{}\n", json(outcome, verdict));
+        printOut("{}\n", json(outcome, verdict));
     } else if (!options.quiet) {
-        fmt::print("{}\n", summary(outcome));
+        printOut("{}\n", summary(outcome));
     }
-    fflush(stdout);
+    flushOut();
     if (!options.quiet) {
         for (const std::string &note : verdict.notes)
-            fmt::print(stderr, "vectorix: note: {}\n", note);
+            printError("vectorix: note: {}\n", note);
     }
     if (options.verbose && outcome.report.uncutChunks > 0) {
-        fmt::print(stderr, "vectorix: note: {} held no command boundary and went as they were\n",
+        printError("vectorix: note: {} held no command boundary and went as they were\n",
                    counted(static_cast<int64_t>(outcome.report.uncutChunks), "chunk"));
     }
-    if (!verdict.message.empty()) fmt::print(stderr, "vectorix: {}\n", verdict.message);
+    if (!verdict.message.empty()) printError("vectorix: {}\n", verdict.message);
 }
 
 void addNotes(const VirtualLine &plotter, Verdict &verdict) {
@@ -170,7 +171,7 @@ ExitCode print(const PrintOptions &options) {
     if (options.toUsb) {
         usb = chooseUsbDevice(usbDevices(), usbChoice);
         requireFree(*usb);
-        if (options.verbose) fmt::print(stderr, "{}", notesOf(*usb));
+        if (options.verbose) printError("{}", notesOf(*usb));
     } else if (!options.port.empty()) {
         lock.emplace(options.port);
     } else if (!options.picture.empty()) {
