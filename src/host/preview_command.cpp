@@ -9,7 +9,6 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <limits>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -45,7 +44,7 @@ ExitCode preview(const PreviewOptions &options) {
     virtual_plotter::PlotReader plot(languageOf(options.drawing), drawing.sink(), drawing.sheet().hardClip);
 
     StopOnSignal signals;
-    readBlocks(options.plot, std::numeric_limits<int64_t>::max(), [&](int64_t, std::string_view block) {
+    PlotFile(options.plot).readBlocks([&](std::string_view block) {
         plot.take(block);
         return !StopOnSignal::came();
     });
