@@ -2,15 +2,13 @@
 
 #include "host/commands.h"
 #include "host/help_format.h"
+#include "host/output.h"
 #include "host/text.h"
 #include "host/verdict.h"
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <cstring>
 #include <fmt/format.h>
+#include <sstream>
 
 namespace host {
 
@@ -37,10 +35,10 @@ const char *overview() {
            "'vectorix COMMAND --help' tells more.\n";
 }
 
-int complain(const Failure &failure, bool wantsJson) {
-    if (wantsJson) fmt::print("{}\n", json(failure));
-    fmt::print(stderr, "vectorix: {}\n", failure.what());
-    return static_cast<int>(failure.code());
+ExitCode complain(const Failure &failure, bool wantsJson) {
+    if (wantsJson) printOut("{}\n", json(failure));
+    printError("vectorix: {}\n", failure.what());
+    return failure.code();
 }
 
 /// The command whose help goes with a mistake.
@@ -51,25 +49,27 @@ std::string helpFor(const CLI::App &app) {
     return words + " --help";
 }
 
-int parse(CLI::App &app, int count, char **words) {
+ExitCode parse(CLI::App &app, int count, char **words) {
     try {
         app.parse(count, words);
-        return 0;
+        return ExitCode::Done;
     } catch (const CLI::Success &request) { // help or version
-        app.exit(request);
-        return 0;
+        std::ostringstream text;
+        app.exit(request, text, text);
+        writeOut(text.str());
+        return ExitCode::Done;
     } catch (const CLI::ParseError &mistake) {
         bool isCommandUnknown = app.get_subcommands().empty() && count > 1 && words[1][0] != '-';
         std::string text = isCommandUnknown ? fmt::format("{}: no such command", words[1]) : lowered(mistake.what());
-        fmt::print(stderr, "vectorix: {}\nTry '{}'.\n", shown(text), helpFor(app));
-        return static_cast<int>(ExitCode::Usage);
+        printError("vectorix: {}\nTry '{}'.\n", shown(text), helpFor(app));
+        return ExitCode::Usage;
     }
 }
 
 } // namespace
 
 int runCommandLine(int count, char **words) {
-    signal(SIGPIPE, SIG_IGN); // a reader that leaves must not leave the port open
+    holdStandardStreams();
     CLI::App app("Prints plot files on pen plotters and cutters.", "vectorix");
     app.set_version_flag("--version", "vectorix " VECTORIX_VERSION);
     app.footer(fmt::format("{}\n{}", overview(), exitCodeHelp()));
@@ -79,21 +79,17 @@ int runCommandLine(int count, char **words) {
     for (auto add : kCommands)
         add(app, typed);
 
-    int code = parse(app, count, words);
-    if (typed.run && code == 0) {
+    ExitCode code = parse(app, count, words);
+    if (typed.run && code == ExitCode::Done) {
         try {
-            code = static_cast<int>(typed.run());
+            code = typed.run();
         } catch (const Failure &failure) {
             code = complain(failure, typed.wantsJson);
         } catch (const std::exception &error) {
             code = complain(Failure(ExitCode::Failed, error.what()), typed.wantsJson);
         }
     }
-    if (fflush(stdout) != 0 && errno != EPIPE && code == 0) {
-        fmt::print(stderr, "vectorix: standard output: {}\n", lowered(strerror(errno)));
-        code = static_cast<int>(ExitCode::Failed);
-    }
-    return code;
+    return static_cast<int>(afterOutput(code));
 }
 
 } // namespace host

@@ -1,5 +1,6 @@
 #include "host/console_lines.h"
 
+#include "host/output.h"
 #include "host/text.h"
 
 #include <cstdio>
@@ -43,7 +44,7 @@ void ConsoleLines::endLine() {
     text = fmt::format("plug-in: {}\n", shown(text));
     if (live_) {
         bar_.clear();
-        fputs(text.c_str(), stderr);
+        writeError(text);
     } else if (kept_.size() + text.size() <= kMostKept) {
         kept_ += text;
     } else {
@@ -53,9 +54,9 @@ void ConsoleLines::endLine() {
 
 void ConsoleLines::show() {
     endLine();
-    fputs(kept_.c_str(), stderr);
+    writeError(kept_);
     if (dropped_ > 0)
-        fmt::print(stderr, "plug-in: … and {} more; -v shows them all\n", counted(static_cast<int64_t>(dropped_), "line"));
+        printError("plug-in: … and {} more; -v shows them all\n", counted(static_cast<int64_t>(dropped_), "line"));
     kept_.clear();
     dropped_ = 0;
 }

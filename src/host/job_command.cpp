@@ -3,6 +3,7 @@
 #include "host/job_options.h"
 #include "host/job_reader.h"
 #include "host/job_writer.h"
+#include "host/output.h"
 #include "host/text.h"
 
 #include <CLI/CLI.hpp>
@@ -24,7 +25,7 @@ struct FileOptions {
     JobOptions job;
 };
 
-void printJson(const Json &object) { fmt::print("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace)); }
+void printJson(const Json &object) { printOut("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace)); }
 
 ExitCode write(const FileOptions &options) {
     writeWhole(options.path, propertyList(jobOf(options.job)), options.force);
@@ -50,7 +51,7 @@ ExitCode show(const FileOptions &options) {
         if (options.json) {
             std::visit([&](const auto &value) { object[row.name] = value; }, *line->value);
         } else {
-            fmt::print("{:<{}}  {}\n", row.key, width, plain(*line->value));
+            printOut("{:<{}}  {}\n", row.key, width, plain(*line->value));
         }
     }
     if (options.json) printJson(object);
@@ -69,9 +70,9 @@ ExitCode check(const FileOptions &options) {
     } else {
         for (const Finding &finding : findings) {
             std::string where = finding.line > 0 ? fmt::format("line {}: ", finding.line) : "";
-            fmt::print("{}: {}: {}{}\n", path, finding.isError ? "error" : "note", where, finding.text);
+            printOut("{}: {}: {}{}\n", path, finding.isError ? "error" : "note", where, finding.text);
         }
-        fmt::print("{}: {}\n", path, fit ? "fit to be printed" : "unfit");
+        printOut("{}: {}\n", path, fit ? "fit to be printed" : "unfit");
     }
     return fit ? ExitCode::Done : ExitCode::Unfit;
 }

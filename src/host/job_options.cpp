@@ -71,6 +71,8 @@ void addJobDetails(CLI::App &app, JobOptions &options) {
     }
 }
 
+std::string terminatorOf(const JobOptions &options) { return plotterText(options.terminator, "--terminator"); }
+
 std::vector<JobEntry> jobOf(const JobOptions &options) {
     if (!options.tools.empty() && options.emulation != kToolEmulation) {
         throw Failure(ExitCode::Usage,
@@ -81,7 +83,7 @@ std::vector<JobEntry> jobOf(const JobOptions &options) {
         throw Failure(ExitCode::Usage,
                       fmt::format("--tool: {} tool strings; a job has at most {}", options.tools.size(), kToolCount));
     }
-    std::string terminator = plotterText(options.terminator, "--terminator");
+    std::string terminator = terminatorOf(options);
     if (terminator.empty() && !endsWithAt(options.emulation)) {
         throw Failure(ExitCode::Usage, fmt::format("--terminator: empty, but emulation {} needs one", options.emulation));
     }

@@ -41,6 +41,9 @@ struct JobEntry {
     std::string value; ///< as it stands in the file, but for the escaping
 };
 
+/// The bytes that the terminator means. Throws Failure (usage).
+std::string terminatorOf(const JobOptions &options);
+
 /// The job's entries in the order of a job file. Throws Failure (usage) when the options do not make a job.
 std::vector<JobEntry> jobOf(const JobOptions &options);
 

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -43,15 +44,18 @@ std::string element(const JobEntry &entry) {
     return fmt::format("<{0}>{1}</{0}>", kElements[static_cast<size_t>(entry.key->kind)], escaped(entry.value));
 }
 
-bool writeAndClose(int fd, const std::string &contents) {
-    size_t done = 0;
-    while (done < contents.size()) {
-        ssize_t count = write(fd, contents.data() + done, contents.size() - done);
+bool writeAll(int fd, std::string_view rest) {
+    while (!rest.empty()) {
+        ssize_t count = write(fd, rest.data(), rest.size());
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) break;
-        done += static_cast<size_t>(count);
+        if (count < 0) return false;
+        rest.remove_prefix(static_cast<size_t>(count));
     }
-    bool whole = done == contents.size() && fsync(fd) == 0;
+    return true;
+}
+
+bool writeAndClose(int fd, const std::string &contents) {
+    bool whole = writeAll(fd, contents) && fsync(fd) == 0;
     int errorNumber = errno;
     if (close(fd) == 0) errno = errorNumber;
     return whole;
@@ -96,23 +100,15 @@ void writeWhole(const std::string &path, const std::string &contents, bool force
     throw errorNumber == EEXIST ? exists(path) : outputFailure(path, errorNumber);
 }
 
-TemporaryJob::TemporaryJob(const std::string &contents) {
-    const char *place = getenv("TMPDIR");
-    directory_ = fmt::format("{}/vectorix-XXXXXX", place && *place ? place : "/tmp");
-    if (!mkdtemp(directory_.data())) throw fileFailure(directory_, errno);
-    path_ = directory_ + "/job.plist";
-    int fd = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    bool whole = fd >= 0 && writeAndClose(fd, contents);
-    if (whole) return;
-    Failure failure = fileFailure(path_, errno);
-    unlink(path_.c_str());
-    rmdir(directory_.c_str());
+TemporaryJob::TemporaryJob(const std::string &contents) : fd_(memfd_create("vectorix job", MFD_CLOEXEC)) {
+    if (fd_ >= 0 && writeAll(fd_, contents)) return;
+    Failure failure = fileFailure("job file in memory", errno);
+    if (fd_ >= 0) close(fd_);
     throw failure;
 }
 
-TemporaryJob::~TemporaryJob() {
-    unlink(path_.c_str());
-    rmdir(directory_.c_str());
-}
+TemporaryJob::~TemporaryJob() { close(fd_); }
+
+std::string TemporaryJob::path() const { return fmt::format("/proc/self/fd/{}", fd_); }
 
 } // namespace host

@@ -14,18 +14,18 @@ std::string propertyList(const std::vector<JobEntry> &job);
 /// Writes a file that is either wholly there or not at all. Throws Failure; without force also when the file exists.
 void writeWhole(const std::string &path, const std::string &contents, bool force);
 
-/// A job file in a private directory of its own; both are gone with the object.
+/// A job file in memory: gone with the object, and with the process however that ends.
 class TemporaryJob {
 public:
     explicit TemporaryJob(const std::string &contents);
     TemporaryJob(const TemporaryJob &) = delete;
     TemporaryJob &operator=(const TemporaryJob &) = delete;
     ~TemporaryJob();
-    const std::string &path() const { return path_; }
+    /// In this process alone.
+    std::string path() const;
 
 private:
-    std::string directory_;
-    std::string path_;
+    int fd_;
 };
 
 } // namespace host

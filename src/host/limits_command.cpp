@@ -3,6 +3,7 @@
 #include "host/console_lines.h"
 #include "host/job_options.h"
 #include "host/line_settings.h"
+#include "host/output.h"
 #include "host/port_lock.h"
 #include "host/query_verdict.h"
 #include "host/record.h"
@@ -83,24 +84,23 @@ QueryOutcome ask(const LimitsOptions &options, const std::optional<UsbDevice> &u
 
 void announce(const std::string &source, bool isUsb) {
     if (isatty(STDERR_FILENO) == 0) return;
-    fmt::print(stderr, "asking {} …; {}\n", shown(source),
+    printError("asking {} …; {}\n", shown(source),
                isUsb ? "Ctrl-C ends a wait for a silent plotter" : "this takes 6 to 16 seconds");
 }
 
 void tell(const LimitsOptions &options, const QueryOutcome &outcome, const Verdict &verdict) {
     if (options.verbose) {
-        fmt::print(stderr, "vectorix: sent \"{}\", heard \"{}\"\n", requestShown(outcome.report),
-                   replyShown(outcome.report));
+        printError("vectorix: sent \"{}\", heard \"{}\"\n", requestShown(outcome.report), replyShown(outcome.report));
     }
     if (options.json) {
-        fmt::print("{}\n", json(outcome, verdict));
+        printOut("{}\n", json(outcome, verdict));
     } else if (verdict.code == ExitCode::Done) {
-        fmt::print("{}", limitLines(outcome));
+        printOut("{}", limitLines(outcome));
     }
-    fflush(stdout);
+    flushOut();
     for (const std::string &note : verdict.notes)
-        fmt::print(stderr, "vectorix: note: {}\n", note);
-    if (!verdict.message.empty()) fmt::print(stderr, "vectorix: {}\n", verdict.message);
+        printError("vectorix: note: {}\n", note);
+    if (!verdict.message.empty()) printError("vectorix: {}\n", verdict.message);
 }
 
 ExitCode limits(const LimitsOptions &options) {
@@ -113,7 +113,7 @@ ExitCode limits(const LimitsOptions &options) {
     if (options.toUsb) {
         usb = chooseUsbDevice(usbDevices(), choice);
         requireFree(*usb);
-        if (options.verbose) fmt::print(stderr, "{}", notesOf(*usb));
+        if (options.verbose) printError("{}", notesOf(*usb));
     } else {
         lock.emplace(options.port);
     }

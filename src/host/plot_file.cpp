@@ -3,129 +3,81 @@
 #include "host/failure.h"
 #include "host/text.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <functional>
-#include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
 namespace host {
 
 namespace {
 
-constexpr int64_t kLongestTail = 255 + 255; // the largest chunk, and the longest mark before it
+constexpr size_t kBlock = size_t{64} * 1024;
 
-int64_t sizeOf(const std::string &path) {
-    struct stat status;
+/// A descriptor of the file.
+int openInput(const std::string &path, const char *what, struct stat &status) {
+    // Looked at before it is opened: the open of a pipe waits for a writer, that of a device may do something to it.
     if (stat(path.c_str(), &status) != 0) throw fileFailure(path, errno);
-    return status.st_size;
+    if (S_ISDIR(status.st_mode)) throw fileFailure(path, EISDIR);
+    if (!S_ISREG(status.st_mode)) {
+        throw Failure(ExitCode::Unfit,
+                      fmt::format("{}: a pipe or a device, and a {} is read more than once; save what comes from it in a "
+                                  "file, and name that",
+                                  shown(path), what));
+    }
+    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0 || fstat(fd, &status) != 0) throw fileFailure(path, errno);
+    return fd;
 }
 
-std::string endOf(const std::string &path, int64_t size, int64_t length) {
-    std::string text(static_cast<size_t>(length), '\0');
-    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw fileFailure(path, errno);
-    ssize_t count = pread(fd, text.data(), text.size(), size - length);
-    close(fd);
-    text.resize(static_cast<size_t>(std::max<ssize_t>(count, 0)));
-    return text;
-}
-
-/// Length of the escape sequence at the start of text, which begins with the escape character.
-size_t escapeLength(std::string_view text) {
-    if (text.size() < 2) return text.size();
-    if (text[1] == '.') {
-        // Device control of pen plotters: a letter or sign, then numbers, ";" and ":" for those that take parameters.
-        size_t end = std::min<size_t>(text.size(), 3);
-        size_t last = text.find_first_not_of("0123456789;", end);
-        return last != std::string_view::npos && text[last] == ':' ? last + 1 : end;
-    }
-    if (std::string_view("%&*()").find(text[1]) != std::string_view::npos) {
-        // Printer languages: parameters up to a capital letter or "@".
-        auto end = std::find_if(text.begin() + 2, text.end(), [](char c) { return c >= '@' && c <= 'Z'; });
-        return std::min(static_cast<size_t>(end - text.begin()) + 1, text.size());
-    }
-    return 2;
-}
+bool isSame(const timespec &a, const timespec &b) { return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec; }
 
 } // namespace
 
 void requireInputFile(const std::string &path, const char *what) {
     struct stat status;
-    if (stat(path.c_str(), &status) != 0) throw fileFailure(path, errno);
-    if (S_ISDIR(status.st_mode)) throw fileFailure(path, EISDIR);
-    if (!S_ISREG(status.st_mode)) {
-        throw Failure(ExitCode::Unfit, fmt::format("{}: not a {}; save it in one first", shown(path), what));
-    }
-    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw fileFailure(path, errno);
-    close(fd);
+    close(openInput(path, what, status));
     if (status.st_size == 0)
         throw Failure(ExitCode::Unfit, fmt::format("{}: the {} is empty; make it again", shown(path), what));
 }
 
-void readBlocks(const std::string &path, int64_t end,
-                const std::function<bool(int64_t offset, std::string_view block)> &look) {
-    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw fileFailure(path, errno);
-    std::vector<char> buffer(size_t{64} * 1024);
+PlotFile::PlotFile(const std::string &path) : path_(path), fd_(openInput(path, "plot file", opened_)) {}
+
+PlotFile::~PlotFile() { close(fd_); }
+
+std::string PlotFile::heldPath() const { return fmt::format("/proc/self/fd/{}", fd_); }
+
+std::string_view PlotFile::read(int64_t offset, std::string &buffer) const {
+    ssize_t count;
+    do {
+        count = pread(fd_, buffer.data(), buffer.size(), offset);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) throw fileFailure(path_, errno);
+    return {buffer.data(), static_cast<size_t>(count)};
+}
+
+void PlotFile::readBlocks(const std::function<bool(std::string_view block)> &look) const {
+    std::string buffer(kBlock, '\0');
     int64_t offset = 0;
-    ssize_t count = 0;
-    while (offset < end) {
-        count = pread(fd, buffer.data(), std::min(buffer.size(), static_cast<size_t>(end - offset)), offset);
-        if (count <= 0 || !look(offset, {buffer.data(), static_cast<size_t>(count)})) break;
-        offset += count;
+    for (std::string_view block; !(block = read(offset, buffer)).empty() && look(block);)
+        offset += static_cast<int64_t>(block.size());
+}
+
+PlotChange PlotFile::change() const {
+    struct stat now, named;
+    if (fstat(fd_, &now) != 0) return {};
+    if (now.st_size != opened_.st_size) {
+        return {true, fmt::format("its size changed while it was printed, from {} to {} bytes; print it again once it is "
+                                  "finished",
+                                  grouped(opened_.st_size), grouped(now.st_size))};
     }
-    int errorNumber = errno;
-    close(fd);
-    if (count < 0) throw fileFailure(path, errorNumber);
-}
-
-std::optional<ForeignByte> findForeignByte(const std::string &path) {
-    std::optional<ForeignByte> found;
-    readBlocks(path, sizeOf(path), [&](int64_t offset, std::string_view block) {
-        auto at = std::find_if(block.begin(), block.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-        if (at == block.end()) return true;
-        found = {offset + (at - block.begin()), static_cast<unsigned char>(*at)};
-        return false;
-    });
-    return found;
-}
-
-Withheld findWithheld(const std::string &path, std::string_view mark, int64_t withheldBytes) {
-    Withheld result;
-    int64_t size = sizeOf(path);
-    std::string end = endOf(path, size, std::min(size, kLongestTail));
-    size_t at = mark.empty() ? std::string::npos : end.rfind(mark);
-    auto behind = static_cast<int64_t>(at == std::string::npos ? end.size() : end.size() - at - mark.size());
-    result.tailBytes = std::min(behind, withheldBytes);
-    result.tail = end.substr(end.size() - static_cast<size_t>(result.tailBytes));
-    result.innerBytes = withheldBytes - result.tailBytes;
-    if (result.innerBytes == 0) return result;
-    readBlocks(path, size - result.tailBytes, [&](int64_t offset, std::string_view block) {
-        size_t nul = block.find('\0');
-        if (result.firstNul < 0 && nul != std::string_view::npos) result.firstNul = offset + static_cast<int64_t>(nul);
-        result.nulBytes += std::count(block.begin(), block.end(), '\0');
-        return true;
-    });
-    return result;
-}
-
-bool isPadding(std::string_view text) {
-    while (!text.empty()) {
-        auto byte = static_cast<unsigned char>(text[0]);
-        if (byte == 0x1B) {
-            text.remove_prefix(escapeLength(text));
-        } else if (byte <= 0x20 || byte == 0x7F) {
-            text.remove_prefix(1);
-        } else {
-            return false;
-        }
+    if (!isSame(now.st_mtim, opened_.st_mtim)) {
+        return {true, "it was written to while it was printed, so that the drawing may be part old and part new; print it "
+                      "again"};
     }
-    return true;
+    if (stat(path_.c_str(), &named) != 0 || named.st_ino != opened_.st_ino || named.st_dev != opened_.st_dev)
+        return {false, "the plot file was replaced or removed meanwhile; what was printed is the plot as it was before"};
+    return {};
 }
 
 } // namespace host

@@ -1,42 +1,48 @@
-// The plot file: what must hold before a job, and what was left of it after one.
+// The plot file: held open from its examination to the end of the job, so that both see the same file.
 #pragma once
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 
 namespace host {
 
 /// Throws Failure unless there is a file with something in it that may be read. what names its kind: "plot file".
 void requireInputFile(const std::string &path, const char *what);
 
-/// Reads a file block by block, from its start to the offset end or to its end, until look returns false. Throws Failure.
-void readBlocks(const std::string &path, int64_t end,
-                const std::function<bool(int64_t offset, std::string_view block)> &look);
-
-struct ForeignByte {
-    int64_t offset;
-    unsigned char byte;
+/// What became of a plot file since it was opened.
+struct PlotChange {
+    bool spoils = false; ///< it was written to: what was printed may be neither the old plot nor the new one
+    std::string text;    ///< empty when it is as it was
 };
 
-/// The first byte that is not ASCII: no plot gets past one.
-std::optional<ForeignByte> findForeignByte(const std::string &path);
+class PlotFile {
+public:
+    /// Throws Failure when it cannot be opened for reading, or is no file.
+    explicit PlotFile(const std::string &path);
+    PlotFile(const PlotFile &) = delete;
+    PlotFile &operator=(const PlotFile &) = delete;
+    ~PlotFile();
 
-/// What a job that came to its end left unsent.
-struct Withheld {
-    int64_t tailBytes = 0;  ///< behind the last mark
-    std::string tail;       ///< those bytes
-    int64_t innerBytes = 0; ///< behind NUL bytes inside the plot, those NUL bytes included
-    int64_t nulBytes = 0;   ///< how many of them are NUL
-    int64_t firstNul = -1;  ///< offset of the first one
+    const std::string &path() const { return path_; }
+    /// A path of this very file in this process, also when its own name is gone or names another.
+    std::string heldPath() const;
+    /// Bytes, when it was opened.
+    int64_t size() const { return opened_.st_size; }
+
+    /// Bytes from the offset on, as many as there are up to the buffer's size. Throws Failure.
+    std::string_view read(int64_t offset, std::string &buffer) const;
+    /// Reads it block by block to its present end, until look returns false. Throws Failure.
+    void readBlocks(const std::function<bool(std::string_view block)> &look) const;
+
+    PlotChange change() const;
+
+private:
+    std::string path_;
+    int fd_;
+    struct stat opened_;
 };
-
-/// Looks into the plot file for the withheld bytes of a finished job. mark is what a piece at the file's end ends with.
-Withheld findWithheld(const std::string &path, std::string_view mark, int64_t withheldBytes);
-
-/// True when nothing in the text draws: white space, control bytes and escape sequences.
-bool isPadding(std::string_view text);
 
 } // namespace host

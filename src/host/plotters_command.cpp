@@ -1,5 +1,6 @@
 // vectorix plotters: the USB plotters there are, and whether they can be printed to.
 #include "host/commands.h"
+#include "host/output.h"
 #include "host/table.h"
 #include "host/text.h"
 #include "host/usb_access.h"
@@ -93,7 +94,7 @@ ExitCode list(const PlotterOptions &options) {
     Json plotters = Json::array();
     for (const UsbDevice &device : found)
         plotters.push_back(jsonOf(device));
-    fmt::print("{}\n", Json{{"plotters", plotters}}.dump(2, ' ', false, Json::error_handler_t::replace));
+    printOut("{}\n", Json{{"plotters", plotters}}.dump(2, ' ', false, Json::error_handler_t::replace));
     return ExitCode::Done;
 }
 

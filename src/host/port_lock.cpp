@@ -138,6 +138,11 @@ PortLock::PortLock(const std::string &port) {
 
 PortLock::~PortLock() { close(fd_); }
 
+bool PortLock::isGone() const {
+    termios settings;
+    return tcgetattr(fd_, &settings) != 0;
+}
+
 void PortLock::discardOutput() { tcflush(fd_, TCOFLUSH); }
 
 } // namespace host

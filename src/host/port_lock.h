@@ -18,6 +18,9 @@ public:
     PortLock &operator=(const PortLock &) = delete;
     ~PortLock();
 
+    /// True when the line has hung up: what was handed over last may not have arrived.
+    bool isGone() const;
+
     /// Throws away what is queued for sending, so that a stopped plotter cannot hold the close.
     void discardOutput();
 

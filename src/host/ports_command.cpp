@@ -2,6 +2,7 @@
 #include "host/commands.h"
 #include "host/holders.h"
 #include "host/node_access.h"
+#include "host/output.h"
 #include "host/serial_ports.h"
 #include "host/table.h"
 #include "host/text.h"
@@ -91,7 +92,7 @@ ExitCode list(bool wantsJson) {
     Json rows = Json::array();
     for (const SerialPort &port : ports)
         rows.push_back(jsonOf(port));
-    fmt::print("{}\n", Json{{"ports", rows}}.dump(2, ' ', false, Json::error_handler_t::replace));
+    printOut("{}\n", Json{{"ports", rows}}.dump(2, ' ', false, Json::error_handler_t::replace));
     return ExitCode::Done;
 }
 

@@ -2,13 +2,13 @@
 #include "host/commands.h"
 #include "host/drawing.h"
 #include "host/findings.h"
+#include "host/output.h"
 #include "host/plot_file.h"
 #include "host/stop_signals.h"
 #include "host/text.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <limits>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -28,13 +28,13 @@ void tell(const PreviewOptions &options, const virtual_plotter::PlotReader &plot
         nlohmann::ordered_json object = {
             {"exitCode", 0}, {"message", ""}, {"notes", notes}, {"plotFile", options.plot}, {"picture", options.picture}};
         addFindings(object, plot);
-        fmt::print("{}\n", object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+        printOut("{}\n", object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
     } else {
-        fmt::print("{}drew {}\n", findingsText(plot), shown(options.picture));
+        printOut("{}drew {}\n", findingsText(plot), shown(options.picture));
     }
-    fflush(stdout);
+    flushOut();
     for (const std::string &note : notes)
-        fmt::print(stderr, "vectorix: note: {}\n", note);
+        printError("vectorix: note: {}\n", note);
 }
 
 ExitCode preview(const PreviewOptions &options) {
@@ -44,7 +44,7 @@ ExitCode preview(const PreviewOptions &options) {
     virtual_plotter::PlotReader plot(languageOf(options.drawing), drawing.sink(), drawing.sheet().hardClip);
 
     StopOnSignal signals;
-    readBlocks(options.plot, std::numeric_limits<int64_t>::max(), [&](int64_t, std::string_view block) {
+    PlotFile(options.plot).readBlocks([&](std::string_view block) {
         plot.take(block);
         return !StopOnSignal::came();
     });

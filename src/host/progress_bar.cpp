@@ -1,5 +1,6 @@
 #include "host/progress_bar.h"
 
+#include "host/output.h"
 #include "host/text.h"
 
 #include <algorithm>
@@ -52,15 +53,13 @@ void ProgressBar::update(int64_t done, int64_t total) {
     lastDrawn_ = now;
     drawn_ = true;
     std::string text = line(done, total, std::chrono::duration<double>(now - start_).count());
-    fmt::print(stderr, "\r{}\033[K", text);
-    fflush(stderr);
+    printError("\r{}\033[K", text);
 }
 
 void ProgressBar::clear() {
     if (!drawn_) return;
     drawn_ = false;
-    fputs("\r\033[K", stderr);
-    fflush(stderr);
+    writeError("\r\033[K");
 }
 
 } // namespace host

@@ -3,6 +3,7 @@
 #include "host/console_lines.h"
 #include "host/job_options.h"
 #include "host/line_settings.h"
+#include "host/output.h"
 #include "host/port_lock.h"
 #include "host/record.h"
 #include "host/stop_signals.h"
@@ -61,7 +62,7 @@ ExitCode send(const SendOptions &options) {
     }
     if (record.ORB_errorID != kORB_NoError || !wasOpened) {
         console.show();
-        if (options.verbose) fmt::print(stderr, "plug-in: {}\n", shown(status));
+        if (options.verbose) printError("plug-in: {}\n", shown(status));
         bool refused = record.ORB_errorID == kORB_ErrorSetAttributes;
         throw Failure(
             refused ? ExitCode::Failed : ExitCode::Lost,
@@ -69,7 +70,7 @@ ExitCode send(const SendOptions &options) {
                         refused ? "try other line settings, such as --bits 8" : "check the cable, then try again"));
     }
     if (!options.quiet) {
-        fmt::print("sent {} to {}\n", counted(static_cast<int64_t>(text.size()), "byte"), shown(options.port));
+        printOut("sent {} to {}\n", counted(static_cast<int64_t>(text.size()), "byte"), shown(options.port));
     }
     return ExitCode::Done;
 }

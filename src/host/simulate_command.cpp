@@ -3,6 +3,7 @@
 #include "host/drawing.h"
 #include "host/findings.h"
 #include "host/job_options.h"
+#include "host/output.h"
 #include "host/stop_signals.h"
 #include "host/text.h"
 #include "virtual_plotter/face/line_loop.h"
@@ -116,21 +117,21 @@ ExitCode simulate(const SimulateOptions &options) {
     {
         StopOnSignal signals;
         PortLink link(options.link, line.path());
-        fmt::print("{}\n", line.path());
-        fflush(stdout);
+        printOut("{}\n", line.path());
+        flushOut();
         virtual_plotter::LineRules rules{.isStopped = StopOnSignal::came, .onceWithin = {}};
         if (options.once) rules.onceWithin = std::chrono::milliseconds(static_cast<int64_t>(options.linger * 1000));
         playOn(line, plotter, rules);
     }
     plotter.finish();
     drawing.finish();
-    fmt::print("heard {}\n{}", counted(static_cast<int64_t>(plotter.heardBytes()), "byte"), findingsText(plotter.plot()));
-    if (!options.picture.empty()) fmt::print("drew {}\n", shown(options.picture));
-    fflush(stdout);
-    if (plotter.hasHungUp()) fmt::print(stderr, "vectorix: note: hung up, as it was told to\n");
+    printOut("heard {}\n{}", counted(static_cast<int64_t>(plotter.heardBytes()), "byte"), findingsText(plotter.plot()));
+    if (!options.picture.empty()) printOut("drew {}\n", shown(options.picture));
+    flushOut();
+    if (plotter.hasHungUp()) printError("vectorix: note: hung up, as it was told to\n");
     for (const std::string &note : findingNotes(plotter.plot(), drawing.sheet()))
-        fmt::print(stderr, "vectorix: note: {}\n", note);
-    if (!drawing.note().empty()) fmt::print(stderr, "vectorix: note: {}\n", shown(drawing.note()));
+        printError("vectorix: note: {}\n", note);
+    if (!drawing.note().empty()) printError("vectorix: note: {}\n", shown(drawing.note()));
     return ExitCode::Done;
 }
 

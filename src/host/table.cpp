@@ -1,5 +1,7 @@
 #include "host/table.h"
 
+#include "host/output.h"
+
 #include <algorithm>
 #include <fmt/format.h>
 
@@ -25,8 +27,8 @@ void printTable(std::vector<std::vector<std::string>> rows) {
     }
     for (const auto &row : rows) {
         for (size_t i = 0; i + 1 < row.size(); ++i)
-            fmt::print("{}{:{}}", row[i], "", widths[i] - widthOf(row[i]) + 2);
-        fmt::print("{}\n", row.back());
+            printOut("{}{:{}}", row[i], "", widths[i] - widthOf(row[i]) + 2);
+        printOut("{}\n", row.back());
     }
 }
 

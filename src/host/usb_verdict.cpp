@@ -71,7 +71,7 @@ UsbFault explainUsb(const UsbDevice &usb, bool isGone, int32_t errorID, int32_t 
 Verdict judgeUsbLink(const PrintOutcome &outcome) {
     const ORB_JobReport &report = outcome.report;
     int32_t errorID = report.firstErrorID != kORB_NoError ? report.firstErrorID : outcome.recordErrorID;
-    UsbFault fault = explainUsb(*outcome.usb, outcome.isUsbGone, errorID, report.firstStatus, outcome.usbOutPipe);
+    UsbFault fault = explainUsb(*outcome.usb, outcome.isGone, errorID, report.firstStatus, outcome.usbOutPipe);
     std::string sent = report.sentBytes == 0
                            ? "sent nothing"
                            : fmt::format("sent {} of {}", grouped(report.sentBytes), counted(report.fileBytes, "byte"));

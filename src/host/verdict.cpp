@@ -1,7 +1,5 @@
 #include "host/verdict.h"
 
-#include "host/job_keys.h"
-#include "host/plot_file.h"
 #include "host/text.h"
 #include "host/usb_verdict.h"
 
@@ -15,8 +13,6 @@ namespace host {
 namespace {
 
 enum : int32_t { kNoSuchFile = -43, kNoPermission = -54 }; // File Manager codes
-
-constexpr size_t kExcerpt = 60;
 
 /// A failure of one of the two files, by its File Manager code.
 ExitCode codeOfFile(int32_t status) {
@@ -66,42 +62,43 @@ Verdict judgeLink(const PrintOutcome &outcome) {
                             known ? "; " : "", known ? row->remedy : ""));
 }
 
-Verdict judgeForeignByte(const PrintOutcome &outcome) {
-    std::string plot = shown(outcome.plotFile);
-    auto foreign = findForeignByte(outcome.plotFile);
-    std::string where = foreign ? fmt::format("the byte 0x{:02X} at offset {}", foreign->byte, foreign->offset) : "a byte";
-    return fail(ExitCode::Unfit,
-                fmt::format("{}: {} is not ASCII; the plot ends before it. Export the plot again without it", plot, where));
+/// The plot file could not be opened, or not be read to its end.
+Verdict judgePlotFile(const PrintOutcome &outcome) {
+    const ORB_JobReport &report = outcome.report;
+    ExitCode code = report.firstErrorID == kORB_ErrorOpeningPlotFile ? codeOfFile(report.firstStatus) : ExitCode::Failed;
+    return fail(code, fmt::format("{}: {} (code {}); the rest was not sent", shown(outcome.plotFile),
+                                  errorText(report.firstErrorID), report.firstStatus));
 }
 
-/// A job that came to its end: was anything left out of it?
+/// A job that came to its end, and a plot file that is as it was examined: was anything left out of it?
 Verdict judgeWithheld(const PrintOutcome &outcome) {
-    const ORB_JobReport &report = outcome.report;
-    std::string plot = shown(outcome.plotFile);
-    std::string endMark = endsWithAt(outcome.emulation) ? "@" : outcome.terminator;
-    std::string mark = shown(endMark);
-    Withheld withheld;
-    if (report.withheldBytes > 0) withheld = findWithheld(outcome.plotFile, endMark, report.withheldBytes);
-    std::string tail = fmt::format("{} at the end not sent", counted(withheld.tailBytes, "byte"));
-
-    if (withheld.innerBytes > withheld.nulBytes) {
-        return fail(ExitCode::Failed,
-                    fmt::format("{}: {} behind NUL bytes not sent, the first at offset {}; take the NUL bytes "
-                                "out of the file",
-                                plot, counted(withheld.innerBytes, "byte"), withheld.firstNul));
+    const Examination &examination = outcome.examination;
+    if (examination.flaw != Flaw::None) {
+        return fail(ExitCode::Failed, fmt::format("{}: {}", shown(outcome.plotFile), flawText(examination, outcome.rules)));
     }
-    if (!isPadding(withheld.tail)) {
-        return fail(ExitCode::Failed,
-                    fmt::format("{0}: {1}, for no \"{2}\" ends them: \"{3}\"; end the plot file with \"{2}\", "
-                                "or give the job the plot's own terminator",
-                                plot, tail, mark, excerpt(withheld.tail, kExcerpt)));
-    }
-    if (report.sentBytes == 0) {
-        return fail(ExitCode::Failed, fmt::format("{}: nothing in it draws, so nothing was sent; export it again", plot));
+    if (outcome.report.withheldBytes != examination.withheldBytes) {
+        return fail(ExitCode::Failed, fmt::format("{}: {} not sent; print it again", shown(outcome.plotFile),
+                                                  counted(outcome.report.withheldBytes, "byte")));
     }
     Verdict verdict;
-    if (withheld.tailBytes > 0) verdict.notes.push_back(tail + " (nothing that draws)");
-    if (withheld.innerBytes > 0) verdict.notes.push_back(counted(withheld.innerBytes, "NUL byte") + " left out");
+    auto note = [&](int64_t bytes, const char *where) {
+        if (bytes == 0) return;
+        verdict.notes.push_back(fmt::format("{} {} not sent (nothing that draws)", counted(bytes, "byte"), where));
+    };
+    note(examination.innerPaddingBytes, "inside, behind NUL bytes,");
+    note(examination.endPaddingBytes, "at the end");
+    return verdict;
+}
+
+/// A job that came to its end.
+Verdict judgeFinished(const PrintOutcome &outcome) {
+    if (!outcome.usb && outcome.isGone && outcome.report.sentBytes > 0) {
+        return fail(ExitCode::Lost, fmt::format("{}: the device was lost at the end of the job; the last of {} may not have "
+                                                "reached it. Check cable and power, then print again",
+                                                shown(outcome.destination), counted(outcome.report.sentBytes, "byte")));
+    }
+    Verdict verdict = judgeWithheld(outcome);
+    if (!outcome.change.text.empty()) verdict.notes.push_back(outcome.change.text);
     return verdict;
 }
 
@@ -131,12 +128,7 @@ Verdict judge(const PrintOutcome &outcome) {
         return fail(ExitCode::Stopped, what);
     }
     switch (report.stopReason) {
-    case kORB_StopNotASCII: return judgeForeignByte(outcome);
     case kORB_StopNoLink: return judgeLink(outcome);
-    case kORB_StopPlotFile:
-        return fail(codeOfFile(report.firstStatus),
-                    fmt::format("{}: {} (code {}); the rest was not sent", shown(outcome.plotFile),
-                                errorText(report.firstErrorID), report.firstStatus));
     case kORB_StopJobFile: return judgeJobFile(outcome);
     case kORB_StopUnconvertible:
         return fail(ExitCode::Unfit,
@@ -144,9 +136,14 @@ Verdict judge(const PrintOutcome &outcome) {
                                 errorText(report.firstErrorID)));
     default: break;
     }
-    if (report.firstErrorID != kORB_NoError && report.firstErrorID != kORB_ErrorStopped) return judgeFailedLink(outcome);
+    bool isPlotAtFault = report.stopReason == kORB_StopPlotFile || report.stopReason == kORB_StopNotASCII;
+    if (!isPlotAtFault && report.firstErrorID != kORB_NoError && report.firstErrorID != kORB_ErrorStopped)
+        return judgeFailedLink(outcome);
     if (report.stopReason == kORB_StopByHost) return fail(ExitCode::Failed, "the job was stopped before its end");
-    return judgeWithheld(outcome);
+    if (outcome.change.spoils)
+        return fail(ExitCode::Failed, fmt::format("{}: {}", shown(outcome.plotFile), outcome.change.text));
+    if (report.stopReason == kORB_StopPlotFile) return judgePlotFile(outcome);
+    return judgeFinished(outcome);
 }
 
 std::string summary(const PrintOutcome &outcome) {

@@ -1,6 +1,7 @@
 // What a print came to: its exit code, and what to tell about it.
 #pragma once
 
+#include "host/examination.h"
 #include "host/failure.h"
 #include "host/usb_devices.h"
 
@@ -25,7 +26,10 @@ struct PrintOutcome {
     std::optional<int64_t> arrivedBytes; ///< at the plotter, when it is one in software
     std::optional<UsbDevice> usb;        ///< when it went to one
     uint8_t usbOutPipe;                  ///< the pipe reference that the plug-in wrote to
-    bool isUsbGone;                      ///< it is not there any more
+    bool isGone;                         ///< the port or the plotter is not there any more
+    PlotRules rules;
+    Examination examination; ///< of the plot file before the job
+    PlotChange change;       ///< of the plot file during the job
 };
 
 struct Verdict {
@@ -37,7 +41,6 @@ struct Verdict {
 /// True when the plug-in says so itself; a plot may also be left unsent in part by a call that did not fail.
 bool callFailed(const PrintOutcome &outcome);
 
-/// Reads the plot file to see what was withheld of it.
 Verdict judge(const PrintOutcome &outcome);
 
 /// "sent 123 456 bytes in 2 034 pieces to /dev/ttyUSB0 in 128.6 s".

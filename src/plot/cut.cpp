@@ -23,6 +23,12 @@ constexpr struct {
     {17008, kCommaD}, {17030, kCommaD}, {17036, kCommaD}, {17009, kCommaDOrEtxD}, {17011, kD}, {17012, kD},
 };
 
+constexpr int64_t kUsualChunkSize = 64;
+constexpr struct {
+    int32_t emulation;
+    int64_t size;
+} kChunkSizes[] = {{17008, 255}, {17032, 255}, {17022, 16}, {17037, 16}};
+
 /// The last position of text in bytes; npos when there is none, or text is empty.
 size_t findLast(std::string_view bytes, std::string_view text) noexcept {
     return text.empty() ? std::string_view::npos : bytes.rfind(text);
@@ -35,6 +41,13 @@ const CutRule &cutRule(int32_t emulation) noexcept {
         if (family.emulation == emulation) return family.rule;
     }
     return kPenDown;
+}
+
+int64_t chunkSizeOf(int32_t emulation) noexcept {
+    for (const auto &row : kChunkSizes) {
+        if (row.emulation == emulation) return row.size;
+    }
+    return kUsualChunkSize;
 }
 
 size_t findCut(std::string_view chunk, std::string_view terminator, const CutRule &rule) noexcept {

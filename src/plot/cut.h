@@ -1,4 +1,4 @@
-// Where a chunk of a plot file may be cut, and where the plot file ends, by the plotter's emulation.
+// How large the chunks of a plot file are, where one may be cut, and where the plot file ends, by the plotter's emulation.
 #pragma once
 
 #include <cstddef>
@@ -22,6 +22,9 @@ struct CutRule {
 };
 
 const CutRule &cutRule(int32_t emulation) noexcept;
+
+/// Bytes of the plot file that are looked at together: the most that a piece may hold.
+int64_t chunkSizeOf(int32_t emulation) noexcept;
 
 /// Bytes of the chunk up to its last command boundary: the last mark that lies wholly before the last terminator, at a
 /// position greater than 9. 0 when there is none. Reads the chunk at most three times.

@@ -3,6 +3,7 @@
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/files/file_manager.h"
 #include "platform/posix/console.h"
+#include "plot/cut.h"
 #include "plot/open_fork.h"
 #include "service/state.h"
 #include "service/status_text.h"
@@ -15,7 +16,6 @@
 namespace {
 
 constexpr int64_t kLargestJobFile = int64_t{16} << 20; // what a job of a few dozen lines will never need
-constexpr int64_t kUsualChunkSize = 64;
 
 enum class Kind {
     String,    ///< a copy of the string
@@ -35,16 +35,7 @@ struct JobKey {
 
 void showUseTools() { posix::printf("\nkORB_USETOOLS (= ORB_UseTools) read : %d\n", answer().ORB_UseTools & 0xFF); }
 
-void chooseChunkSize() {
-    constexpr struct {
-        int32_t emulation;
-        int64_t chunkSize;
-    } kChunkSizes[] = {{17008, 255}, {17032, 255}, {17022, 16}, {17037, 16}};
-    answer().ORB_PlotChunkSize = kUsualChunkSize;
-    for (const auto &row : kChunkSizes) {
-        if (row.emulation == answer().ORB_PlotterEmulationID) answer().ORB_PlotChunkSize = row.chunkSize;
-    }
-}
+void chooseChunkSize() { answer().ORB_PlotChunkSize = plot::chunkSizeOf(answer().ORB_PlotterEmulationID); }
 
 #define FIELD(name) offsetof(ORB_ServiceRecord, name)
 constexpr JobKey kJobKeys[] = {
@@ -133,7 +124,7 @@ void presetJob() {
     record.ORB_YTile = 1.0;
     record.ORB_FromTile = 1.0;
     record.ORB_ToTile = 1.0;
-    record.ORB_PlotChunkSize = kUsualChunkSize;
+    chooseChunkSize();
 }
 
 int32_t unfit(int32_t result) {

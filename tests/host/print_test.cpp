@@ -22,9 +22,10 @@ TEST_F(PrintCommandTest, CapturesThePlotUpToItsLastMark) {
 }
 
 TEST_F(PrintCommandTest, ReportsWithheldCommandsAsJSON) {
-    Result result = run({"print", file("plot.plt", "IN;PD1,1;PU2,2"), "--capture", path("out"), "--json"});
+    Result result = run({"print", file("plot.plt", "IN;PD1,1;PU2,2"), "--capture", path("out"), "--json", "--force"});
     EXPECT_EQ(result.code, 1);
-    EXPECT_NE(result.err.find("5 bytes at the end not sent, for no \";\" ends them: \"PU2,2\""), std::string::npos)
+    EXPECT_NE(result.err.find("5 bytes at the end not sent, from offset 9 on, for no \";\" ends them: \"PU2,2\""),
+              std::string::npos)
         << result.err;
     auto report = nlohmann::json::parse(result.out);
     EXPECT_EQ(report["exitCode"], 1);

@@ -61,11 +61,17 @@ TEST_F(UsageTest, RefusesWhatContradictsItself) {
 
 TEST_F(UsageTest, RefusesFilesThatCannotBePrinted) {
     std::string empty = file("empty.plt", "");
+    std::string pdf = file("a.pdf", "%PDF-1.7;");
+    std::string pipe = path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     std::string foreign = file("foreign.plt", "IN;PU;\xE9;");
     expectRefusals({
         {"a missing plot", {"print", path("none.plt"), "--capture", path("o")}, 3, "none.plt: no such file"},
         {"a folder", {"print", folder_, "--capture", path("o")}, 7, "is a directory"},
         {"an empty plot", {"print", empty, "--capture", path("o")}, 7, "empty"},
+        {"a pipe", {"print", pipe, "--capture", path("o")}, 7, "save what comes from it in a file"},
+        {"a PDF", {"print", pdf, "--capture", path("o")}, 7, "a PDF document"},
+        {"a plot of another language", {"print", plot_, "--capture", path("o"), "--emulation", "17008"}, 7, "no \"@\" ends"},
         {"a plot that is not ASCII", {"print", foreign, "--capture", path("o")}, 7, "0xE9 at offset 6"},
         {"a missing job file", {"print", plot_, "--capture", path("o"), "--job", path("none")}, 3, "none: no such file"},
         {"an empty job file", {"print", plot_, "--capture", path("o"), "--job", empty}, 7, "job file is empty"},

@@ -345,7 +345,7 @@ TEST_F(UsbTest, FailuresOfTheReportBecomeExitCodes) {
         EXPECT_EQ(verdict.code, row.code);
         EXPECT_NE(verdict.message.find(row.says), std::string::npos) << verdict.message;
         EXPECT_EQ(verdict.message.rfind("0b75:0402@01080000: ", 0), 0U) << verdict.message;
-        outcome.isUsbGone = true;
+        outcome.isGone = true;
         EXPECT_EQ(host::judge(outcome).code, ExitCode::Lost) << "a plotter that is gone explains every failure";
         outcome.stopped = true;
         EXPECT_EQ(host::judge(outcome).code, ExitCode::Stopped) << "the user's stop explains everything";

@@ -1,7 +1,6 @@
 // What a report comes to, for the outcomes that no healthy plug-in can be brought to here.
 #include "host/host_fixture.h"
 
-#include "host/plot_file.h"
 #include "host/text.h"
 #include "host/verdict.h"
 
@@ -24,8 +23,8 @@ protected:
         outcome.recordErrorID = kORB_NoError;
         outcome.plotFile = file("plot", text);
         outcome.destination = "/dev/ttyUSB0";
-        outcome.terminator = ";";
-        outcome.emulation = 17002;
+        outcome.rules = {17002, ";"};
+        outcome.examination = host::examine(host::PlotFile(outcome.plotFile), outcome.rules);
         return outcome;
     }
 };
@@ -44,12 +43,12 @@ TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
         {"unplugged, and kept going", kORB_StopFinished, kORB_ErrorUnvalidPort, ENODEV, ExitCode::Lost, "lost"},
         {"a short write", kORB_StopByHost, kORB_ErrorUnvalidPort, 0, ExitCode::Failed, "only a part"},
         {"another error", kORB_StopByHost, kORB_ErrorUnvalidPort, ENOMEM, ExitCode::Failed, "cannot allocate memory"},
-        {"not ASCII", kORB_StopNotASCII, kORB_ErrorPathNameTooLong, 0, ExitCode::Unfit, "0xE9 at offset 3"},
+        {"not ASCII", kORB_StopNotASCII, kORB_ErrorPathNameTooLong, 0, ExitCode::Failed, "0xE9 at offset 3"},
         {"the port vanished", kORB_StopNoLink, kORB_ErrorOpeningPort, 0, ExitCode::Lost, "could not be opened"},
         {"refused settings", kORB_StopNoLink, kORB_ErrorSetAttributes, 0, ExitCode::Failed, "line settings"},
         {"the plot vanished", kORB_StopPlotFile, kORB_ErrorOpeningPlotFile, -43, ExitCode::Missing, "could not be opened"},
         {"the plot was locked away", kORB_StopPlotFile, kORB_ErrorOpeningPlotFile, -54, ExitCode::Permission, "opened"},
-        {"a bad disk", kORB_StopPlotFile, kORB_ErrorChunkUnreadable, -36, ExitCode::Unfit, "every attempt"},
+        {"a bad disk", kORB_StopPlotFile, kORB_ErrorChunkUnreadable, -36, ExitCode::Failed, "every attempt"},
         {"an unfit job", kORB_StopJobFile, kORB_ErrorJobFile, 0, ExitCode::Unfit, "unfit"},
         {"the job vanished", kORB_StopJobFile, kORB_ErrorJobFile, -43, ExitCode::Missing, "job"},
         {"no terminator", kORB_StopJobFile, kORB_ErrorNoTerminator, 0, ExitCode::Unfit, "terminator"},
@@ -70,56 +69,36 @@ TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
     }
 }
 
-TEST_F(VerdictTest, WithheldBytesAreJudgedByWhatTheyAre) {
-    const std::string kNul(1, '\0');
-    const struct {
+TEST_F(VerdictTest, JudgesAFinishedJobByWhatBecameOfItsFiles) {
+    struct Row {
         const char *what;
         std::string text;
         int64_t sent;
-        int32_t emulation;
         ExitCode code;
-        const char *says; ///< in the message, or in the only note
-    } kRows[] = {
-        {"nothing withheld", "PU;PD;", 6, 17002, ExitCode::Done, nullptr},
-        {"a line end", "PU;\r\n", 3, 17002, ExitCode::Done, "2 bytes at the end"},
-        {"escape sequences",
-         "PU;\x1B.(\x1B%-12345X\x1B"
-         "E\n",
-         3, 17002, ExitCode::Done, "15 bytes"},
-        {"a command", "PU;SP0", 3, 17002, ExitCode::Failed, "\"SP0\""},
-        {"a command that would spoil a terminal", "PU;\x1B%A[2J", 3, 17002, ExitCode::Failed, "\"\\e%A[2J\""},
-        {"behind the mark of another language", "D,1@;\n", 4, 17008, ExitCode::Failed, "for no \"@\" ends them: \";\\n\""},
-        {"padding with NUL inside", "PU;" + kNul + kNul + "\n", 3, 17002, ExitCode::Done, "3 bytes"},
-        {"NUL bytes alone in the middle", "PU;" + kNul + "PD;", 6, 17002, ExitCode::Done, "1 NUL byte left out"},
-        {"commands behind a NUL", "PU;" + kNul + "PD;", 3, 17002, ExitCode::Failed, "the first at offset 3"},
-        {"nothing but white space", "  \n", 0, 17002, ExitCode::Failed, "nothing was sent"},
+        const char *says; ///< in the message, or in the only note; nullptr for neither
+        bool isGone = false;
+        host::PlotChange change = {};
     };
-    for (const auto &row : kRows) {
+    const Row kRows[] = {
+        {"nothing withheld", "PU;PD;", 6, ExitCode::Done, nullptr},
+        {"padding at the end", "PU;\r\n", 3, ExitCode::Done, "2 bytes at the end not sent (nothing that draws)"},
+        {"a command withheld", "PU;SP0", 3, ExitCode::Failed, "3 bytes at the end not sent, from offset 3 on"},
+        {"withheld, though the examination found nothing", "PU;PD;", 3, ExitCode::Failed, "3 bytes not sent"},
+        {"the port went away behind the last byte", "PU;", 3, ExitCode::Lost, "may not have reached it", true},
+        {"written to meanwhile", "PU;SP0", 3, ExitCode::Failed, "plot: written", false, {true, "written"}},
+        {"removed meanwhile", "PU;", 3, ExitCode::Done, "removed", false, {false, "removed"}},
+    };
+    for (const Row &row : kRows) {
         SCOPED_TRACE(row.what);
         host::PrintOutcome outcome = outcomeOf(row.text, row.sent);
-        outcome.emulation = row.emulation;
+        outcome.isGone = row.isGone;
+        outcome.change = row.change;
         host::Verdict verdict = host::judge(outcome);
         EXPECT_EQ(verdict.code, row.code) << verdict.message;
         std::string said = verdict.code == ExitCode::Done && !verdict.notes.empty() ? verdict.notes[0] : verdict.message;
         EXPECT_NE(said.find(row.says ? row.says : ""), std::string::npos) << said;
         EXPECT_EQ(said.empty(), row.says == nullptr);
     }
-}
-
-TEST_F(VerdictTest, PaddingIsWhatDrawsNothing) {
-    for (const char *padding : {"", " \t\r\n", "\x1B.@;0:", "\x1B.)", "\x1B%0B", "\x1B&l0H\x1B\x45", "\x03\x1A", "\x1B"})
-        EXPECT_TRUE(host::isPadding(padding)) << host::shown(padding);
-    for (const char *drawing : {"PU", "\x1B.ZPU", "\x1B.@;0PU", "\x1B%0BPU", "@"})
-        EXPECT_FALSE(host::isPadding(drawing)) << host::shown(drawing);
-}
-
-TEST_F(VerdictTest, ForeignBytesAreFoundBehindTheFirstBlock) {
-    std::string text(200'000, 'A');
-    EXPECT_FALSE(host::findForeignByte(file("plot", text)));
-    text[150'000] = '\x80';
-    auto found = host::findForeignByte(file("plot", text));
-    ASSERT_TRUE(found);
-    EXPECT_EQ(found->offset, 150'000);
 }
 
 TEST_F(VerdictTest, TextsForPeople) {

@@ -32,8 +32,18 @@ public:
         return retried([&] { return ::read(fd, buffer, size); });
     }
 
+    // One write is several for the system: a signal that does not stop the job (the process suspended and continued, the
+    // machine put to sleep) ends one that waits for room, with what it had taken.
     ssize_t write(int fd, const void *bytes, size_t size) override {
-        return retried([&] { return ::write(fd, bytes, size); });
+        size_t taken = 0;
+        do {
+            const ssize_t count =
+                retried([&] { return ::write(fd, static_cast<const char *>(bytes) + taken, size - taken); });
+            if (count < 0) return taken > 0 ? static_cast<ssize_t>(taken) : count;
+            if (count == 0) break;
+            taken += static_cast<size_t>(count);
+        } while (taken < size && !stopRequested());
+        return static_cast<ssize_t>(taken);
     }
 
     int setStatusFlags(int fd, int flags) override { return ::fcntl(fd, F_SETFL, flags); }

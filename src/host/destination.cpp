@@ -1,0 +1,66 @@
+#include "host/destination.h"
+
+#include "host/findings.h"
+#include "host/output.h"
+#include "host/text.h"
+#include "host/usb_access.h"
+#include "host/usb_target.h"
+
+namespace host {
+
+namespace {
+
+void requireOutput(const char *option, const std::string &file, const PrintOptions &options) {
+    requireOtherFile(option, file, options.plot);
+    requireOtherFile(option, file, options.jobFile);
+}
+
+} // namespace
+
+Destination::Destination(const PrintOptions &options) : options_(options) {
+    if (options.toUsb) {
+        usb_ = chooseUsbDevice(usbDevices(), parseUsbChoice(options.usbChoice));
+        requireFree(*usb_);
+        if (options.verbose) printError("{}", notesOf(*usb_));
+    } else if (!options.port.empty()) {
+        lock_.emplace(options.port);
+    } else if (!options.picture.empty()) {
+        requireOutput("--virtual", options.picture, options);
+        plotter_.emplace(options.drawing, options.picture);
+    } else {
+        requireOutput("--capture", options.capture, options);
+        capture_.emplace(options.capture);
+    }
+}
+
+const std::string &Destination::port() const {
+    return plotter_ ? plotter_->port() : capture_ ? capture_->port() : options_.port;
+}
+
+std::string Destination::name() const {
+    if (usb_) return usb_->id();
+    return plotter_ ? options_.picture : capture_ ? options_.capture : options_.port;
+}
+
+void Destination::settle(PrintOutcome &outcome) {
+    if (lock_) {
+        outcome.isGone = lock_->isGone();
+        if (outcome.stopped) lock_->discardOutput();
+    }
+    if (usb_) outcome.isGone = accessTo(usb_->node) == NodeAccess::NoNode;
+    if (plotter_) outcome.arrivedBytes = plotter_->end();
+}
+
+void Destination::addNotes(Verdict &verdict) const {
+    if (!plotter_) return;
+    for (const std::string &note : findingNotes(plotter_->plot(), plotter_->drawing().sheet()))
+        verdict.notes.push_back(note);
+    if (!plotter_->drawing().note().empty()) verdict.notes.push_back(shown(plotter_->drawing().note()));
+}
+
+void Destination::finish() {
+    if (capture_) capture_->finish();
+    if (plotter_) plotter_->finish();
+}
+
+} // namespace host

@@ -1,0 +1,44 @@
+// Where a print goes: a serial port, a USB plotter, a file, or a plotter in software.
+#pragma once
+
+#include "host/capture.h"
+#include "host/port_lock.h"
+#include "host/print.h"
+#include "host/usb_devices.h"
+#include "host/verdict.h"
+#include "host/virtual_line.h"
+
+#include <optional>
+#include <string>
+
+namespace host {
+
+/// There, allowed and free, and held so until its end.
+class Destination {
+public:
+    /// Throws Failure.
+    explicit Destination(const PrintOptions &options);
+
+    /// The serial port to be printed to; for a USB plotter empty.
+    const std::string &port() const;
+    const std::optional<UsbDevice> &usb() const { return usb_; }
+    /// As people call it.
+    std::string name() const;
+
+    /// After the call: nothing of a stopped job may hold the port any longer, and the outcome learns what became of the
+    /// device.
+    void settle(PrintOutcome &outcome);
+    /// What a plotter in software found in what arrived.
+    void addNotes(Verdict &verdict) const;
+    /// The file or the picture appears. Throws Failure when it cannot.
+    void finish();
+
+private:
+    const PrintOptions &options_;
+    std::optional<UsbDevice> usb_;
+    std::optional<PortLock> lock_;
+    std::optional<VirtualLine> plotter_;
+    std::optional<Capture> capture_;
+};
+
+} // namespace host

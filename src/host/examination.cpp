@@ -1,0 +1,164 @@
+#include "host/examination.h"
+
+#include "host/failure.h"
+#include "host/text.h"
+#include "plot/cut.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace host {
+
+namespace {
+
+constexpr struct {
+    std::string_view start;
+    const char *name;
+} kOtherLanguages[] = {
+    {"%!", "a PostScript document"},
+    {"%PDF-", "a PDF document"},
+    {"<svg", "an SVG drawing"},
+    {"<?xml", "an XML document"},
+    {"<!DOCTYPE", "a web page"},
+    {"<html", "a web page"},
+    {"\x89PNG", "a PNG picture"},
+    {"\xFF\xD8\xFF", "a JPEG picture"},
+    {"GIF8", "a GIF picture"},
+    {"PK\x03\x04", "a ZIP archive"},
+    {"\x1F\x8B", "a gzip archive"},
+    {"\x7F"
+     "ELF",
+     "a program"},
+};
+
+const char *otherLanguage(std::string_view head) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (head.rfind(kByteOrderMark, 0) == 0) head.remove_prefix(kByteOrderMark.size());
+    head.remove_prefix(std::min(head.find_first_not_of(" \t\r\n"), head.size()));
+    for (const auto &row : kOtherLanguages) {
+        if (head.rfind(row.start, 0) == 0) return row.name;
+    }
+    return nullptr;
+}
+
+bool isASCII(std::string_view text) {
+    unsigned char all = 0;
+    for (char c : text)
+        all |= static_cast<unsigned char>(c);
+    return all < 0x80;
+}
+
+/// Parts of a file, of at most the largest chunk, in rising order.
+class Window {
+public:
+    explicit Window(const PlotFile &file) : file_(file) {}
+
+    std::string_view at(int64_t offset, int64_t length) {
+        if (offset + length > start_ + static_cast<int64_t>(block_.size())) {
+            start_ = offset;
+            block_ = file_.read(offset, buffer_);
+        }
+        std::string_view part =
+            block_.substr(std::min(static_cast<size_t>(offset - start_), block_.size()), static_cast<size_t>(length));
+        if (static_cast<int64_t>(part.size()) == length) return part;
+        throw Failure(ExitCode::Failed, fmt::format("{}: became shorter while it was read; print it once it is finished",
+                                                    shown(file_.path())));
+    }
+
+private:
+    const PlotFile &file_;
+    std::string buffer_ = std::string(size_t{64} * 1024, '\0');
+    std::string_view block_;
+    int64_t start_ = 0;
+};
+
+/// Goes through the file as the sender does: chunk by chunk, each cut at its last command boundary.
+class Walk {
+public:
+    Walk(const PlotFile &file, const PlotRules &rules, Examination &result)
+        : size_(file.size()), window_(file), rule_(plot::cutRule(rules.emulation)), terminator_(rules.terminator),
+          chunk_(plot::chunkSizeOf(rules.emulation)), result_(result) {}
+
+    void run() {
+        while (offset_ + chunk_ < size_) {
+            std::string_view chunk = window_.at(offset_, chunk_);
+            if (!isASCII(chunk)) return endBefore(chunk);
+            size_t cut = plot::findCut(chunk, terminator_, rule_);
+            send(cut == 0 ? chunk : chunk.substr(0, cut));
+        }
+        std::string_view tail = window_.at(offset_, size_ - offset_);
+        if (!isASCII(tail)) return endBefore(tail);
+        size_t end = plot::findEnd(tail, terminator_, rule_);
+        send(tail.substr(0, end));
+        withhold(tail.substr(end), Flaw::BehindMark, result_.endPaddingBytes);
+    }
+
+private:
+    /// What stands behind the first NUL of a piece is lost.
+    void send(std::string_view piece) {
+        size_t nul = std::min(piece.find('\0'), piece.size());
+        offset_ += static_cast<int64_t>(nul);
+        withhold(piece.substr(nul), Flaw::BehindNul, result_.innerPaddingBytes);
+    }
+
+    void withhold(std::string_view bytes, Flaw flaw, int64_t &padding) {
+        auto count = static_cast<int64_t>(bytes.size());
+        result_.withheldBytes += count;
+        if (isPadding(bytes)) {
+            padding += count;
+        } else {
+            if (result_.flaw == Flaw::None) blame(flaw, offset_, bytes);
+            if (result_.flaw == flaw) result_.flawBytes += count;
+        }
+        offset_ += count;
+    }
+
+    void endBefore(std::string_view chunk) {
+        auto foreign =
+            std::find_if(chunk.begin(), chunk.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+        auto at = static_cast<size_t>(foreign - chunk.begin());
+        blame(Flaw::NotASCII, offset_ + static_cast<int64_t>(at), chunk.substr(at));
+        result_.flawBytes = size_ - offset_;
+        result_.withheldBytes += result_.flawBytes;
+    }
+
+    void blame(Flaw flaw, int64_t offset, std::string_view bytes) {
+        result_.flaw = flaw;
+        result_.offset = offset;
+        result_.excerpt = bytes;
+    }
+
+    int64_t size_;
+    Window window_;
+    const plot::CutRule &rule_;
+    std::string_view terminator_;
+    int64_t chunk_;
+    int64_t offset_ = 0;
+    Examination &result_;
+};
+
+} // namespace
+
+std::string PlotRules::endMark() const {
+    std::string_view end = plot::cutRule(emulation).end;
+    return end.empty() ? terminator : std::string(end);
+}
+
+Examination examine(const PlotFile &file, const PlotRules &rules) {
+    Examination result;
+    result.fileBytes = file.size();
+    std::string head(512, '\0');
+    result.language = otherLanguage(file.read(0, head));
+    if (result.fileBytes == 0) {
+        result.flaw = Flaw::Empty;
+    } else if (rules.endMark().empty()) {
+        result.flaw = Flaw::NoTerminator;
+        result.flawBytes = result.withheldBytes = result.fileBytes;
+    } else {
+        Walk(file, rules, result).run();
+        if (result.flaw == Flaw::None && result.withheldBytes == result.fileBytes) result.flaw = Flaw::Blank;
+    }
+    return result;
+}
+
+} // namespace host

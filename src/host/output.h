@@ -1,0 +1,33 @@
+// Standard output and standard error. What cannot be written there must not disturb a job: nothing here throws, and the
+// loss is judged when the command ends.
+#pragma once
+
+#include "host/failure.h"
+
+#include <fmt/format.h>
+#include <string_view>
+
+namespace host {
+
+/// Opens what the command was started without, as the null device: a port would take its number, and then get the report.
+void holdStandardStreams();
+
+void writeOut(std::string_view text) noexcept;
+void writeError(std::string_view text) noexcept;
+
+template <class... Values> void printOut(fmt::format_string<Values...> format, Values &&...values) {
+    writeOut(fmt::format(format, std::forward<Values>(values)...));
+}
+
+template <class... Values> void printError(fmt::format_string<Values...> format, Values &&...values) {
+    writeError(fmt::format(format, std::forward<Values>(values)...));
+}
+
+/// Before something else is said on standard error, so that both come in their order.
+void flushOut() noexcept;
+
+/// The command's exit code: Failed, which is said, for one that is done but could not write its output. A reader that left
+/// had enough: that is no failure.
+ExitCode afterOutput(ExitCode code);
+
+} // namespace host

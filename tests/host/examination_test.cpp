@@ -1,0 +1,98 @@
+// What makes a plot file unfit, and how that is told.
+#include "host/host_fixture.h"
+
+#include "host/examination.h"
+#include "host/failure.h"
+#include "host/text.h"
+
+namespace {
+
+using host::Flaw;
+
+class ExaminationTest : public HostTest {};
+
+TEST_F(ExaminationTest, FindsWhatWouldNotBeSent) {
+    const std::string kNul(1, '\0');
+    const std::string kLong(70'000, 'A'); // past the first block, and without a cut
+    const struct {
+        const char *what;
+        std::string plot;
+        int32_t emulation;
+        std::string terminator;
+        Flaw flaw;
+        int64_t offset, flawBytes, withheldBytes;
+        const char *says; ///< for Flaw::None: nothing
+    } kRows[] = {
+        {"all of it is sent", "PU;PD;", 17002, ";", Flaw::None, 0, 0, 0, ""},
+        {"a line end", "PU;\r\n", 17002, ";", Flaw::None, 0, 0, 2, ""},
+        {"escape sequences", "PU;\x1B.(\x1B%-12345X\x1B\x45\n", 17002, ";", Flaw::None, 0, 0, 15, ""},
+        {"NUL bytes at the end", "PU;" + kNul + kNul + "\n", 17002, ";", Flaw::None, 0, 0, 3, ""},
+        {"NUL bytes at the end of a piece", "PU1111111" + kNul + ";PD" + std::string(60, '1') + ";", 17002, "\x31",
+         Flaw::BehindNul, 9, 2, 3, "behind NUL bytes"},
+        {"empty", "", 17002, ";", Flaw::Empty, 0, 0, 0, "the plot file is empty; make it again"},
+        {"nothing that draws", " \n", 17002, ";", Flaw::Blank, 0, 0, 2, "nothing in it draws"},
+        {"no terminator", "PU;", 17002, "", Flaw::NoTerminator, 0, 3, 3,
+         "names no terminator, and emulation 17002 needs one"},
+        {"none needed", "PU,@", 17008, "", Flaw::None, 0, 0, 0, ""},
+        {"a command", "PU;SP0", 17002, ";", Flaw::BehindMark, 3, 3, 3,
+         "3 bytes at the end would not be sent, from offset 3 on, for no \";\" ends them: \"SP0\"; end the plot file"},
+        {"what would spoil a terminal", "PU;\x1B%A[2J", 17002, ";", Flaw::BehindMark, 3, 6, 6, "\"\\e%A[2J\""},
+        {"behind the mark of another language", "D,1@;\n", 17008, ";", Flaw::BehindMark, 4, 2, 2, "for no \"@\""},
+        {"behind a NUL", "PU;" + kNul + "PD;", 17002, ";", Flaw::BehindNul, 3, 4, 4, "the first at offset 3; take the NUL"},
+        {"a foreign byte in the last chunk", kLong + "\xE9;", 17002, ";", Flaw::NotASCII, 70'000, 50, 50,
+         "0xE9 at offset 70000 is not ASCII"},
+    };
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(row.what);
+        const host::PlotRules rules{row.emulation, row.terminator};
+        host::PlotFile plot(file("plot", row.plot));
+        host::Examination found = host::examine(plot, rules);
+        EXPECT_EQ(found.flaw, row.flaw);
+        EXPECT_EQ(found.offset, row.offset);
+        EXPECT_EQ(found.flawBytes, row.flawBytes);
+        EXPECT_EQ(found.withheldBytes, row.withheldBytes);
+        std::string said;
+        try {
+            host::requireFit(found, plot, rules);
+        } catch (const host::Failure &failure) {
+            EXPECT_EQ(failure.code(), host::ExitCode::Unfit);
+            said = failure.what();
+        }
+        EXPECT_EQ(said.empty(), row.flaw == Flaw::None);
+        EXPECT_NE(said.find(row.says), std::string::npos) << said;
+        bool isAnythingSent = row.withheldBytes < static_cast<int64_t>(row.plot.size());
+        EXPECT_EQ(said.find("--force") != std::string::npos, row.flaw != Flaw::None && isAnythingSent) << said;
+    }
+}
+
+TEST_F(ExaminationTest, KnowsOtherLanguages) {
+    const struct {
+        std::string start;
+        const char *says; ///< nullptr: it may be a plot
+    } kRows[] = {
+        {"%!PS-Adobe-3.0\n", "PostScript"},
+        {"%PDF-1.7\n", "PDF"},
+        {" \n<svg width=\"1\">;", "SVG"},
+        {"\xEF\xBB\xBF<?xml version=\"1.0\"?>", "XML"},
+        {"\x89PNG\r\n", "PNG"},
+        {"\x1B%-12345X@PJL\nIN;", nullptr},
+        {"PD;PK1;", nullptr},
+        {";:H A L0 ;", nullptr},
+    };
+    for (const auto &row : kRows) {
+        host::Examination found = host::examine(host::PlotFile(file("plot", row.start)), {17002, ";"});
+        ASSERT_EQ(found.language != nullptr, row.says != nullptr) << row.start;
+        if (row.says) {
+            EXPECT_NE(std::string(found.language).find(row.says), std::string::npos) << found.language;
+        }
+    }
+}
+
+TEST_F(ExaminationTest, PaddingIsWhatDrawsNothing) {
+    for (const char *padding : {"", " \t\r\n", "\x1B.@;0:", "\x1B.)", "\x1B%0B", "\x1B&l0H\x1B\x45", "\x03\x1A", "\x1B"})
+        EXPECT_TRUE(host::isPadding(padding)) << host::shown(padding);
+    for (const char *drawing : {"PU", "\x1B.ZPU", "\x1B.@;0PU", "\x1B%0BPU", "@"})
+        EXPECT_FALSE(host::isPadding(drawing)) << host::shown(drawing);
+}
+
+} // namespace

@@ -1,0 +1,104 @@
+// The examination of a plot against the sender itself: for random plots of every emulation, what it says will be withheld is
+// what the report of the print says.
+#include "host/examination.h"
+#include "support/job.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int kPlotsPerEmulation = 120;
+
+/// A file in memory that can be given other contents.
+class MemoryFile {
+public:
+    MemoryFile() : fd_(memfd_create("plot", MFD_CLOEXEC)) {}
+    MemoryFile(const MemoryFile &) = delete;
+    MemoryFile &operator=(const MemoryFile &) = delete;
+    ~MemoryFile() { close(fd_); }
+
+    std::string holding(const std::string &contents) const {
+        EXPECT_EQ(ftruncate(fd_, 0), 0);
+        EXPECT_EQ(pwrite(fd_, contents.data(), contents.size(), 0), static_cast<ssize_t>(contents.size()));
+        return "/proc/self/fd/" + std::to_string(fd_);
+    }
+
+private:
+    int fd_;
+};
+
+class RandomPlots {
+public:
+    size_t below(size_t limit) { return random_() % limit; }
+
+    /// Made of what cutting depends on. Some are exactly a chunk long, or a byte to either side.
+    std::string next() {
+        static const std::string kParts[] = {
+            ";PD",
+            ",D",
+            "\x03"
+            "D",
+            "D",
+            ";",
+            ",",
+            "@",
+            "\x03",
+            "PU1,2",
+            "12,34",
+            "LBtext",
+            std::string(17, 'x'),
+            "\r\n",
+            "\x1B.(",
+        };
+        static const std::string kRare[] = {std::string(1, '\0'), std::string(3, '\0'), "\x80", std::string(300, ' ')};
+        std::string plot;
+        size_t rareOneIn = below(2) == 0 ? 100'000 : 60;
+        for (size_t length = 1 + below(700); plot.size() < length;)
+            plot += below(rareOneIn) == 0 ? kRare[below(std::size(kRare))] : kParts[below(std::size(kParts))];
+        constexpr size_t kEdges[] = {16, 64, 255};
+        if (below(8) == 0) plot.resize(kEdges[below(3)] - 1 + below(3), ';');
+        return plot;
+    }
+
+private:
+    std::mt19937 random_; // with its fixed first seed: each run sees the same plots
+};
+
+TEST(ExaminationAgainstSender, SaysWhatWillBeWithheld) {
+    const struct {
+        const char *xml;
+        std::string bytes;
+    } kTerminators[] = {{";", ";"}, {",", ","}, {"&#3;", "\x03"}, {";P", ";P"}, {"", ""}};
+    const MemoryFile file;
+    RandomPlots plots;
+    int withheld = 0, fit = 0;
+    for (int emulation = 17001; emulation <= 17037; ++emulation) {
+        for (int i = 0; i < kPlotsPerEmulation; ++i) {
+            const auto &terminator = kTerminators[plots.below(40) == 0 ? 4 : plots.below(4)];
+            const host::PlotRules rules{emulation, terminator.bytes};
+            std::string plot = plots.next();
+            if (plots.below(2) == 0) plot += rules.endMark();
+            host::Examination found = host::examine(host::PlotFile(file.holding(plot)), rules);
+
+            scripted::Platform platform;
+            platform.terminal.logWrites = false;
+            ORB_getVectorixCS2(jobs::printRecord(platform, jobs::simpleJob(emulation, terminator.xml), plot));
+            ORB_JobReport report = jobs::lastReport();
+            SCOPED_TRACE(testing::Message()
+                         << emulation << " \"" << terminator.xml << "\" " << testing::PrintToString(plot));
+            ASSERT_EQ(report.sentBytes, found.fileBytes - found.withheldBytes);
+            ASSERT_EQ(report.stopReason == kORB_StopNotASCII, found.flaw == host::Flaw::NotASCII);
+            ASSERT_EQ(report.firstErrorID == kORB_ErrorNoTerminator, found.flaw == host::Flaw::NoTerminator);
+            int64_t padding = found.innerPaddingBytes + found.endPaddingBytes;
+            ASSERT_EQ(found.flaw == host::Flaw::None, found.withheldBytes == padding && report.sentBytes > 0);
+            (found.withheldBytes > 0 ? withheld : fit) += 1;
+        }
+    }
+    EXPECT_GT(withheld, 300) << "too few plots that tell something";
+    EXPECT_GT(fit, 300);
+}
+
+} // namespace
