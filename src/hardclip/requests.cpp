@@ -13,7 +13,7 @@ namespace {
 constexpr const char *kHpgl = "IN;OH;";
 constexpr const char *kHpglSpaced = "IN-1;OH;";
 constexpr const char *kLineStart = ";:ECN,EF,P0,A,U,U0,0,K,";
-// Leaves HP-GL for a language whose texts begin with ETX, and asks for two of its values.
+// Enters HP-GL from the language that the plotter was in, and asks for two of its values.
 constexpr const char *kEscape = "\x1b%0B\x03NP4,\x03NP7,70,\x03NP7,76,!ST1;";
 static_assert(std::char_traits<char>::length(kEscape) == 30);
 
