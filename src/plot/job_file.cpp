@@ -64,18 +64,19 @@ constexpr JobKey kToolKeys[] = {
 };
 #undef FIELD
 
-/// Fills the key's field. A value of another type counts as absent.
-void store(const JobKey &key, CFTypeRef value) {
+/// Fills the key's field. A value of another type counts as absent. False when there is no memory for a string.
+bool store(const JobKey &key, CFTypeRef value) {
     char *field = reinterpret_cast<char *>(&answer()) + key.offset;
     if (key.kind == Kind::String) {
-        if (CFGetTypeID(value) != CFStringGetTypeID()) return;
+        if (CFGetTypeID(value) != CFStringGetTypeID()) return true;
+        const CFStringRef copy = CFStringCreateCopy(value);
         CFStringRef held;
         memcpy(&held, field, sizeof held);
-        replaceString(held, CFStringCreateCopy(value));
+        replaceString(held, copy);
         memcpy(field, &held, sizeof held);
-        return;
+        return copy != 0;
     }
-    if (CFGetTypeID(value) != CFNumberGetTypeID()) return;
+    if (CFGetTypeID(value) != CFNumberGetTypeID()) return true;
     bool lossless = false;
     int32_t number = 0;
     uint8_t byte = 0;
@@ -101,12 +102,15 @@ void store(const JobKey &key, CFTypeRef value) {
     case Kind::String: break;
     }
     if (lossless && key.converted) key.converted();
+    return true;
 }
 
-template <size_t N> void storeAll(const JobKey (&keys)[N], CFDictionaryRef job) {
+/// False when a string could not be stored: a job without its terminator or a tool is another job.
+template <size_t N> bool storeAll(const JobKey (&keys)[N], CFDictionaryRef job) {
     for (const JobKey &key : keys) {
-        if (CFTypeRef value = CFDictionaryGetValue(job, key.key); value != 0) store(key, value);
+        if (CFTypeRef value = CFDictionaryGetValue(job, key.key); value != 0 && !store(key, value)) return false;
     }
+    return true;
 }
 
 /// What a job that says nothing means; stays in the record when the file cannot be read.
@@ -169,7 +173,7 @@ extern "C" int32_t ORB_readJobFile() {
     }
     if (CFGetTypeID(job.get()) != CFDictionaryGetTypeID()) return unfit(0);
 
-    storeAll(kJobKeys, job.get());
-    if (answer().ORB_PlotterEmulationID == 17008 && answer().ORB_UseTools == 1) storeAll(kToolKeys, job.get());
-    return 0;
+    if (!storeAll(kJobKeys, job.get())) return unfit(0);
+    const bool hasTools = answer().ORB_PlotterEmulationID == 17008 && answer().ORB_UseTools == 1;
+    return !hasTools || storeAll(kToolKeys, job.get()) ? 0 : unfit(0);
 }

@@ -27,6 +27,11 @@ void noteFailure(int32_t errorID, int32_t status, int64_t offset) noexcept {
     report().firstErrorOffset = offset;
 }
 
+void noteFailedWrite(const LinkWrite &outcome, int64_t offset) noexcept {
+    const int32_t errorID = answer().ORB_errorID;
+    noteFailure(errorID == kORB_NoError ? kORB_ErrorUnvalidPort : errorID, outcome.status, offset);
+}
+
 void noteStop(uint32_t reason) noexcept { report().stopReason = reason; }
 
 void noteUncutChunk() noexcept { ++report().uncutChunks; }
@@ -40,8 +45,7 @@ void notePiece(int64_t offset, int64_t offered, const LinkWrite &outcome) noexce
         return;
     }
     ++report().piecesFailed;
-    int32_t errorID = answer().ORB_errorID;
-    noteFailure(errorID == kORB_NoError ? kORB_ErrorUnvalidPort : errorID, outcome.status, offset + outcome.taken);
+    noteFailedWrite(outcome, offset + outcome.taken);
 }
 
 bool hostWantsStop() noexcept {

@@ -17,6 +17,9 @@ void noteFileSize(int64_t bytes) noexcept;
 /// A failure; only the first of a job is kept. offset: where in the plot file, -1 when not in it.
 void noteFailure(int32_t errorID, int32_t status, int64_t offset = -1) noexcept;
 
+/// A write that failed, or took only a part: the latter leaves no identifier in the record.
+void noteFailedWrite(const LinkWrite &outcome, int64_t offset = -1) noexcept;
+
 void noteStop(uint32_t reason) noexcept;
 void noteUncutChunk() noexcept;
 

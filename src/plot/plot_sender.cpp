@@ -41,7 +41,8 @@ bool sendTools() {
         if (CFStringGetLength(tool) == 0) continue;
         if (!loadText(tool)) return false;
         ORB_writePlotter();
-        if (answer().ORB_errorID != kORB_NoError) noteFailure(answer().ORB_errorID, gORB_FoundationStruct.lastWrite.status);
+        const LinkWrite &outcome = gORB_FoundationStruct.lastWrite;
+        if (answer().ORB_errorID != kORB_NoError || outcome.status != 0) noteFailedWrite(outcome);
         if (platform::stopRequested()) break;
     }
     return true;

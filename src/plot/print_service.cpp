@@ -59,7 +59,9 @@ int32_t printOverUSB() {
     ORB_ServiceRecord &record = answer();
     int32_t result = ORB_VectorixService8();
     if (showFailure("ORB_VectorixService8", result)) {
-        noteFailure(record.ORB_errorID, result);
+        // A device that could not be asked shows in the result alone, when a plotter was found before it.
+        const int32_t errorID = record.ORB_errorID;
+        noteFailure(errorID == kORB_NoError ? kORB_ErrorPlugIn : errorID, result);
         noteStop(kORB_StopNoLink);
         return result;
     }

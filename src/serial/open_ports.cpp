@@ -32,39 +32,41 @@ bool wasOpenedInThisCall(const platform::DeviceIdentity &device) {
     return std::find(openedInThisCall.begin(), openedInThisCall.end(), device) != openedInThisCall.end();
 }
 
+void noteClosed(int fd) {
+    std::erase_if(openPorts, [fd](const Port &port) { return port.fd == fd; });
+}
+
+/// False when there is no memory to note it with: nobody would close it.
+bool noteOpened(int fd) {
+    Port port{fd, {}};
+    if (posix::identify(fd, &port.device) != 0) return false;
+    noteClosed(fd); // the host may have closed an earlier port of this number
+    try {
+        openPorts.push_back(port);
+        if (!wasOpenedInThisCall(port.device)) openedInThisCall.push_back(port.device);
+        return true;
+    } catch (const std::bad_alloc &) {
+        noteClosed(fd);
+        return false;
+    }
+}
+
 } // namespace
 
 int openPort(int flags) noexcept {
-    int fd = posix::open(gORB_bsdPath, flags);
-    if (fd > INT16_MAX) {
-        posix::close(fd);
-        errno = EMFILE;
-        return -1;
-    }
-    if (fd >= 0) noteOpened(fd);
-    return fd;
+    const int fd = posix::open(gORB_bsdPath, flags);
+    if (fd <= 0) return fd;
+    const bool fits = fd <= INT16_MAX;
+    if (fits && noteOpened(fd)) return fd;
+    posix::close(fd);
+    errno = fits ? ENOMEM : EMFILE;
+    return -1;
 }
 
 void closePort(int fd) noexcept {
     if (platform::stopRequested()) posix::tcflush(fd, TCOFLUSH);
     posix::close(fd);
     noteClosed(fd);
-}
-
-void noteOpened(int fd) noexcept {
-    Port port{fd, {}};
-    if (fd == 0 || posix::identify(fd, &port.device) != 0) return;
-    noteClosed(fd); // the host may have closed an earlier port of this number
-    try {
-        openPorts.push_back(port);
-        if (!wasOpenedInThisCall(port.device)) openedInThisCall.push_back(port.device);
-    } catch (const std::bad_alloc &) {
-        // A port that is not noted is only never closed for the host.
-    }
-}
-
-void noteClosed(int fd) noexcept {
-    std::erase_if(openPorts, [fd](const Port &port) { return port.fd == fd; });
 }
 
 void beginCall() noexcept { openedInThisCall.clear(); }

@@ -5,14 +5,11 @@
 namespace serial {
 
 /// Opens gORB_bsdPath and notes the descriptor. -1 with errno on failure; a descriptor that the 16 bits of ORB_portFD cannot
-/// hold is closed, and the open has failed with EMFILE.
+/// hold, or that cannot be noted, is closed, and the open has failed with EMFILE or ENOMEM.
 int openPort(int flags) noexcept;
 /// Closes what openPort gave, or what the record holds. After a stop the queued output is discarded first: the system would
 /// wait for it, for as long as the plotter holds the line.
 void closePort(int fd) noexcept;
-
-void noteOpened(int fd) noexcept;
-void noteClosed(int fd) noexcept;
 
 /// Called at the start and at the end of a call of the entry. The end closes, when a port was opened in this call, the
 /// plug-in's other descriptors on the same device, but never descriptor 0 and never keptFD, which the returned record holds.

@@ -2,6 +2,23 @@
 
 #include "service/state.h"
 
+#include <new>
+
+namespace {
+
+/// False when the registry gives none, or there is no memory for the property.
+bool makeDictionary(const char *className, const char *property, const char *value, MatchingDictionary *dictionary) {
+    if (!IOServiceMatching(className, dictionary)) return false;
+    try {
+        if (property) (*dictionary)[property] = value;
+        return true;
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
+}
+
+} // namespace
+
 ServiceSearch::~ServiceSearch() {
     iterator_.reset();
     if (port_ != 0) mach_port_deallocate(port_);
@@ -16,11 +33,10 @@ bool ServiceSearch::begin(const char *className, int32_t *status, const char *pr
     }
     record.ORB_deviceCount = 0;
     MatchingDictionary dictionary;
-    if (!IOServiceMatching(className, &dictionary)) {
+    if (!makeDictionary(className, property, value, &dictionary)) {
         record.ORB_errorID = kORB_ErrorMatching;
         return false;
     }
-    if (property) dictionary[property] = value;
     io_object_t iterator = 0;
     if (*status = IOServiceGetMatchingServices(port_, dictionary, &iterator); *status != kIOReturnSuccess) {
         record.ORB_errorID = kORB_ErrorGetServices;
