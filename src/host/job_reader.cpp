@@ -70,9 +70,15 @@ private:
 
     static size_t offsetOf(pugi::xml_node node) { return static_cast<size_t>(std::max<ptrdiff_t>(node.offset_debug(), 0)); }
 
+    /// Entries come in the file's order: their lines are counted on from the last one, for a file may hold a million of
+    /// them.
     size_t lineAt(size_t offset) const {
-        auto end = text_.begin() + static_cast<ptrdiff_t>(std::min(offset, text_.size()));
-        return static_cast<size_t>(std::count(text_.begin(), end, '\n')) + 1;
+        const Place from = offset < last_.offset ? Place{} : last_;
+        last_.offset = std::min(offset, text_.size());
+        const auto begin = text_.begin() + static_cast<ptrdiff_t>(from.offset);
+        const auto end = text_.begin() + static_cast<ptrdiff_t>(last_.offset);
+        last_.line = from.line + static_cast<size_t>(std::count(begin, end, '\n'));
+        return last_.line;
     }
 
     bool isElement(pugi::xml_node node) const {
@@ -177,6 +183,10 @@ private:
 
     const std::string &path_;
     const std::string &text_;
+    struct Place {
+        size_t offset = 0, line = 1;
+    };
+    mutable Place last_;
 };
 
 } // namespace

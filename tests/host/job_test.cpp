@@ -61,6 +61,13 @@ std::string listOf(const std::string &entries) { return "<plist>\n" + ("<dict>" 
 
 std::string entry(const std::string &key, const std::string &value) { return "<key>" + key + "</key>\n" + value + "\n"; }
 
+std::string repeated(std::string_view text, size_t times) {
+    std::string out;
+    for (size_t i = 0; i < times; ++i)
+        out += text;
+    return out;
+}
+
 const std::string kFit = entry("Plotter emulation ID :", "<integer>17008</integer>") +
                          entry("Plotfile terminator :", "<string>,</string>") +
                          entry("ORB_UseTools :", "<integer>1</integer>");
@@ -94,6 +101,16 @@ TEST_F(JobCommandTest, NamesTheLineOfWhatIsNoPropertyList) {
             EXPECT_NE(std::string(failure.what()).find(row.says), std::string::npos) << failure.what();
         }
     }
+}
+
+// A check that goes over the whole file for each of its entries would hold the test for minutes.
+TEST_F(JobCommandTest, ManyEntriesAreJudgedInOneGo) {
+    const std::string tools = repeated(entry("ORB_CFSTR_Tool1 :", "<string>a</string>"), 200'000);
+    const auto findings =
+        host::checkJob(host::readJob(file("job", listOf(kFit + tools + repeated("<key/><true/>\n", 200'000)))));
+    ASSERT_EQ(findings.size(), 101U);
+    EXPECT_EQ(findings[99].line, 209U);
+    EXPECT_EQ(findings[100].text, "399 899 more findings are left out");
 }
 
 TEST_F(JobCommandTest, FindsWhatKeepsAJobFromBeingPrinted) {
