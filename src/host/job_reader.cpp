@@ -2,13 +2,12 @@
 
 #include "host/failure.h"
 #include "host/job_text.h"
+#include "host/plot_file.h"
 #include "host/text.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <fmt/format.h>
-#include <fstream>
-#include <iterator>
 #include <pugixml.hpp>
 #include <sys/stat.h>
 
@@ -18,9 +17,10 @@ namespace {
 
 constexpr off_t kLargest = off_t{16} * 1024 * 1024; // what the plug-in reads
 
-constexpr size_t kMostDepth = 512; // what the plug-in reads
+constexpr size_t kLongestName = 60; // of what a message repeats
+constexpr size_t kMostDepth = 512;  // what the plug-in reads
 
-std::string nameOf(pugi::xml_node element) { return shown(element.name()); }
+std::string nameOf(pugi::xml_node element) { return excerpt(element.name(), kLongestName); }
 
 std::string contents(const std::string &path) {
     struct stat status;
@@ -32,9 +32,12 @@ std::string contents(const std::string &path) {
         throw Failure(ExitCode::Unfit, fmt::format("{}: {} bytes are too many for a job file; is it the plot file?",
                                                    shown(path), grouped(status.st_size)));
     }
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw fileFailure(path, errno);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string text;
+    readBlocks(path, status.st_size, [&](int64_t, std::string_view block) {
+        text += block;
+        return true;
+    });
+    return text;
 }
 
 /// Reads one document; knows its text, to name lines.
@@ -116,7 +119,7 @@ private:
                 key.reset();
             }
         }
-        if (key) refuse(dictionary, "the key \"{}\" has no value", shown(*key));
+        if (key) refuse(dictionary, "the key \"{}\" has no value", excerpt(*key, kLongestName));
         return lines;
     }
 

@@ -79,7 +79,7 @@ Verdict judgeWithheld(const PrintOutcome &outcome) {
     const ORB_JobReport &report = outcome.report;
     std::string plot = shown(outcome.plotFile);
     std::string endMark = endsWithAt(outcome.emulation) ? "@" : outcome.terminator;
-    std::string mark = shown(endMark);
+    std::string mark = excerpt(endMark, kExcerpt);
     Withheld withheld;
     if (report.withheldBytes > 0) withheld = findWithheld(outcome.plotFile, endMark, report.withheldBytes);
     std::string tail = fmt::format("{} at the end not sent", counted(withheld.tailBytes, "byte"));

@@ -4,6 +4,7 @@
 #include "host/failure.h"
 #include "host/job_reader.h"
 
+#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -95,6 +96,7 @@ TEST_F(JobCommandTest, NamesTheLineOfWhatIsNoPropertyList) {
         {"unfit in a list", listOf(entry("a", "<array><dict><key>b</key><data>abc</data></dict></array>")), "is no data"},
         {"no date", listOf(entry("a", "<date>2004-2-29T12:00:00Z</date>")), "is no date"},
         {"nested too deep", listOf(entry("a", repeated("<array>", 512) + repeated("</array>", 512))), "nested too deep"},
+        {"a name without end", listOf(entry("a", "<" + std::string(1'000'000, 'x') + "/>")), "unknown element <xxxx"},
         {"an unknown element", listOf(entry("a", "<text>b</text>")), "line 3: unknown element <text>"},
         {"two lists", "<plist><dict/></plist>\n<plist/>", "line 2: a second value"},
         {"a binary list", "bplist00", "binary"},
@@ -108,6 +110,7 @@ TEST_F(JobCommandTest, NamesTheLineOfWhatIsNoPropertyList) {
         } catch (const host::Failure &failure) {
             EXPECT_EQ(failure.code(), host::ExitCode::Unfit);
             EXPECT_NE(std::string(failure.what()).find(row.says), std::string::npos) << failure.what();
+            EXPECT_LT(strlen(failure.what()), 300U);
         }
     }
 }
