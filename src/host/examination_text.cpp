@@ -19,7 +19,7 @@ struct Explanation {
 /// notSent: "not sent", or "would not be sent".
 Explanation explain(const Examination &found, const PlotRules &rules, const char *notSent) {
     std::string bytes = counted(found.flawBytes, "byte");
-    std::string mark = shown(rules.endMark());
+    std::string mark = excerpt(rules.endMark(), kExcerpt);
     switch (found.flaw) {
     case Flaw::Empty: return {"the plot file is empty", "make it again"};
     case Flaw::NoTerminator:

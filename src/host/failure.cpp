@@ -30,6 +30,8 @@ Failure fileFailure(const std::string &thing, int errorNumber) {
     } kRows[] = {
         {ENOENT, ExitCode::Missing, "check the spelling"},
         {ENOTDIR, ExitCode::Missing, "check the spelling"},
+        {ENAMETOOLONG, ExitCode::Missing, "check the spelling"},
+        {ELOOP, ExitCode::Missing, "check where its links lead"},
         {EACCES, ExitCode::Permission, "choose another file, or ask its owner for access"},
         {EPERM, ExitCode::Permission, "choose another file, or ask its owner for access"},
         {EROFS, ExitCode::Permission, "choose a place that can be written to"},

@@ -12,6 +12,8 @@ namespace host {
 
 namespace {
 
+constexpr size_t kMostFindings = 100;
+
 class Check {
 public:
     explicit Check(const std::vector<JobLine> &job) : job_(job) {}
@@ -23,6 +25,11 @@ public:
         checkTools();
         std::stable_sort(findings_.begin(), findings_.end(),
                          [](const Finding &a, const Finding &b) { return a.isError > b.isError; });
+        if (findings_.size() > kMostFindings) {
+            const size_t left = findings_.size() - kMostFindings;
+            findings_.resize(kMostFindings);
+            note(0, "{} more findings are left out", grouped(static_cast<int64_t>(left)));
+        }
         return findings_;
     }
 
@@ -78,15 +85,16 @@ private:
     void checkTools() {
         bool used = emulation_ == kToolEmulation && numberOf(job_, kUseToolsKey, 0) == 1;
         bool noted = false;
-        for (const JobLine &entry : job_) {
-            if (!isToolKey(entry.key) || !fitting(job_, entry.key)) continue;
-            if (used) checkPlotterText(*fitting(job_, entry.key));
+        for (const JobKey &row : kJobKeys) {
+            const JobLine *entry = isToolKey(row.key) ? fitting(job_, row.key) : nullptr;
+            if (!entry) continue;
+            if (used) checkPlotterText(*entry);
             if (used || noted) continue;
             noted = true;
             if (emulation_ != kToolEmulation) {
-                note(entry.line, "tool strings are not used: the emulation is {}, not {}", emulation_, kToolEmulation);
+                note(entry->line, "tool strings are not used: the emulation is {}, not {}", emulation_, kToolEmulation);
             } else {
-                note(entry.line, "tool strings are not used: \"{}\" is not 1", kUseToolsKey);
+                note(entry->line, "tool strings are not used: \"{}\" is not 1", kUseToolsKey);
             }
         }
     }

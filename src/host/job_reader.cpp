@@ -1,14 +1,13 @@
 #include "host/job_reader.h"
 
 #include "host/failure.h"
+#include "host/job_text.h"
 #include "host/text.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <fmt/format.h>
 #include <fstream>
-#include <iterator>
 #include <pugixml.hpp>
 #include <sys/stat.h>
 
@@ -18,7 +17,10 @@ namespace {
 
 constexpr off_t kLargest = off_t{16} * 1024 * 1024; // what the plug-in reads
 
-bool isSpace(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
+constexpr size_t kLongestName = 60; // of what a message repeats
+constexpr size_t kMostDepth = 512;  // what the plug-in reads
+
+std::string nameOf(pugi::xml_node element) { return excerpt(element.name(), kLongestName); }
 
 std::string contents(const std::string &path) {
     struct stat status;
@@ -32,7 +34,11 @@ std::string contents(const std::string &path) {
     }
     std::ifstream file(path, std::ios::binary);
     if (!file) throw fileFailure(path, errno);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string text(static_cast<size_t>(status.st_size), '\0');
+    file.read(text.data(), status.st_size);
+    if (file.bad()) throw fileFailure(path, errno);
+    text.resize(static_cast<size_t>(file.gcount()));
+    return text;
 }
 
 /// Reads one document; knows its text, to name lines.
@@ -53,7 +59,7 @@ public:
 
         pugi::xml_node root = onlyElement(document);
         if (std::string_view(root.name()) == "plist") root = onlyElement(root);
-        if (std::string_view(root.name()) != "dict") refuse(root, "the job must be a <dict>, not <{}>", shown(root.name()));
+        if (std::string_view(root.name()) != "dict") refuse(root, "the job must be a <dict>, not <{}>", nameOf(root));
         return entries(root);
     }
 
@@ -70,9 +76,15 @@ private:
 
     static size_t offsetOf(pugi::xml_node node) { return static_cast<size_t>(std::max<ptrdiff_t>(node.offset_debug(), 0)); }
 
+    /// Entries come in the file's order: their lines are counted on from the last one, for a file may hold a million of
+    /// them.
     size_t lineAt(size_t offset) const {
-        auto end = text_.begin() + static_cast<ptrdiff_t>(std::min(offset, text_.size()));
-        return static_cast<size_t>(std::count(text_.begin(), end, '\n')) + 1;
+        const Place from = offset < last_.offset ? Place{} : last_;
+        last_.offset = std::min(offset, text_.size());
+        const auto begin = text_.begin() + static_cast<ptrdiff_t>(from.offset);
+        const auto end = text_.begin() + static_cast<ptrdiff_t>(last_.offset);
+        last_.line = from.line + static_cast<size_t>(std::count(begin, end, '\n'));
+        return last_.line;
     }
 
     bool isElement(pugi::xml_node node) const {
@@ -85,63 +97,76 @@ private:
         pugi::xml_node only;
         for (pugi::xml_node node : parent) {
             if (!isElement(node)) continue;
-            if (only) refuse(node, "a second value, <{}>", shown(node.name()));
+            if (only) refuse(node, "a second value, <{}>", nameOf(node));
             only = node;
         }
         if (!only) refuse(parent, "no property list");
         return only;
     }
 
-    std::vector<JobLine> entries(pugi::xml_node dictionary) const {
+    std::vector<JobLine> entries(pugi::xml_node dictionary, size_t depth = 1) const {
         std::vector<JobLine> lines;
         std::optional<std::string> key;
         for (pugi::xml_node node : dictionary) {
             if (!isElement(node)) continue;
             bool isKey = std::string_view(node.name()) == "key";
             if (isKey == key.has_value()) {
-                refuse(node, "<{}> where a {} is due", shown(node.name()), key ? "value" : "key");
+                refuse(node, "<{}> where a {} is due", nameOf(node), key ? "value" : "key");
             }
             if (isKey) {
                 key = textOf(node);
             } else {
-                lines.push_back({*key, valueOf(node), shown(node.name()), lineAt(offsetOf(node))});
+                lines.push_back({std::move(*key), valueOf(node, depth), nameOf(node), lineAt(offsetOf(node))});
                 key.reset();
             }
         }
-        if (key) refuse(dictionary, "the key \"{}\" has no value", shown(*key));
+        if (key) refuse(dictionary, "the key \"{}\" has no value", excerpt(*key, kLongestName));
         return lines;
     }
 
-    std::optional<JobValue> valueOf(pugi::xml_node node) const {
+    std::optional<JobValue> valueOf(pugi::xml_node node, size_t depth) const {
         std::string_view type = node.name();
         if (type == "string") return textOf(node);
         if (type == "integer") return number<int64_t>(node);
         if (type == "real") return number<double>(node);
-        constexpr std::string_view kOthers[] = {"true", "false", "date", "data", "array", "dict"};
-        if (std::find(std::begin(kOthers), std::end(kOthers), type) == std::end(kOthers)) {
-            refuse(node, "unknown element <{}>", shown(type));
+        // The rest means nothing in a job, but a list that holds an unfit one is unfit as a whole.
+        if (type == "array" || type == "dict") {
+            if (depth == kMostDepth) refuse(node, "nested too deep");
+            lookInto(node, depth + 1);
+        } else {
+            requireFit(node);
         }
         return std::nullopt;
     }
 
+    void lookInto(pugi::xml_node container, size_t depth) const {
+        if (std::string_view(container.name()) == "dict") {
+            entries(container, depth);
+            return;
+        }
+        for (pugi::xml_node node : container) {
+            if (isElement(node)) valueOf(node, depth);
+        }
+    }
+
+    void requireFit(pugi::xml_node node) const {
+        constexpr struct {
+            std::string_view type;
+            bool (*isFit)(std::string_view text);
+        } kOthers[] = {{"true", isSpace}, {"false", isSpace}, {"date", isDate}, {"data", isBase64}};
+        const auto *other =
+            std::find_if(std::begin(kOthers), std::end(kOthers), [&](const auto &row) { return row.type == node.name(); });
+        if (other == std::end(kOthers)) refuse(node, "unknown element <{}>", nameOf(node));
+        if (std::string text = textOf(node); !other->isFit(text)) {
+            refuse(node, "\"{}\" is no {}", excerpt(text, 40), node.name());
+        }
+    }
+
     template <class Number> JobValue number(pugi::xml_node node) const {
-        std::string text = textOf(node);
-        const char *end = text.data() + (text.find_last_not_of(" \t\r\n") + 1);
-        const char *begin = text.data() + std::min(text.find_first_not_of(" \t\r\n+"), text.size());
+        const std::string text = textOf(node);
         Number value{};
-        auto result = readNumber(std::min(begin, end), end, value);
-        if (result.ec != std::errc() || result.ptr != end) refuse(node, "\"{}\" is no {}", excerpt(text, 40), node.name());
+        if (!readNumber(text, value)) refuse(node, "\"{}\" is no {}", excerpt(text, 40), node.name());
         return value;
-    }
-
-    static std::from_chars_result readNumber(const char *begin, const char *end, double &value) {
-        return std::from_chars(begin, end, value);
-    }
-
-    /// Integers may be written in hexadecimal.
-    static std::from_chars_result readNumber(const char *begin, const char *end, int64_t &value) {
-        bool isHex = end - begin > 2 && begin[0] == '0' && (begin[1] == 'x' || begin[1] == 'X');
-        return isHex ? std::from_chars(begin + 2, end, value, 16) : std::from_chars(begin, end, value);
     }
 
     std::string textOf(pugi::xml_node element) const {
@@ -152,31 +177,33 @@ private:
             } else if (part.type() == pugi::node_pcdata) {
                 appendResolved(text, part);
             } else {
-                refuse(part, "<{}> inside <{}>", shown(part.name()), shown(element.name()));
+                refuse(part, "<{}> inside <{}>", nameOf(part), nameOf(element));
             }
         }
         return text;
     }
 
-    /// With XML's own five entities and character references in plain; the parser itself would pass over unknown ones.
+    /// With XML's own five entities and character references in plain.
     void appendResolved(std::string &text, pugi::xml_node part) const {
         std::string_view rest = part.value();
         for (size_t at; (at = rest.find('&')) != std::string_view::npos;) {
             text += rest.substr(0, at);
-            size_t end = rest.find(';', at);
-            std::string_view entity = rest.substr(at, end == std::string_view::npos ? end : end - at + 1);
-            pugi::xml_document resolved;
-            resolved.load_string(fmt::format("<s>{}</s>", entity).c_str(), pugi::parse_escapes | pugi::parse_ws_pcdata);
-            std::string_view plain = resolved.child("s").text().get();
-            if (plain.empty() || plain == entity) refuse(part, "unknown entity {}", excerpt(entity, 20));
+            const size_t end = rest.find(';', at);
+            const std::string_view name = rest.substr(at + 1, end == std::string_view::npos ? end : end - at - 1);
+            const std::string plain = end == std::string_view::npos ? std::string() : characterNamed(name);
+            if (plain.empty()) refuse(part, "unknown entity &{};", excerpt(name, 20));
             text += plain;
-            rest.remove_prefix(at + entity.size());
+            rest.remove_prefix(end + 1);
         }
         text += rest;
     }
 
     const std::string &path_;
     const std::string &text_;
+    struct Place {
+        size_t offset = 0, line = 1;
+    };
+    mutable Place last_;
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "host/failure.h"
 #include "host/job_reader.h"
 
+#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -61,6 +62,13 @@ std::string listOf(const std::string &entries) { return "<plist>\n" + ("<dict>" 
 
 std::string entry(const std::string &key, const std::string &value) { return "<key>" + key + "</key>\n" + value + "\n"; }
 
+std::string repeated(std::string_view text, size_t times) {
+    std::string out;
+    for (size_t i = 0; i < times; ++i)
+        out += text;
+    return out;
+}
+
 const std::string kFit = entry("Plotter emulation ID :", "<integer>17008</integer>") +
                          entry("Plotfile terminator :", "<string>,</string>") +
                          entry("ORB_UseTools :", "<integer>1</integer>");
@@ -79,6 +87,16 @@ TEST_F(JobCommandTest, NamesTheLineOfWhatIsNoPropertyList) {
         {"half a number", listOf(entry("X Tile :", "<integer>12x</integer>")), "line 3: \"12x\" is no integer"},
         {"a blank number", listOf(entry("X Tile :", "<real> </real>")), "line 3: \" \" is no real"},
         {"an entity of somebody's own", listOf(entry("a", "<string>&b;</string>")), "line 3: unknown entity &b;"},
+        {"an entity within an entity", listOf(entry("a", "<string>&#12&#x41;</string>")), "unknown entity &#12&#x41;;"},
+        {"a character past the last", listOf(entry("a", "<string>&#4295032897;</string>")), "unknown entity &#4295032897;"},
+        {"half a character", listOf(entry("a", "<string>&#xD800;</string>")), "unknown entity &#xD800;"},
+        {"two signs", listOf(entry("a", "<integer>+-1</integer>")), "line 3: \"+-1\" is no integer"},
+        {"past 64 bits", listOf(entry("a", "<integer>-0x8000000000000001</integer>")), "is no integer"},
+        {"a real past all", listOf(entry("a", "<real>1e999</real>")), "line 3: \"1e999\" is no real"},
+        {"unfit in a list", listOf(entry("a", "<array><dict><key>b</key><data>abc</data></dict></array>")), "is no data"},
+        {"no date", listOf(entry("a", "<date>2004-2-29T12:00:00Z</date>")), "is no date"},
+        {"nested too deep", listOf(entry("a", repeated("<array>", 512) + repeated("</array>", 512))), "nested too deep"},
+        {"a name without end", listOf(entry("a", "<" + std::string(1'000'000, 'x') + "/>")), "unknown element <xxxx"},
         {"an unknown element", listOf(entry("a", "<text>b</text>")), "line 3: unknown element <text>"},
         {"two lists", "<plist><dict/></plist>\n<plist/>", "line 2: a second value"},
         {"a binary list", "bplist00", "binary"},
@@ -92,8 +110,19 @@ TEST_F(JobCommandTest, NamesTheLineOfWhatIsNoPropertyList) {
         } catch (const host::Failure &failure) {
             EXPECT_EQ(failure.code(), host::ExitCode::Unfit);
             EXPECT_NE(std::string(failure.what()).find(row.says), std::string::npos) << failure.what();
+            EXPECT_LT(strlen(failure.what()), 300U);
         }
     }
+}
+
+// A check that goes over the whole file for each of its entries would hold the test for minutes.
+TEST_F(JobCommandTest, ManyEntriesAreJudgedInOneGo) {
+    const std::string tools = repeated(entry("ORB_CFSTR_Tool1 :", "<string>a</string>"), 200'000);
+    const auto findings =
+        host::checkJob(host::readJob(file("job", listOf(kFit + tools + repeated("<key/><true/>\n", 200'000)))));
+    ASSERT_EQ(findings.size(), 101U);
+    EXPECT_EQ(findings[99].line, 209U);
+    EXPECT_EQ(findings[100].text, "399 899 more findings are left out");
 }
 
 TEST_F(JobCommandTest, FindsWhatKeepsAJobFromBeingPrinted) {
