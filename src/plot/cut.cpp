@@ -1,5 +1,7 @@
 #include "plot/cut.h"
 
+#include <cstring>
+
 namespace plot {
 
 namespace {
@@ -31,7 +33,16 @@ constexpr struct {
 
 /// The last position of text in bytes; npos when there is none, or text is empty.
 size_t findLast(std::string_view bytes, std::string_view text) noexcept {
-    return text.empty() ? std::string_view::npos : bytes.rfind(text);
+    if (text.empty()) return std::string_view::npos;
+    // For its last byte, which memrchr finds many bytes at a time; rfind compares the text at every position.
+    const size_t head = text.size() - 1;
+    for (size_t end = bytes.size(); end > head;) {
+        const void *last = memrchr(bytes.data() + head, text.back(), end - head);
+        if (last == nullptr) break;
+        end = static_cast<size_t>(static_cast<const char *>(last) - bytes.data());
+        if (memcmp(bytes.data() + end - head, text.data(), head) == 0) return end - head;
+    }
+    return std::string_view::npos;
 }
 
 } // namespace

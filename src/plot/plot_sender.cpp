@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <string_view>
 
 namespace {
@@ -49,10 +50,15 @@ bool sendTools() {
 }
 
 bool isASCII(std::string_view text) {
-    unsigned char all = 0;
+    uint64_t all = 0;
+    for (; text.size() >= sizeof all; text.remove_prefix(sizeof all)) {
+        uint64_t word;
+        memcpy(&word, text.data(), sizeof word);
+        all |= word;
+    }
     for (char c : text)
         all |= static_cast<unsigned char>(c);
-    return all < 0x80;
+    return (all & 0x8080808080808080) == 0;
 }
 
 /// Streams one plot file.

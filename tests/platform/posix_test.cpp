@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/time.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -225,6 +226,25 @@ TEST(Stop, NoRequestReachesTheNextCall) {
     }
     done = true;
     host.join();
+}
+
+TEST(Stop, AChildProcessIsOnItsOwn) {
+    const Call call;
+    const pid_t child = fork();
+    if (child == 0) {
+        platform::requestStop(); // no call of the child's is in progress
+        if (platform::stopRequested()) _exit(1);
+        platform::beginCall();
+        platform::requestStop();
+        pollfd stop{platform::stopDescriptor(), POLLIN, 0};
+        _exit(platform::stopRequested() && ::poll(&stop, 1, 0) == 1 ? 0 : 2);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_FALSE(platform::stopRequested());
+    pollfd stop{platform::stopDescriptor(), POLLIN, 0};
+    EXPECT_EQ(::poll(&stop, 1, 0), 0) << "the child's stop reached its parent";
 }
 
 TEST(Terminal, OpenIsPrivateAndIdentityFollowsTheDevice) {

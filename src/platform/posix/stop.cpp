@@ -4,9 +4,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <pthread.h>
 #include <sched.h>
 #include <sys/eventfd.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace platform {
@@ -18,14 +18,11 @@ enum State : int { kIdle, kRunning, kStopped };
 // All of it is used in signal handlers.
 std::atomic<int> state{kIdle};
 std::atomic<int> event{-1};        // made at the first call of a process
-std::atomic<pid_t> process{0};     // whose call is in progress
-std::atomic<pid_t> caller{0};      // its thread
+std::atomic<pthread_t> caller{};   // the thread of the call in progress
 std::atomic<int> requests{0};      // requestStop()s under way
 std::atomic<int> wakeSignal{0};    // chosen at the first need
 std::atomic<bool> wakeSent{false}; // and not yet taken
-static_assert(std::atomic<int>::is_always_lock_free);
-
-pid_t currentThread() noexcept { return static_cast<pid_t>(::syscall(SYS_gettid)); }
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<pthread_t>::is_always_lock_free);
 
 void takeWake(int) { wakeSent = false; }
 
@@ -44,11 +41,12 @@ int chooseWakeSignal() noexcept {
 }
 
 void wakeCaller() noexcept {
-    const pid_t thread = caller;
-    if (thread == currentThread()) return; // in a handler on that thread: its system call is interrupted already
+    const pthread_t thread = caller; // it lives: its call does not end before this request has
+    // In a handler on that thread its system call is interrupted already.
+    if (::pthread_equal(thread, ::pthread_self()) != 0) return;
     if (wakeSignal == 0) wakeSignal = chooseWakeSignal();
     // One at a time: real-time signals queue up, and a host repeats its stop for as long as the call goes on.
-    if (wakeSignal != 0 && !wakeSent.exchange(true)) ::syscall(SYS_tgkill, process.load(), thread, wakeSignal.load());
+    if (wakeSignal != 0 && !wakeSent.exchange(true)) ::pthread_kill(thread, wakeSignal);
 }
 
 void drainEvent() noexcept {
@@ -56,34 +54,38 @@ void drainEvent() noexcept {
     [[maybe_unused]] ssize_t ignored = ::read(event, &count, sizeof count);
 }
 
+/// A child of fork() shares the descriptor with its parent, and takes along the counts of threads that it does not have. A
+/// call in progress is the parent's.
+void forgetParent() noexcept {
+    state = kIdle;
+    requests = 0;
+    if (event >= 0) ::close(event.exchange(-1));
+}
+
 } // namespace
 
 void beginCall() noexcept {
-    // A child of fork() shares the descriptor with its parent, and takes along the counts of threads that it does not have.
-    if (const pid_t now = ::getpid(); now != process) {
-        requests = 0;
-        if (event >= 0) ::close(event.exchange(-1));
-        process = now;
-    }
+    static bool watchesForks = false;
+    if (!watchesForks) watchesForks = ::pthread_atfork(nullptr, nullptr, forgetParent) == 0;
     if (event < 0) event = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    caller = currentThread();
+    caller = ::pthread_self();
     wakeSent = false;
     state = kRunning;
 }
 
 void endCall() noexcept {
-    state = kIdle;
+    const bool stopped = state.exchange(kIdle) == kStopped;
     // Once no request is under way, nothing of this call can reach the next one; the read also takes a signal just sent.
     while (requests != 0)
         ::sched_yield();
-    if (event >= 0) drainEvent();
+    if (stopped && event >= 0) drainEvent();
 }
 
 void requestStop() noexcept {
     if (state == kIdle) return; // before it counts: endCall waits only for those that may have seen its call
     const int savedErrno = errno;
     ++requests;
-    if (state != kIdle && process == ::getpid()) {
+    if (state != kIdle) {
         int expected = kRunning;
         if (state.compare_exchange_strong(expected, kStopped) && event >= 0) {
             const uint64_t one = 1;
