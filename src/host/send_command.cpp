@@ -29,10 +29,13 @@ struct SendOptions {
     bool quiet = false;
 };
 
-/// The service leaves the port open. Waits until the plotter has taken all of it, unless the user has had enough.
-void closePort(int fd) {
-    if (StopOnSignal::came() || tcdrain(fd) != 0) tcflush(fd, TCOFLUSH);
+/// The service leaves the port open. Waits until the plotter has taken all of it, unless the user has had enough; false when
+/// it has not.
+bool closePort(int fd) {
+    bool isTaken = !StopOnSignal::came() && tcdrain(fd) == 0;
+    if (!isTaken) tcflush(fd, TCOFLUSH);
     close(fd);
+    return isTaken;
 }
 
 ExitCode send(const SendOptions &options) {
@@ -52,7 +55,7 @@ ExitCode send(const SendOptions &options) {
     memcpy(record.ORB_writeBuffer, text.data(), text.size()); // the record was zeroed: a NUL follows
     record = ORB_getVectorixCS2(record);
     bool wasOpened = record.ORB_portFD > 0;
-    if (wasOpened) closePort(record.ORB_portFD);
+    bool isTaken = wasOpened && closePort(record.ORB_portFD);
     std::string status = textOf(record.ORB_CFSTR_message);
     releaseStrings(record);
 
@@ -68,6 +71,11 @@ ExitCode send(const SendOptions &options) {
             refused ? ExitCode::Failed : ExitCode::Lost,
             fmt::format("{}: {}; {}", shown(options.port), errorText(record.ORB_errorID),
                         refused ? "try other line settings, such as --bits 8" : "check the cable, then try again"));
+    }
+    if (!isTaken || lock.isGone()) {
+        throw Failure(ExitCode::Lost, fmt::format("{}: the device was lost, and the text may not have reached it; check the "
+                                                  "cable, then try again",
+                                                  shown(options.port)));
     }
     if (!options.quiet) {
         printOut("sent {} to {}\n", counted(static_cast<int64_t>(text.size()), "byte"), shown(options.port));

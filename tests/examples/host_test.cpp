@@ -16,7 +16,7 @@ protected:
         setenv("ORB_VECTORIX_LIBRARY", LIBRARY, 1); // for the one that is not linked to it
     }
 
-    Running start(const std::vector<std::string> &words) { return Running(words, false, host_); }
+    Running start(const std::vector<std::string> &words) { return Running(words, false, "", host_); }
 
     /// A job file of the usual emulation.
     std::string jobFile() {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -78,7 +79,8 @@ void Descriptor::reset() {
     fd_ = -1;
 }
 
-Running::Running(const std::vector<std::string> &words, bool terminal, const std::string &program) {
+Running::Running(const std::vector<std::string> &words, bool terminal, const std::string &redirections,
+                 const std::string &program) {
     auto [out, outEnd] = pipePair();
     Descriptor errEnd;
     if (terminal) {
@@ -90,6 +92,10 @@ Running::Running(const std::vector<std::string> &words, bool terminal, const std
     }
     out_ = std::move(out);
     std::vector<char *> arguments = {const_cast<char *>(program.c_str())};
+    const std::string line = "exec \"$0\" \"$@\" " + redirections;
+    if (!redirections.empty())
+        arguments = {const_cast<char *>("/bin/sh"), const_cast<char *>("-c"), const_cast<char *>(line.c_str()),
+                     arguments[0]};
     for (const std::string &word : words)
         arguments.push_back(const_cast<char *>(word.c_str()));
     arguments.push_back(nullptr);
@@ -110,6 +116,22 @@ Running::~Running() {
 }
 
 void Running::signal(int number) const { kill(pid_, number); }
+
+void Running::awaitSleep() const {
+    // The state stands behind the program's name in parentheses.
+    for (std::string text; text.find(") S ") == std::string::npos;) {
+        std::getline(std::ifstream("/proc/" + std::to_string(pid_) + "/stat"), text);
+        ASSERT_FALSE(text.empty() || text.find(") Z ") != std::string::npos) << "it has ended";
+    }
+}
+
+void Running::suspend() const {
+    int status = 0;
+    signal(SIGTSTP);
+    ASSERT_EQ(waitpid(pid_, &status, WUNTRACED), pid_);
+    ASSERT_TRUE(WIFSTOPPED(status));
+    signal(SIGCONT);
+}
 
 std::string Running::line() {
     std::string text;
@@ -159,6 +181,13 @@ std::string FarEnd::read(size_t enough) {
 
 void FarEnd::write(const std::string &text) {
     EXPECT_EQ(::write(master_.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+}
+
+void FarEnd::awaitOpen() const {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatience);
+    pollfd line{master_.get(), 0, 0};
+    while (poll(&line, 1, 0) == 1 && (line.revents & POLLHUP) != 0)
+        ASSERT_LT(std::chrono::steady_clock::now(), end) << "nobody opens the line";
 }
 
 bool FarEnd::hasHeard() const { return readable(master_.get()); }

@@ -31,13 +31,20 @@ struct Result {
 /// The command while it runs.
 class Running {
 public:
-    /// terminal: standard error is one.
-    Running(const std::vector<std::string> &words, bool terminal, const std::string &program = VECTORIX);
+    /// terminal: standard error is one. redirections: as a shell takes them.
+    Running(const std::vector<std::string> &words, bool terminal, const std::string &redirections = "",
+            const std::string &program = VECTORIX);
     Running(const Running &) = delete;
     Running &operator=(const Running &) = delete;
     ~Running();
     pid_t pid() const { return pid_; }
     void signal(int number) const;
+    /// Waits until it waits for something: in the middle of a job, for room in the line.
+    void awaitSleep() const;
+    /// Suspends it, and lets it go on when it stands.
+    void suspend() const;
+    /// From now on nobody reads its output.
+    void ignoreOutput() { out_.reset(); }
     /// The next line of its output, which wait() does not give again.
     std::string line();
     /// Waits until its error output holds a text.
@@ -60,6 +67,8 @@ public:
     /// Everything until the near end is closed, or at least so many bytes.
     std::string read(size_t enough = SIZE_MAX);
     void write(const std::string &text);
+    /// After a command has closed the line: waits until another opens it.
+    void awaitOpen() const;
     /// Waits until something can be read, and leaves it there.
     bool hasHeard() const;
     termios attributes() const;

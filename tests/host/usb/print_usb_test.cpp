@@ -71,6 +71,7 @@ TEST_F(PrintUsbTest, TellsOfAPlotterUnpluggedOnTheWay) {
     EXPECT_EQ(plotter.written(), ("IN;" + contents(longPlot)).substr(0, 300));
 }
 
+/// A second command is kept out meanwhile; once the first is stopped the plotter is free for the next.
 TEST_F(PrintUsbTest, StopsWhilePlotterDoesNotTake) {
     bed::UsbPlotter plotter(*bed, {.vendor = 0x1234});
     std::promise<void> waits;
@@ -78,15 +79,21 @@ TEST_F(PrintUsbTest, StopsWhilePlotterDoesNotTake) {
     plotter.onWait = [&, once = false]() mutable {
         if (!std::exchange(once, true)) waits.set_value();
     };
-    std::string longPlot = file("long.plt", plotOf(60));
-    Running printing({"print", longPlot, "--usb", "--json"}, false);
+    Running printing({"print", file("long.plt", plotOf(60)), "--usb", "--json"}, false);
     ASSERT_EQ(waits.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    Result second = run({"print", plot_, "--usb"});
+    EXPECT_EQ(second.code, 5) << second.err;
+    EXPECT_NE(second.err.find("busy: held by "), std::string::npos) << second.err;
     printing.signal(SIGINT);
     Result result = printing.wait();
     EXPECT_EQ(result.code, 130) << result.err;
-    EXPECT_EQ(plotter.written().size(), 100U);
     EXPECT_EQ(nlohmann::json::parse(result.out)["sentBytes"], 100 - std::string("IN;").size()) << result.out;
     EXPECT_EQ(plotter.log().back(), "release");
+    EXPECT_EQ(plotter.written().size(), 100U) << "nothing of the second command";
+    plotter.takeOnly(SIZE_MAX);
+    Result next = run({"print", plot_, "--usb"});
+    EXPECT_EQ(next.code, 0) << next.err;
+    EXPECT_EQ(plotter.written().substr(100), "IN;" + contents(plot_));
 }
 
 TEST_F(PrintUsbTest, LeavesAClaimedPlotterAlone) {

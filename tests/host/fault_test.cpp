@@ -1,0 +1,159 @@
+// What goes wrong in the middle of a job: signals, a rival, a plot file that changes, a report that cannot be told. The far
+// end holds the job where it is wanted: a plot of this size does not fit into the line.
+#include "host/host_fixture.h"
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <memory>
+#include <optional>
+
+namespace {
+
+class FaultTest : public HostTest {
+protected:
+    void expectNextPrintWorks(FarEnd &plotter) {
+        Running printing({"print", file("next.plt", plotOf(1)), "--port", plotter.port()}, false);
+        plotter.awaitOpen();
+        EXPECT_EQ(plotter.read(), plotOf(1));
+        EXPECT_EQ(printing.wait().code, 0);
+    }
+
+    const std::string plot_ = plotOf(4000);
+    const std::string path_ = file("plot.plt", plot_);
+};
+
+/// The signal must not be taken for a failed write.
+TEST_F(FaultTest, GoesOnAfterBeingSuspended) {
+    FarEnd plotter;
+    Running printing({"print", path_, "--port", plotter.port()}, false);
+    ASSERT_TRUE(plotter.hasHeard());
+    printing.awaitSleep();
+    printing.suspend();
+    EXPECT_EQ(plotter.read(), plot_);
+    EXPECT_EQ(printing.wait().code, 0);
+}
+
+TEST_F(FaultTest, LeavesThePortFitForTheNextPrint) {
+    for (int signal : {SIGINT, SIGKILL}) {
+        SCOPED_TRACE(signal);
+        FarEnd plotter;
+        Running printing({"print", path_, "--port", plotter.port()}, false);
+        std::string heard = plotter.read(100);
+        plotter.write("\x13"); // and never an XON again
+        printing.awaitSleep();
+        printing.signal(signal);
+        if (signal == SIGINT) printing.signal(signal); // an impatient user
+        EXPECT_EQ(printing.wait().code, signal == SIGINT ? 130 : -SIGKILL);
+        EXPECT_TRUE(isTidy());
+        plotter.write("\x11"); // switched on again
+        heard += plotter.read();
+        EXPECT_EQ(plot_.compare(0, heard.size(), heard), 0);
+        expectNextPrintWorks(plotter);
+    }
+}
+
+TEST_F(FaultTest, KeepsASecondCommandOut) {
+    FarEnd plotter;
+    Running printing({"print", path_, "--port", plotter.port()}, false);
+    ASSERT_TRUE(plotter.hasHeard());
+    std::string holder = "busy: held by vectorix (process " + std::to_string(printing.pid()) + ")";
+    for (const auto &words : {std::vector<std::string>{"print", path_, "--port", plotter.port()},
+                              {"send", "IN;", "--port", plotter.port()},
+                              {"limits", "--port", plotter.port()}}) {
+        Result second = run(words);
+        EXPECT_EQ(second.code, 5) << second.err;
+        EXPECT_NE(second.err.find(holder), std::string::npos) << second.err;
+    }
+    EXPECT_EQ(plotter.read(), plot_) << "nothing of the others";
+    EXPECT_EQ(printing.wait().code, 0);
+}
+
+TEST_F(FaultTest, DoesNotTrustALineThatHungUpAtTheEnd) {
+    FarEnd plotter;
+    Running printing({"print", file("small.plt", plotOf(2)), "--port", plotter.port()}, false);
+    EXPECT_EQ(plotter.read(plotOf(2).size()), plotOf(2));
+    plotter.hangUp();
+    Result result = printing.wait();
+    EXPECT_EQ(result.code, 6) << result.err;
+    EXPECT_NE(result.err.find("may not have reached it"), std::string::npos) << result.err;
+}
+
+TEST_F(FaultTest, TellsWhatBecameOfThePlotFile) {
+    namespace fs = std::filesystem;
+    struct Row {
+        const char *what;
+        void (*change)(const std::string &path);
+        int code;
+        bool isWhole; ///< the plot as it was at the start
+        const char *says;
+    };
+    const Row kRows[] = {
+        {"shrinks", [](auto &path) { fs::resize_file(path, 70'000); }, 1, false, "from 81 791 to 70 000 bytes"},
+        {"grows", [](auto &path) { std::ofstream(path, std::ios::app) << "PU;"; }, 1, true, "to 81 794 bytes"},
+        {"is written to", [](auto &path) { std::fstream(path).seekp(70'000) << "\xE9"; }, 1, false, "part old and part new"},
+        {"is removed", [](auto &path) { fs::remove(path); }, 0, true, "note: the plot file was replaced or removed"},
+        {"is replaced",
+         [](auto &path) {
+             std::ofstream(path + ".new") << "IN;";
+             fs::rename(path + ".new", path);
+         },
+         0, true, "what was printed is the plot as it was before"},
+    };
+    struct Job {
+        FarEnd plotter;
+        std::string path;
+        std::optional<Running> printing;
+        std::future<std::string> heard;
+    };
+    std::vector<std::unique_ptr<Job>> jobs; // side by side: each takes the two seconds of the close
+    for (const Row &row : kRows) {
+        Job &job = *jobs.emplace_back(std::make_unique<Job>());
+        job.path = file(row.what, plot_);
+        job.printing.emplace(std::vector<std::string>{"print", job.path, "--port", job.plotter.port()}, false);
+        ASSERT_TRUE(job.plotter.hasHeard());
+        job.printing->awaitSleep();
+        row.change(job.path);
+        job.heard = std::async(std::launch::async, [&plotter = job.plotter] { return plotter.read(); });
+    }
+    for (size_t i = 0; i < jobs.size(); ++i) {
+        SCOPED_TRACE(kRows[i].what);
+        EXPECT_EQ(jobs[i]->heard.get() == plot_, kRows[i].isWhole);
+        Result result = jobs[i]->printing->wait();
+        EXPECT_EQ(result.code, kRows[i].code) << result.err;
+        EXPECT_NE(result.err.find(kRows[i].says), std::string::npos) << result.err;
+    }
+}
+
+TEST_F(FaultTest, SendsAllWhereverItsReportGoes) {
+    const struct {
+        const char *what;
+        const char *redirections;
+        int code;
+        const char *says;
+    } kRows[] = {
+        {"no standard output", ">&-", 0, ""},
+        {"no standard streams", "<&- >&- 2>&-", 0, ""},
+        {"a full disk", ">/dev/full", 1, "standard output: no space left on device"},
+        {"a full disk under the errors", "-v 2>/dev/full", 0, ""},
+        {"a reader that leaves", "", 0, ""},
+    };
+    const std::string plot = plotOf(2), path = file("small.plt", plot);
+    FarEnd plotters[std::size(kRows)];
+    std::vector<std::unique_ptr<Running>> printing;
+    for (size_t i = 0; i < std::size(kRows); ++i) {
+        printing.push_back(std::make_unique<Running>(std::vector<std::string>{"print", path, "--port", plotters[i].port()},
+                                                     false, kRows[i].redirections));
+    }
+    printing.back()->ignoreOutput();
+    for (size_t i = 0; i < std::size(kRows); ++i) {
+        SCOPED_TRACE(kRows[i].what);
+        EXPECT_EQ(plotters[i].read(), plot) << "no more, and no less";
+        Result result = printing[i]->wait();
+        EXPECT_EQ(result.code, kRows[i].code) << result.err;
+        EXPECT_NE(result.err.find(kRows[i].says), std::string::npos) << result.err;
+    }
+}
+
+} // namespace
