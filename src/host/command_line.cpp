@@ -16,7 +16,7 @@ namespace {
 
 constexpr void (*kCommands[])(CLI::App &, Typed &) = {addPrintCommand, addPreviewCommand, addSimulateCommand,
                                                       addSendCommand,  addJobCommand,     addPlottersCommand,
-                                                      addPortsCommand, addLimitsCommand};
+                                                      addPortsCommand, addLimitsCommand,  addDoctorCommand};
 
 const char *overview() {
     return "Examples:\n"
@@ -28,6 +28,7 @@ const char *overview() {
            "  vectorix preview drawing.plt -o drawing.svg --sheet a3\n"
            "  vectorix simulate --render drawing.pdf\n"
            "  vectorix ports\n"
+           "  vectorix doctor --port /dev/ttyUSB0\n"
            "  vectorix limits --port /dev/ttyUSB0\n"
            "  vectorix send 'IN;SP1;' --port /dev/ttyUSB0\n"
            "  vectorix job write roll.plist --emulation 17008 --terminator , --tool 'P1,'\n"

@@ -36,14 +36,25 @@ PortParent parentOf(udev_device *device) {
     return parent;
 }
 
+void addModemMarks(udev_device *device, std::set<std::string> &marks) {
+    udev_list_entry *entry;
+    udev_list_entry_foreach(entry, udev_device_get_properties_list_entry(device)) {
+        std::string key = udev_list_entry_get_name(entry);
+        if (key.rfind("ID_MM_", 0) == 0 && textOrNone(udev_list_entry_get_value(entry)) == "1") marks.insert(std::move(key));
+    }
+}
+
 TerminalFacts factsOf(udev_device *device) {
     TerminalFacts facts;
     facts.name = textOrNone(udev_device_get_sysname(device));
     facts.node = textOrNone(udev_device_get_devnode(device));
     facts.links = textOrNone(udev_device_get_property_value(device, "DEVLINKS"));
     if (const char *type = udev_device_get_sysattr_value(device, "type")) facts.type = type;
-    for (udev_device *above = udev_device_get_parent(device); above; above = udev_device_get_parent(above))
+    addModemMarks(device, facts.modemMarks);
+    for (udev_device *above = udev_device_get_parent(device); above; above = udev_device_get_parent(above)) {
         facts.parents.push_back(parentOf(above)); // a parent belongs to its child
+        addModemMarks(above, facts.modemMarks);
+    }
     return facts;
 }
 
@@ -71,6 +82,7 @@ std::optional<SerialPort> portOf(const TerminalFacts &facts) {
     port.name = facts.name;
     port.path = facts.node;
     port.stableName = stableNameAmong(facts.links);
+    port.modemMarks = facts.modemMarks;
     for (const PortParent &parent : facts.parents) {
         // The kernel's own layers between a port and its hardware have a bus and drivers without meaning to people.
         if (parent.subsystem == "serial-base") continue;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ struct TerminalFacts {
     std::string links;               ///< paths with blanks between them
     std::optional<std::string> type; ///< the attribute of that name, of a port with a UART
     std::vector<PortParent> parents;
+    std::set<std::string> modemMarks; ///< as the port's
 };
 
 struct SerialPort {
@@ -30,6 +32,7 @@ struct SerialPort {
     std::string vendor, product;           ///< of a USB device
     std::string manufacturer, productText; ///< the same: any bytes
     std::string driver;                    ///< empty for none
+    std::set<std::string> modemMarks;      ///< "ID_MM_CANDIDATE", …: set in udev's database, for it or a device above it
 
     /// "0403:6001 FT232R USB UART", or the bus; safe to print.
     std::string hardware() const;

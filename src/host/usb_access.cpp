@@ -12,6 +12,13 @@ namespace {
 constexpr char kPrinterDriver[] = "usblp"; // the plug-in puts it aside for a job
 constexpr char kProgram[] = "usbfs";       // what the kernel calls a program that has claimed an interface
 
+template <class... Values>
+Failure failure(ExitCode code, const UsbDevice &device, fmt::format_string<Values...> format, Values &&...values) {
+    return {code, fmt::format("{}: {}", device.id(), fmt::format(format, std::forward<Values>(values)...))};
+}
+
+} // namespace
+
 std::vector<Holder> holdersOfPrinterNode(const UsbDevice &device) {
     if (!device.printerNode) return {};
     struct stat node = {};
@@ -19,13 +26,6 @@ std::vector<Holder> holdersOfPrinterNode(const UsbDevice &device) {
     node.st_rdev = *device.printerNode;
     return holdersOf(node);
 }
-
-template <class... Values>
-Failure failure(ExitCode code, const UsbDevice &device, fmt::format_string<Values...> format, Values &&...values) {
-    return {code, fmt::format("{}: {}", device.id(), fmt::format(format, std::forward<Values>(values)...))};
-}
-
-} // namespace
 
 std::vector<Holder> holdersOf(const UsbDevice &device) {
     std::vector<Holder> holders = holdersOfPrinterNode(device);

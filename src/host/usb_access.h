@@ -11,6 +11,9 @@ namespace host {
 /// from this user are missing.
 std::vector<Holder> holdersOf(const UsbDevice &device);
 
+/// Those of them that have its printer's node open: they print.
+std::vector<Holder> holdersOfPrinterNode(const UsbDevice &device);
+
 /// "driver usblp, cu (process 1234)"; empty when nobody has it.
 std::string describeHolders(const UsbDevice &device);
 

@@ -94,6 +94,7 @@ UsbDevice readDevice(const fs::path &folder, uint32_t location, const fs::path &
     device.vendor = static_cast<uint16_t>(numberIn(folder, "idVendor", 16));
     device.product = static_cast<uint16_t>(numberIn(folder, "idProduct", 16));
     device.location = location;
+    device.folder = folder;
     device.manufacturer = attribute(folder, "manufacturer");
     device.name = attribute(folder, "product");
     device.serialNumber = attribute(folder, "serial");

@@ -17,6 +17,7 @@ struct UsbDevice {
     std::string manufacturer, name;   ///< as the device says it: any bytes; may be empty
     std::string serialNumber;         ///< the same
     std::string node;                 ///< "/dev/bus/usb/001/004"
+    std::filesystem::path folder;     ///< in sysfs
     std::string driver;               ///< of the first interface; usbfs for a program; empty for none
     std::optional<dev_t> printerNode; ///< of the kernel's printer driver on the first interface
     bool isPlotter = false;           ///< may be one: a bulk out endpoint, and a printer interface or a known vendor

@@ -56,10 +56,15 @@ UsbChoice parseUsbChoice(std::string_view text) {
     return choice;
 }
 
-UsbDevice chooseUsbDevice(const std::vector<UsbDevice> &devices, const UsbChoice &choice) {
+std::vector<UsbDevice> matchingUsbDevices(const std::vector<UsbDevice> &devices, const UsbChoice &choice) {
     std::vector<UsbDevice> found;
     std::copy_if(devices.begin(), devices.end(), std::back_inserter(found),
                  [&](const UsbDevice &device) { return matches(device, choice); });
+    return found;
+}
+
+UsbDevice chooseUsbDevice(const std::vector<UsbDevice> &devices, const UsbChoice &choice) {
+    std::vector<UsbDevice> found = matchingUsbDevices(devices, choice);
     if (found.empty()) throw noDevice(choice);
     if (found.size() == 1) return found.front();
     std::string list;

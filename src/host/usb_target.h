@@ -20,8 +20,10 @@ std::optional<uint32_t> parseHex(std::string_view text, size_t digits);
 /// "", "V:P" or "V:P@LOCATION". Throws Failure (usage).
 UsbChoice parseUsbChoice(std::string_view text);
 
-/// The one device that is meant: of all devices when the choice names a model, otherwise of those that may be plotters.
-/// Throws Failure when there is none, or more than one.
+/// The devices that may be meant: of all when the choice names a model, otherwise of those that may be plotters.
+std::vector<UsbDevice> matchingUsbDevices(const std::vector<UsbDevice> &devices, const UsbChoice &choice);
+
+/// The one device that is meant. Throws Failure when there is none, or more than one.
 UsbDevice chooseUsbDevice(const std::vector<UsbDevice> &devices, const UsbChoice &choice);
 
 /// Asks the plug-in for the plotters of a model (service 2); the record as it came back. Throws Failure, also when there is

@@ -15,7 +15,7 @@ const PortParent kAdapter{"usb", "usb", "0403", "6001", "FTDI", "FT232R USB UART
 const PortParent kInterface{"usb", "ftdi_sio", "", "", "", ""};
 
 TerminalFacts terminal(const std::string &name, std::vector<PortParent> parents) {
-    return {name, "/dev/" + name, "", {}, std::move(parents)};
+    return {name, "/dev/" + name, "", {}, std::move(parents), {}};
 }
 
 TEST(Ports, RowsOfMadeUpTerminals) {

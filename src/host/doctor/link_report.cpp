@@ -1,0 +1,88 @@
+#include "host/doctor/link_report.h"
+
+#include "host/text.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace host {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kWordWidth = 19; // "may be in the way" and what separates it
+
+const char *stateOf(const LinkReport &report) {
+    return report.severity() == Severity::Note ? "free" : describe(report.severity());
+}
+
+void print(const LinkReport &report, bool isVerbose) {
+    const char *state = report.kind == "computer" ? describe(report.severity()) : stateOf(report);
+    fmt::print("{:{}}{}{}{}\n", state, kWordWidth, shown(report.link), report.hardware.empty() ? "" : "  ", report.hardware);
+    for (const Found &found : report.findings) {
+        fmt::print("  {:{}}{}\n", describe(found.severity), kWordWidth, found.text);
+        if (!found.command.empty()) fmt::print("  {:{}}$ {}\n", "", kWordWidth, found.command);
+        if (!found.then.empty()) fmt::print("  {:{}}{}\n", "", kWordWidth, found.then);
+    }
+    for (const std::string &what : report.looked) {
+        if (isVerbose) fmt::print("  {:{}}{}\n", "looked at", kWordWidth, what);
+    }
+}
+
+Json jsonOf(const LinkReport &report) {
+    Json findings = Json::array();
+    for (const Found &found : report.findings) {
+        findings.push_back({{"name", found.name},
+                            {"severity", describe(found.severity)},
+                            {"text", found.text},
+                            {"command", found.command},
+                            {"then", found.then}});
+    }
+    return {{"kind", report.kind},      {"link", report.link},  {"hardware", report.hardware},
+            {"state", stateOf(report)}, {"findings", findings}, {"lookedAt", report.looked}};
+}
+
+} // namespace
+
+Severity LinkReport::severity() const {
+    Severity gravest = Severity::Note;
+    for (const Found &found : findings)
+        gravest = std::max(gravest, found.severity);
+    return gravest;
+}
+
+ExitCode exitCodeOf(const std::vector<LinkReport> &reports) {
+    for (const LinkReport &report : reports) {
+        for (const Found &found : report.findings) {
+            if (found.severity == Severity::Blocks) return found.code;
+        }
+    }
+    return ExitCode::Done;
+}
+
+void printReports(const std::vector<LinkReport> &reports, bool isVerbose) {
+    for (const LinkReport &report : reports)
+        print(report, isVerbose);
+}
+
+void printReportsAsJson(const std::vector<LinkReport> &reports) {
+    Json links = Json::array();
+    for (const LinkReport &report : reports)
+        links.push_back(jsonOf(report));
+    Json object = {{"exitCode", static_cast<int>(exitCodeOf(reports))}, {"links", links}};
+    fmt::print("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace));
+}
+
+const char *reportJsonHelp() {
+    return "Fields of the --json report:\n"
+           "  exitCode\n"
+           "  links                              one for each link, and one of kind computer for what concerns all\n"
+           "    kind, link, hardware             serial, usb, adapter (one without a port) or computer\n"
+           "    state                            free, may be in the way, or in the way\n"
+           "    findings                         name, severity (note or as state), text, command, then\n"
+           "    lookedAt                         what was looked at, and what it said";
+}
+
+} // namespace host

@@ -1,0 +1,102 @@
+// vectorix doctor on a system in software.
+#include "host/host_fixture.h"
+#include "support/usb_plotter.h"
+
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+namespace {
+
+class DoctorUsbTest : public HostTest {
+protected:
+    void SetUp() override {
+        if (const char *reason = bed::whyNot()) GTEST_SKIP() << reason;
+        bed.emplace();
+        // For the command, which is not linked to it as this program is.
+        setenv("LD_PRELOAD", "libumockdev-preload.so.0", 1);
+        setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 0);
+    }
+
+    ~DoctorUsbTest() override { unsetenv("LD_PRELOAD"); }
+
+    /// An adapter at 1-1, as one model or another.
+    void addAdapter(uint16_t vendor, uint16_t product) {
+        auto low = [](uint16_t number) { return static_cast<uint8_t>(number & 0xFF); };
+        auto high = [](uint16_t number) { return static_cast<uint8_t>(number >> 8); };
+        bed->addUsb("1-1",
+                    {18, 1, 0, 2, 0, 0, 0, 64, low(vendor), high(vendor), low(product), high(product), 0, 6, 0, 0, 0, 0}, 1);
+    }
+
+    nlohmann::json examine(const std::vector<std::string> &words, int code) {
+        std::vector<std::string> all = {"doctor", "--json"};
+        all.insert(all.end(), words.begin(), words.end());
+        Result result = run(all);
+        EXPECT_EQ(result.code, code) << result.out << result.err;
+        return nlohmann::json::parse(result.out)["links"];
+    }
+
+    static bool has(const nlohmann::json &link, const std::string &name) {
+        for (const auto &found : link["findings"]) {
+            if (found["name"] == name) return true;
+        }
+        return false;
+    }
+
+    std::optional<bed::DeviceBed> bed;
+};
+
+TEST_F(DoctorUsbTest, NothingAtAll) {
+    EXPECT_TRUE(has(examine({}, 3)[0], "nothing-found"));
+    EXPECT_TRUE(has(examine({"--usb"}, 3)[0], "no-such-plotter"));
+}
+
+TEST_F(DoctorUsbTest, PlottersEachWithItsDriver) {
+    const bed::UsbPlotter left(*bed, {.place = "1-1", .driver = "usblp"});
+    auto links = examine({"--usb"}, 0);
+    EXPECT_EQ(links[0]["link"], "0b75:0402@01080000");
+    EXPECT_EQ(links[0]["state"], "free");
+    EXPECT_TRUE(has(links[0], "printer-driver"));
+
+    const bed::UsbPlotter claimed(*bed, {.place = "1-2", .driver = "usbfs"});
+    const bed::UsbPlotter taken(*bed, {.place = "1-3", .vendor = 0x1234, .driver = "cdc_acm"});
+    links = examine({}, 5);
+    EXPECT_TRUE(has(links[1], "claimed")) << links;
+    EXPECT_TRUE(has(links[2], "foreign-driver")) << links;
+    EXPECT_EQ(examine({"--usb", "0b75:0402"}, 5)[1]["link"], "0b75:0402@01100000");
+    EXPECT_NE(examine({"--usb", "0b75:0402@01080000"}, 0)[1]["kind"], "usb") << "only the one that was named";
+}
+
+TEST_F(DoctorUsbTest, AnAdapterWithoutAPort) {
+    addAdapter(0x0403, 0x6001);
+    auto links = examine({}, 3);
+    EXPECT_EQ(links[0]["kind"], "adapter");
+    EXPECT_TRUE(has(links[0], "driver-missing"));
+    EXPECT_EQ(links[0]["findings"][0]["command"], "sudo modprobe ftdi_sio");
+    links = examine({"--port", "/dev/no-such-port"}, 3);
+    EXPECT_TRUE(has(links[0], "no-such-port"));
+    EXPECT_TRUE(has(links[1], "driver-missing")) << "it may be the port that is missed";
+}
+
+TEST_F(DoctorUsbTest, AnAdapterThatAProgramHasTaken) {
+    addAdapter(0x1A86, 0x7523);
+    bed->add("P: " + bed::DeviceBed::usbPath("1-1:1.0") +
+             "\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_interface\n"
+             "L: driver=../../usbfs\n\n");
+    EXPECT_TRUE(has(examine({}, 5)[0], "claimed"));
+}
+
+TEST_F(DoctorUsbTest, AnAdapterWithItsPort) {
+    addAdapter(0x0403, 0x6001);
+    const std::string above = bed::DeviceBed::usbPath("1-1") + "/1-1:1.0/ttyUSB0";
+    bed->add("P: " + above + "\nE: SUBSYSTEM=usb-serial\nE: DRIVER=ftdi_sio\nL: driver=../../ftdi_sio\n\n");
+    bed->add("P: " + above + "/tty/ttyUSB0\nE: DEVNAME=/dev/ttyUSB0\nE: SUBSYSTEM=tty\nE: ID_MM_CANDIDATE=1\n\n");
+    auto links = examine({}, 3);
+    EXPECT_EQ(links[0]["link"], "/dev/ttyUSB0");
+    EXPECT_EQ(links[0]["hardware"], "0403:6001, driver ftdi_sio");
+    EXPECT_EQ(links[0]["findings"][0]["name"].get<std::string>().rfind("no-node", 0), 0U) << "the bed makes none";
+    for (const auto &link : links)
+        EXPECT_NE(link["kind"], "adapter") << "it has its port";
+}
+
+} // namespace
