@@ -2,38 +2,18 @@
 
 #include "host/failure.h"
 #include "host/text.h"
+#include "host/whole_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <fmt/format.h>
-#include <fstream>
-#include <iterator>
 #include <pugixml.hpp>
-#include <sys/stat.h>
 
 namespace host {
 
 namespace {
 
-constexpr off_t kLargest = off_t{16} * 1024 * 1024; // what the plug-in reads
-
 bool isSpace(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
-
-std::string contents(const std::string &path) {
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0) throw fileFailure(path, errno);
-    if (S_ISDIR(status.st_mode)) throw fileFailure(path, EISDIR);
-    if (!S_ISREG(status.st_mode))
-        throw Failure(ExitCode::Unfit, fmt::format("{}: not a file; name a job file", shown(path)));
-    if (status.st_size > kLargest) {
-        throw Failure(ExitCode::Unfit, fmt::format("{}: {} bytes are too many for a job file; is it the plot file?",
-                                                   shown(path), grouped(status.st_size)));
-    }
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw fileFailure(path, errno);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// Reads one document; knows its text, to name lines.
 class Reader {
@@ -182,7 +162,7 @@ private:
 } // namespace
 
 std::vector<JobLine> readJob(const std::string &path) {
-    std::string text = contents(path);
+    std::string text = readWhole(path, "job file");
     return Reader(path, text).read();
 }
 
