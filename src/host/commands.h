@@ -25,5 +25,6 @@ void addJobCommand(CLI::App &app, Typed &typed);
 void addPlottersCommand(CLI::App &app, Typed &typed);
 void addPortsCommand(CLI::App &app, Typed &typed);
 void addLimitsCommand(CLI::App &app, Typed &typed);
+void addProfileCommand(CLI::App &app, Typed &typed);
 
 } // namespace host
