@@ -2,6 +2,7 @@
 
 #include "host/failure.h"
 #include "host/thread_signals.h"
+#include "host/whole_file.h"
 
 #include <array>
 #include <cerrno>
@@ -9,21 +10,6 @@
 #include <unistd.h>
 
 namespace host {
-
-namespace {
-
-bool writeAll(int fd, const char *bytes, size_t size) {
-    while (size > 0) {
-        ssize_t written = write(fd, bytes, size);
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return false;
-        bytes += written;
-        size -= static_cast<size_t>(written);
-    }
-    return true;
-}
-
-} // namespace
 
 Capture::Capture(const std::string &file) : file_(file) {
     output_ = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
@@ -43,7 +29,7 @@ void Capture::keep() {
     // A file that cannot be written must not stop the line: what comes is read on and dropped. The read ends with an error
     // when the near end is closed and all of it has been read.
     for (ssize_t count; (count = read(line_.farEnd(), bytes.data(), bytes.size())) > 0;) {
-        if (writeError_ == 0 && !writeAll(output_, bytes.data(), static_cast<size_t>(count))) writeError_ = errno;
+        if (writeError_ == 0 && !writeAll(output_, {bytes.data(), static_cast<size_t>(count)})) writeError_ = errno;
     }
 }
 

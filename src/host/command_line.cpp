@@ -16,11 +16,13 @@ namespace {
 
 constexpr void (*kCommands[])(CLI::App &, Typed &) = {addPrintCommand, addPreviewCommand, addSimulateCommand,
                                                       addSendCommand,  addJobCommand,     addPlottersCommand,
-                                                      addPortsCommand, addLimitsCommand,  addDoctorCommand};
+                                                      addPortsCommand, addLimitsCommand,  addDoctorCommand,
+                                                      addProfileCommand};
 
 const char *overview() {
     return "Examples:\n"
            "  vectorix print drawing.plt --port /dev/ttyUSB0\n"
+           "  vectorix print drawing.plt -p house\n"
            "  vectorix print drawing.plt --job roll.plist --port /dev/ttyUSB0 --handshake hardware\n"
            "  vectorix print drawing.plt --usb\n"
            "  vectorix print drawing.plt --capture drawing.out\n"

@@ -26,5 +26,6 @@ void addPlottersCommand(CLI::App &app, Typed &typed);
 void addPortsCommand(CLI::App &app, Typed &typed);
 void addLimitsCommand(CLI::App &app, Typed &typed);
 void addDoctorCommand(CLI::App &app, Typed &typed);
+void addProfileCommand(CLI::App &app, Typed &typed);
 
 } // namespace host

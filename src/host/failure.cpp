@@ -18,7 +18,7 @@ const char *exitCodeHelp() {
            "  4    permission denied\n"
            "  5    the port or the plotter is busy\n"
            "  6    the device was lost, or is silent\n"
-           "  7    the job file or the plot file is unfit\n"
+           "  7    the job file, the plot file or the profile is unfit\n"
            "  130  stopped by the user";
 }
 

@@ -16,7 +16,7 @@ enum class ExitCode {
     Permission = 4, ///< not allowed
     Busy = 5,       ///< somebody else holds the port
     Lost = 6,       ///< the device went away or is silent
-    Unfit = 7,      ///< the job file or the plot file
+    Unfit = 7,      ///< the job file, the plot file or the profile
     Stopped = 130   ///< by the user
 };
 

@@ -5,6 +5,7 @@
 #include "host/job_writer.h"
 #include "host/output.h"
 #include "host/text.h"
+#include "host/whole_file.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

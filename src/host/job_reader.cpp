@@ -3,43 +3,20 @@
 #include "host/failure.h"
 #include "host/job_text.h"
 #include "host/text.h"
+#include "host/whole_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <fmt/format.h>
-#include <fstream>
 #include <pugixml.hpp>
-#include <sys/stat.h>
 
 namespace host {
 
 namespace {
 
-constexpr off_t kLargest = off_t{16} * 1024 * 1024; // what the plug-in reads
-
 constexpr size_t kLongestName = 60; // of what a message repeats
 constexpr size_t kMostDepth = 512;  // what the plug-in reads
 
 std::string nameOf(pugi::xml_node element) { return excerpt(element.name(), kLongestName); }
-
-std::string contents(const std::string &path) {
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0) throw fileFailure(path, errno);
-    if (S_ISDIR(status.st_mode)) throw fileFailure(path, EISDIR);
-    if (!S_ISREG(status.st_mode))
-        throw Failure(ExitCode::Unfit, fmt::format("{}: not a file; name a job file", shown(path)));
-    if (status.st_size > kLargest) {
-        throw Failure(ExitCode::Unfit, fmt::format("{}: {} bytes are too many for a job file; is it the plot file?",
-                                                   shown(path), grouped(status.st_size)));
-    }
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw fileFailure(path, errno);
-    std::string text(static_cast<size_t>(status.st_size), '\0');
-    file.read(text.data(), status.st_size);
-    if (file.bad()) throw fileFailure(path, errno);
-    text.resize(static_cast<size_t>(file.gcount()));
-    return text;
-}
 
 /// Reads one document; knows its text, to name lines.
 class Reader {
@@ -209,7 +186,7 @@ private:
 } // namespace
 
 std::vector<JobLine> readJob(const std::string &path) {
-    std::string text = contents(path);
+    std::string text = readWhole(path, "job file");
     return Reader(path, text).read();
 }
 

@@ -2,14 +2,11 @@
 
 #include "host/failure.h"
 #include "host/text.h"
+#include "host/whole_file.h"
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace host {
@@ -44,35 +41,6 @@ std::string element(const JobEntry &entry) {
     return fmt::format("<{0}>{1}</{0}>", kElements[static_cast<size_t>(entry.key->kind)], escaped(entry.value));
 }
 
-bool writeAll(int fd, std::string_view rest) {
-    while (!rest.empty()) {
-        ssize_t count = write(fd, rest.data(), rest.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return false;
-        rest.remove_prefix(static_cast<size_t>(count));
-    }
-    return true;
-}
-
-bool writeAndClose(int fd, const std::string &contents) {
-    bool whole = writeAll(fd, contents) && fsync(fd) == 0;
-    int errorNumber = errno;
-    if (close(fd) == 0) errno = errorNumber;
-    return whole;
-}
-
-/// Gives the file its name. Not every file system can refuse to replace; there the look before has to do.
-bool rename(const std::string &from, const std::string &to, bool force) {
-    if (!force && renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
-    if (!force && errno != EINVAL) return false;
-    return ::rename(from.c_str(), to.c_str()) == 0;
-}
-
-Failure exists(const std::string &path) {
-    return {ExitCode::Failed,
-            fmt::format("{}: exists already; add --force to replace it, or choose another name", shown(path))};
-}
-
 } // namespace
 
 std::string propertyList(const std::vector<JobEntry> &job) {
@@ -80,24 +48,6 @@ std::string propertyList(const std::vector<JobEntry> &job) {
     for (const JobEntry &entry : job)
         text += fmt::format("\t<key>{}</key>\n\t{}\n", entry.key->key, element(entry));
     return text + "</dict>\n</plist>\n";
-}
-
-void writeWhole(const std::string &path, const std::string &contents, bool force) {
-    struct stat status;
-    if (lstat(path.c_str(), &status) == 0) {
-        if (S_ISDIR(status.st_mode)) throw outputFailure(path, EISDIR);
-        if (!force) throw exists(path);
-    }
-    std::string draft = path + ".XXXXXX";
-    int fd = mkostemp(draft.data(), O_CLOEXEC);
-    if (fd < 0) throw outputFailure(path, errno);
-    mode_t mask = umask(0);
-    umask(mask);
-    fchmod(fd, 0666 & ~mask);
-    if (writeAndClose(fd, contents) && rename(draft, path, force)) return;
-    int errorNumber = errno;
-    unlink(draft.c_str());
-    throw errorNumber == EEXIST ? exists(path) : outputFailure(path, errorNumber);
 }
 
 TemporaryJob::TemporaryJob(const std::string &contents) : fd_(memfd_create("vectorix job", MFD_CLOEXEC)) {

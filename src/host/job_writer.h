@@ -11,9 +11,6 @@ namespace host {
 /// The property list of a job. Throws Failure (usage) for a text that is not UTF-8 or holds a NUL.
 std::string propertyList(const std::vector<JobEntry> &job);
 
-/// Writes a file that is either wholly there or not at all. Throws Failure; without force also when the file exists.
-void writeWhole(const std::string &path, const std::string &contents, bool force);
-
 /// A job file in memory: gone with the object, and with the process however that ends.
 class TemporaryJob {
 public:

@@ -4,7 +4,9 @@
 #include "host/job_options.h"
 #include "host/line_settings.h"
 #include "host/output.h"
+#include "host/plotter_options.h"
 #include "host/port_lock.h"
+#include "host/profile_option.h"
 #include "host/query_verdict.h"
 #include "host/record.h"
 #include "host/stop_signals.h"
@@ -21,8 +23,6 @@
 namespace host {
 
 namespace {
-
-constexpr uint32_t kMostVariants = 8; // of the language that has most
 
 struct LimitsOptions {
     std::string port;
@@ -105,7 +105,8 @@ void tell(const LimitsOptions &options, const QueryOutcome &outcome, const Verdi
 
 ExitCode limits(const LimitsOptions &options) {
     if (options.port.empty() && !options.toUsb) {
-        throw Failure(ExitCode::Usage, "limits: say which plotter: --port DEVICE, or --usb");
+        throw Failure(ExitCode::Usage, "limits: say which plotter: --port DEVICE, --usb, or --profile NAME of one with "
+                                       "either");
     }
     UsbChoice choice = parseUsbChoice(options.usbChoice);
     std::optional<PortLock> lock;
@@ -141,27 +142,22 @@ void addLimitsCommand(CLI::App &app, Typed &typed) {
         "Vendor 0b75 has plotters that listen on their first USB pipe, identifiers 20595 to 20597: give --plotter-id for\n"
         "these. All its others listen on the second.\n\n{}",
         exitCodeHelp()));
-    CLI::Option *port = command->add_option("--port", options->port, "Serial port of the plotter, such as /dev/ttyUSB0")
-                            ->type_name("DEVICE");
-    CLI::Option *usb =
-        command->add_option("--usb", options->usbChoice, "USB plotter: the only one, or the one that 'plotters' shows so")
-            ->type_name("[V:P[@LOCATION]]")
-            ->expected(0, 1)
-            ->excludes(port);
+    addProfileOption(*command);
+    CLI::Option *port = addPort(*command, options->port);
+    CLI::Option *usb = addUsb(*command, options->usbChoice)->excludes(port);
     addEmulation(*command, options->emulation);
-    command->add_option("--variant", options->variant, "Variant of the emulation, 1 to 8 (1)")
-        ->check(CLI::Range(1U, kMostVariants).description(""))
-        ->type_name("N");
-    command->add_option("--plotter-id", options->plotterID, "Identifier of a USB plotter, for the choice of its pipes (0)")
-        ->needs(usb)
-        ->type_name("N");
+    addVariant(*command, options->variant);
+    addPlotterID(*command, options->plotterID)->needs(usb);
     addLineOptions(*command, options->line);
     command->add_flag("-v,--verbose", options->verbose, "Show what is said and heard, and what the plug-in says");
     command->add_flag("--json", options->json, "Report as one JSON object");
-    command->callback([options, usb, &typed] {
-        options->toUsb = usb->count() > 0;
+    command->callback([options, command, usb, &typed] {
         typed.wantsJson = options->json;
-        typed.run = [options] { return limits(*options); };
+        typed.run = [options, command, usb] {
+            applyProfile(*command);
+            options->toUsb = usb->count() > 0;
+            return limits(*options);
+        };
     });
 }
 

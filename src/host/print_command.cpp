@@ -1,7 +1,9 @@
 // vectorix print: a plot file to a plotter, into a file as the plotter would have got it, or to a plotter in software.
 #include "host/commands.h"
 #include "host/job_options.h"
+#include "host/plotter_options.h"
 #include "host/print.h"
+#include "host/profile_option.h"
 #include "host/usb_target.h"
 #include "host/verdict.h"
 
@@ -15,7 +17,8 @@ namespace {
 
 ExitCode run(const PrintOptions &options) {
     if (options.port.empty() && options.capture.empty() && options.picture.empty() && !options.toUsb) {
-        throw Failure(ExitCode::Usage, "print: say where to: --port DEVICE, --usb, --capture FILE, or --virtual FILE");
+        throw Failure(ExitCode::Usage, "print: say where to: --port DEVICE, --usb, --capture FILE, --virtual FILE, "
+                                       "or --profile NAME of one with a port or usb");
     }
     parseUsbChoice(options.usbChoice); // what was typed is looked at first
     return print(options);
@@ -28,8 +31,8 @@ void addPrintCommand(CLI::App &app, Typed &typed) {
     CLI::App *command = app.add_subcommand("print", "Print a plot file");
     command->footer(fmt::format("{}\n\n{}\n\n{}", escapeHelp(), jsonHelp(), exitCodeHelp()));
     command->add_option("PLOT", options->plot, "Plot file")->required()->type_name("");
-    auto *port = command->add_option("--port", options->port, "Serial port of the plotter, such as /dev/ttyUSB0")
-                     ->type_name("DEVICE");
+    addProfileOption(*command);
+    CLI::Option *port = addPort(*command, options->port);
     command->add_option("--capture", options->capture, "Print into a file what the plotter would get")
         ->type_name("FILE")
         ->excludes(port);
@@ -38,13 +41,7 @@ void addPrintCommand(CLI::App &app, Typed &typed) {
             ->type_name("FILE")
             ->excludes(port)
             ->excludes("--capture");
-    CLI::Option *usb =
-        command->add_option("--usb", options->usbChoice, "USB plotter: the only one, or the one that 'plotters' shows so")
-            ->type_name("[V:P[@LOCATION]]")
-            ->expected(0, 1)
-            ->excludes(port)
-            ->excludes("--capture")
-            ->excludes(picture);
+    CLI::Option *usb = addUsb(*command, options->usbChoice)->excludes(port)->excludes("--capture")->excludes(picture);
     for (CLI::Option *option : addDrawingOptions(*command, options->drawing))
         option->needs(picture);
     auto *job = command->add_option("--job", options->jobFile, "Job file that says what follows")->type_name("FILE");
@@ -56,10 +53,13 @@ void addPrintCommand(CLI::App &app, Typed &typed) {
     command->add_flag("-v,--verbose", options->verbose, "Show what the plug-in says");
     command->add_flag("-q,--quiet", options->quiet, "Say nothing but errors");
     command->add_flag("--json", options->json, "Report as one JSON object");
-    command->callback([options, usb, &typed] {
-        options->toUsb = usb->count() > 0;
+    command->callback([options, command, usb, &typed] {
         typed.wantsJson = options->json;
-        typed.run = [options] { return run(*options); };
+        typed.run = [options, command, usb] {
+            applyProfile(*command);
+            options->toUsb = usb->count() > 0;
+            return run(*options);
+        };
     });
 }
 

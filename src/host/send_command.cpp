@@ -4,7 +4,9 @@
 #include "host/job_options.h"
 #include "host/line_settings.h"
 #include "host/output.h"
+#include "host/plotter_options.h"
 #include "host/port_lock.h"
+#include "host/profile_option.h"
 #include "host/record.h"
 #include "host/stop_signals.h"
 #include "host/text.h"
@@ -42,6 +44,8 @@ ExitCode send(const SendOptions &options) {
     std::string text = unescaped(options.text, "TEXT");
     requirePlotterText(text, "TEXT");
     if (text.empty()) throw Failure(ExitCode::Usage, "TEXT: empty; type what the plotter is to get, such as 'IN;'");
+    if (options.port.empty())
+        throw Failure(ExitCode::Usage, "send: say which plotter: --port DEVICE, or --profile NAME of one with a port");
     PortLock lock(options.port);
 
     ProgressBar noBar(false);
@@ -92,14 +96,18 @@ void addSendCommand(CLI::App &app, Typed &typed) {
     command->add_option("TEXT", options->text, "Up to 255 ASCII characters; \\n \\r \\t \\e \\xNN \\\\ are understood")
         ->required()
         ->type_name("");
-    command->add_option("--port", options->port, "Serial port of the plotter, such as /dev/ttyUSB0")
-        ->required()
-        ->type_name("DEVICE");
+    addProfileOption(*command);
+    addPort(*command, options->port);
     addEmulation(*command, options->emulation);
     addLineOptions(*command, options->line);
     command->add_flag("-v,--verbose", options->verbose, "Show what the plug-in says");
     command->add_flag("-q,--quiet", options->quiet, "Say nothing but errors");
-    command->callback([options, &typed] { typed.run = [options] { return send(*options); }; });
+    command->callback([options, command, &typed] {
+        typed.run = [options, command] {
+            applyProfile(*command);
+            return send(*options);
+        };
+    });
 }
 
 } // namespace host

@@ -4,6 +4,7 @@
 #include "host/findings.h"
 #include "host/job_options.h"
 #include "host/output.h"
+#include "host/profile_option.h"
 #include "host/stop_signals.h"
 #include "host/text.h"
 #include "virtual_plotter/face/line_loop.h"
@@ -142,6 +143,7 @@ void addSimulateCommand(CLI::App &app, Typed &typed) {
     CLI::App *command = app.add_subcommand("simulate", "Play a plotter on a serial port in software");
     command->footer(fmt::format("Says its port's path on the first line, then plays until Ctrl-C.\n\n{}", exitCodeHelp()));
     command->add_option("--render", options->picture, "Picture to write at the end: .svg, .png or .pdf")->type_name("FILE");
+    addProfileOption(*command);
     addDrawingOptions(*command, options->drawing);
     addLanguage(*command, options->drawing);
     addEmulation(*command, options->emulation);
@@ -160,7 +162,12 @@ void addSimulateCommand(CLI::App &app, Typed &typed) {
         ->check(CLI::Range(0, 3600))
         ->type_name("SECONDS")
         ->needs(once);
-    command->callback([options, &typed] { typed.run = [options] { return simulate(*options); }; });
+    command->callback([options, command, &typed] {
+        typed.run = [options, command] {
+            applyProfile(*command);
+            return simulate(*options);
+        };
+    });
 }
 
 } // namespace host

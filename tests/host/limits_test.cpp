@@ -202,7 +202,7 @@ TEST_F(LimitsTest, RefusesWhatContradictsItself) {
         int code;
         const char *says;
     } kRows[] = {
-        {{"limits"}, 2, "--port DEVICE, or --usb"},
+        {{"limits"}, 2, "--port DEVICE, --usb"},
         {{"limits", "--port", "x", "--usb"}, 2, "excludes"},
         {{"limits", "--port", "x", "--variant", "9"}, 2, "variant"},
         {{"limits", "--port", "x", "--emulation", "17038"}, 2, "17001 to 17037"},

@@ -50,6 +50,18 @@ TEST_F(PrintUsbTest, PrintsToTheOneAtThatPlace) {
     EXPECT_EQ(right.driver(), "usblp") << "given back";
 }
 
+TEST_F(PrintUsbTest, PrintsToTheOneOfAProfile) {
+    setenv("XDG_CONFIG_HOME", path("config").c_str(), 1);
+    const bed::UsbPlotter left(*bed, {.place = "1-1", .vendor = 0x1234});
+    bed::UsbPlotter right(*bed, {.place = "1-2", .vendor = 0x1234});
+    EXPECT_EQ(run({"profile", "add", "right", "--usb", "1234:0402@01100000"}).code, 0);
+    Result result = run({"print", plot_, "-p", "right"});
+    unsetenv("XDG_CONFIG_HOME");
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(right.written(), "IN;" + contents(plot_));
+    EXPECT_EQ(left.written(), "");
+}
+
 TEST_F(PrintUsbTest, NamesThePipeThatIsNone) {
     // The plug-in writes to the second pipe of this vendor's plotters.
     const bed::UsbPlotter plotter(*bed, {.vendor = 0x0C30, .settings = {{{0x02}}}});

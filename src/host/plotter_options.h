@@ -1,0 +1,26 @@
+// The options that say which plotter, for every command that talks to one.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
+
+namespace host {
+
+/// Adds --port.
+CLI::Option *addPort(CLI::App &app, std::string &port);
+
+/// Adds --usb, which may stand alone: the choice is empty then.
+CLI::Option *addUsb(CLI::App &app, std::string &choice);
+
+/// Adds --variant, of the emulation.
+CLI::Option *addVariant(CLI::App &app, uint32_t &variant);
+
+/// Adds --plotter-id, of a USB plotter.
+CLI::Option *addPlotterID(CLI::App &app, int32_t &plotterID);
+
+} // namespace host

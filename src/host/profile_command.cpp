@@ -1,0 +1,177 @@
+// vectorix profile: what a plotter needs, kept under a name.
+#include "host/commands.h"
+#include "host/job_options.h"
+#include "host/output.h"
+#include "host/profile.h"
+#include "host/profile_folder.h"
+#include "host/table.h"
+#include "host/text.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+namespace host {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct CommandOptions {
+    std::string name;
+    ProfileOptions profile;
+    bool force = false;
+    bool json = false;
+    bool namesOnly = false;
+};
+
+void printJson(const Json &object) { printOut("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace)); }
+
+Json jsonOf(const ProfileValue &value) {
+    switch (value.key->kind) {
+    case ProfileKind::Number: return std::stoll(value.words.front());
+    case ProfileKind::Texts: return value.words;
+    case ProfileKind::TextOrTrue:
+        if (value.words.front().empty()) return true;
+        break;
+    case ProfileKind::Text: break;
+    }
+    return value.words.front();
+}
+
+Json jsonOf(const Profile &profile) {
+    Json settings = Json::object();
+    for (const ProfileValue &value : profile.values)
+        settings[value.key->name] = jsonOf(value);
+    return {{"name", profile.name}, {"file", profile.path}, {"settings", settings}};
+}
+
+std::string settingOf(const Profile &profile, std::string_view key) {
+    for (const ProfileValue &value : profile.values) {
+        if (value.key->name == key) return shown(value.words.front());
+    }
+    return {};
+}
+
+std::string linkOf(const Profile &profile) {
+    bool isUsb = std::any_of(profile.values.begin(), profile.values.end(),
+                             [](const ProfileValue &value) { return value.key == findProfileKey("usb"); });
+    if (!isUsb) return settingOf(profile, "port");
+    std::string model = settingOf(profile, "usb");
+    return model.empty() ? "usb" : "usb " + model;
+}
+
+ExitCode add(const CLI::App &command, const CommandOptions &options) {
+    Profile profile{options.name, profilePath(options.name), {}};
+    for (const ProfileKey &key : kProfileKeys) {
+        const CLI::Option *option = command.get_option(optionName(key));
+        if (option->count() == 0) continue;
+        bool isNumber = key.kind == ProfileKind::Number; // may be typed in other ways than a profile writes it
+        profile.values.push_back(
+            {&key, isNumber ? std::vector{fmt::format("{}", option->as<int64_t>())} : option->results()});
+    }
+    if (profile.values.empty()) {
+        throw Failure(ExitCode::Usage, fmt::format("{}: nothing to keep in the profile; add what the plotter needs, such as "
+                                                   "--port DEVICE",
+                                                   options.name));
+    }
+    requireFit(options.profile);
+    writeProfile(profile, options.force);
+    return ExitCode::Done;
+}
+
+/// An unfit profile is told of, and hides no other.
+ExitCode list(const CLI::App &, const CommandOptions &options) {
+    std::vector<std::vector<std::string>> rows = {{"NAME", "LINK", "EMULATION", "PLOTTER"}};
+    Json profiles = Json::array();
+    ExitCode code = ExitCode::Done;
+    for (const std::string &name : profileNames()) {
+        if (options.namesOnly) {
+            printOut("{}\n", name);
+            continue;
+        }
+        try {
+            Profile profile = readProfile(name);
+            rows.push_back({name, linkOf(profile), settingOf(profile, "emulation"), settingOf(profile, "plotter")});
+            profiles.push_back(jsonOf(profile));
+        } catch (const Failure &failure) {
+            code = failure.code();
+            printError("vectorix: {}\n", failure.what());
+            rows.push_back({name, "(unfit)", "", ""});
+            profiles.push_back({{"name", name}, {"file", profilePath(name)}, {"error", failure.what()}});
+        }
+    }
+    if (options.json) {
+        printJson({{"profiles", profiles}});
+    } else if (!options.namesOnly) {
+        printTable(rows);
+    }
+    return code;
+}
+
+ExitCode show(const CLI::App &, const CommandOptions &options) {
+    Profile profile = readProfile(options.name);
+    if (options.json) {
+        printJson(jsonOf(profile));
+        return ExitCode::Done;
+    }
+    printOut("{}\n", shown(profile.path));
+    for (const ProfileValue &value : profile.values) {
+        std::string words = shown(fmt::format("{}", fmt::join(value.words, "  ")));
+        printOut("  {:<10}  {}\n", value.key->name, words.empty() ? "the only one" : words);
+    }
+    return ExitCode::Done;
+}
+
+ExitCode remove(const CLI::App &, const CommandOptions &options) {
+    std::string path = profilePath(options.name);
+    if (unlink(path.c_str()) == 0) return ExitCode::Done;
+    if (errno == ENOENT) throw unknownProfile(options.name);
+    throw fileFailure(path, errno);
+}
+
+constexpr const char *kHelp =
+    "A profile is a file of its own, $XDG_CONFIG_HOME/vectorix/profiles/NAME.toml or the same below ~/.config, with a line\n"
+    "for each option: port = '/dev/ttyUSB0', baud = 2400, tool = ['P1,', 'P2,'], and usb = true for the only USB plotter.\n"
+    "A text in single quotes stands as it would be typed.\n"
+    "\n"
+    "'vectorix print PLOT -p NAME' takes from it what is not typed; so do send, limits and simulate. What is typed wins.\n"
+    "With another --emulation typed than the profile's, its terminator, tools and variant are left out.";
+
+} // namespace
+
+void addProfileCommand(CLI::App &app, Typed &typed) {
+    auto options = std::make_shared<CommandOptions>();
+    CLI::App *profile = app.add_subcommand("profile", "Keep under a name what a plotter needs");
+    profile->require_subcommand(1);
+    profile->footer(fmt::format("{}\n\n{}", kHelp, exitCodeHelp()));
+    auto addCommand = [&](const char *name, const char *help, ExitCode (*run)(const CLI::App &, const CommandOptions &)) {
+        CLI::App *command = profile->add_subcommand(name, help);
+        command->callback([options, command, run, &typed] {
+            typed.wantsJson = options->json;
+            typed.run = [options, command, run] { return run(*command, *options); };
+        });
+        return command;
+    };
+    auto addNamed = [&](const char *name, const char *help, ExitCode (*run)(const CLI::App &, const CommandOptions &)) {
+        CLI::App *command = addCommand(name, help, run);
+        command->add_option("NAME", options->name, "Profile")->required()->type_name("");
+        return command;
+    };
+    CLI::App *adding = addNamed("add", "Make a profile of the options that follow", add);
+    addProfileOptions(*adding, options->profile);
+    adding->add_flag("--force", options->force, "Replace a profile that exists");
+    adding->footer(fmt::format("{}\n\n{}\n\n{}", escapeHelp(), kHelp, exitCodeHelp()));
+    CLI::App *listing = addCommand("list", "List the profiles", list);
+    auto *json = listing->add_flag("--json", options->json, "As one JSON object");
+    listing->add_flag("--names", options->namesOnly, "Their names alone, a line each")->excludes(json);
+    addNamed("show", "Show a profile", show)->add_flag("--json", options->json, "As one JSON object");
+    addNamed("remove", "Remove a profile", remove);
+}
+
+} // namespace host
