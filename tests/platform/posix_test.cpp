@@ -60,24 +60,22 @@ private:
     std::thread thread_;
 };
 
+bool stopIsReadable() {
+    pollfd stop{platform::stopDescriptor(), POLLIN, 0};
+    return ::poll(&stop, 1, 0) == 1;
+}
+
 TEST(Stop, LivesFromTheRequestToTheEndOfTheCall) {
     platform::requestStop();
     EXPECT_FALSE(platform::stopRequested()) << "no call in progress";
-    {
+    for (int round = 0; round < 2; ++round) {
         Call call;
-        EXPECT_FALSE(platform::stopRequested());
-        pollfd stop{platform::stopDescriptor(), POLLIN, 0};
-        EXPECT_EQ(::poll(&stop, 1, 0), 0);
+        EXPECT_FALSE(platform::stopRequested() || stopIsReadable());
         platform::requestStop();
         platform::requestStop();
-        EXPECT_TRUE(platform::stopRequested());
-        EXPECT_EQ(::poll(&stop, 1, 0), 1);
+        EXPECT_TRUE(platform::stopRequested() && stopIsReadable());
     }
     EXPECT_FALSE(platform::stopRequested());
-    Call call;
-    EXPECT_FALSE(platform::stopRequested());
-    pollfd stop{platform::stopDescriptor(), POLLIN, 0};
-    EXPECT_EQ(::poll(&stop, 1, 0), 0);
 }
 
 TEST(Stop, WhatCanBlockFailsAtOnceWithoutTouchingTheLine) {
@@ -96,28 +94,7 @@ TEST(Stop, WhatCanBlockFailsAtOnceWithoutTouchingTheLine) {
     EXPECT_EQ(scripted.log, scripted::Log());
 }
 
-TEST(Stop, FromAnotherThreadEndsASleep) {
-    Call call;
-    Stopper stopper(platform::requestStop);
-    posix::sleep(1000);
-    EXPECT_TRUE(platform::stopRequested());
-}
-
-TEST(Stop, FromASignalHandlerEndsASleep) {
-    struct sigaction action = {}, before;
-    action.sa_handler = [](int) { platform::requestStop(); };
-    sigaction(SIGUSR1, &action, &before);
-    {
-        Call call;
-        const pthread_t self = pthread_self();
-        Stopper stopper([self] { pthread_kill(self, SIGUSR1); });
-        posix::sleep(1000);
-        EXPECT_TRUE(platform::stopRequested());
-    }
-    sigaction(SIGUSR1, &before, nullptr);
-}
-
-TEST(Stop, FromAnotherThreadEndsBlockedTerminalCalls) {
+TEST(Stop, FromAnotherThreadEndsWhatBlocks) {
     Pty pty;
     const std::string text(1 << 20, 'x');
     char c;
@@ -128,6 +105,7 @@ TEST(Stop, FromAnotherThreadEndsBlockedTerminalCalls) {
         {"write", [&] { return posix::write(pty.line, text.data(), text.size()); }}, // nobody reads at the far end
         {"write to a full line", [&] { return posix::write(pty.line, text.data(), text.size()); }},
         {"read", [&] { return posix::read(pty.line, &c, 1); }},
+        {"sleep", [&] { return posix::sleep(1000), 0; }},
     };
     for (const auto &blocked : cases) {
         Call call;
@@ -219,8 +197,7 @@ TEST(Stop, NoRequestReachesTheNextCall) {
         while (i % 1000 == 0 && !platform::stopRequested())
             std::this_thread::yield();
         platform::endCall();
-        pollfd stop{platform::stopDescriptor(), POLLIN, 0};
-        EXPECT_EQ(::poll(&stop, 1, 0), 0) << "left readable after the call";
+        EXPECT_FALSE(stopIsReadable()) << "after the call";
         EXPECT_FALSE(platform::stopRequested());
         if (HasFailure()) break;
     }
@@ -261,31 +238,16 @@ TEST(Terminal, OpenIsPrivateAndIdentityFollowsTheDevice) {
     EXPECT_EQ(fcntl(again, F_GETFL) & O_NONBLOCK, O_NONBLOCK);
     EXPECT_EQ(posix::setStatusFlags(again, 0), 0);
     EXPECT_EQ(fcntl(again, F_GETFL) & O_NONBLOCK, 0);
-    EXPECT_EQ(posix::ioctl(again, TIOCEXCL), 0);
-    EXPECT_EQ(posix::ioctl(again, TIOCNXCL), 0);
-    int waiting = -1;
-    ASSERT_EQ(::write(pty.far, "abc", 3), 3);
-    pollfd arrival{again, POLLIN, 0};
-    ASSERT_EQ(::poll(&arrival, 1, -1), 1);
-    EXPECT_EQ(posix::ioctl(again, FIONREAD, &waiting), 0);
-    EXPECT_EQ(waiting, 3);
     EXPECT_EQ(posix::close(again), 0);
     EXPECT_EQ(posix::identify(again, &second), -1);
-    EXPECT_EQ(posix::open("/nowhere", O_RDWR), -1);
-    EXPECT_EQ(errno, ENOENT);
 }
 
-struct Heard {
-    std::string out, err;
-    static void hear(const char *text, unsigned length, int isError, void *context) {
-        auto *heard = static_cast<Heard *>(context);
-        (isError != 0 ? heard->err : heard->out).append(text, length);
-    }
-};
-
 TEST(Console, AHostsFunctionTakesAllText) {
-    Heard heard;
-    platform::setConsoleFunction(Heard::hear, &heard);
+    std::string heard[2]; // out, err
+    const auto hear = [](const char *text, unsigned length, int isError, void *context) {
+        static_cast<std::string *>(context)[isError].append(text, length);
+    };
+    platform::setConsoleFunction(hear, heard);
     posix::puts("a line");
     posix::printf("%d of %s\n", 1, std::string(5000, 'x').c_str());
     errno = ENOENT;
@@ -294,8 +256,8 @@ TEST(Console, AHostsFunctionTakesAllText) {
     CFShowStr(CFRef(CFStringCreateWithUTF8("shown")).get());
     CFShowStr(0);
     platform::setConsoleFunction(nullptr, nullptr);
-    EXPECT_EQ(heard.out, "a line\n1 of " + std::string(5000, 'x') + "\n");
-    EXPECT_EQ(heard.err, "port: No such file or directory\nshown\n(null)\n");
+    EXPECT_EQ(heard[0], "a line\n1 of " + std::string(5000, 'x') + "\n");
+    EXPECT_EQ(heard[1], "port: No such file or directory\nshown\n(null)\n");
 }
 
 TEST(Console, StandardStreamsOtherwise) {

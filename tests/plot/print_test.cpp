@@ -1,39 +1,53 @@
-// Service 17 over a scripted serial line: what arrives, what is reported, and what is left behind.
+// Service 17 over scripted links: what arrives, what is reported, and what is left behind.
 #include "support/job.h"
+#include "usb/interface.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <random>
-#include <string>
 
 namespace {
 
 using namespace jobs;
+using scripted::fails;
+using scripted::gives;
+using scripted::Log;
+
+constexpr uint16_t kVendor = 0x0B75;
+constexpr const char *kStart17008 = ";:ECN,EF,P0,A,U,U0,0,K,";
 
 class Print : public testing::Test {
 protected:
-    Print() { platform.terminal.logWrites = false; }
+    Print() { terminal.logWrites = false; }
     ~Print() override {
-        ORB_hostSetProgress(nullptr, nullptr);
-        EXPECT_TRUE(platform.terminal.openPaths.empty());
+        EXPECT_TRUE(terminal.openPaths.empty());
+        EXPECT_FALSE(gORB_interfaceInterface);
     }
 
-    ORB_ServiceRecord print(std::string job, std::string plot) {
-        platform.terminal.written.clear();
+    ORB_ServiceRecord run(const ORB_ServiceRecord &record) {
+        platform.log.clear();
+        terminal.written.clear();
+        registry.written.clear();
         platform.console.out.clear();
         platform.console.err.clear();
-        return ORB_getVectorixCS2(printRecord(platform, std::move(job), std::move(plot)));
+        return ORB_getVectorixCS2(record);
     }
+    ORB_ServiceRecord print(std::string job, std::string plot) {
+        return run(printRecord(platform, std::move(job), std::move(plot)));
+    }
+    long logged(const char *line) { return std::count(platform.log.begin(), platform.log.end(), line); }
 
-    /// The report, after checking that it adds up and agrees with what arrived.
-    ORB_JobReport report() {
-        ORB_JobReport r = lastReport();
-        EXPECT_EQ(r.fileBytes, r.sentBytes + r.failedBytes + r.withheldBytes);
-        return r;
+    static void useUsb(ORB_ServiceRecord &record) {
+        record.ORB_OutputMethode = kORB_OSX_METHOD_USB;
+        record.ORB_USBidVendor = kVendor;
+        record.ORB_USBidProduct = 7;
     }
 
     scripted::Platform platform;
+    scripted::Terminal &terminal = platform.terminal;
+    scripted::Registry &registry = platform.registry;
 };
 
 /// Random plotter text with the commands of all families in it.
@@ -55,211 +69,219 @@ TEST_F(Print, SendsTheFileUpToItsLastMarkForEveryFamilyAndSize) {
         for (int size : {1, chunk - 1, chunk, chunk + 1, 2 * chunk, 3 * chunk + 1, 5000}) {
             std::string plot = randomPlot(random, static_cast<size_t>(size) - 1) + (endsAtSign ? "@" : ";");
             ORB_ServiceRecord record = print(simpleJob(emulation, ";"), plot + "\n");
-            EXPECT_EQ(platform.terminal.written, plot) << emulation << " size " << size;
-            EXPECT_EQ(record.ORB_errorID, kORB_NoError);
+            EXPECT_EQ(terminal.written, plot) << emulation << " size " << size;
             EXPECT_EQ(record.ORB_lastService, 6);
-            EXPECT_EQ(record.ORB_portFD, -1);
             EXPECT_EQ(std::string(256, '\0'), std::string(record.ORB_writeBuffer, 256));
-            ORB_JobReport r = report();
-            EXPECT_EQ(r.sentBytes, size);
-            EXPECT_EQ(r.withheldBytes, 1); // the line end, which may be all that the tail holds
-            EXPECT_TRUE(r.stopReason == kORB_StopFinished || r.stopReason == kORB_StopNoMarkInTail) << r.stopReason;
+            // The line end is withheld, and may be all that the tail holds.
+            EXPECT_NE(reportText().find(std::to_string(size) + " sent + 0 failed + 1 withheld"), std::string::npos);
         }
     }
 }
 
-TEST_F(Print, ChunksWithoutACutGoWhole) {
-    std::string plot(1000, 'x');
-    print(simpleJob(17002, ";"), plot + ";");
-    EXPECT_EQ(platform.terminal.written, plot + ";");
-    EXPECT_EQ(report().uncutChunks, 15U);
-    print(simpleJob(17008, ""), plot + ",D@"); // no terminator: nothing can be cut, the at sign still ends the file
-    EXPECT_EQ(platform.terminal.written, plot + ",D@");
-    EXPECT_EQ(report().uncutChunks, 3U);
-}
-
-struct EndCase {
-    const char *what;
-    int emulation;
-    const char *terminator;
-    std::string plot;
-    std::string arrives;
-    uint32_t stopReason;
-    int32_t firstErrorID;
-    int64_t firstErrorOffset;
-};
-
-TEST_F(Print, HowJobsEnd) {
-    const std::string chunk(64, ';');
-    const EndCase kCases[] = {
-        {"empty file", 17002, ";", "", "", kORB_StopFinished, kORB_NoError, -1},
-        {"text behind the last mark", 17002, ";", "PU;rest", "PU;", kORB_StopFinished, kORB_NoError, -1},
-        {"no mark in the tail", 17002, ";", "PU", "", kORB_StopNoMarkInTail, kORB_NoError, -1},
-        {"no mark in the tail behind a chunk", 17002, ";", chunk + "PU", chunk, kORB_StopNoMarkInTail, kORB_NoError, -1},
-        {"not ASCII in a chunk", 17002, ";", chunk + ";;;;;;\xE9;" + chunk, chunk, kORB_StopNotASCII,
-         kORB_ErrorPathNameTooLong, 70},
-        {"not ASCII in the tail", 17002, ";", "PU;\x80", "", kORB_StopNotASCII, kORB_ErrorPathNameTooLong, 3},
-        {"no terminator", 17002, "", "PU;", "", kORB_StopJobFile, kORB_ErrorNoTerminator, -1},
-        {"no terminator for 17009", 17009, "", "PU;", "", kORB_StopJobFile, kORB_ErrorNoTerminator, -1},
-        {"a NUL withholds the piece's rest", 17002, ";", std::string("PU\0PD;", 6), "PU", kORB_StopFinished, kORB_NoError,
-         -1},
+TEST_F(Print, Outcomes) {
+    const std::string chunk(64, ';'), kilobyte(1000, 'x');
+    using Sent = ORB_ServiceRecord;
+    const auto nothing = [](Sent &) {};
+    const auto overUsb = [](auto given) { return [=](Sent &record) { useUsb(record), given(); }; };
+    int failedReads = 0, calls = 0;
+    const auto stopAtThird = [](const ORB_JobReport *soFar, void *context) {
+        return ++*static_cast<int *>(context) == 3 && soFar->sentBytes == 192 ? 1 : 0;
     };
-    for (const EndCase &c : kCases) {
-        ORB_ServiceRecord record = print(simpleJob(c.emulation, c.terminator), c.plot);
-        EXPECT_EQ(platform.terminal.written, c.arrives) << c.what;
-        EXPECT_EQ(record.ORB_errorID, kORB_NoError) << c.what; // the close's
-        ORB_JobReport r = report();
-        EXPECT_EQ(r.stopReason, c.stopReason) << c.what;
-        EXPECT_EQ(r.sentBytes, static_cast<int64_t>(c.arrives.size())) << c.what;
-        EXPECT_EQ(r.firstErrorID, c.firstErrorID) << c.what;
-        EXPECT_EQ(r.firstErrorOffset, c.firstErrorOffset) << c.what;
+    const auto failingFrom = [&](int64_t start, OSErr failure) {
+        return [&, start, failure](Sent &) {
+            platform.files.onRead = [&, start, failure](int64_t at) {
+                if (at < start) return OSErr{noErr};
+                ++failedReads;
+                return failure;
+            };
+        };
+    };
+    const struct {
+        const char *what;
+        int emulation;
+        const char *terminator;
+        std::string plot;
+        std::function<void(Sent &)> given;
+        std::string arrives;
+        const char *outcome; ///< the record's identifier (over a serial line the close's), and the report
+        const char *console = "";
+    } cases[] = {
+        {"empty file", 17002, ";", "", nothing, "",
+         "22007; stop 0, no error; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
+        {"text behind the last mark", 17002, ";", "PU;rest", nothing, "PU;",
+         "22007; stop 0, no error; 3 sent + 0 failed + 4 withheld, 1+0 pieces, 0 uncut"},
+        {"no mark in the tail behind a chunk", 17002, ";", chunk + "PU", nothing, chunk,
+         "22007; stop 3, no error; 64 sent + 0 failed + 2 withheld, 1+0 pieces, 1 uncut"},
+        {"not ASCII in a chunk", 17002, ";", chunk + ";;;;;;\xE9;" + chunk, nothing, chunk,
+         "22007; stop 2, error 23009/0 at 70; 64 sent + 0 failed + 72 withheld, 1+0 pieces, 1 uncut"},
+        {"not ASCII in the tail", 17002, ";", "PU;\x80", nothing, "",
+         "22007; stop 2, error 23009/0 at 3; 0 sent + 0 failed + 4 withheld, 0+0 pieces, 0 uncut"},
+        {"no terminator", 17002, "", "PU;", nothing, "",
+         "22007; stop 6, error 38010/0 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
+        {"nor for 17009", 17009, "", "PU;", nothing, "",
+         "22007; stop 6, error 38010/0 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
+        {"17008 ends at its sign without one", 17008, "", kilobyte + ",D@", nothing, kilobyte + ",D@",
+         "22007; stop 0, no error; 1003 sent + 0 failed + 0 withheld, 4+0 pieces, 3 uncut"},
+        {"a NUL withholds the piece's rest", 17002, ";", std::string("PU\0PD;", 6), nothing, "PU",
+         "22007; stop 0, no error; 2 sent + 0 failed + 4 withheld, 1+0 pieces, 0 uncut"},
+        {"the last piece of 17011 is shown", 17011, ";", "%d%@U1,1;rest", nothing, "%d%@U1,1;",
+         "22007; stop 0, no error; 9 sent + 0 failed + 4 withheld, 1+0 pieces, 0 uncut", "%d%@U1,1;\n\n"},
+        {"no plot file", 17002, ";", "", [&](Sent &) { platform.files.files.erase(kPlotPath); }, "",
+         "22007; stop 5, error 38001/-43 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut",
+         "FSOpenFork() returned -43\n"},
+        {"a chunk that cannot be read", 17002, ";", kilobyte, failingFrom(200, eofErr), kilobyte.substr(0, 256),
+         "22007; stop 5, error 38004/-39 at 256; 256 sent + 0 failed + 744 withheld, 4+0 pieces, 4 uncut",
+         "[[ORB_VectorixService17] ] & ORB_error ID 38004\n"},
+        {"a tail that cannot be read", 17002, ";", kilobyte, failingFrom(960, ioErr), kilobyte.substr(0, 960),
+         "22007; stop 5, error 38007/-36 at 960; 960 sent + 0 failed + 40 withheld, 15+0 pieces, 15 uncut"},
+        {"failed and short writes", 17002, ";", kilobyte + ";",
+         [&](Sent &) {
+             terminal.script("write", gives(64)), terminal.script("write", fails(EIO)), terminal.script("write", gives(10));
+         },
+         kilobyte.substr(118) + ";",
+         "22007; stop 0, error 25002/5 at 64; 883 sent + 118 failed + 0 withheld, 14+2 pieces, 15 uncut"},
+        {"stopped from a signal", 17002, ";", kilobyte, [&](Sent &) { terminal.onWrite = [](std::string_view) { ORB_hostStop(); }; },
+         kilobyte.substr(0, 64),
+         "22007; stop 1, error 38011/0 at 64; 64 sent + 0 failed + 936 withheld, 1+0 pieces, 1 uncut"},
+        {"stopped by the progress function", 17002, ";", kilobyte,
+         [&](Sent &) { ORB_hostSetProgress(stopAtThird, &(calls = 0)); }, kilobyte.substr(0, 192),
+         "22007; stop 1, error 38011/0 at 192; 192 sent + 0 failed + 808 withheld, 3+0 pieces, 3 uncut"},
+        {"the stop does not outlive its call", 17002, ";", "PU;", nothing, "PU;",
+         "22007; stop 0, no error; 3 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut"},
+        {"no such handle as the path", 17002, ";", "PU;", [](Sent &r) { r.ORB_CFSTR_bsdIn_VectorixDevice = 0x12345678; }, "",
+         "27010; stop 4, error 27010/-1 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut",
+         " [S17] called by ORB Vectorix\n[ORB_SerialopenPort] returns an error -1\n"
+         "[main] & ORB_error ID 27010\n[main] ORB_VectorixService17 returns an error -1\n"
+         "[main] & ORB_error ID 27010\n"},
+        {"a path that is not ASCII", 17002, ";", "PU;",
+         [](Sent &r) { r.ORB_CFSTR_bsdIn_VectorixDevice = platform::constantString("/dev/pl\xC3\xB6tter"); }, "",
+         "22007; stop 7, error 23009/0 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut",
+         " [S17] called by ORB Vectorix\n"},
+        {"no port", 17002, ";", "PU;", [&](Sent &) { terminal.script("open", fails(ENOENT), 11); }, "",
+         "24001; stop 4, error 24001/0 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
+        {"line and tools by different emulations", 17002, ";", "PU;", [](Sent &r) { r.ORB_EmulationID = 17008; }, ";:PU;",
+         "22007; stop 0, no error; 3 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut"},
+
+        {"USB: start-up text", 17002, ";", "PU;rest", useUsb, "IN;PU;",
+         "22007; stop 0, no error; 3 sent + 0 failed + 4 withheld, 1+0 pieces, 0 uncut"},
+        {"USB: no start-up text", 17009, ";", "PU;", useUsb, "PU;",
+         "22007; stop 0, no error; 3 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut"},
+        {"USB: start-up refused", 17002, ";", "PU;", overUsb([&] {
+             registry.script("ClearPipeStallBothEnds", gives(kIOUSBPipeStalled)),
+                 registry.script("WritePipe", gives(kIOReturnIOError));
+         }),
+         "PU;", "22007; stop 0, error 29008/-536854449 at -1; 3 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut",
+         "ORBTARGET_API_MAC_OSX_PANTHER  : ClearPipeStallBothEnds returns an error : -536854449[S18] first "
+         "attempt : unable to write on this pipe  2\n"},
+        {"USB: one of two start-up texts refused", 17008, ";", "U1,1,@",
+         overUsb([&] { registry.script("WritePipe", gives(kIOReturnIOError), 6); }), std::string(kStart17008) + "U1,1,@",
+         "22007; stop 0, error 29008/-536870198 at -1; 6 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut",
+         "[S18 : ORB_readPlotFile2Write] & ORB_error ID 29008\n"},
+        {"USB: held by another", 17002, ";", "PU;",
+         overUsb([&] { registry.script("USBInterfaceOpen", gives(kIOReturnExclusiveAccess)); }), "",
+         "29002; stop 4, error 29002/-536870203 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut",
+         "[ORB_VectorixService17] ORB_readPlotFile2Write returns an error -536870203\n"},
+        {"USB: no interface listed", 17002, ";", "PU;", overUsb([&] { registry.devices[0].interfaces = 0; }), "",
+         "22007; stop 4, error 28002/0 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
+        {"USB: device not opened", 17002, ";", "PU;",
+         overUsb([&] { registry.script("USBDeviceOpen", gives(kIOReturnNotPermitted), 2); }), "",
+         "28004; stop 4, error 28004/-536870174 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut",
+         "[ORB_VectorixService17] ORB_VectorixService8 returns an error -536870174\n"},
+        {"USB: no plot file", 17002, ";", "", overUsb([&] { platform.files.files.erase(kPlotPath); }), "IN;",
+         "38001; stop 5, error 38001/-43 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
+        {"USB: a piece counts once however often it is tried", 17002, ";", kilobyte.substr(0, 300) + ";", overUsb([&] {
+             registry.script("WritePipe", gives(0), 2), registry.script("WritePipe", gives(kIOReturnNoDevice), 8);
+         }),
+         "IN;" + kilobyte.substr(0, 236) + ";",
+         "22007; stop 0, error 29008/-536870208 at 64; 237 sent + 64 failed + 0 withheld, 4+1 pieces, 4 uncut"},
+        {"USB: stopped", 17002, ";", kilobyte, overUsb([&] {
+             registry.onWrite = [&](std::string_view) {
+                 if (registry.written.size() > 100) ORB_hostStop();
+             };
+         }),
+         "IN;" + kilobyte.substr(0, 192),
+         "38011; stop 1, error 38011/0 at 192; 192 sent + 0 failed + 808 withheld, 3+0 pieces, 3 uncut"},
+        {"a third method", 17002, ";", "PU;", [](Sent &r) { useUsb(r), r.ORB_OutputMethode = 3; }, "",
+         "22007; stop 4, error 29002/-536870195 at -1; 0 sent + 3 failed + 0 withheld, 0+1 pieces, 0 uncut"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        terminal.onWrite = registry.onWrite = nullptr;
+        terminal.nextDescriptor = 5;
+        platform.files.onRead = nullptr;
+        registry.devices = {{kVendor, 7, 0x01100000}};
+        failedReads = 0;
+        Sent record = printRecord(platform, simpleJob(c.emulation, c.terminator), c.plot);
+        c.given(record);
+        const uint32_t objects = platform::liveObjectCount();
+        record = run(record);
+        ORB_hostSetProgress(nullptr, nullptr);
+        EXPECT_EQ(terminal.written + registry.written, c.arrives);
+        EXPECT_EQ(std::to_string(record.ORB_errorID) + "; " + reportText(), c.outcome);
+        const std::string console = platform.console.out + platform.console.err;
+        EXPECT_NE(console.find(c.console), std::string::npos) << console;
+        EXPECT_EQ(failedReads % 11, 0); // each is tried so often
+        EXPECT_EQ(record.ORB_portFD, -1);
+        EXPECT_EQ(record.ORB_interfaceOpen, 0U);
+        EXPECT_EQ(logged("released open"), 0);
+        const bool serial = record.ORB_OutputMethode == kORB_OSX_METHOD_SERIAL;
+        EXPECT_EQ(logged("USBDeviceOpen") > 0, !serial);
+        EXPECT_EQ(logged("tcflush 5 TCOFLUSH") > 0, serial && lastReport().stopReason == kORB_StopByHost);
+        ORB_hostReleaseString(record.ORB_CFSTR_message);
+        ORB_hostReleaseString(record.ORB_CFSTR_PlotfileTerminator);
+        EXPECT_EQ(platform::liveObjectCount(), objects);
     }
 }
 
-TEST_F(Print, FilesThatCannotBeRead) {
-    auto record = printRecord(platform, simpleJob(17002, ";"), "PU;");
-    platform.files.files.erase(kPlotPath);
-    record = ORB_getVectorixCS2(record);
-    EXPECT_EQ(platform.console.err, "FSOpenFork() returned -43\n");
-    EXPECT_EQ(record.ORB_errorID, kORB_NoError);
-    EXPECT_EQ(report().firstErrorID, kORB_ErrorOpeningPlotFile);
-    EXPECT_EQ(report().firstStatus, fnfErr);
-
-    // A file that shrinks while it is read: the chunk is tried eleven times.
-    int reads = 0;
-    platform.files.onRead = [&](int64_t offset) { return offset < 200 ? noErr : (++reads, eofErr); };
-    print(simpleJob(17002, ";"), std::string(1000, 'x') + ";");
-    EXPECT_EQ(reads, 11);
-    EXPECT_EQ(report().sentBytes, 256);
-    EXPECT_EQ(report().stopReason, unsigned{kORB_StopPlotFile});
-    EXPECT_EQ(report().firstErrorID, kORB_ErrorChunkUnreadable);
-    EXPECT_EQ(report().firstErrorOffset, 256);
-    EXPECT_NE(platform.console.out.find("[[ORB_VectorixService17] ] & ORB_error ID 38004\n"), std::string::npos);
-
-    platform.files.onRead = [&](int64_t offset) { return offset < 960 ? noErr : ioErr; };
-    print(simpleJob(17002, ";"), std::string(1000, 'x') + ";");
-    EXPECT_EQ(report().firstErrorID, kORB_ErrorTailUnreadable);
-    EXPECT_EQ(report().firstStatus, ioErr);
-}
-
-TEST_F(Print, FailedWritesShowInTheReportOnly) {
-    platform.terminal.script("write", scripted::gives(64));
-    platform.terminal.script("write", scripted::fails(EIO));
-    platform.terminal.script("write", scripted::gives(10));
-    std::string plot(1000, 'x');
-    ORB_ServiceRecord record = print(simpleJob(17002, ";"), plot + ";");
-    EXPECT_EQ(record.ORB_errorID, kORB_NoError);
-    ORB_JobReport r = report();
-    EXPECT_EQ(r.failedBytes, 64 + 54);
-    EXPECT_EQ(r.piecesFailed, 2U);
-    EXPECT_EQ(r.piecesSent, 14U);
-    EXPECT_EQ(r.firstErrorID, kORB_ErrorUnvalidPort);
-    EXPECT_EQ(r.firstStatus, EIO);
-    EXPECT_EQ(r.firstErrorOffset, 64);
-    EXPECT_EQ(r.sentBytes, static_cast<int64_t>(platform.terminal.written.size()));
+TEST_F(Print, UsbCallsInOrder) {
+    ORB_ServiceRecord record = printRecord(platform, simpleJob(17002, ";"), "PU;");
+    useUsb(record);
+    registry.devices = {{kVendor, 7, 0x01100000}};
+    record = run(record);
+    EXPECT_EQ(record.ORB_lastService, 2);
+    EXPECT_EQ(record.ORB_deviceCount, 0);
+    EXPECT_EQ(record.ORB_USB_PIPEOUT, 2);
+    const Log calls(std::find(platform.log.begin(), platform.log.end(), "USBInterfaceOpen"), platform.log.end());
+    EXPECT_EQ(calls, (Log{"USBInterfaceOpen", "SetAlternateInterface 1", "ClearPipeStallBothEnds 2", "sleep 2",
+                          "WritePipe 2 \"IN;\"", "WritePipe 2 \"PU;\"", "USBInterfaceClose"}));
+    EXPECT_EQ(platform.console.out, " [S17] called by ORB Vectorix\n");
 }
 
 TEST_F(Print, ToolsGoOutInOrderBeforeThePlot) {
-    Keys keys = {{"Plotter emulation ID :", integer(17008)}, {"ORB_UseTools :", integer(1)}};
-    for (int i = 8; i > 0; --i) {
-        if (i == 4) continue; // an empty one is skipped
-        keys.push_back({"ORB_CFSTR_Tool" + std::to_string(i) + " :", string("P" + std::to_string(i) + ",")});
+    const struct {
+        const char *what;
+        std::string tool4;
+        bool usb, failing;
+        std::string arrives;
+        const char *outcome;
+    } cases[] = {
+        {"a missing one is skipped", "", false, false, "P1,P2,P3,P5,P6,P7,P8,U1,1,@",
+         "stop 0, no error; 6 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut"},
+        {"a failed one does not end the sequence", "P4,", false, true, "P2,P3,P4,P5,P6,P7,P8,U1,1,@",
+         "stop 0, error 25002/5 at -1; 6 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut"},
+        {"too long", std::string(256, 'x'), false, false, "P1,P2,P3,",
+         "stop 7, error 23009/0 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
+        {"not ASCII", "\xC3\xA9", false, false, "P1,P2,P3,",
+         "stop 7, error 23009/0 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
+        {"over USB", "P4,", true, false, std::string(kStart17008) + kStart17008 + "P1,P2,P3,P4,P5,P6,P7,P8,U1,1,@",
+         "stop 0, no error; 6 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut"},
+    };
+    registry.devices = {{kVendor, 7, 0x01100000}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        Keys keys = {{"Plotter emulation ID :", integer(17008)}, {"ORB_UseTools :", integer(1)}};
+        for (int i = 8; i > 0; --i) {
+            if (i == 4 && c.tool4.empty()) continue;
+            keys.push_back(
+                {"ORB_CFSTR_Tool" + std::to_string(i) + " :", string(i == 4 ? c.tool4 : "P" + std::to_string(i) + ",")});
+        }
+        ORB_ServiceRecord record = printRecord(platform, jobXML(keys), "U1,1,@");
+        if (c.usb) useUsb(record);
+        if (c.failing) terminal.script("write", fails(EIO));
+        run(record);
+        EXPECT_EQ(terminal.written + registry.written, c.arrives);
+        EXPECT_EQ(reportText(), c.outcome);
     }
-    print(jobXML(keys), "U1,1,@");
-    EXPECT_EQ(platform.terminal.written, "P1,P2,P3,P5,P6,P7,P8,U1,1,@");
-
-    platform.terminal.script("write", scripted::fails(EIO)); // a failed tool does not stop the sequence
-    print(jobXML(keys), "U1,1,@");
-    EXPECT_EQ(platform.terminal.written, "P2,P3,P5,P6,P7,P8,U1,1,@");
-    EXPECT_EQ(report().firstErrorOffset, -1);
-    EXPECT_EQ(report().firstErrorID, kORB_ErrorUnvalidPort);
-
-    for (const std::string &tool : {std::string(256, 'x'), std::string("\xC3\xA9")}) {
-        Keys unfit = keys;
-        unfit.push_back({"ORB_CFSTR_Tool4 :", string(tool)});
-        print(jobXML(unfit), "U1,1,@");
-        EXPECT_EQ(platform.terminal.written, "P1,P2,P3,");
-        EXPECT_EQ(report().stopReason, unsigned{kORB_StopUnconvertible});
-        EXPECT_NE(platform.console.out.find("& ORB_error ID 23009\n"), std::string::npos);
-    }
-
-    // The line's start-up follows ORB_EmulationID, the tools follow the job's emulation.
-    auto record = printRecord(platform, simpleJob(17002, ";"), "PU;");
-    record.ORB_EmulationID = 17008;
-    platform.terminal.written.clear();
-    ORB_getVectorixCS2(record);
-    EXPECT_EQ(platform.terminal.written, ";:PU;");
-}
-
-TEST_F(Print, TheHostStopsByProgressAndBySignal) {
-    struct Host {
-        int calls = 0;
-        int64_t sent = 0;
-    } host;
-    ORB_hostSetProgress(
-        [](const ORB_JobReport *soFar, void *context) {
-            auto *h = static_cast<Host *>(context);
-            h->sent = soFar->sentBytes;
-            return ++h->calls == 3 ? 1 : 0;
-        },
-        &host);
-    ORB_ServiceRecord record = print(simpleJob(17002, ";"), std::string(1000, 'x') + ";");
-    EXPECT_EQ(host.calls, 3);
-    EXPECT_EQ(host.sent, 192);
-    EXPECT_EQ(report().stopReason, unsigned{kORB_StopByHost});
-    EXPECT_EQ(report().firstErrorID, kORB_ErrorStopped);
-    EXPECT_EQ(record.ORB_portFD, -1);
-    EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(), "tcflush 5 TCOFLUSH"), 1);
-
-    ORB_hostSetProgress(nullptr, nullptr);
-    platform.terminal.onWrite = [](std::string_view) { ORB_hostStop(); };
-    print(simpleJob(17002, ";"), std::string(1000, 'x') + ";");
-    EXPECT_EQ(report().stopReason, unsigned{kORB_StopByHost});
-    EXPECT_EQ(platform.terminal.written.size(), 64U);
-
-    platform.terminal.onWrite = nullptr; // the stop does not outlive its call
-    print(simpleJob(17002, ";"), "PU;");
-    EXPECT_EQ(platform.terminal.written, "PU;");
-}
-
-TEST_F(Print, Links) {
-    auto record = printRecord(platform, simpleJob(17002, ";"), "PU;");
-    record.ORB_CFSTR_bsdIn_VectorixDevice = 0x12345678; // no such handle
-    record = ORB_getVectorixCS2(record);
-    EXPECT_EQ(record.ORB_errorID, kORB_SerialTools_errorNoBSDIn);
-    EXPECT_EQ(platform.console.out, " [S17] called by ORB Vectorix\n[ORB_SerialopenPort] returns an error -1\n"
-                                    "[main] & ORB_error ID 27010\n[main] ORB_VectorixService17 returns an error -1\n"
-                                    "[main] & ORB_error ID 27010\n");
-    EXPECT_EQ(report().stopReason, unsigned{kORB_StopNoLink});
-
-    platform.console.out.clear();
-    record.ORB_CFSTR_bsdIn_VectorixDevice = platform::constantString("/dev/pl\xC3\xB6tter");
-    record = ORB_getVectorixCS2(record);
-    EXPECT_EQ(record.ORB_errorID, kORB_NoError);
-    EXPECT_EQ(platform.console.out, " [S17] called by ORB Vectorix\n");
-    EXPECT_EQ(report().stopReason, unsigned{kORB_StopUnconvertible});
-
-    platform.terminal.always("open", scripted::fails(ENOENT));
-    record = print(simpleJob(17002, ";"), "PU;");
-    EXPECT_EQ(record.ORB_errorID, kORB_ErrorOpeningPort);
-    EXPECT_EQ(report().stopReason, unsigned{kORB_StopNoLink});
-}
-
-TEST_F(Print, ShowsTheLastPieceOf17011) {
-    print(simpleJob(17011, ";"), "%d%@U1,1;rest");
-    EXPECT_NE(platform.console.out.find("%d%@U1,1;\n\n"), std::string::npos) << platform.console.out;
-}
-
-TEST_F(Print, LeavesNothingBehind) {
-    print(simpleJob(17002, ";"), "PU;");
-    uint32_t before = platform::liveObjectCount();
-    for (int i = 0; i < 100; ++i) {
-        ORB_ServiceRecord record = print(simpleJob(17002, ";"), "PU0,0;PD1,1;");
-        ORB_hostReleaseString(record.ORB_CFSTR_message);
-        ORB_hostReleaseString(record.ORB_CFSTR_PlotfileTerminator);
-    }
-    EXPECT_EQ(platform::liveObjectCount(), before);
-    EXPECT_EQ(platform.files.openForks, 0);
 }
 
 } // namespace

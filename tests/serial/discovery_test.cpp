@@ -1,7 +1,6 @@
 #include "serial/discovery.h"
 
 #include "serial_fixture.h"
-#include "service/state.h"
 
 namespace {
 
@@ -16,39 +15,59 @@ Ports ports(int count) {
     return made;
 }
 
-struct DiscoveryCase {
-    const char *what;
-    std::function<void(scripted::Registry &)> given;
-    int32_t result, errorID, count;
-    const char *console;
-};
+constexpr const char *kSevenInSix = "ttyUSB1/12 ttyUSB2/12 ttyUSB3/12 ttyUSB4/12 ttyUSB5/12 ttyUSB7/12 ";
+constexpr const char *kNoName = "return as ORB_IOproperty1 == (CFStringRef) NULL\n";
+
+using Given = std::function<void(scripted::Registry &)>;
+
+/// Three ports, the second one with another value under the key; none when it is empty.
+Given secondWith(const char *key, const std::string &value) {
+    return [=](scripted::Registry &registry) {
+        registry.serialPorts = ports(3);
+        if (value.empty())
+            registry.serialPorts[1].erase(key);
+        else
+            registry.serialPorts[1][key] = value;
+    };
+}
+
+Given failing(const char *call) {
+    return [=](scripted::Registry &registry) { registry.script(call, gives(-5)); };
+}
+
+/// The names in the slots, and the size of each callout path.
+std::string listed() {
+    std::string all;
+    for (int slot = 0; slot < 6; ++slot) {
+        const std::string_view name = platform::stringView(answer().ORB_CFSTR_TTYDevice[slot]);
+        if (name.empty()) continue;
+        all.append(name).append("/").append(std::to_string(CFStringGetLength(answer().ORB_CFSTR_CalloutDevice[slot])) + " ");
+        EXPECT_EQ(platform::stringView(answer().ORB_CFSTR_DialinDevice[slot]), "/dev/" + std::string(name));
+    }
+    return all;
+}
 
 TEST(Discovery, Outcomes) {
-    const DiscoveryCase kCases[] = {
-        {"no registry", [](auto &r) { r.script("IOMasterPort", gives(-5)); }, -5, kORB_ErrorMasterPort, 0, ""},
-        {"no dictionary", [](auto &r) { r.script("IOServiceMatching", gives(-5)); }, 0, kORB_ErrorMatching, 0, ""},
-        {"no iterator", [](auto &r) { r.script("IOServiceGetMatchingServices", gives(-5)); }, -5, kORB_ErrorGetServices, 0,
-         ""},
-        {"no port", [](auto &) {}, 0, kORB_ErrorNoPort, 0, ""},
-        {"three", [](auto &r) { r.serialPorts = ports(3); }, 0, kORB_NoError, 3, ""},
-        {"eight", [](auto &r) { r.serialPorts = ports(8); }, 0, kORB_NoError, 7, ""},
-        {"a second one without a name", [](auto &r) { r.serialPorts = ports(3), r.serialPorts[1].erase("IOTTYDevice"); }, 0,
-         kORB_NoError, 1, "return as ORB_IOproperty1 == (CFStringRef) NULL\n"},
-        {"a second one without a dial-in path",
-         [](auto &r) { r.serialPorts = ports(3), r.serialPorts[1].erase("IODialinDevice"); }, 0, kORB_NoError, 1, ""},
-        {"a path of 39 characters",
-         [](auto &r) { r.serialPorts = ports(1), r.serialPorts[0]["IOCalloutDevice"] = std::string(39, 'x'); }, 0,
-         kORB_NoError, 1, ""},
-        {"of 40", [](auto &r) { r.serialPorts = ports(2), r.serialPorts[1]["IODialinDevice"] = std::string(40, 'x'); }, 0,
-         kORB_ErrorPathNameTooLong, 1, ""},
-        {"39 characters that take more in UTF-8",
-         [](auto &r) {
-             std::string path = std::string(38, 'x') + "\xC3\xA9";
-             r.serialPorts = ports(1), r.serialPorts[0]["IOCalloutDevice"] = path;
-         },
-         0, kORB_NoError, 1, ""},
+    const std::string wide = std::string(38, 'x') + "\xC3\xA9"; // 39 characters, more bytes in UTF-8
+    const struct {
+        const char *what;
+        Given given;
+        int32_t result, errorID, count;
+        const char *console, *listed;
+    } cases[] = {
+        {"no registry", failing("IOMasterPort"), -5, kORB_ErrorMasterPort, 0, "", ""},
+        {"no dictionary", failing("IOServiceMatching"), 0, kORB_ErrorMatching, 0, "", ""},
+        {"no iterator", failing("IOServiceGetMatchingServices"), -5, kORB_ErrorGetServices, 0, "", ""},
+        {"no port", [](auto &) {}, 0, kORB_ErrorNoPort, 0, "", ""},
+        {"eight", [](auto &r) { r.serialPorts = ports(8); }, 0, kORB_NoError, 7, "", kSevenInSix},
+        {"no name", secondWith("IOTTYDevice", ""), 0, kORB_NoError, 1, kNoName, "ttyUSB1/12 "},
+        {"no callout path", secondWith("IOCalloutDevice", ""), 0, kORB_NoError, 1, "", "ttyUSB1/12 "},
+        {"no dial-in path", secondWith("IODialinDevice", ""), 0, kORB_NoError, 1, "", "ttyUSB1/12 "},
+        {"a path of 39 characters", secondWith("IOCalloutDevice", wide), 0, kORB_NoError, 3, "",
+         "ttyUSB1/12 ttyUSB2/40 ttyUSB3/12 "},
+        {"of 40", secondWith("IODialinDevice", std::string(40, 'x')), 0, kORB_ErrorPathNameTooLong, 1, "", "ttyUSB1/12 "},
     };
-    for (const DiscoveryCase &c : kCases) {
+    for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
         scripted::Platform platform;
         c.given(platform.registry);
@@ -60,34 +79,19 @@ TEST(Discovery, Outcomes) {
         EXPECT_EQ(answer().ORB_lastService, 3);
         EXPECT_EQ(answer().reserved5[1], 9);
         EXPECT_EQ(platform.console.out, c.console);
-        for (int slot = 0; slot < 6; ++slot) {
-            for (CFStringRef s : {answer().ORB_CFSTR_TTYDevice[slot], answer().ORB_CFSTR_CalloutDevice[slot],
-                                  answer().ORB_CFSTR_DialinDevice[slot]})
-                CFRelease(s);
-        }
+        EXPECT_EQ(listed(), c.listed);
     }
 }
 
-TEST(Discovery, TheSeventhPortTakesTheSixthSlotAndOldStringsAreReleased) {
+TEST(Discovery, OldStringsAreReleasedAndSlotsAboveTheCountStay) {
     scripted::Platform platform;
-    platform.registry.serialPorts = ports(7);
     answer() = {};
-    uint32_t before = platform::liveObjectCount();
-    for (int round = 0; round < 3; ++round) {
+    const uint32_t before = platform::liveObjectCount();
+    for (const int count : {7, 7, 1}) {
+        platform.registry.serialPorts = ports(count);
         ORB_VectorixService3();
-        EXPECT_EQ(platform::stringView(answer().ORB_CFSTR_TTYDevice[4]), "ttyUSB5");
-        EXPECT_EQ(platform::stringView(answer().ORB_CFSTR_TTYDevice[5]), "ttyUSB7");
-        EXPECT_EQ(platform::stringView(answer().ORB_CFSTR_CalloutDevice[5]), "/dev/ttyUSB7");
         EXPECT_EQ(platform::liveObjectCount(), before + 18);
-    }
-    platform.registry.serialPorts = ports(1); // slots above the count keep what they held
-    ORB_VectorixService3();
-    EXPECT_EQ(platform::stringView(answer().ORB_CFSTR_TTYDevice[5]), "ttyUSB7");
-    platform.registry.serialPorts.clear();
-    for (CFStringRef *list :
-         {answer().ORB_CFSTR_TTYDevice, answer().ORB_CFSTR_CalloutDevice, answer().ORB_CFSTR_DialinDevice}) {
-        for (int slot = 0; slot < 6; ++slot)
-            CFRelease(list[slot]);
+        EXPECT_EQ(listed(), kSevenInSix);
     }
 }
 

@@ -4,6 +4,10 @@
 #include "serial/line_setup.h"
 #include "serial_fixture.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
 namespace {
 
 using Opening = SerialTest;
@@ -39,9 +43,7 @@ const std::vector<Step> kRefusedOnce{{"tcsetattr", gives(0)}, {"tcsetattr", fail
 
 // All with the emulation that has start-up bytes.
 const OpenCase kOpens[] = {
-    {"no path", kOpen, nullptr, {}, -1, 0, 27010, -1, {}, 0, "", ""},
     {"path not ASCII", kOpen, "/dev/\xC3\xA9", {}, 0, 0, 22007, -1, {}, 0, "", ""},
-    {"port", kOpen, kPort, {}, 0, 0, 22007, 5, {5}, 0, ";:", kFirst},
     {"late port", kOpen, kPort, {{"open", fails(EBUSY), 10}}, 0, 0, 22007, 5, {5}, 10, ";:", kLast},
     {"no port", kOpen, kPort, {{"open", fails(EBUSY), 11}}, 0, 0, 24001, -1, {}, 11, "", kLast},
     {"descriptor 0", kOpen, kPort, {{"open", gives(0)}}, 0, 0, 22007, 5, {0, 5}, 0, ";:", kFirst},
@@ -120,6 +122,52 @@ TEST_F(Opening, InOtherWays) {
     ORB_Serial_forcePlotterHangUp();
     EXPECT_EQ(platform.console.err, "open_port : unable to open /dev/ttyf1-: Permission denied\n"
                                     "/dev/ttyUSB0: Permission denied\n");
+}
+
+/// On the system's own terminals; only the clock and the console are scripted.
+class RealTerminal : public SerialTest {
+protected:
+    RealTerminal() { platform::backends().terminal = system_; }
+
+private:
+    static inline platform::Terminal *const system_ = platform::backends().terminal;
+};
+
+TEST_F(RealTerminal, WritesToAPseudoTerminal) {
+    const int plotter = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(plotter >= 0 && grantpt(plotter) == 0 && unlockpt(plotter) == 0);
+    CFRef path(CFStringCreateWithUTF8(ptsname(plotter)));
+    answer().ORB_CFSTR_bsdIn_VectorixDevice = path.get();
+    answer().ORB_EmulationID = 17008;
+    answer().ORB_baudRate = 4800;
+    answer().ORB_dataBits = kORB_DataBits8;
+    EXPECT_EQ(ORB_VectorixService5(), 0);
+    EXPECT_EQ(answer().ORB_errorID, kORB_NoError);
+
+    const int fd = answer().ORB_portFD;
+    termios line{};
+    EXPECT_EQ(tcgetattr(fd, &line), 0);
+    EXPECT_EQ(line.c_cflag, tcflag_t{B4800 | CS8 | CREAD | CLOCAL});
+    EXPECT_EQ(line.c_iflag, tcflag_t{IXON | IXOFF});
+    EXPECT_EQ(fcntl(fd, F_GETFL) & (O_ACCMODE | O_NONBLOCK | O_APPEND), O_RDWR);
+
+    std::string heard;
+    pollfd readable{plotter, POLLIN, 0};
+    char byte;
+    while (heard.size() < 5 && poll(&readable, 1, 5000) == 1 && read(plotter, &byte, 1) == 1)
+        heard += byte;
+    EXPECT_EQ(heard, ";:IN;");
+
+    EXPECT_EQ(ORB_VectorixService6(), 0);
+    EXPECT_EQ(fcntl(fd, F_GETFD), -1);
+    close(plotter);
+}
+
+TEST_F(RealTerminal, WhatIsNoSerialPort) {
+    answer().ORB_CFSTR_bsdIn_VectorixDevice = platform::constantString("/dev/null");
+    EXPECT_EQ(ORB_SerialopenPort(), 0);
+    EXPECT_EQ(answer().ORB_errorID, kORB_ErrorGetAttributes);
+    EXPECT_EQ(answer().ORB_portFD, -1);
 }
 
 } // namespace

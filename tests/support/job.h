@@ -4,6 +4,7 @@
 #include "orb/vectorix.h"
 #include "support/scripted.h"
 
+#include <gtest/gtest.h>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -61,6 +62,18 @@ inline ORB_JobReport lastReport() {
     report.structSize = sizeof report;
     ORB_hostGetJobReport(&report);
     return report;
+}
+
+/// The last report, whole: "stop 4, error 27010/-1 at -1; 3 sent + 0 failed + 4 withheld, 1+0 pieces, 0 uncut".
+inline std::string reportText() {
+    const ORB_JobReport r = lastReport();
+    EXPECT_EQ(r.fileBytes, r.sentBytes + r.failedBytes + r.withheldBytes);
+    const auto text = [](auto number) { return std::to_string(number); };
+    const bool failed = r.firstErrorID != kORB_NoError || r.firstStatus != 0 || r.firstErrorOffset != -1;
+    const std::string error = text(r.firstErrorID) + "/" + text(r.firstStatus) + " at " + text(r.firstErrorOffset);
+    return "stop " + text(r.stopReason) + ", " + (failed ? "error " + error : "no error") + "; " + text(r.sentBytes) +
+           " sent + " + text(r.failedBytes) + " failed + " + text(r.withheldBytes) + " withheld, " + text(r.piecesSent) +
+           "+" + text(r.piecesFailed) + " pieces, " + text(r.uncutChunks) + " uncut";
 }
 
 } // namespace jobs

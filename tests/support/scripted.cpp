@@ -170,8 +170,6 @@ FileStore::~FileStore() {
 }
 
 OSErr FileStore::open(const std::string &path, ForkRefNum *fork) {
-    if (logCalls) log_.push_back("FSOpenFork " + path);
-    if (openResult != noErr) return openResult;
     if (!files.contains(path)) return fnfErr;
     ForkRefNum ref = 1;
     while (open_.contains(ref))
@@ -189,7 +187,6 @@ OSErr FileStore::size(ForkRefNum fork, int64_t *bytes) {
 }
 
 OSErr FileStore::read(ForkRefNum fork, int64_t offset, ByteCount count, void *buffer, ByteCount *actual) {
-    if (logCalls) log_.push_back("FSReadFork " + std::to_string(offset) + " " + std::to_string(count));
     if (onRead) {
         if (OSErr result = onRead(offset); result != noErr) return result;
     }

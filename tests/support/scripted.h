@@ -80,14 +80,12 @@ private:
 /// Files in memory, by path. Real file references lead here when the path exists on disk or not.
 class FileStore : public platform::FileStore {
 public:
-    explicit FileStore(Log &log) : log_(log) {}
     ~FileStore() override;
 
     std::map<std::string, std::string> files;
     std::function<OSErr(int64_t offset)> onRead; ///< noErr lets the read pass
-    OSErr openResult = noErr, sizeResult = noErr;
+    OSErr sizeResult = noErr;
     int openForks = 0;
-    bool logCalls = false;
 
     OSErr open(const std::string &path, ForkRefNum *fork) override;
     OSErr size(ForkRefNum fork, int64_t *bytes) override;
@@ -95,7 +93,6 @@ public:
     OSErr close(ForkRefNum fork) override;
 
 private:
-    Log &log_;
     std::map<ForkRefNum, std::string> open_;
 };
 
@@ -120,7 +117,7 @@ public:
     Terminal terminal{log};
     Clock clock{log};
     Console console{log};
-    FileStore files{log};
+    FileStore files;
     CreationGate objects;
     Registry registry{log};
 

@@ -36,24 +36,10 @@ std::vector<uint8_t> descriptorsOf(const PlotterShape &shape) {
             settings.insert(settings.end(), {7, 5, endpoint.address, endpoint.type, low(endpoint.maxPacketSize),
                                              high(endpoint.maxPacketSize), endpoint.interval});
     }
-    std::vector<uint8_t> all = {18,
-                                1,
-                                0,
-                                2,
-                                0,
-                                0,
-                                0,
-                                64,
-                                low(shape.vendor),
-                                high(shape.vendor),
-                                low(shape.product),
-                                high(shape.product),
-                                0,
-                                1,
-                                0,
-                                0,
-                                0,
-                                shape.configurations};
+    std::vector<uint8_t> all = {18, 1, 0, 2, 0, 0, 0, 64};
+    for (const uint16_t id : {shape.vendor, shape.product})
+        all.insert(all.end(), {low(id), high(id)});
+    all.insert(all.end(), {0, 1, 0, 0, 0, shape.configurations});
     const size_t total = settings.size() + 9;
     for (uint8_t i = 1; i <= shape.configurations; ++i) {
         all.insert(all.end(), {9, 2, low(total), high(total), 1, i, 0, 0xC0, 1});

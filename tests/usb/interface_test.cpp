@@ -14,6 +14,7 @@ namespace {
 using scripted::gives;
 using scripted::Log;
 
+constexpr const char *kOpen = "USBInterfaceOpen";
 constexpr int32_t kBusy = kIOReturnExclusiveAccess, kBad = kIOReturnIOError;
 
 class UsbInterface : public testing::Test {
@@ -40,32 +41,27 @@ protected:
 TEST_F(UsbInterface, OpenProcedure) {
     const struct {
         const char *what;
-        std::function<void(scripted::Registry &)> given;
+        std::vector<std::pair<const char *, std::vector<int32_t>>> results; ///< of calls, in order; then they succeed
         bool open;
         int32_t status, errorID;
         long opens;
         unsigned slept;
     } kCases[] = {
-        {"at once", [](auto &) {}, true, 0, kORB_NoError, 1, 0},
-        {"exclusive access", [](auto &r) { r.script("USBInterfaceOpen", gives(kBusy)); }, false, kBusy,
-         kORB_ErrorInterfaceNotOpened, 1, 0},
-        {"one failure is retried at once", [](auto &r) { r.script("USBInterfaceOpen", gives(kBad)); }, true, 0, kORB_NoError,
-         2, 0},
-        {"exclusive access is special only at first",
-         [](auto &r) { r.script("USBInterfaceOpen", gives(kBad)), r.script("USBInterfaceOpen", gives(kBusy), 2); }, true, 0,
-         kORB_NoError, 4, 2},
-        {"21 failures", [](auto &r) { r.script("USBInterfaceOpen", gives(kBad), 21); }, false, kBad,
-         kORB_ErrorInterfaceNotOpened, 21, 20},
-        {"no such location", [](auto &r) { r.devices[1].location = 5; }, false, 0, kORB_ErrorInterfaceNotFound, 0, 0},
-        {"no interface at all", [](auto &r) { r.devices.clear(); }, false, 0, kORB_NoError, 0, 0},
-        {"no plug-in", [](auto &r) { r.script("IOCreatePlugIn", gives(kBad), 2); }, false, kBad, kORB_ErrorInterfaceNotFound,
-         0, 0},
-        {"no registry", [](auto &r) { r.script("IOMasterPort", gives(kBad)); }, false, kBad, kORB_ErrorMasterPort, 0, 0},
+        {"at once", {}, true, 0, kORB_NoError, 1, 0},
+        {"exclusive access", {{kOpen, {kBusy}}}, false, kBusy, kORB_ErrorInterfaceNotOpened, 1, 0},
+        {"one failure is retried at once", {{kOpen, {kBad}}}, true, 0, kORB_NoError, 2, 0},
+        {"exclusive access is special only at first", {{kOpen, {kBad, kBusy, kBusy}}}, true, 0, kORB_NoError, 4, 2},
+        {"21 failures", {{kOpen, std::vector(21, kBad)}}, false, kBad, kORB_ErrorInterfaceNotOpened, 21, 20},
+        {"no plug-in", {{"IOCreatePlugIn", {kBad, kBad}}}, false, kBad, kORB_ErrorInterfaceNotFound, 0, 0},
+        {"no registry", {{"IOMasterPort", {kBad}}}, false, kBad, kORB_ErrorMasterPort, 0, 0},
     };
     for (const auto &c : kCases) {
         SCOPED_TRACE(c.what);
         reset();
-        c.given(platform.registry);
+        for (const auto &[call, results] : c.results) {
+            for (const int32_t result : results)
+                platform.registry.script(call, gives(result));
+        }
         int32_t status = 99;
         EXPECT_EQ(usb::openInterface({"already", "opened"}, &status), c.open);
         EXPECT_EQ(status, c.status);
@@ -75,6 +71,16 @@ TEST_F(UsbInterface, OpenProcedure) {
         EXPECT_EQ(answer().ORB_interfaceOpen, c.open ? 1U : 0U);
         EXPECT_EQ(bool(gORB_interfaceInterface), c.open);
         EXPECT_EQ(platform.console.out, c.open && c.opens == 1 ? "opened\n" : "");
+    }
+    // No such location, and no interface at all.
+    for (const int32_t expected : {kORB_ErrorInterfaceNotFound, kORB_NoError}) {
+        reset();
+        if (expected == kORB_NoError) platform.registry.devices.clear();
+        answer().ORB_USBlocationID = 5;
+        int32_t status = 99;
+        EXPECT_FALSE(usb::openInterface({}, &status));
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(answer().ORB_errorID, expected);
     }
 }
 
@@ -102,8 +108,8 @@ TEST_F(UsbInterface, PipeChoice) {
         int32_t plotter;
         uint8_t out, in;
     } kCases[] = {
-        {0x0B75, 20594, 2, 2}, {0x0B75, 20595, 1, 2}, {0x0B75, 20597, 1, 2}, {0x0B75, 20598, 2, 2}, {0x0B75, -20596, 2, 2},
-        {17022, 0, 2, 0x81},   {17037, 0, 2, 0x81},   {2463, 0, 2, 1},       {3120, 0, 2, 1},       {0x0F0B, 20596, 1, 2},
+        {0x0B75, 20594, 2, 2}, {0x0B75, 20595, 1, 2}, {0x0B75, 20597, 1, 2}, {0x0B75, 20598, 2, 2}, {17022, 0, 2, 0x81},
+        {17037, 0, 2, 0x81},   {2463, 0, 2, 1},       {3120, 0, 2, 1},       {0x0F0B, 20596, 1, 2},
     };
     for (const auto &c : kCases) {
         SCOPED_TRACE(testing::Message() << c.vendor << " " << c.plotter);
@@ -120,18 +126,16 @@ TEST_F(UsbInterface, PipeChoice) {
 }
 
 TEST_F(UsbInterface, WriterTriesSixTimes) {
-    const std::string pair =
-        "[S9] Unable to write on this pipe  1\nORB Vectorix Foundation : iokit_common_err(0x2c0) // no such device\n";
     const struct {
         int failures;
         int32_t code, status, errorID;
         int64_t taken;
-        int lines;
+        std::string_view line; ///< the second of each pair
     } kCases[] = {
-        {0, 0, 0, kORB_NoError, 3, 0},
-        {2, kIOReturnNoDevice, 0, kORB_NoError, 3, 2},
-        {6, kIOReturnNoDevice, kIOReturnNoDevice, kORB_ErrorPipe, 0, 6},
-        {6, kIOUSBPipeStalled, kIOReturnNotResponding, kORB_ErrorPipe, 0, -1},
+        {0, 0, 0, kORB_NoError, 3, ""},
+        {2, kIOReturnNoDevice, 0, kORB_NoError, 3, " iokit_common_err(0x2c0) // no such device\n"},
+        {6, kIOUSBPipeStalled, kIOReturnNotResponding, kORB_ErrorPipe, 0,
+         " default unknownerror, thus device is not responding\n"},
     };
     for (const auto &c : kCases) {
         SCOPED_TRACE(testing::Message() << c.failures << " " << c.code);
@@ -145,11 +149,9 @@ TEST_F(UsbInterface, WriterTriesSixTimes) {
         EXPECT_EQ(gORB_FoundationStruct.lastWrite.taken, c.taken);
         EXPECT_EQ(platform.clock.slept, 0U);
         std::string out;
-        for (int i = 0; i < c.lines; ++i)
-            out += pair;
-        if (c.lines >= 0) {
-            EXPECT_EQ(platform.console.out, out);
-        }
+        for (int i = 0; i < c.failures; ++i)
+            out.append("[S9] Unable to write on this pipe  1\nORB Vectorix Foundation :").append(c.line);
+        EXPECT_EQ(platform.console.out, out);
     }
     // The whole buffer without a NUL is 256 bytes, not more.
     memset(answer().ORB_writeBuffer, 'x', 256);

@@ -24,83 +24,52 @@ protected:
     scripted::Platform platform;
 };
 
-struct ScanCase {
-    const char *what;
-    std::function<void(scripted::Registry &)> given;
-    int32_t status, errorID, count;
-    uint16_t firstVendor; ///< of entry 1 afterwards
-};
-
 TEST_F(Scan, Outcomes) {
     const int32_t bad = kIOReturnNoResources;
-    const ScanCase kCases[] = {
-        {"no registry", [&](auto &r) { r.script("IOMasterPort", gives(bad)); }, bad, kORB_ErrorMasterPort, 0, 0},
-        {"no dictionary", [&](auto &r) { r.script("IOServiceMatching", gives(bad)); }, 0, kORB_ErrorMatching, 0, 0},
-        {"no iterator", [&](auto &r) { r.script("IOServiceGetMatchingServices", gives(bad)); }, bad, kORB_ErrorGetServices,
-         0, 0},
-        {"no device", [](auto &) {}, 0, kORB_ErrorNoPlotter, 0, 0},
-        {"other models only",
-         [&](auto &r) {
-             r.devices = {other(1), other(2)};
-         },
-         0, kORB_ErrorNoPlotter, 0, 0},
-        {"a plotter among others",
-         [&](auto &r) {
-             r.devices = {other(1), plotter(2), other(3)};
-         },
-         0, kORB_NoError, 1, kVendor},
-        {"seven plotters", [&](auto &r) { r.devices.assign(7, plotter(9)); }, 0, kORB_NoError, 6, kVendor},
+    const scripted::UsbDevice bare = {0x1D6B, 2, 2, {1}, 1, false}; // without properties
+    const struct {
+        const char *what;
+        std::vector<scripted::UsbDevice> devices;
+        std::vector<std::pair<const char *, int32_t>> results; ///< of calls, in order; then they succeed
+        int32_t status, errorID, count;
+        uint16_t firstVendor; ///< of entry 1 afterwards
+    } cases[] = {
+        {"no iterator", {plotter(1)}, {{"IOServiceGetMatchingServices", bad}}, bad, kORB_ErrorGetServices, 0, 0},
+        {"no device", {}, {}, 0, kORB_ErrorNoPlotter, 0, 0},
+        {"a plotter among others", {other(1), plotter(2), other(3)}, {}, 0, kORB_NoError, 1, kVendor},
+        {"seven plotters", std::vector(7, plotter(9)), {}, 0, kORB_NoError, 6, kVendor},
         {"a later device without plug-in empties entry 1",
-         [&](auto &r) {
-             r.devices = {plotter(1), other(2), plotter(3)};
-             r.script("IOCreatePlugIn", gives(0));
-             r.script("IOCreatePlugIn", gives(bad));
-         },
-         0, kORB_ErrorPlugIn, 2, 0},
-        {"an earlier one does not",
-         [&](auto &r) {
-             r.devices = {other(1), plotter(2)};
-             r.script("IOCreatePlugIn", gives(bad));
-         },
-         0, kORB_NoError, 1, kVendor},
-        {"a device without properties ends the scan",
-         [&](auto &r) {
-             r.devices = {plotter(1), other(2), plotter(3)};
-             r.devices[1].hasProperties = false;
-         },
-         0, kORB_NoError, 1, kVendor},
+         {plotter(1), other(2), plotter(3)},
+         {{"IOCreatePlugIn", 0}, {"IOCreatePlugIn", bad}},
+         0,
+         kORB_ErrorPlugIn,
+         2,
+         0},
+        {"an earlier one does not", {other(1), plotter(2)}, {{"IOCreatePlugIn", bad}}, 0, kORB_NoError, 1, kVendor},
+        {"a device without properties ends the scan", {plotter(1), bare, plotter(3)}, {}, 0, kORB_NoError, 1, kVendor},
         {"the last call decides: destroying a plug-in",
-         [&](auto &r) {
-             r.devices = {plotter(1), other(2)};
-             r.devices[1].hasProperties = false;
-             r.script("IODestroyPlugIn", gives(0));
-             r.script("IODestroyPlugIn", gives(bad));
-         },
-         bad, kORB_NoError, 1, 0},
+         {plotter(1), bare},
+         {{"IODestroyPlugIn", 0}, {"IODestroyPlugIn", bad}},
+         bad,
+         kORB_NoError,
+         1,
+         0},
         {"the last call decides: a vendor that cannot be read",
-         [&](auto &r) {
-             r.devices = {plotter(1), other(2)};
-             r.script("GetDeviceVendor", gives(0));
-             r.script("GetDeviceVendor", gives(bad));
-         },
-         bad, kORB_NoError, 1, 0},
-        {"no location",
-         [&](auto &r) {
-             r.devices = {plotter(1), plotter(2)};
-             r.script("GetLocationID", gives(bad));
-         },
-         0, kORB_NoError, 1, kVendor},
-        {"no interface",
-         [&](auto &r) {
-             r.devices = {plotter(1)};
-             r.script("QueryInterface", gives(1));
-         },
-         0, kORB_ErrorNoPlotter, 0, 0},
+         {plotter(1), other(2)},
+         {{"GetDeviceVendor", 0}, {"GetDeviceVendor", bad}},
+         bad,
+         kORB_NoError,
+         1,
+         0},
+        {"no location", {plotter(1), plotter(2)}, {{"GetLocationID", bad}}, 0, kORB_NoError, 1, kVendor},
+        {"no interface", {plotter(1)}, {{"QueryInterface", 1}}, 0, kORB_ErrorNoPlotter, 0, 0},
     };
-    for (const ScanCase &c : kCases) {
+    for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
         scripted::Platform fresh;
-        c.given(fresh.registry);
+        fresh.registry.devices = c.devices;
+        for (const auto &[call, result] : c.results)
+            fresh.registry.script(call, gives(result));
         answer().ORB_USBplotterTable[0] = {};
         answer().ORB_USBplotterTable[0].idVendor = 0x7777;
         answer().ORB_USBplotterTable[0].reserved3[5] = 3;

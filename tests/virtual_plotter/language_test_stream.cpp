@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 namespace virtual_plotter {
 namespace {
 
@@ -12,7 +10,6 @@ using namespace std::string_view_literals;
 
 constexpr StrokeCase kEscapes[] = {
     {"plotter on, handshake", "\x1b.(;\x1b.I81;;17:\x1b.N;19:\x1b.P1:IN;PU1,1PD2,2", "1,1 2,2"},
-    {"parameters left out", "\x1b.@\x1b.M:\x1b.Y\x1b.PPU1,1PD2,2", "1,1 2,2"},
     {"within a number", "PU1\x1b.@;0:00,5PD100,6", "100,5 100,6"},
     {"within a label", "DT#;LBa\x1b.I1;2;3:#PU1,1;PD2,2;PU;DT", "1,1 2,2"},
     {"HP-GL/2 on and off", "\x1b%0BPU1,1PD2,2\x1b%1APD3,3;@!\x1b*b3W\x1b%0Z\x1b%1BPD4,4", "1,1 2,2 4,4"},
@@ -61,7 +58,6 @@ constexpr OddCase kOdd[] = {
      12},
     {"two points, a lone sign, a strange byte", "PA1.2.3,4;PA-,5,;PA1?,2;",
      "malformed@0 PA1.2.3,4;\nmalformed@10 PA-,5,;\nmalformed@17 PA1?,2;", 3},
-    {"exponents are none", "PA1e3,5;", "malformed@0 PA1\nunknown@3 e3,5", 1},
     {"rubbish between", "PU;!?* 12,13;\xff\xfePD;Q", "unknown@3 !?*\nunknown@7 12,13\nunknown@13 ..\nunknown@18 Q", 2},
     {"text without an end", "PULBabc", "malformed@2 LBabc", 2},
     {"known, for what they do elsewhere", "PS4;NP8;VN;AS2;PG;CS33;SS;SA;BP;EC;NR;CR0,255,0,255,0,255;LA1,4,2,4;", "", 13},
@@ -133,9 +129,9 @@ private:
 };
 
 /// Reads the job and checks that it stayed within its bounds.
-Findings survive(std::string_view job, Language language = Language::hpgl) {
+Findings survive(std::string_view job) {
     CheckingSink sink;
-    auto reader = makeReader(language, sink, kTestSheet);
+    auto reader = makeReader(Language::hpgl, sink, kTestSheet);
     reader->take(job);
     reader->finish();
     Findings f = reader->findings();
@@ -181,32 +177,6 @@ TEST(HpglHostile, MuchWorkForFewBytes) {
     EXPECT_EQ(survive("LT8,.0000001,1;SC0,9,0,9;PD" + repeat("0,0,9,9,", 100)).refused, 0u);
     EXPECT_GT(survive("LT8,.0000001,1;SC0,9,0,9;PD" + repeat("0,0,9,9,", 3'000)).refused, 0u);
     survive("SP2;LB" + std::string(200'000, 'W'));
-    survive("LO5;LB" + std::string(200'000, 'W'));
-}
-
-TEST(HpglHostile, RandomBytesAndRandomInstructions) {
-    constexpr std::string_view kNames =
-        "INDFIPIRSCIWROSPPWWUVSLTULPAPRPUPDPESMTLXTYTAAARCICTPMEPFPFTEAERRARREWWGLBDTSISRDIDRSLESLOCPCO";
-    constexpr std::string_view kValues[] = {"0",    "1",    "-1",    "2",      "5",           "90",
-                                            "-360", "1000", "-.001", "4000.5", "99999999999", "?"};
-    std::mt19937 random(20240607);
-    auto pick = [&random](size_t count) { return std::uniform_int_distribution<size_t>(0, count - 1)(random); };
-    for (int round = 0; round < 300; ++round) {
-        std::string bytes;
-        for (int i = 0; i < 1000; ++i)
-            bytes += static_cast<char>(pick(256));
-        survive(bytes);
-        survive(";:" + bytes, Language::dmpl);
-
-        std::string job;
-        for (int i = 0; i < 60; ++i) {
-            job += kNames.substr(pick(kNames.size() / 2) * 2, 2);
-            for (size_t n = pick(8); n > 0; --n)
-                job += std::string(kValues[pick(std::size(kValues))]) + ",";
-            job += pick(4) == 0 ? "\x03" : ";";
-        }
-        survive(job);
-    }
 }
 
 } // namespace

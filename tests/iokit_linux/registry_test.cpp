@@ -1,0 +1,221 @@
+// What the registry lists, and its devices.
+#include "registry_fixture.h"
+
+#include <linux/capability.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+TEST_F(RegistryTest, DevicesInOrderOfLocation) {
+    constexpr struct {
+        const char *place;
+        uint32_t locationID;
+    } kPlaces[] = {
+        {"2-1", 0x02080000},         {"1-10", 0x01500000},    {"1-2.3", 0x01118000},  {"1-2.3.4", 0x0111A000},
+        {"1-3.1.2.3.4", 0x011891A0}, {"1-31.15", 0x01FF8000}, {"1-2.10", 0x01150000},
+    };
+    std::vector<std::unique_ptr<bed::UsbPlotter>> plotters;
+    uint16_t product = 0;
+    for (const auto &place : kPlaces)
+        plotters.push_back(
+            std::make_unique<bed::UsbPlotter>(*bed, bed::PlotterShape{.place = place.place, .product = product++}));
+
+    uint32_t last = 0;
+    size_t found = 0, hubs = 0;
+    forEach("IOUSBDevice", [&](io_object_t service) {
+        auto device = query<IOUSBDeviceInterface>(service, kIOUSBDeviceUserClientTypeID, kIOUSBDeviceInterfaceID);
+        ASSERT_TRUE(device);
+        uint32_t location = 0;
+        uint16_t vendor = 0, model = 0;
+        uint8_t configurations = 0;
+        EXPECT_EQ(device->GetLocationID(&location), kIOReturnSuccess);
+        EXPECT_EQ(device->GetDeviceVendor(&vendor), kIOReturnSuccess);
+        EXPECT_EQ(device->GetDeviceProduct(&model), kIOReturnSuccess);
+        EXPECT_EQ(device->GetNumberOfConfigurations(&configurations), kIOReturnSuccess);
+        EXPECT_EQ(number(service, "idVendor"), vendor);
+        EXPECT_EQ(number(service, "idProduct"), model);
+        EXPECT_EQ(configurations, 1);
+        EXPECT_GT(location, last) << std::hex << location << " after " << last;
+        last = location;
+        if (vendor != 0x0B75) {
+            ++hubs;
+            return;
+        }
+        ++found;
+        ASSERT_LT(model, std::size(kPlaces));
+        EXPECT_EQ(location, kPlaces[model].locationID) << kPlaces[model].place << std::hex << " at " << location;
+    });
+    EXPECT_EQ(found, std::size(kPlaces));
+    EXPECT_GT(hubs, 0U);
+}
+
+TEST_F(RegistryTest, InterfacesOfTheActiveConfiguration) {
+    const bed::UsbPlotter configured(*bed, {.place = "1-1", .product = 1, .configurations = 2, .activeConfiguration = 2});
+    const bed::UsbPlotter unconfigured(*bed, {.place = "1-2", .product = 2, .activeConfiguration = 0});
+    int found = 0;
+    forEach("IOUSBInterface", [&](io_object_t service) {
+        if (number(service, "idVendor") != 0x0B75) return; // a hub's
+        ++found;
+        EXPECT_EQ(number(service, "idProduct"), 1);
+        auto interface =
+            query<IOUSBInterfaceInterface245>(service, kIOUSBInterfaceUserClientTypeID, kIOUSBInterfaceInterfaceID245);
+        ASSERT_TRUE(interface);
+        uint32_t location = 0;
+        EXPECT_EQ(interface->GetLocationID(&location), kIOReturnSuccess);
+        EXPECT_EQ(location, 0x01080000U);
+    });
+    EXPECT_EQ(found, 1);
+}
+
+TEST_F(RegistryTest, WhatIsNotThere) {
+    const bed::UsbPlotter plotter(*bed);
+    forEach("IOUSBDevice", [&](io_object_t service) {
+        EXPECT_FALSE(query<IOUSBDeviceInterface>(service, kIOUSBDeviceUserClientTypeID, kIOUSBInterfaceInterfaceID245));
+        IOCFPlugInInterface *plugIn = nullptr;
+        EXPECT_EQ(registry.createPlugIn(service, kIOUSBInterfaceUserClientTypeID, &plugIn), kIOReturnUnsupported);
+        EXPECT_EQ(plugIn, nullptr);
+    });
+    forEach("IOUSBInterface", [&](io_object_t service) {
+        EXPECT_FALSE(query<IOUSBDeviceInterface>(service, kIOUSBInterfaceUserClientTypeID, kIOUSBDeviceInterfaceID));
+    });
+    forEach("IOAudioDevice", [](io_object_t) { ADD_FAILURE(); });
+}
+
+TEST_F(RegistryTest, StaleAndMadeUpHandles) {
+    mach_port_t port = 0;
+    ASSERT_EQ(registry.masterPort(&port), kIOReturnSuccess);
+    MatchingDictionary dictionary;
+    ASSERT_TRUE(registry.matching("IOUSBDevice", &dictionary));
+    io_object_t iterator = 0;
+    EXPECT_EQ(registry.matchingServices(port, {}, &iterator), kIOReturnBadArgument);
+    EXPECT_EQ(registry.matchingServices(port ^ 0x10000, dictionary, &iterator), kIOReturnBadArgument);
+    EXPECT_EQ(registry.deallocatePort(port), kIOReturnSuccess);
+    EXPECT_EQ(registry.deallocatePort(port), kIOReturnBadArgument);
+    EXPECT_EQ(registry.matchingServices(port, dictionary, &iterator), kIOReturnBadArgument);
+
+    mach_port_t second = 0;
+    ASSERT_EQ(registry.masterPort(&second), kIOReturnSuccess);
+    EXPECT_NE(second, port);
+    IOCFPlugInInterface *plugIn = nullptr;
+    for (const uint32_t handle : {port, second, 0U, ~0U}) {
+        EXPECT_EQ(registry.next(handle), 0U);
+        EXPECT_EQ(registry.createProperty(handle, "idVendor"), 0U);
+        EXPECT_EQ(registry.createPlugIn(handle, kIOUSBDeviceUserClientTypeID, &plugIn), kIOReturnBadArgument);
+    }
+    EXPECT_EQ(registry.destroyPlugIn(nullptr), kIOReturnBadArgument);
+    EXPECT_EQ(registry.deallocatePort(second), kIOReturnSuccess);
+}
+
+std::string tty(const std::string &parent, const std::string &name, const std::string &attributes = "") {
+    return "P: " + parent + "/tty/" + name + "\nN: " + name + "\nE: DEVNAME=/dev/" + name + "\nE: SUBSYSTEM=tty\n" +
+           attributes + "\n";
+}
+
+std::string parent(const std::string &path, const std::string &subsystem) {
+    return "P: " + path + "\nE: SUBSYSTEM=" + subsystem + "\n\n";
+}
+
+TEST_F(RegistryTest, SerialPortsWithHardwareInNaturalOrder) {
+    const std::string adapters = bed::DeviceBed::usbPath("1-1") + "/1-1:1.0";
+    bed->addUsb("1-1", {18, 1, 0, 2, 0, 0, 0, 64, 3, 4, 1, 0x60, 0, 6, 0, 0, 0, 0}, 1);
+    for (const char *name : {"ttyUSB10", "ttyUSB2", "ttyUSB0"}) {
+        bed->add(parent(adapters + "/" + name, "usb-serial"));
+        bed->add(tty(adapters + "/" + name, name));
+    }
+    bed->add(parent("/devices/pnp0/00:04", "pnp") + tty("/devices/pnp0/00:04", "ttyS0", "A: type=4\\n\n"));
+    bed->add(parent("/devices/platform/serial8250", "platform") +
+             tty("/devices/platform/serial8250", "ttyS1", "A: type=0\\n\n"));
+    bed->add(parent("/devices/virtual/bluetooth/hci0", "bluetooth") + tty("/devices/virtual/bluetooth/hci0", "rfcomm0"));
+    bed->add(tty("/devices/virtual", "tty1") + tty("/devices/virtual", "console") + tty("/devices/virtual", "ptmx"));
+
+    Strings names;
+    forEach("IOSerialBSDClient",
+            [&](io_object_t service) {
+                names.push_back(text(service, "IOTTYDevice"));
+                EXPECT_EQ(text(service, "IOCalloutDevice"), "/dev/" + names.back());
+                EXPECT_EQ(text(service, "IODialinDevice"), "/dev/" + names.back());
+                EXPECT_EQ(registry.createProperty(service, "IOTTYSuffix"), 0U);
+            },
+            {{"IOSerialBSDClientType", "IORS232SerialStream"}});
+    EXPECT_EQ(names, Strings({"rfcomm0", "ttyS0", "ttyUSB0", "ttyUSB2", "ttyUSB10"}));
+
+    forEach("IOSerialBSDClient", [](io_object_t) { ADD_FAILURE() << "a modem stream"; },
+            {{"IOSerialBSDClientType", "IOModemSerialStream"}});
+}
+
+/// Takes the rights to a file away, and from root the right to do without them.
+class WithoutRights {
+public:
+    explicit WithoutRights(const std::string &path) {
+        EXPECT_EQ(::chmod(path.c_str(), 0), 0);
+        EXPECT_EQ(::syscall(SYS_capget, &header_, before_), 0);
+        __user_cap_data_struct fewer[2] = {before_[0], before_[1]};
+        fewer[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
+        EXPECT_EQ(::syscall(SYS_capset, &header_, fewer), 0);
+    }
+    ~WithoutRights() { ::syscall(SYS_capset, &header_, before_); }
+    WithoutRights(const WithoutRights &) = delete;
+    WithoutRights &operator=(const WithoutRights &) = delete;
+
+private:
+    __user_cap_header_struct header_ = {_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct before_[2] = {};
+};
+
+TEST_F(RegistryTest, ConfigurationsOfADevice) {
+    const bed::UsbPlotter plotter(*bed, {.configurations = 2});
+    auto device = findDevice();
+    ASSERT_TRUE(device);
+    IOUSBConfigurationDescriptorPtr first = nullptr, second = nullptr, none = nullptr;
+    EXPECT_EQ(device->GetConfigurationDescriptorPtr(0, &first), kIOReturnSuccess);
+    EXPECT_EQ(device->GetConfigurationDescriptorPtr(1, &second), kIOReturnSuccess);
+    EXPECT_EQ(device->GetConfigurationDescriptorPtr(2, &none), kIOReturnNotFound);
+    ASSERT_TRUE(first != nullptr && second != nullptr && none == nullptr);
+    EXPECT_EQ(std::string(reinterpret_cast<const char *>(first), 9), std::string("\x09\x02\x20\0\x01\x01\0\xC0\x01", 9));
+    EXPECT_EQ(second->bConfigurationValue, 2);
+
+    EXPECT_EQ(device->SetConfiguration(1), kIOReturnNotOpen);
+    EXPECT_EQ(device->USBDeviceClose(), kIOReturnNotOpen);
+    EXPECT_EQ(device->USBDeviceOpen(), kIOReturnSuccess);
+    EXPECT_EQ(device->SetConfiguration(1), kIOReturnSuccess);
+    EXPECT_EQ(plotter.log(), Strings()); // it is active
+    EXPECT_EQ(device->SetConfiguration(2), kIOReturnSuccess);
+    EXPECT_EQ(device->SetConfiguration(2), kIOReturnSuccess);
+    EXPECT_EQ(device->SetConfiguration(3), kIOReturnNotFound);
+    EXPECT_EQ(plotter.log(), Strings({"configuration 2", "configuration 3"}));
+    EXPECT_EQ(device->USBDeviceClose(), kIOReturnSuccess);
+}
+
+TEST_F(RegistryTest, DriversAreLeftAloneByTheDevice) {
+    bed::UsbPlotter plotter(*bed, {.configurations = 2, .driver = "usblp"});
+    auto device = findDevice();
+    ASSERT_TRUE(device);
+    EXPECT_EQ(device->USBDeviceOpen(), kIOReturnSuccess);
+    EXPECT_EQ(device->SetConfiguration(1), kIOReturnSuccess);
+    EXPECT_EQ(device->SetConfiguration(2), kIOReturnExclusiveAccess);
+    EXPECT_EQ(plotter.log(), Strings({"configuration 2"}));
+    EXPECT_EQ(plotter.driver(), "usblp");
+}
+
+TEST_F(RegistryTest, DevicesThatCannotBeOpened) {
+    bed::UsbPlotter plotter(*bed);
+    auto device = findDevice();
+    auto interface = findInterface();
+    ASSERT_TRUE(device && interface);
+    {
+        const WithoutRights withoutRights(bed->fileOf(plotter.node()));
+        EXPECT_EQ(device->USBDeviceOpen(), kIOReturnNotPermitted);
+        EXPECT_EQ(interface->USBInterfaceOpen(), kIOReturnNotPermitted);
+    }
+    ASSERT_EQ(::chmod(bed->fileOf(plotter.node()).c_str(), 0600), 0);
+    EXPECT_EQ(device->USBDeviceOpen(), kIOReturnSuccess);
+    EXPECT_EQ(device->USBDeviceClose(), kIOReturnSuccess);
+
+    ASSERT_EQ(::unlink(bed->fileOf(plotter.node()).c_str()), 0);
+    EXPECT_EQ(device->USBDeviceOpen(), kIOReturnNoDevice);
+    EXPECT_EQ(interface->USBInterfaceOpen(), kIOReturnNoDevice);
+}
+
+} // namespace
