@@ -100,13 +100,13 @@ void tell(const PrintOptions &options, const PrintOutcome &outcome, const Verdic
     flushOut();
     if (!options.quiet) {
         for (const std::string &note : verdict.notes)
-            printError("vectorix: note: {}\n", note);
+            printNote(note);
     }
     if (options.verbose && outcome.report.uncutChunks > 0) {
-        printError("vectorix: note: {} held no command boundary and went as they were\n",
-                   counted(static_cast<int64_t>(outcome.report.uncutChunks), "chunk"));
+        printNote(fmt::format("{} held no command boundary and went as they were",
+                              counted(static_cast<int64_t>(outcome.report.uncutChunks), "chunk")));
     }
-    if (!verdict.message.empty()) printError("vectorix: {}\n", verdict.message);
+    if (!verdict.message.empty()) printFailure(verdict.message);
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 #include "host/verdict.h"
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
 #include <memory>
 
 namespace host {
@@ -26,7 +25,16 @@ ExitCode run(const PrintOptions &options) {
 void addPrintCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<PrintOptions>();
     CLI::App *command = app.add_subcommand("print", "Print a plot file");
-    command->footer(fmt::format("{}\n\n{}\n\n{}", escapeHelp(), jsonHelp(), exitCodeHelp()));
+    explain(typed, *command,
+            {escapeHelp(),
+             {{"vectorix print drawing.plt --port /dev/ttyUSB0", "To a plotter on a serial port."},
+              {"vectorix print drawing.plt --port /dev/ttyUSB0 --baud 2400 --bits 7 --parity even --handshake hardware",
+               "The same, for a plotter whose switches say so."},
+              {"vectorix print drawing.plt --usb", "To the only plotter on USB."},
+              {"vectorix print drawing.plt --job roll.plist --port /dev/ttyUSB0", "As a job file says."},
+              {"vectorix print drawing.plt --capture drawing.out", "Into a file: what a plotter would get."},
+              {"vectorix print drawing.plt --virtual drawing.png", "To a plotter in software, whose picture is kept."}},
+             printFields()});
     command->add_option("PLOT", options->plot, "Plot file")->required()->type_name("");
     auto *port = command->add_option("--port", options->port, "Serial port of the plotter, such as /dev/ttyUSB0")
                      ->type_name("DEVICE");
@@ -47,7 +55,7 @@ void addPrintCommand(CLI::App &app, Typed &typed) {
             ->excludes(picture);
     for (CLI::Option *option : addDrawingOptions(*command, options->drawing))
         option->needs(picture);
-    auto *job = command->add_option("--job", options->jobFile, "Job file that says what follows")->type_name("FILE");
+    auto *job = command->add_option("--job", options->jobFile, "Job file that says what follows")->type_name("JOB");
     for (CLI::Option *option : addJobOptions(*command, options->job))
         option->excludes(job);
     addLineOptions(*command, options->line);

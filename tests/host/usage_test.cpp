@@ -35,7 +35,15 @@ TEST_F(UsageTest, RefusesWhatContradictsItself) {
     std::string longText(256, 'a');
     expectRefusals({
         {"nothing typed", {}, 2, "subcommand"},
-        {"an unknown command", {"prnit"}, 2, "prnit: no such command"},
+        {"an unknown command", {"prnit"}, 2, "prnit: no such command; did you mean 'print'?"},
+        {"one that is like none", {"xyzzy"}, 2, "xyzzy: no such command\nTry 'vectorix --help'."},
+        {"an unknown command below another", {"job", "chek"}, 2, "did you mean 'check'?\nTry 'vectorix job --help'."},
+        {"an unknown option", {"print", plot_, "--prot", "x"}, 2, "--prot: no such option; did you mean '--port'?"},
+        {"its beginning, with a value",
+         {"send", "IN", "--emu=hpgl"},
+         2,
+         "--emu: no such option; did you mean '--emulation'?"},
+        {"a colour", {"ports", "--color=blue"}, 2, "blue"},
         {"no plot", {"print"}, 2, "PLOT"},
         {"neither port nor capture", {"print", plot_}, 2, "--port DEVICE, --usb, --capture FILE"},
         {"port and capture", {"print", plot_, "--port", "/dev/x", "--capture", "x"}, 2, "excludes"},
@@ -106,6 +114,18 @@ TEST_F(UsageTest, TellsWhoMayAndWhoMayNot) {
         {"an unreadable plot", {"print", plot_, "--capture", path("o")}, 4, "permission denied"},
         {"a forbidden port", {"print", other, "--port", plotter.port()}, 4, "permission denied"},
     });
+}
+
+TEST_F(UsageTest, ColoursOnlyTerminalsThatWantIt) {
+    std::string plain = "vectorix: --prot: no such option", coloured = "\x1B[31mvectorix:\x1B[m --prot: no such option";
+    auto begins = [](const std::string &text, const std::string &start) { return text.rfind(start, 0) == 0; };
+    EXPECT_TRUE(begins(Running({"print", "--prot"}, true).wait().err, coloured));
+    EXPECT_TRUE(begins(Running({"print", "--prot", "--color=never"}, true).wait().err, plain));
+    EXPECT_TRUE(begins(run({"print", "--prot"}).err, plain));
+    EXPECT_TRUE(begins(run({"print", "--prot", "--color=always"}).err, coloured));
+    setenv("NO_COLOR", "1", 1);
+    EXPECT_TRUE(begins(Running({"print", "--prot"}, true).wait().err, plain));
+    unsetenv("NO_COLOR");
 }
 
 TEST_F(UsageTest, HelpAndVersionGoToStandardOutput) {
