@@ -2,6 +2,7 @@
 
 #include "host/failure.h"
 #include "host/text.h"
+#include "host/write_all.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -42,16 +43,6 @@ std::string element(const JobEntry &entry) {
                                                    excerpt(entry.value, 60)));
     }
     return fmt::format("<{0}>{1}</{0}>", kElements[static_cast<size_t>(entry.key->kind)], escaped(entry.value));
-}
-
-bool writeAll(int fd, std::string_view rest) {
-    while (!rest.empty()) {
-        ssize_t count = write(fd, rest.data(), rest.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return false;
-        rest.remove_prefix(static_cast<size_t>(count));
-    }
-    return true;
 }
 
 bool writeAndClose(int fd, const std::string &contents) {

@@ -40,13 +40,14 @@ void tell(const PreviewOptions &options, const virtual_plotter::PlotReader &plot
 }
 
 ExitCode preview(const PreviewOptions &options) {
-    requireInputFile(options.plot, "plot file");
+    PlotFile file(options.plot); // before signals are held: a stream may be waited for
+    file.requireContents();
     requireOtherFile("-o", options.picture, options.plot);
     Drawing drawing(options.drawing, options.picture);
     virtual_plotter::PlotReader plot(languageOf(options.drawing), drawing.sink(), drawing.sheet().hardClip);
 
     StopOnSignal signals;
-    PlotFile(options.plot).readBlocks([&](std::string_view block) {
+    file.readBlocks([&](std::string_view block) {
         plot.take(block);
         return !StopOnSignal::came();
     });
@@ -54,7 +55,7 @@ ExitCode preview(const PreviewOptions &options) {
     plot.finish();
     if (plot.reader()->findings().instructions == 0) {
         throw Failure(ExitCode::Unfit,
-                      fmt::format("{}: no plot in a language that can be drawn; give HP-GL or DM/PL", shown(options.plot)));
+                      fmt::format("{}: no plot in a language that can be drawn; give HP-GL or DM/PL", shown(file.path())));
     }
     drawing.finish();
     std::vector<std::string> notes = findingNotes(plot, drawing.sheet());
@@ -77,7 +78,7 @@ void addPreviewCommand(CLI::App &app, Typed &typed) {
               {"vectorix preview drawing.plt -o drawing.png --dpi 100 --sheet a4-portrait", "As PNG, on an upright sheet."},
               {"vectorix preview drawing.plt -o drawing.pdf --json", "As PDF; what was found in the plot as JSON."}},
              fields});
-    command->add_option("PLOT", options->plot, "Plot file")->required()->type_name("");
+    command->add_option("PLOT", options->plot, "Plot file; - for standard input")->required()->type_name("");
     command->add_option("-o,--output", options->picture, "Picture to write: .svg, .png or .pdf")
         ->required()
         ->type_name("FILE");

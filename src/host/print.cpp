@@ -125,7 +125,7 @@ ExitCode print(const PrintOptions &options) {
     Destination destination(options);
     outcome.report.structSize = sizeof outcome.report;
     outcome.report.firstErrorID = kORB_NoError;
-    outcome.plotFile = options.plot;
+    outcome.plotFile = plot.path();
     outcome.jobFile = options.jobFile;
     outcome.destination = destination.name();
     outcome.usb = destination.usb();

@@ -30,12 +30,13 @@ void addPrintCommand(CLI::App &app, Typed &typed) {
              {{"vectorix print drawing.plt --port /dev/ttyUSB0", "To a plotter on a serial port."},
               {"vectorix print drawing.plt --port /dev/ttyUSB0 --baud 2400 --bits 7 --parity even --handshake hardware",
                "The same, for a plotter whose switches say so."},
+              {"vectorix print - --port /dev/ttyUSB0 < drawing.plt", "What another program says."},
               {"vectorix print drawing.plt --usb", "To the only plotter on USB."},
               {"vectorix print drawing.plt --job roll.plist --port /dev/ttyUSB0", "As a job file says."},
               {"vectorix print drawing.plt --capture drawing.out", "Into a file: what a plotter would get."},
               {"vectorix print drawing.plt --virtual drawing.png", "To a plotter in software, whose picture is kept."}},
              printFields()});
-    command->add_option("PLOT", options->plot, "Plot file")->required()->type_name("");
+    command->add_option("PLOT", options->plot, "Plot file; - for standard input")->required()->type_name("");
     auto *port = command->add_option("--port", options->port, "Serial port of the plotter, such as /dev/ttyUSB0")
                      ->type_name("DEVICE");
     command->add_option("--capture", options->capture, "Print into a file what the plotter would get")

@@ -77,7 +77,7 @@ TEST_F(UsageTest, RefusesFilesThatCannotBePrinted) {
         {"a missing plot", {"print", path("none.plt"), "--capture", path("o")}, 3, "none.plt: no such file"},
         {"a folder", {"print", folder_, "--capture", path("o")}, 7, "is a directory"},
         {"an empty plot", {"print", empty, "--capture", path("o")}, 7, "empty"},
-        {"a pipe", {"print", pipe, "--capture", path("o")}, 7, "save what comes from it in a file"},
+        {"a job from a pipe", {"print", plot_, "--capture", path("o"), "--job", pipe}, 7, "save what comes from it"},
         {"a PDF", {"print", pdf, "--capture", path("o")}, 7, "a PDF document"},
         {"a plot of another language", {"print", plot_, "--capture", path("o"), "--emulation", "17008"}, 7, "no \"@\" ends"},
         {"a plot that is not ASCII", {"print", foreign, "--capture", path("o")}, 7, "0xE9 at offset 6"},
