@@ -2,28 +2,27 @@
 
 #include "host/failure.h"
 #include "host/thread_signals.h"
+#include "host/write_all.h"
 
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace host {
 
-namespace {
-
-bool writeAll(int fd, const char *bytes, size_t size) {
-    while (size > 0) {
-        ssize_t written = write(fd, bytes, size);
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return false;
-        bytes += written;
-        size -= static_cast<size_t>(written);
+void requireWritable(const std::string &file) {
+    struct stat status;
+    std::string place = file;
+    if (stat(file.c_str(), &status) == 0) {
+        if (S_ISDIR(status.st_mode)) throw outputFailure(file, EISDIR);
+    } else if (errno == ENOENT) {
+        place = std::filesystem::absolute(file).parent_path();
     }
-    return true;
+    if (access(place.c_str(), W_OK) != 0) throw outputFailure(file, errno);
 }
-
-} // namespace
 
 Capture::Capture(const std::string &file) : file_(file) {
     output_ = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
@@ -43,7 +42,7 @@ void Capture::keep() {
     // A file that cannot be written must not stop the line: what comes is read on and dropped. The read ends with an error
     // when the near end is closed and all of it has been read.
     for (ssize_t count; (count = read(line_.farEnd(), bytes.data(), bytes.size())) > 0;) {
-        if (writeError_ == 0 && !writeAll(output_, bytes.data(), static_cast<size_t>(count))) writeError_ = errno;
+        if (writeError_ == 0 && !writeAll(output_, {bytes.data(), static_cast<size_t>(count)})) writeError_ = errno;
     }
 }
 

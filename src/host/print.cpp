@@ -2,6 +2,7 @@
 
 #include "host/console_lines.h"
 #include "host/destination.h"
+#include "host/dry_run.h"
 #include "host/examination.h"
 #include "host/job_reader.h"
 #include "host/job_writer.h"
@@ -113,6 +114,7 @@ void tell(const PrintOptions &options, const PrintOutcome &outcome, const Verdic
 
 ExitCode print(const PrintOptions &options) {
     if (options.jobFile.empty()) jobOf(options.job); // what was typed is looked at first
+    if (options.dryRun && !options.jobFile.empty()) requireFitJob(options.jobFile);
     PlotFile plot(options.plot);
     PrintOutcome outcome{};
     if (auto rules = rulesOf(options)) {
@@ -120,6 +122,7 @@ ExitCode print(const PrintOptions &options) {
         outcome.examination = examine(plot, *rules);
         if (!options.force) requireFit(outcome.examination, plot, *rules);
     }
+    if (options.dryRun) return dryRun(options, plot, outcome.rules, outcome.examination);
 
     std::optional<StopOnSignal> signals(std::in_place);
     Destination destination(options);

@@ -61,6 +61,9 @@ std::vector<JsonFields> printFields() {
         {"uncutChunks", "chunks without a command boundary, sent as they were"},
         {"errorID, errorText", "the first failure; 22007 for none"},
         {"errorStatus, errorOffset", "its system code, and where in the plot file (-1: not in it)"},
+        {"dryRun, bytesToSend, piecesToSend", "with --dry-run, in place of what was sent and failed"},
+        {"line, estimatedSeconds",
+         "with --dry-run: of a serial port; null for others. A line has baud, bits,\nparity, stopBits and handshake"},
     };
 }
 
