@@ -2,14 +2,27 @@
 
 #include "host/failure.h"
 #include "host/thread_signals.h"
-#include "host/whole_file.h"
+#include "host/write_all.h"
 
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace host {
+
+void requireWritable(const std::string &file) {
+    struct stat status;
+    std::string place = file;
+    if (stat(file.c_str(), &status) == 0) {
+        if (S_ISDIR(status.st_mode)) throw outputFailure(file, EISDIR);
+    } else if (errno == ENOENT) {
+        place = std::filesystem::absolute(file).parent_path();
+    }
+    if (access(place.c_str(), W_OK) != 0) throw outputFailure(file, errno);
+}
 
 Capture::Capture(const std::string &file) : file_(file) {
     output_ = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);

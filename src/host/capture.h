@@ -8,6 +8,9 @@
 
 namespace host {
 
+/// Throws Failure when the file could not be written; changes nothing.
+void requireWritable(const std::string &file);
+
 class Capture {
 public:
     /// Creates or empties the file. Throws Failure.

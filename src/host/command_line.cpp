@@ -2,6 +2,7 @@
 
 #include "host/commands.h"
 #include "host/help_format.h"
+#include "host/near_miss.h"
 #include "host/output.h"
 #include "host/text.h"
 #include "host/verdict.h"
@@ -19,37 +20,69 @@ constexpr void (*kCommands[])(CLI::App &, Typed &) = {addPrintCommand, addPrevie
                                                       addPortsCommand, addLimitsCommand,  addDoctorCommand,
                                                       addProfileCommand};
 
-const char *overview() {
-    return "Examples:\n"
-           "  vectorix print drawing.plt --port /dev/ttyUSB0\n"
-           "  vectorix print drawing.plt -p house\n"
-           "  vectorix print drawing.plt --job roll.plist --port /dev/ttyUSB0 --handshake hardware\n"
-           "  vectorix print drawing.plt --usb\n"
-           "  vectorix print drawing.plt --capture drawing.out\n"
-           "  vectorix print drawing.plt --virtual drawing.png\n"
-           "  vectorix preview drawing.plt -o drawing.svg --sheet a3\n"
-           "  vectorix simulate --render drawing.pdf\n"
-           "  vectorix ports\n"
-           "  vectorix doctor --port /dev/ttyUSB0\n"
-           "  vectorix limits --port /dev/ttyUSB0\n"
-           "  vectorix send 'IN;SP1;' --port /dev/ttyUSB0\n"
-           "  vectorix job write roll.plist --emulation 17008 --terminator , --tool 'P1,'\n"
-           "\n"
-           "'vectorix COMMAND --help' tells more.\n";
+Manual overview() {
+    return {"'vectorix COMMAND --help' tells more of a command.",
+            {{"vectorix doctor", "What stands in the way to a plotter."},
+             {"vectorix ports", "Which serial ports there are."},
+             {"vectorix plotters", "Which plotters there are on USB."},
+             {"vectorix print drawing.plt --port /dev/ttyUSB0", "Prints on a serial port."},
+             {"vectorix print drawing.plt --usb", "Prints to the only plotter on USB."},
+             {"vectorix preview drawing.plt -o drawing.svg", "Draws what would be printed."},
+             {"vectorix simulate --render drawing.pdf", "Plays a plotter for other programs."}},
+            {}};
 }
 
 ExitCode complain(const Failure &failure, bool wantsJson) {
     if (wantsJson) printOut("{}\n", json(failure));
-    printError("vectorix: {}\n", failure.what());
+    printFailure(failure.what());
     return failure.code();
 }
 
-/// The command whose help goes with a mistake.
-std::string helpFor(const CLI::App &app) {
-    std::string words = app.get_name();
-    for (const CLI::App *at = &app; !at->get_subcommands().empty(); words += " " + at->get_name())
+void addColour(CLI::App &app) {
+    app.add_option_function<std::string>("--color", chooseColour, "Colour for people: auto means on terminals (auto)")
+        ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
+        ->type_name("auto|always|never");
+    for (CLI::App *command : app.get_subcommands({}))
+        addColour(*command);
+}
+
+/// The command that was typed, as far as it is known.
+const CLI::App &typedCommand(const CLI::App &app) {
+    const CLI::App *at = &app;
+    while (!at->get_subcommands().empty())
         at = at->get_subcommands().front();
-    return words + " --help";
+    return *at;
+}
+
+std::vector<std::string> optionsOf(const CLI::App &command) {
+    std::vector<std::string> names;
+    for (const CLI::Option *option : command.get_options()) {
+        for (const std::string &name : option->get_lnames())
+            names.push_back("--" + name);
+    }
+    return names;
+}
+
+std::vector<std::string> commandsOf(const CLI::App &command) {
+    std::vector<std::string> names;
+    for (const CLI::App *known : command.get_subcommands({}))
+        names.push_back(known->get_name());
+    return names;
+}
+
+/// What is wrong with what was typed: a word that nobody knows explains other mistakes, and goes first.
+std::string mistakeText(const CLI::App &app, const CLI::ParseError &mistake) {
+    const CLI::App &command = typedCommand(app);
+    std::vector<std::string> commands = commandsOf(command);
+    for (const std::string &word : app.remaining(true)) {
+        bool isOption = word[0] == '-' && word.size() > 1;
+        if (!isOption && commands.empty()) continue;
+        std::string name = isOption ? word.substr(0, word.find('=')) : word;
+        std::string meant = nearMiss(name, isOption ? optionsOf(command) : commands);
+        return fmt::format("{}: no such {}{}", shown(name), isOption ? "option" : "command",
+                           meant.empty() ? "" : fmt::format("; did you mean '{}'?", meant));
+    }
+    return shown(lowered(mistake.what()));
 }
 
 ExitCode parse(CLI::App &app, int count, char **words) {
@@ -62,26 +95,35 @@ ExitCode parse(CLI::App &app, int count, char **words) {
         writeOut(text.str());
         return ExitCode::Done;
     } catch (const CLI::ParseError &mistake) {
-        bool isCommandUnknown = app.get_subcommands().empty() && count > 1 && words[1][0] != '-';
-        std::string text = isCommandUnknown ? fmt::format("{}: no such command", words[1]) : lowered(mistake.what());
-        printError("vectorix: {}\nTry '{}'.\n", shown(text), helpFor(app));
+        printFailure(mistakeText(app, mistake));
+        printError("Try '{} --help'.\n", fullName(typedCommand(app)));
         return ExitCode::Usage;
     }
 }
 
 } // namespace
 
-int runCommandLine(int count, char **words) {
-    holdStandardStreams();
-    CLI::App app("Prints plot files on pen plotters and cutters.", "vectorix");
+std::string fullName(const CLI::App &command) {
+    return command.get_parent() ? fullName(*command.get_parent()) + " " + command.get_name() : command.get_name();
+}
+
+void declareCommandLine(CLI::App &app, Typed &typed) {
+    app.name("vectorix");
+    app.description("Prints plot files on pen plotters and cutters.");
     app.set_version_flag("--version", "vectorix " VECTORIX_VERSION);
-    app.footer(fmt::format("{}\n{}", overview(), exitCodeHelp()));
     app.formatter(helpFormat());
     app.require_subcommand(1);
-    Typed typed;
+    explain(typed, app, overview());
     for (auto add : kCommands)
         add(app, typed);
+    addColour(app);
+}
 
+int runCommandLine(int count, char **words) {
+    holdStandardStreams();
+    CLI::App app;
+    Typed typed;
+    declareCommandLine(app, typed);
     ExitCode code = parse(app, count, words);
     if (typed.run && code == ExitCode::Done) {
         try {

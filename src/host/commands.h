@@ -2,8 +2,10 @@
 #pragma once
 
 #include "host/failure.h"
+#include "host/manual.h"
 
 #include <functional>
+#include <map>
 
 namespace CLI {
 class App;
@@ -11,10 +13,11 @@ class App;
 
 namespace host {
 
-/// What was typed.
+/// What was typed, and what is told of the commands.
 struct Typed {
     std::function<ExitCode()> run; ///< may throw Failure
     bool wantsJson = false;        ///< failures go to standard output as JSON as well
+    std::map<const CLI::App *, Manual> manuals;
 };
 
 void addPrintCommand(CLI::App &app, Typed &typed);

@@ -8,14 +8,10 @@
 
 namespace host {
 
-namespace {
-
 void requireOutput(const char *option, const std::string &file, const PrintOptions &options) {
     requireOtherFile(option, file, options.plot);
     requireOtherFile(option, file, options.jobFile);
 }
-
-} // namespace
 
 Destination::Destination(const PrintOptions &options) : options_(options) {
     if (options.toUsb) {

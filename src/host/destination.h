@@ -13,6 +13,9 @@
 
 namespace host {
 
+/// Throws Failure (usage) when the file that an option names is one that the print reads.
+void requireOutput(const char *option, const std::string &file, const PrintOptions &options);
+
 /// There, allowed and free, and held so until its end.
 class Destination {
 public:

@@ -98,6 +98,7 @@ private:
     void send(std::string_view piece) {
         size_t nul = std::min(piece.find('\0'), piece.size());
         offset_ += static_cast<int64_t>(nul);
+        if (!piece.empty()) ++result_.pieces; // also one that is lost as a whole
         withhold(piece.substr(nul), Flaw::BehindNul, result_.innerPaddingBytes);
     }
 

@@ -30,6 +30,7 @@ enum class Flaw {
 
 struct Examination {
     int64_t fileBytes = 0;
+    int64_t pieces = 0;             ///< that are sent
     int64_t withheldBytes = 0;      ///< of a print that nothing disturbs
     const char *language = nullptr; ///< one that is no plotter's, by the file's first bytes: "a PDF document"
     Flaw flaw = Flaw::None;

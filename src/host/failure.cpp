@@ -9,17 +9,11 @@
 
 namespace host {
 
-const char *exitCodeHelp() {
-    return "Exit codes:\n"
-           "  0    done\n"
-           "  1    the job failed or was not wholly sent\n"
-           "  2    usage\n"
-           "  3    no such device or file\n"
-           "  4    permission denied\n"
-           "  5    the port or the plotter is busy\n"
-           "  6    the device was lost, or is silent\n"
-           "  7    the job file, the plot file or the profile is unfit\n"
-           "  130  stopped by the user";
+std::string exitCodeHelp() {
+    std::string text = "Exit codes:";
+    for (const ExitCodeRow &row : kExitCodes)
+        text += fmt::format("\n  {:<3}  {}", static_cast<int>(row.code), row.meaning);
+    return text;
 }
 
 Failure fileFailure(const std::string &thing, int errorNumber) {

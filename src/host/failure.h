@@ -20,8 +20,25 @@ enum class ExitCode {
     Stopped = 130   ///< by the user
 };
 
+struct ExitCodeRow {
+    ExitCode code;
+    const char *meaning;
+};
+
+inline constexpr ExitCodeRow kExitCodes[] = {
+    {ExitCode::Done, "done"},
+    {ExitCode::Failed, "the job failed or was not wholly sent"},
+    {ExitCode::Usage, "usage"},
+    {ExitCode::Missing, "no such device or file"},
+    {ExitCode::Permission, "permission denied"},
+    {ExitCode::Busy, "the port or the plotter is busy"},
+    {ExitCode::Lost, "the device was lost, or is silent"},
+    {ExitCode::Unfit, "the job file, the plot file or the profile is unfit"},
+    {ExitCode::Stopped, "stopped by the user"},
+};
+
 /// The exit codes as a paragraph for the help.
-const char *exitCodeHelp();
+std::string exitCodeHelp();
 
 /// Ends the command. The text names the thing and the remedy, in the form "THING: what happened; what to do".
 class Failure : public std::runtime_error {

@@ -123,16 +123,19 @@ void addFindings(nlohmann::ordered_json &object, const PlotReader &plot) {
     object["leftOut"] = findings.refused;
 }
 
-const char *findingsHelp() {
-    return "Fields of the --json report:\n"
-           "  exitCode, message, notes           only the first two when nothing was drawn\n"
-           "  plotFile, picture, language, bytes, instructions\n"
-           "  unknown, malformed, oddities       instructions not understood; the first of them: kind, offset, text\n"
-           "  box                                left, lower, right, upper in mm from the corner of the pen's area, of all\n"
-           "                                     that was to be drawn; null for nothing\n"
-           "  leavesSheet                        whether some of it lies outside that area\n"
-           "  strokes, downMillimetres, upMillimetres, seconds, pens\n"
-           "  lostCorners, leftOut               what the plotter had no room or time for";
+std::vector<JsonFields> findingsFields() {
+    return {
+        {"language, bytes, instructions", "of the plot"},
+        {"unknown, malformed", "instructions not understood"},
+        {"oddities", "the first of them: kind, offset, text"},
+        {"box", "left, lower, right, upper in mm from the corner of the pen's area, of all\n"
+                "that was to be drawn; null for nothing"},
+        {"leavesSheet", "whether some of it lies outside that area"},
+        {"strokes, pens", "what was drawn, with which pens"},
+        {"downMillimetres, upMillimetres", "the way of the pen down and up"},
+        {"seconds", "that a plotter takes"},
+        {"lostCorners, leftOut", "what the plotter had no room or time for"},
+    };
 }
 
 } // namespace host

@@ -1,6 +1,7 @@
 // What was found in a plot, told to people and to programs.
 #pragma once
 
+#include "host/manual.h"
 #include "virtual_plotter/drawing/sheet.h"
 #include "virtual_plotter/face/plot_reader.h"
 
@@ -19,7 +20,7 @@ std::vector<std::string> findingNotes(const virtual_plotter::PlotReader &plot, c
 /// Adds the findings to a JSON object.
 void addFindings(nlohmann::ordered_json &object, const virtual_plotter::PlotReader &plot);
 
-/// Those fields as a paragraph for the help.
-const char *findingsHelp();
+/// Those fields.
+std::vector<JsonFields> findingsFields();
 
 } // namespace host

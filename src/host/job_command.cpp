@@ -78,13 +78,22 @@ ExitCode check(const FileOptions &options) {
     return fit ? ExitCode::Done : ExitCode::Unfit;
 }
 
+/// One row for each key that the report may hold.
+std::vector<JsonFields> jobFields() {
+    std::vector<JsonFields> fields;
+    for (const JobKey &row : kJobKeys)
+        fields.push_back({row.name, row.key});
+    return fields;
+}
+
 } // namespace
 
 void addJobCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<FileOptions>();
     CLI::App *job = app.add_subcommand("job", "Write, show and check job files");
     job->require_subcommand(1);
-    job->footer(exitCodeHelp());
+    explain(typed, *job,
+            {"A job file is an XML property list: the plotter's language, its tools, and what ends a command.", {}, {}});
     auto add = [&](const char *name, const char *help, const char *file, ExitCode (*run)(const FileOptions &)) {
         CLI::App *command = job->add_subcommand(name, help);
         command->add_option(file, options->path, "Job file")->required()->type_name("");
@@ -97,11 +106,28 @@ void addJobCommand(CLI::App &app, Typed &typed) {
     CLI::App *writing = add("write", "Write a job file", "OUT", write);
     addJobOptions(*writing, options->job);
     addJobDetails(*writing, options->job);
-    writing->footer(fmt::format("{}\n\n{}", escapeHelp(), exitCodeHelp()));
+    explain(typed, *writing,
+            {escapeHelp(),
+             {{"vectorix job write harbour.plist --project Harbour", "A job of an HP-GL plot."},
+              {"vectorix job write roll.plist --force --emulation 17008 --terminator , --tool 'P1,' --tool 'V2,'",
+               "Replaces it by one for a plotter with tools."}},
+             {}});
     writing->add_flag("--force", options->force, "Replace a file that exists");
-    add("show", "Show what a job file says", "JOB", show)->add_flag("--json", options->json, "As one JSON object");
-    add("check", "Tell whether a job file is fit to be printed", "JOB", check)
-        ->add_flag("--json", options->json, "As one JSON object");
+    CLI::App *showing = add("show", "Show what a job file says", "JOB", show);
+    explain(typed, *showing,
+            {"",
+             {{"vectorix job show roll.plist", "Keys and values, as the plug-in takes them."},
+              {"vectorix job show roll.plist --json", "The same for programs."}},
+             jobFields()});
+    CLI::App *checking = add("check", "Tell whether a job file is fit to be printed", "JOB", check);
+    explain(typed, *checking,
+            {"",
+             {{"vectorix job check roll.plist", "Says what is wrong, and where."},
+              {"vectorix job check roll.plist --json", "The same for programs."}},
+             {{"fit", "whether it can be printed"},
+              {"findings", "a list of objects: kind (error or note), line (0: none), text"}}});
+    for (CLI::App *command : {showing, checking})
+        command->add_flag("--json", options->json, "As one JSON object");
 }
 
 } // namespace host

@@ -22,6 +22,11 @@ struct JobKey {
 inline constexpr size_t kToolCount = 8;
 inline constexpr int kFirstEmulation = 17001;
 inline constexpr int kLastEmulation = 17037;
+/// Those whose language has a name of its own.
+inline constexpr struct {
+    const char *name;
+    int emulation;
+} kNamedEmulations[] = {{"hpgl", 17002}, {"dmpl", 17008}};
 inline constexpr int kToolEmulation = 17008; ///< the one that is sent tool strings
 
 inline constexpr const char *kProjectKey = "Project name :";

@@ -12,6 +12,15 @@ namespace host {
 namespace {
 
 constexpr const char *kGroup = "Job";
+constexpr const char *kEmulationValue = "hpgl|dmpl|N";
+
+/// In place of an emulation's name its number; anything else stays.
+std::string numberOfName(std::string &text) {
+    for (const auto &row : kNamedEmulations) {
+        if (text == row.name) text = fmt::format("{}", row.emulation);
+    }
+    return {};
+}
 
 CLI::Validator wholeNumber() {
     return CLI::Validator(
@@ -37,11 +46,14 @@ CLI::Option *addEmulation(CLI::App &app, int &emulation) {
         int value = 0;
         bool known = CLI::detail::lexical_cast(text, value) && value >= kFirstEmulation && value <= kLastEmulation;
         return known ? std::string()
-                     : fmt::format("{} is no emulation; they go from {} to {}", text, kFirstEmulation, kLastEmulation);
+                     : fmt::format("{} is no emulation; they are hpgl, dmpl, and {} to {}", text, kFirstEmulation,
+                                   kLastEmulation);
     };
-    return app.add_option("--emulation", emulation, "Plotter emulation, 17001 to 17037 (17002)")
+    return app
+        .add_option("--emulation", emulation, "Plotter emulation: hpgl (17002), dmpl (17008), or 17001 to 17037 (hpgl)")
         ->check(CLI::Validator(check, ""))
-        ->type_name("N");
+        ->transform(CLI::Validator(numberOfName, ""))
+        ->type_name(kEmulationValue);
 }
 
 std::vector<CLI::Option *> addJobOptions(CLI::App &app, JobOptions &options) {
@@ -54,7 +66,7 @@ std::vector<CLI::Option *> addJobOptions(CLI::App &app, JobOptions &options) {
         app.add_option("--project", options.project, "Project name"),
         app.add_option("--plotter", options.plotter, "Plotter name")};
     for (CLI::Option *option : added)
-        option->group(kGroup)->type_name(option == added.front() ? "N" : "TEXT");
+        option->group(kGroup)->type_name(option == added.front() ? kEmulationValue : "TEXT");
     return added;
 }
 

@@ -3,6 +3,7 @@
 #include "host/failure.h"
 #include "host/text.h"
 #include "host/whole_file.h"
+#include "host/write_all.h"
 
 #include <cerrno>
 #include <fmt/format.h>

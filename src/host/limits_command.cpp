@@ -33,6 +33,7 @@ struct LimitsOptions {
     int32_t plotterID = 0;
     LineSettings line;
     bool verbose = false;
+    bool quiet = false;
     bool json = false;
 };
 
@@ -98,9 +99,10 @@ void tell(const LimitsOptions &options, const QueryOutcome &outcome, const Verdi
         printOut("{}", limitLines(outcome));
     }
     flushOut();
-    for (const std::string &note : verdict.notes)
-        printError("vectorix: note: {}\n", note);
-    if (!verdict.message.empty()) printError("vectorix: {}\n", verdict.message);
+    for (const std::string &note : verdict.notes) {
+        if (!options.quiet) printNote(note);
+    }
+    if (!verdict.message.empty()) printFailure(verdict.message);
 }
 
 ExitCode limits(const LimitsOptions &options) {
@@ -118,7 +120,7 @@ ExitCode limits(const LimitsOptions &options) {
     } else {
         lock.emplace(options.port);
     }
-    announce(usb ? usb->id() : options.port, usb.has_value());
+    if (!options.quiet) announce(usb ? usb->id() : options.port, usb.has_value());
 
     ProgressBar noBar(false);
     ConsoleLines console(options.verbose, noBar);
@@ -135,13 +137,16 @@ ExitCode limits(const LimitsOptions &options) {
 void addLimitsCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<LimitsOptions>();
     CLI::App *command = app.add_subcommand("limits", "Ask a plotter for its hard-clip limits");
-    command->footer(fmt::format(
-        "HP-GL plotters answer with two corners in units of 0.025 mm. For 17008, 17009, 17010 and 17030 the four values\n"
-        "are shown as they came. A port is held for 6 seconds, and for 16 when the plotter is silent; over USB\n"
-        "a silent plotter is waited for until Ctrl-C.\n"
-        "Vendor 0b75 has plotters that listen on their first USB pipe, identifiers 20595 to 20597: give --plotter-id for\n"
-        "these. All its others listen on the second.\n\n{}",
-        exitCodeHelp()));
+    explain(
+        typed, *command,
+        {"HP-GL plotters answer with two corners in units of 0.025 mm. For 17008, 17009, 17010 and 17030 the four values\n"
+         "are shown as they came. A port is held for 6 seconds, and for 16 when the plotter is silent; over USB\n"
+         "a silent plotter is waited for until Ctrl-C.\n"
+         "Vendor 0b75 has plotters that listen on their first USB pipe, identifiers 20595 to 20597: give --plotter-id for\n"
+         "these. All its others listen on the second.",
+         {{"vectorix limits --port /dev/ttyUSB0", "Of a plotter on a serial port."},
+          {"vectorix limits --usb --emulation 17005 --json", "Of the only plotter on USB, for programs."}},
+         queryFields()});
     addProfileOption(*command);
     CLI::Option *port = addPort(*command, options->port);
     CLI::Option *usb = addUsb(*command, options->usbChoice)->excludes(port);
@@ -150,6 +155,7 @@ void addLimitsCommand(CLI::App &app, Typed &typed) {
     addPlotterID(*command, options->plotterID)->needs(usb);
     addLineOptions(*command, options->line);
     command->add_flag("-v,--verbose", options->verbose, "Show what is said and heard, and what the plug-in says");
+    command->add_flag("-q,--quiet", options->quiet, "Say nothing but the limits and errors");
     command->add_flag("--json", options->json, "Report as one JSON object");
     command->callback([options, command, usb, &typed] {
         typed.wantsJson = options->json;

@@ -76,6 +76,17 @@ void addLineOptions(CLI::App &app, LineSettings &settings) {
         ->group(group);
 }
 
+std::string describe(const LineSettings &settings) {
+    return fmt::format("{} bit/s, {} data bits, parity {}, {} stop bit{}, handshake {}", settings.baud, settings.bits,
+                       settings.parity, settings.stopBits, settings.stopBits == 1 ? "" : "s", settings.handshake);
+}
+
+double secondsFor(int64_t bytes, const LineSettings &settings) {
+    constexpr int kStartBits = 1;
+    int bitsPerByte = kStartBits + settings.bits + (settings.parity == "none" ? 0 : 1) + settings.stopBits;
+    return static_cast<double>(bytes) * bitsPerByte / settings.baud;
+}
+
 void applyLineSettings(const LineSettings &settings, ORB_ServiceRecord &record) {
     record.ORB_OutputMethode = kORB_OSX_METHOD_SERIAL;
     record.ORB_baudRate = settings.baud;

@@ -21,6 +21,12 @@ struct LineSettings {
 /// Adds --baud, --bits, --parity, --stop-bits and --handshake, each refusing what the plug-in would not do.
 void addLineOptions(CLI::App &app, LineSettings &settings);
 
+/// "9600 bit/s, 8 data bits, parity none, 1 stop bit, handshake xonxoff".
+std::string describe(const LineSettings &settings);
+
+/// How long the line takes for so many bytes when nobody holds it.
+double secondsFor(int64_t bytes, const LineSettings &settings);
+
 void applyLineSettings(const LineSettings &settings, ORB_ServiceRecord &record);
 
 } // namespace host

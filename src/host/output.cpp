@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
@@ -19,7 +20,45 @@ void note(bool failed) noexcept {
     if (failed && outputError == 0) outputError = errno;
 }
 
+std::string_view colourWhen = "auto";
+
+bool hasColour(int stream) {
+    if (colourWhen != "auto") return colourWhen == "always";
+    const char *refused = getenv("NO_COLOR");
+    const char *terminal = getenv("TERM");
+    bool isRefused = refused && *refused;
+    return !isRefused && terminal && strcmp(terminal, "dumb") != 0 && isatty(stream);
+}
+
+constexpr int kRed = 31, kGreen = 32, kYellow = 33;
+
+std::string inColour(int stream, int colour, std::string_view text) {
+    return hasColour(stream) ? fmt::format("\x1B[{}m{}\x1B[m", colour, text) : std::string(text);
+}
+
 } // namespace
+
+void chooseColour(std::string_view when) {
+    constexpr std::string_view kChoices[] = {"always", "never"};
+    colourWhen = "auto";
+    for (std::string_view choice : kChoices) {
+        if (when == choice) colourWhen = choice;
+    }
+}
+
+std::string coloured(std::string_view word) {
+    if (word == "ok" || word == "free") return inColour(STDOUT_FILENO, kGreen, word);
+    bool isHindrance = word.substr(0, 3) == "no " || word == "in the way";
+    return isHindrance ? inColour(STDOUT_FILENO, kRed, word) : std::string(word);
+}
+
+void printNote(std::string_view text) noexcept {
+    printError("vectorix: {} {}\n", inColour(STDERR_FILENO, kYellow, "note:"), text);
+}
+
+void printFailure(std::string_view text) noexcept {
+    printError("{} {}\n", inColour(STDERR_FILENO, kRed, "vectorix:"), text);
+}
 
 void holdStandardStreams() {
     signal(SIGPIPE, SIG_IGN); // a reader that leaves must not leave the port open
@@ -42,8 +81,8 @@ void flushOut() noexcept { note(fflush(stdout) != 0); }
 ExitCode afterOutput(ExitCode code) {
     flushOut();
     if (outputError == 0 || outputError == EPIPE || code != ExitCode::Done) return code;
-    printError("vectorix: standard output: {}; all else was done, only what was to be said there is lost\n",
-               lowered(strerror(outputError)));
+    printFailure(fmt::format("standard output: {}; all else was done, only what was to be said there is lost",
+                             lowered(strerror(outputError))));
     return ExitCode::Failed;
 }
 

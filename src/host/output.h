@@ -23,6 +23,17 @@ template <class... Values> void printError(fmt::format_string<Values...> format,
     writeError(fmt::format(format, std::forward<Values>(values)...));
 }
 
+/// Whether what is meant for people has colour: "always", "never", or "auto": on a terminal that has it, unless NO_COLOR is
+/// set to something. The default is "auto".
+void chooseColour(std::string_view when);
+
+/// The word in its colour, if standard output has any: what hinders red, what is well green, others as they are.
+std::string coloured(std::string_view word);
+
+/// On standard error, as "vectorix: note: …" and "vectorix: …".
+void printNote(std::string_view text) noexcept;
+void printFailure(std::string_view text) noexcept;
+
 /// Before something else is said on standard error, so that both come in their order.
 void flushOut() noexcept;
 

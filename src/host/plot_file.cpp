@@ -1,6 +1,7 @@
 #include "host/plot_file.h"
 
 #include "host/failure.h"
+#include "host/plot_stream.h"
 #include "host/text.h"
 
 #include <cerrno>
@@ -30,6 +31,10 @@ int openInput(const std::string &path, const char *what, struct stat &status) {
     return fd;
 }
 
+Failure emptyFailure(const std::string &path, const char *what) {
+    return {ExitCode::Unfit, fmt::format("{}: the {} is empty; make it again", shown(path), what)};
+}
+
 bool isSame(const timespec &a, const timespec &b) { return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec; }
 
 } // namespace
@@ -37,13 +42,20 @@ bool isSame(const timespec &a, const timespec &b) { return a.tv_sec == b.tv_sec 
 void requireInputFile(const std::string &path, const char *what) {
     struct stat status;
     close(openInput(path, what, status));
-    if (status.st_size == 0)
-        throw Failure(ExitCode::Unfit, fmt::format("{}: the {} is empty; make it again", shown(path), what));
+    if (status.st_size == 0) throw emptyFailure(path, what);
 }
 
-PlotFile::PlotFile(const std::string &path) : path_(path), fd_(openInput(path, "plot file", opened_)) {}
+PlotFile::PlotFile(const std::string &path)
+    : path_(streamName(path)), isStream_(isPlotStream(path)),
+      fd_(isStream_ ? keepPlotStream(path) : openInput(path, "plot file", opened_)) {
+    if (isStream_) fstat(fd_, &opened_);
+}
 
 PlotFile::~PlotFile() { close(fd_); }
+
+void PlotFile::requireContents() const {
+    if (size() == 0) throw emptyFailure(path_, "plot file");
+}
 
 std::string PlotFile::heldPath() const { return fmt::format("/proc/self/fd/{}", fd_); }
 
@@ -65,7 +77,7 @@ void PlotFile::readBlocks(const std::function<bool(std::string_view block)> &loo
 
 PlotChange PlotFile::change() const {
     struct stat now, named;
-    if (fstat(fd_, &now) != 0) return {};
+    if (isStream_ || fstat(fd_, &now) != 0) return {};
     if (now.st_size != opened_.st_size) {
         return {true, fmt::format("its size changed while it was printed, from {} to {} bytes; print it again once it is "
                                   "finished",

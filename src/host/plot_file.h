@@ -20,12 +20,16 @@ struct PlotChange {
 
 class PlotFile {
 public:
-    /// Throws Failure when it cannot be opened for reading, or is no file.
+    /// Reads a stream (host/plot_stream.h) to its end. Throws Failure when it cannot be opened for reading, or is no file.
     explicit PlotFile(const std::string &path);
     PlotFile(const PlotFile &) = delete;
     PlotFile &operator=(const PlotFile &) = delete;
     ~PlotFile();
 
+    /// Throws Failure (unfit) when it is empty.
+    void requireContents() const;
+
+    /// As people call it.
     const std::string &path() const { return path_; }
     /// A path of this very file in this process, also when its own name is gone or names another.
     std::string heldPath() const;
@@ -41,6 +45,7 @@ public:
 
 private:
     std::string path_;
+    bool isStream_;
     int fd_;
     struct stat opened_;
 };

@@ -80,7 +80,7 @@ void printPlotters(const std::vector<UsbDevice> &devices) {
                         shown(device.serialNumber), fmt::format("{:08x}", device.location), describe(accessTo(device.node)),
                         describeHolders(device)});
     }
-    printTable(rows);
+    printTable(rows, "ACCESS");
 }
 
 ExitCode list(const PlotterOptions &options) {
@@ -103,11 +103,18 @@ ExitCode list(const PlotterOptions &options) {
 void addPlottersCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<PlotterOptions>();
     CLI::App *command = app.add_subcommand("plotters", "List the USB plotters");
-    command->footer(fmt::format(
-        "Without a model: the devices with a printer interface, and those of the makers that the plug-in knows.\n"
-        "With one: what the plug-in finds of it, up to six. V and P are hexadecimal, with or without 0x.\n"
-        "MODEL and LOCATION go to 'vectorix print --usb MODEL@LOCATION'. The driver usblp is no obstacle to a print.\n\n{}",
-        exitCodeHelp()));
+    explain(typed, *command,
+            {"Without a model: the devices with a printer interface, and those of the makers that the plug-in knows.\n"
+             "With one: what the plug-in finds of it, up to six. V and P are hexadecimal, with or without 0x.\n"
+             "MODEL and LOCATION go to 'vectorix print --usb MODEL@LOCATION'. The driver usblp is no obstacle to a print.",
+             {{"vectorix plotters", "All that can be printed to."},
+              {"vectorix plotters --vendor 0b75 --product 0402", "What the plug-in finds of one model."}},
+             {{"plotters", "a list of objects with the fields that follow"},
+              {"vendor, product, location", "hexadecimal digits: what --usb takes as VENDOR:PRODUCT@LOCATION"},
+              {"manufacturer, name, serialNumber", "as the device says them"},
+              {"node, access", "its file, and the right to it: ok, no permission or no node"},
+              {"driver", "of the kernel; empty for none"},
+              {"holders", "programs that have it open: process, name"}}});
     CLI::Option *vendor = command->add_option("--vendor", options->vendor, "USB vendor of the model")->type_name("V");
     CLI::Option *product =
         command->add_option("--product", options->product, "USB product of the model")->type_name("P")->needs(vendor);

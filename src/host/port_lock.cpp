@@ -10,9 +10,11 @@
 #include <chrono>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <fmt/format.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <termios.h>
 #include <thread>
 #include <unistd.h>
@@ -85,6 +87,14 @@ struct stat requireSerialDevice(const std::string &port) {
     return device;
 }
 
+/// What the kernel says of the device; of a pseudo-terminal it says nothing.
+void requireTerminal(const std::string &port, const struct stat &device) {
+    std::error_code error;
+    std::filesystem::path subsystem = std::filesystem::read_symlink(
+        fmt::format("/sys/dev/char/{}:{}/subsystem", major(device.st_rdev), minor(device.st_rdev)), error);
+    if (!error && subsystem.filename() != "tty") throw notSerial(port, "another kind of device");
+}
+
 /// A program that has the port open without a lock of ours. Looked for twice: another vectorix that has just been refused
 /// the lock still holds the port for a moment.
 Holder unlockedHolder(const struct stat &device) {
@@ -107,6 +117,15 @@ void requirePortPath(const std::string &port) {
     throw portFailure(ExitCode::Usage, port,
                       "the path is {}, and the plug-in cannot open it; make a link with a plain name: ln -s … /tmp/plotter",
                       foreign ? "not ASCII" : "longer than 255 bytes");
+}
+
+void requireFreePort(const std::string &port) {
+    struct stat device = requireSerialDevice(port);
+    requirePortPath(port);
+    requireTerminal(port, device);
+    if (Holder holder = uucpHolder(port); holder.pid != 0) throw busy(port, holder);
+    if (accessTo(port) == NodeAccess::NoPermission) throw forbidden(port, device);
+    if (Holder holder = unlockedHolder(device); holder.pid != 0) throw busy(port, holder);
 }
 
 PortLock::PortLock(const std::string &port) {

@@ -8,6 +8,10 @@ namespace host {
 /// Throws Failure (usage) for a path that the plug-in could not take: it would answer with success and send nothing.
 void requirePortPath(const std::string &port);
 
+/// All of that, and whether the port is there, allowed and free, as far as it can be told without opening it. Throws
+/// Failure.
+void requireFreePort(const std::string &port);
+
 /// Holds a serial port for this process, so that no two jobs interleave on one plotter.
 class PortLock {
 public:

@@ -75,7 +75,7 @@ void show(const std::vector<SerialPort> &ports) {
         rows.push_back({shown(port.name), shown(port.path), shown(port.stableName), port.hardware(), shown(port.driver),
                         describe(state), describe(state.holders)});
     }
-    printTable(std::move(rows));
+    printTable(std::move(rows), "ACCESS");
 }
 
 ExitCode list(bool wantsJson) {
@@ -101,10 +101,18 @@ ExitCode list(bool wantsJson) {
 void addPortsCommand(CLI::App &app, Typed &typed) {
     auto wantsJson = std::make_shared<bool>(false);
     CLI::App *command = app.add_subcommand("ports", "List the serial ports");
-    command->footer(
-        fmt::format("Opens none of them. A stable name stays with its adapter, whatever it is plugged into; PATH "
-                    "and STABLE NAME\nboth go to --port. Holders that the system hides from you are missing.\n\n{}",
-                    exitCodeHelp()));
+    explain(typed, *command,
+            {"Opens none of them. A stable name stays with its adapter, whatever it is plugged into; PATH and STABLE NAME\n"
+             "both go to --port. Holders that the system hides from you are missing.",
+             {{"vectorix ports", "A table for people."}, {"vectorix ports --json", "The same for programs."}},
+             {{"ports", "a list of objects with the fields that follow"},
+              {"name, path", "such as ttyUSB0 and /dev/ttyUSB0"},
+              {"stableName", "below /dev/serial/by-id; empty for none"},
+              {"bus, driver", "usb, pnp, …; the kernel's driver"},
+              {"vendor, product", "of a USB adapter, hexadecimal"},
+              {"manufacturer, productName", "as a USB adapter says them"},
+              {"access, group", "ok, no permission or no node; the group that has the right to it"},
+              {"holders", "programs that have it open: process, name"}}});
     command->add_flag("--json", *wantsJson, "As one JSON object");
     command->callback([wantsJson, &typed] {
         typed.wantsJson = *wantsJson;

@@ -20,6 +20,7 @@ struct PreviewOptions {
     std::string plot;
     std::string picture;
     DrawingOptions drawing;
+    bool quiet = false;
     bool json = false;
 };
 
@@ -29,22 +30,24 @@ void tell(const PreviewOptions &options, const virtual_plotter::PlotReader &plot
             {"exitCode", 0}, {"message", ""}, {"notes", notes}, {"plotFile", options.plot}, {"picture", options.picture}};
         addFindings(object, plot);
         printOut("{}\n", object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
-    } else {
+    } else if (!options.quiet) {
         printOut("{}drew {}\n", findingsText(plot), shown(options.picture));
     }
     flushOut();
-    for (const std::string &note : notes)
-        printError("vectorix: note: {}\n", note);
+    for (const std::string &note : notes) {
+        if (!options.quiet) printNote(note);
+    }
 }
 
 ExitCode preview(const PreviewOptions &options) {
-    requireInputFile(options.plot, "plot file");
+    PlotFile file(options.plot); // before signals are held: a stream may be waited for
+    file.requireContents();
     requireOtherFile("-o", options.picture, options.plot);
     Drawing drawing(options.drawing, options.picture);
     virtual_plotter::PlotReader plot(languageOf(options.drawing), drawing.sink(), drawing.sheet().hardClip);
 
     StopOnSignal signals;
-    PlotFile(options.plot).readBlocks([&](std::string_view block) {
+    file.readBlocks([&](std::string_view block) {
         plot.take(block);
         return !StopOnSignal::came();
     });
@@ -52,7 +55,7 @@ ExitCode preview(const PreviewOptions &options) {
     plot.finish();
     if (plot.reader()->findings().instructions == 0) {
         throw Failure(ExitCode::Unfit,
-                      fmt::format("{}: no plot in a language that can be drawn; give HP-GL or DM/PL", shown(options.plot)));
+                      fmt::format("{}: no plot in a language that can be drawn; give HP-GL or DM/PL", shown(file.path())));
     }
     drawing.finish();
     std::vector<std::string> notes = findingNotes(plot, drawing.sheet());
@@ -66,14 +69,21 @@ ExitCode preview(const PreviewOptions &options) {
 void addPreviewCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<PreviewOptions>();
     CLI::App *command = app.add_subcommand("preview", "Draw a plot file as a picture");
-    command->footer(fmt::format("The whole file is drawn, also what a print would not send: text behind the last "
-                                "terminator.\n\n{}\n\n{}",
-                                findingsHelp(), exitCodeHelp()));
-    command->add_option("PLOT", options->plot, "Plot file")->required()->type_name("");
+    std::vector<JsonFields> fields = findingsFields();
+    fields.insert(fields.begin(), {{"exitCode, message, notes", "only the first two when nothing was drawn"},
+                                   {"plotFile, picture", "as they were named"}});
+    explain(typed, *command,
+            {"The whole file is drawn, also what a print would not send: text behind the last terminator.",
+             {{"vectorix preview drawing.plt -o drawing.svg --sheet a3", "As SVG, on a sheet of 420 x 297 mm."},
+              {"vectorix preview drawing.plt -o drawing.png --dpi 100 --sheet a4-portrait", "As PNG, on an upright sheet."},
+              {"vectorix preview drawing.plt -o drawing.pdf --json", "As PDF; what was found in the plot as JSON."}},
+             fields});
+    command->add_option("PLOT", options->plot, "Plot file; - for standard input")->required()->type_name("");
     command->add_option("-o,--output", options->picture, "Picture to write: .svg, .png or .pdf")
         ->required()
         ->type_name("FILE");
     addLanguage(*command, options->drawing);
+    command->add_flag("-q,--quiet", options->quiet, "Say nothing but errors");
     command->add_flag("--json", options->json, "Report as one JSON object");
     addDrawingOptions(*command, options->drawing);
     command->callback([options, &typed] {

@@ -2,6 +2,7 @@
 
 #include "host/console_lines.h"
 #include "host/destination.h"
+#include "host/dry_run.h"
 #include "host/examination.h"
 #include "host/job_reader.h"
 #include "host/job_writer.h"
@@ -100,19 +101,20 @@ void tell(const PrintOptions &options, const PrintOutcome &outcome, const Verdic
     flushOut();
     if (!options.quiet) {
         for (const std::string &note : verdict.notes)
-            printError("vectorix: note: {}\n", note);
+            printNote(note);
     }
     if (options.verbose && outcome.report.uncutChunks > 0) {
-        printError("vectorix: note: {} held no command boundary and went as they were\n",
-                   counted(static_cast<int64_t>(outcome.report.uncutChunks), "chunk"));
+        printNote(fmt::format("{} held no command boundary and went as they were",
+                              counted(static_cast<int64_t>(outcome.report.uncutChunks), "chunk")));
     }
-    if (!verdict.message.empty()) printError("vectorix: {}\n", verdict.message);
+    if (!verdict.message.empty()) printFailure(verdict.message);
 }
 
 } // namespace
 
 ExitCode print(const PrintOptions &options) {
     if (options.jobFile.empty()) jobOf(options.job); // what was typed is looked at first
+    if (options.dryRun && !options.jobFile.empty()) requireFitJob(options.jobFile);
     PlotFile plot(options.plot);
     PrintOutcome outcome{};
     if (auto rules = rulesOf(options)) {
@@ -120,12 +122,13 @@ ExitCode print(const PrintOptions &options) {
         outcome.examination = examine(plot, *rules);
         if (!options.force) requireFit(outcome.examination, plot, *rules);
     }
+    if (options.dryRun) return dryRun(options, plot, outcome.rules, outcome.examination);
 
     std::optional<StopOnSignal> signals(std::in_place);
     Destination destination(options);
     outcome.report.structSize = sizeof outcome.report;
     outcome.report.firstErrorID = kORB_NoError;
-    outcome.plotFile = options.plot;
+    outcome.plotFile = plot.path();
     outcome.jobFile = options.jobFile;
     outcome.destination = destination.name();
     outcome.usb = destination.usb();

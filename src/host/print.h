@@ -21,6 +21,7 @@ struct PrintOptions {
     bool toUsb = false;
     std::string usbChoice;
     LineSettings line;
+    bool dryRun = false;    ///< look at everything, and send nothing
     bool force = false;     ///< whatever is wrong with the plot file
     bool keepGoing = false; ///< after a piece that the link did not take
     bool verbose = false;

@@ -29,8 +29,22 @@ ExitCode run(const PrintOptions &options) {
 void addPrintCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<PrintOptions>();
     CLI::App *command = app.add_subcommand("print", "Print a plot file");
-    command->footer(fmt::format("{}\n\n{}\n\n{}", escapeHelp(), jsonHelp(), exitCodeHelp()));
-    command->add_option("PLOT", options->plot, "Plot file")->required()->type_name("");
+    explain(
+        typed, *command,
+        {fmt::format("{}\n\nA dry run opens neither port nor plotter, and ends with the exit code that the print would have "
+                     "if nothing disturbed it.",
+                     escapeHelp()),
+         {{"vectorix print drawing.plt --port /dev/ttyUSB0", "To a plotter on a serial port."},
+          {"vectorix print drawing.plt --port /dev/ttyUSB0 --baud 2400 --bits 7 --parity even --handshake hardware",
+           "The same, for a plotter whose switches say so."},
+          {"vectorix print drawing.plt --port /dev/ttyUSB0 --dry-run", "Says what would be sent, and for how long."},
+          {"vectorix print - --port /dev/ttyUSB0 < drawing.plt", "What another program says."},
+          {"vectorix print drawing.plt --usb", "To the only plotter on USB."},
+          {"vectorix print drawing.plt --job roll.plist --port /dev/ttyUSB0", "As a job file says."},
+          {"vectorix print drawing.plt --capture drawing.out", "Into a file: what a plotter would get."},
+          {"vectorix print drawing.plt --virtual drawing.png", "To a plotter in software, whose picture is kept."}},
+         printFields()});
+    command->add_option("PLOT", options->plot, "Plot file; - for standard input")->required()->type_name("");
     addProfileOption(*command);
     CLI::Option *port = addPort(*command, options->port);
     command->add_option("--capture", options->capture, "Print into a file what the plotter would get")
@@ -44,10 +58,11 @@ void addPrintCommand(CLI::App &app, Typed &typed) {
     CLI::Option *usb = addUsb(*command, options->usbChoice)->excludes(port)->excludes("--capture")->excludes(picture);
     for (CLI::Option *option : addDrawingOptions(*command, options->drawing))
         option->needs(picture);
-    auto *job = command->add_option("--job", options->jobFile, "Job file that says what follows")->type_name("FILE");
+    auto *job = command->add_option("--job", options->jobFile, "Job file that says what follows")->type_name("JOB");
     for (CLI::Option *option : addJobOptions(*command, options->job))
         option->excludes(job);
     addLineOptions(*command, options->line);
+    command->add_flag("--dry-run", options->dryRun, "Check everything, say what would be sent, and send nothing");
     command->add_flag("--force", options->force, "Print also a plot file of which a part cannot be sent");
     command->add_flag("--keep-going", options->keepGoing, "Go on after a piece that the plotter did not take");
     command->add_flag("-v,--verbose", options->verbose, "Show what the plug-in says");

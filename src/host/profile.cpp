@@ -1,6 +1,6 @@
 #include "host/profile.h"
 
-#include "host/near_names.h"
+#include "host/near_miss.h"
 #include "host/profile_folder.h"
 #include "host/text.h"
 #include "host/whole_file.h"

@@ -149,7 +149,12 @@ void addProfileCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<CommandOptions>();
     CLI::App *profile = app.add_subcommand("profile", "Keep under a name what a plotter needs");
     profile->require_subcommand(1);
-    profile->footer(fmt::format("{}\n\n{}", kHelp, exitCodeHelp()));
+    explain(typed, *profile,
+            {kHelp,
+             {{"vectorix profile add house --port /dev/ttyUSB0 --baud 2400", "Keeps port and rate."},
+              {"vectorix print drawing.plt -p house", "Prints with them."},
+              {"vectorix profile list", "Which profiles there are."}},
+             {}});
     auto addCommand = [&](const char *name, const char *help, ExitCode (*run)(const CLI::App &, const CommandOptions &)) {
         CLI::App *command = profile->add_subcommand(name, help);
         command->callback([options, command, run, &typed] {
@@ -166,7 +171,11 @@ void addProfileCommand(CLI::App &app, Typed &typed) {
     CLI::App *adding = addNamed("add", "Make a profile of the options that follow", add);
     addProfileOptions(*adding, options->profile);
     adding->add_flag("--force", options->force, "Replace a profile that exists");
-    adding->footer(fmt::format("{}\n\n{}\n\n{}", escapeHelp(), kHelp, exitCodeHelp()));
+    explain(typed, *adding,
+            {fmt::format("{}\n\n{}", escapeHelp(), kHelp),
+             {{"vectorix profile add house --port /dev/ttyUSB0 --baud 2400 --emulation 17008 --terminator ,",
+               "For a plotter of another language than HP-GL."}},
+             {}});
     CLI::App *listing = addCommand("list", "List the profiles", list);
     auto *json = listing->add_flag("--json", options->json, "As one JSON object");
     listing->add_flag("--names", options->namesOnly, "Their names alone, a line each")->excludes(json);

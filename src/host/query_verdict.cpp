@@ -155,4 +155,16 @@ std::string json(const QueryOutcome &outcome, const Verdict &verdict) {
     return object.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+std::vector<JsonFields> queryFields() {
+    return {
+        {"exitCode, message, notes", "what became of the question; only the first two when it was not asked"},
+        {"source, emulation, seconds", "who was asked, and how"},
+        {"values", "the four limits, in the order of the reply; absent when there are none"},
+        {"width, height", "of the area between two corners, in mm"},
+        {"request, reply", "what was sent and heard last"},
+        {"reads", "tries to hear something"},
+        {"errorID, errorText, errorStatus", "the failure; 22007 for none, and its system code"},
+    };
+}
+
 } // namespace host

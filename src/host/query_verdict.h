@@ -40,4 +40,7 @@ std::string limitLines(const QueryOutcome &outcome);
 /// The outcome as a JSON object, on one line.
 std::string json(const QueryOutcome &outcome, const Verdict &verdict);
 
+/// Its fields.
+std::vector<JsonFields> queryFields();
+
 } // namespace host

@@ -92,7 +92,11 @@ ExitCode send(const SendOptions &options) {
 void addSendCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<SendOptions>();
     CLI::App *command = app.add_subcommand("send", "Send a short text to a plotter");
-    command->footer(exitCodeHelp());
+    explain(typed, *command,
+            {"",
+             {{"vectorix send 'IN;SP1;PU0,0;' --port /dev/ttyUSB0", "Takes pen 1 to the origin."},
+              {"vectorix send '\\e.R' --port /dev/ttyUSB0 --baud 2400", "An escape sequence, here of device control."}},
+             {}});
     command->add_option("TEXT", options->text, "Up to 255 ASCII characters; \\n \\r \\t \\e \\xNN \\\\ are understood")
         ->required()
         ->type_name("");

@@ -30,6 +30,7 @@ struct SimulateOptions {
     size_t bufferBytes = 1024;
     std::string fault;
     std::string link;
+    bool quiet = false;
     bool once = false;
     double linger = 1;
 };
@@ -126,13 +127,14 @@ ExitCode simulate(const SimulateOptions &options) {
     }
     plotter.finish();
     drawing.finish();
+    if (options.quiet) return ExitCode::Done;
     printOut("heard {}\n{}", counted(static_cast<int64_t>(plotter.heardBytes()), "byte"), findingsText(plotter.plot()));
     if (!options.picture.empty()) printOut("drew {}\n", shown(options.picture));
     flushOut();
-    if (plotter.hasHungUp()) printError("vectorix: note: hung up, as it was told to\n");
+    if (plotter.hasHungUp()) printNote("hung up, as it was told to");
     for (const std::string &note : findingNotes(plotter.plot(), drawing.sheet()))
-        printError("vectorix: note: {}\n", note);
-    if (!drawing.note().empty()) printError("vectorix: note: {}\n", shown(drawing.note()));
+        printNote(note);
+    if (!drawing.note().empty()) printNote(shown(drawing.note()));
     return ExitCode::Done;
 }
 
@@ -141,7 +143,12 @@ ExitCode simulate(const SimulateOptions &options) {
 void addSimulateCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<SimulateOptions>();
     CLI::App *command = app.add_subcommand("simulate", "Play a plotter on a serial port in software");
-    command->footer(fmt::format("Says its port's path on the first line, then plays until Ctrl-C.\n\n{}", exitCodeHelp()));
+    explain(typed, *command,
+            {"Says its port's path on the first line, then plays until Ctrl-C.",
+             {{"vectorix simulate --render drawing.pdf --link /tmp/plotter", "Draws what is printed to /tmp/plotter."},
+              {"vectorix simulate --once --pace 9600 --buffer 1024", "As slow as a real one, for one program."},
+              {"vectorix simulate --fault hangup:2000", "Goes away after 2000 bytes."}},
+             {}});
     command->add_option("--render", options->picture, "Picture to write at the end: .svg, .png or .pdf")->type_name("FILE");
     addProfileOption(*command);
     addDrawingOptions(*command, options->drawing);
@@ -151,15 +158,16 @@ void addSimulateCommand(CLI::App &app, Typed &typed) {
         ->check(CLI::Validator(checkPace, ""))
         ->type_name("RATE|full");
     command->add_option("--buffer", options->bufferBytes, "Size of its buffer (1024)")
-        ->check(CLI::Range(1, 1'000'000))
+        ->check(CLI::Range(1, 1'000'000).description(""))
         ->type_name("BYTES");
     command->add_option("--fault", options->fault, "hang, hangup, rubbish or xoff, at once or after so many bytes")
         ->check(CLI::Validator(checkFault, ""))
         ->type_name("KIND[:BYTES]");
     command->add_option("--link", options->link, "Another name for the port, while it plays")->type_name("PATH");
+    command->add_flag("-q,--quiet", options->quiet, "Say nothing but the port and errors");
     auto *once = command->add_flag("--once", options->once, "End when the program that printed has closed the port");
     command->add_option("--linger", options->linger, "Wait so long for another program first (1)")
-        ->check(CLI::Range(0, 3600))
+        ->check(CLI::Range(0, 3600).description(""))
         ->type_name("SECONDS")
         ->needs(once);
     command->callback([options, command, &typed] {

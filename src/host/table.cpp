@@ -17,7 +17,7 @@ size_t widthOf(const std::string &text) {
 
 } // namespace
 
-void printTable(std::vector<std::vector<std::string>> rows) {
+void printTable(std::vector<std::vector<std::string>> rows, std::string_view colouredHeading) {
     std::vector<size_t> widths(rows.front().size());
     for (auto &row : rows) {
         for (size_t i = 0; i < row.size(); ++i) {
@@ -27,7 +27,8 @@ void printTable(std::vector<std::vector<std::string>> rows) {
     }
     for (const auto &row : rows) {
         for (size_t i = 0; i + 1 < row.size(); ++i)
-            printOut("{}{:{}}", row[i], "", widths[i] - widthOf(row[i]) + 2);
+            printOut("{}{:{}}", rows.front()[i] == colouredHeading ? coloured(row[i]) : row[i], "",
+                     widths[i] - widthOf(row[i]) + 2);
         printOut("{}\n", row.back());
     }
 }

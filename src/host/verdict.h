@@ -3,6 +3,7 @@
 
 #include "host/examination.h"
 #include "host/failure.h"
+#include "host/manual.h"
 #include "host/usb_devices.h"
 
 #include <optional>
@@ -49,8 +50,8 @@ std::string summary(const PrintOutcome &outcome);
 /// The report as a JSON object, on one line.
 std::string json(const PrintOutcome &outcome, const Verdict &verdict);
 
-/// The JSON object's fields as a paragraph for the help.
-const char *jsonHelp();
+/// The JSON object's fields.
+std::vector<JsonFields> printFields();
 
 /// A failure before there was a report.
 std::string json(const Failure &failure);

@@ -47,18 +47,24 @@ std::string json(const Failure &failure) {
     return dump({{"exitCode", static_cast<int>(failure.code())}, {"message", failure.what()}});
 }
 
-const char *jsonHelp() {
-    return "Fields of the --json report:\n"
-           "  exitCode, message, notes           what became of the job; only the first two when it did not begin\n"
-           "  plotFile, destination, emulation, terminator, seconds\n"
-           "  stopReason                         finished, stoppedByHost, notASCII, noMarkInTail, noLink, plotFile,\n"
-           "                                     jobFile or unconvertible\n"
-           "  fileBytes                          = sentBytes + failedBytes + withheldBytes\n"
-           "  arrivedBytes                       at the plotter in software, with --virtual\n"
-           "  piecesSent, piecesFailed           writes to the port\n"
-           "  uncutChunks                        chunks without a command boundary, sent as they were\n"
-           "  errorID, errorText                 the first failure; 22007 for none\n"
-           "  errorStatus, errorOffset           its system code, and where in the plot file (-1: not in it)";
+std::vector<JsonFields> printFields() {
+    return {
+        {"exitCode, message, notes", "what became of the job; only the first two when it did not begin"},
+        {"plotFile, destination", "as they were named"},
+        {"emulation, terminator, seconds", "of the job"},
+        {"stopReason", "finished, stoppedByHost, notASCII, noMarkInTail, noLink, plotFile,\njobFile or unconvertible"},
+        {"fileBytes", "= sentBytes + failedBytes + withheldBytes"},
+        {"sentBytes, failedBytes", "taken by the port, and not taken"},
+        {"withheldBytes", "of the plot file, that were not to be sent"},
+        {"arrivedBytes", "at the plotter in software, with --virtual"},
+        {"piecesSent, piecesFailed", "writes to the port"},
+        {"uncutChunks", "chunks without a command boundary, sent as they were"},
+        {"errorID, errorText", "the first failure; 22007 for none"},
+        {"errorStatus, errorOffset", "its system code, and where in the plot file (-1: not in it)"},
+        {"dryRun, bytesToSend, piecesToSend", "with --dry-run, in place of what was sent and failed"},
+        {"line, estimatedSeconds",
+         "with --dry-run: of a serial port; null for others. A line has baud, bits,\nparity, stopBits and handshake"},
+    };
 }
 
 } // namespace host

@@ -2,6 +2,7 @@
 
 #include "host/failure.h"
 #include "host/text.h"
+#include "host/write_all.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -95,16 +96,6 @@ void writeWhole(const std::string &path, const std::string &contents, bool force
     int errorNumber = errno;
     unlink(draft.c_str());
     throw errorNumber == EEXIST ? exists(path) : outputFailure(path, errorNumber);
-}
-
-bool writeAll(int fd, std::string_view text) {
-    while (!text.empty()) {
-        ssize_t count = write(fd, text.data(), text.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return false;
-        text.remove_prefix(static_cast<size_t>(count));
-    }
-    return true;
 }
 
 } // namespace host

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 namespace host {
 
@@ -12,8 +11,5 @@ std::string readWhole(const std::string &path, const char *what);
 /// Writes a file that is either wholly there or not at all. Throws Failure; without force also when the file exists.
 /// One that is replaced keeps its permissions; a link is followed, and stays.
 void writeWhole(const std::string &path, const std::string &contents, bool force);
-
-/// Writes all of the text; false with errno when it cannot.
-bool writeAll(int fd, std::string_view text);
 
 } // namespace host

@@ -35,7 +35,15 @@ TEST_F(UsageTest, RefusesWhatContradictsItself) {
     std::string longText(256, 'a');
     expectRefusals({
         {"nothing typed", {}, 2, "subcommand"},
-        {"an unknown command", {"prnit"}, 2, "prnit: no such command"},
+        {"an unknown command", {"prnit"}, 2, "prnit: no such command; did you mean 'print'?"},
+        {"one that is like none", {"xyzzy"}, 2, "xyzzy: no such command\nTry 'vectorix --help'."},
+        {"an unknown command below another", {"job", "chek"}, 2, "did you mean 'check'?\nTry 'vectorix job --help'."},
+        {"an unknown option", {"print", plot_, "--prot", "x"}, 2, "--prot: no such option; did you mean '--port'?"},
+        {"its beginning, with a value",
+         {"send", "IN", "--emu=hpgl"},
+         2,
+         "--emu: no such option; did you mean '--emulation'?"},
+        {"a colour", {"ports", "--color=blue"}, 2, "blue"},
         {"no plot", {"print"}, 2, "PLOT"},
         {"neither port nor capture", {"print", plot_}, 2, "--port DEVICE, --usb, --capture FILE"},
         {"port and capture", {"print", plot_, "--port", "/dev/x", "--capture", "x"}, 2, "excludes"},
@@ -74,7 +82,7 @@ TEST_F(UsageTest, RefusesFilesThatCannotBePrinted) {
         {"a device", {"print", "/dev/zero", "--capture", path("o")}, 7, "a pipe or a device"},
         {"links in a circle", {"print", path("circle"), "--capture", path("o")}, 3, "where its links lead"},
         {"an empty plot", {"print", empty, "--capture", path("o")}, 7, "empty"},
-        {"a pipe", {"print", pipe, "--capture", path("o")}, 7, "save what comes from it in a file"},
+        {"a job from a pipe", {"print", plot_, "--capture", path("o"), "--job", pipe}, 7, "save what comes from it"},
         {"a PDF", {"print", pdf, "--capture", path("o")}, 7, "a PDF document"},
         {"a plot of another language", {"print", plot_, "--capture", path("o"), "--emulation", "17008"}, 7, "no \"@\" ends"},
         {"a plot that is not ASCII", {"print", foreign, "--capture", path("o")}, 7, "0xE9 at offset 6"},
@@ -111,6 +119,18 @@ TEST_F(UsageTest, TellsWhoMayAndWhoMayNot) {
         {"an unreadable plot", {"print", plot_, "--capture", path("o")}, 4, "permission denied"},
         {"a forbidden port", {"print", other, "--port", plotter.port()}, 4, "permission denied"},
     });
+}
+
+TEST_F(UsageTest, ColoursOnlyTerminalsThatWantIt) {
+    std::string plain = "vectorix: --prot: no such option", coloured = "\x1B[31mvectorix:\x1B[m --prot: no such option";
+    auto begins = [](const std::string &text, const std::string &start) { return text.rfind(start, 0) == 0; };
+    EXPECT_TRUE(begins(Running({"print", "--prot"}, true).wait().err, coloured));
+    EXPECT_TRUE(begins(Running({"print", "--prot", "--color=never"}, true).wait().err, plain));
+    EXPECT_TRUE(begins(run({"print", "--prot"}).err, plain));
+    EXPECT_TRUE(begins(run({"print", "--prot", "--color=always"}).err, coloured));
+    setenv("NO_COLOR", "1", 1);
+    EXPECT_TRUE(begins(Running({"print", "--prot"}, true).wait().err, plain));
+    unsetenv("NO_COLOR");
 }
 
 TEST_F(UsageTest, HelpAndVersionGoToStandardOutput) {

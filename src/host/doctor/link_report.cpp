@@ -1,10 +1,12 @@
 #include "host/doctor/link_report.h"
 
+#include "host/output.h"
 #include "host/text.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 namespace host {
 
@@ -12,22 +14,27 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kWordWidth = 19; // "may be in the way" and what separates it
+constexpr size_t kWordWidth = 19; // "may be in the way" and what separates it
 
 const char *stateOf(const LinkReport &report) {
     return report.severity() == Severity::Note ? "free" : describe(report.severity());
 }
 
+/// The word, and blanks up to what it is about.
+std::string wordOf(std::string_view word) {
+    return fmt::format("{}{:{}}", coloured(word), "", kWordWidth - word.size());
+}
+
 void print(const LinkReport &report, bool isVerbose) {
     const char *state = report.kind == "computer" ? describe(report.severity()) : stateOf(report);
-    fmt::print("{:{}}{}{}{}\n", state, kWordWidth, shown(report.link), report.hardware.empty() ? "" : "  ", report.hardware);
+    printOut("{}{}{}{}\n", wordOf(state), shown(report.link), report.hardware.empty() ? "" : "  ", report.hardware);
     for (const Found &found : report.findings) {
-        fmt::print("  {:{}}{}\n", describe(found.severity), kWordWidth, found.text);
-        if (!found.command.empty()) fmt::print("  {:{}}$ {}\n", "", kWordWidth, found.command);
-        if (!found.then.empty()) fmt::print("  {:{}}{}\n", "", kWordWidth, found.then);
+        printOut("  {}{}\n", wordOf(describe(found.severity)), found.text);
+        if (!found.command.empty()) printOut("  {:{}}$ {}\n", "", kWordWidth, found.command);
+        if (!found.then.empty()) printOut("  {:{}}{}\n", "", kWordWidth, found.then);
     }
     for (const std::string &what : report.looked) {
-        if (isVerbose) fmt::print("  {:{}}{}\n", "looked at", kWordWidth, what);
+        if (isVerbose) printOut("  {}{}\n", wordOf("looked at"), what);
     }
 }
 
@@ -72,17 +79,18 @@ void printReportsAsJson(const std::vector<LinkReport> &reports) {
     for (const LinkReport &report : reports)
         links.push_back(jsonOf(report));
     Json object = {{"exitCode", static_cast<int>(exitCodeOf(reports))}, {"links", links}};
-    fmt::print("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace));
+    printOut("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace));
 }
 
-const char *reportJsonHelp() {
-    return "Fields of the --json report:\n"
-           "  exitCode\n"
-           "  links                              one for each link, and one of kind computer for what concerns all\n"
-           "    kind, link, hardware             serial, usb, adapter (one without a port) or computer\n"
-           "    state                            free, may be in the way, or in the way\n"
-           "    findings                         name, severity (note or as state), text, command, then\n"
-           "    lookedAt                         what was looked at, and what it said";
+std::vector<JsonFields> reportFields() {
+    return {
+        {"exitCode", "as the command's"},
+        {"links", "one for each link, and one of kind computer for what concerns all"},
+        {"  kind, link, hardware", "serial, usb, adapter (one without a port) or computer"},
+        {"  state", "free, may be in the way, or in the way"},
+        {"  findings", "name, severity (note or as state), text, command, then"},
+        {"  lookedAt", "what was looked at, and what it said"},
+    };
 }
 
 } // namespace host

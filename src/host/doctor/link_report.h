@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/doctor/findings.h"
+#include "host/manual.h"
 
 namespace host {
 
@@ -29,6 +30,6 @@ void printReports(const std::vector<LinkReport> &reports, bool isVerbose);
 void printReportsAsJson(const std::vector<LinkReport> &reports);
 
 /// That object, as a paragraph for the help.
-const char *reportJsonHelp();
+std::vector<JsonFields> reportFields();
 
 } // namespace host

@@ -90,6 +90,7 @@ TEST(ExaminationAgainstSender, SaysWhatWillBeWithheld) {
             SCOPED_TRACE(testing::Message()
                          << emulation << " \"" << terminator.xml << "\" " << testing::PrintToString(plot));
             ASSERT_EQ(report.sentBytes, found.fileBytes - found.withheldBytes);
+            ASSERT_EQ(report.piecesSent, static_cast<uint64_t>(found.pieces));
             ASSERT_EQ(report.stopReason == kORB_StopNotASCII, found.flaw == host::Flaw::NotASCII);
             ASSERT_EQ(report.firstErrorID == kORB_ErrorNoTerminator, found.flaw == host::Flaw::NoTerminator);
             int64_t padding = found.innerPaddingBytes + found.endPaddingBytes;

@@ -1,0 +1,67 @@
+#include "host/manual.h"
+
+#include "host/commands.h"
+#include "host/failure.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <sstream>
+
+namespace host {
+
+namespace {
+
+constexpr size_t kNamesWidth = 35;
+
+std::string examplesText(const std::vector<Example> &examples) {
+    std::string text = "Examples:\n";
+    for (const Example &example : examples)
+        text += fmt::format("  {}\n      {}\n", example.line, example.what);
+    return text;
+}
+
+/// Names too long for their column have their meaning on the next line.
+std::string jsonText(const std::vector<JsonFields> &fields) {
+    std::string text = "Fields of the --json report:\n";
+    for (const JsonFields &row : fields) {
+        std::string names = row.names;
+        std::istringstream meaning(row.meaning);
+        if (names.size() >= kNamesWidth && *row.meaning) {
+            text += fmt::format("  {}\n", names);
+            names.clear();
+        }
+        std::string line;
+        do {
+            std::getline(meaning, line);
+            text += line.empty() ? fmt::format("  {}\n", names) : fmt::format("  {:<{}}{}\n", names, kNamesWidth, line);
+            names.clear();
+        } while (meaning.good());
+    }
+    return text;
+}
+
+std::string helpOf(const Manual &manual) {
+    std::string text = manual.about;
+    if (!text.empty()) text += "\n\n";
+    if (!manual.examples.empty()) text += examplesText(manual.examples) + "\n";
+    if (!manual.json.empty()) text += jsonText(manual.json) + "\n";
+    return text + exitCodeHelp();
+}
+
+} // namespace
+
+void explain(Typed &typed, CLI::App &command, Manual manual) {
+    command.footer(helpOf(manual));
+    typed.manuals.insert_or_assign(&command, std::move(manual));
+}
+
+Manual manualOf(const Typed &typed, const CLI::App &command) {
+    if (auto kept = typed.manuals.find(&command); kept != typed.manuals.end()) return kept->second;
+    std::string text = command.get_footer();
+    size_t codes = text.find(exitCodeHelp());
+    if (codes != std::string::npos) text.erase(codes);
+    text.erase(text.find_last_not_of('\n') + 1);
+    return {text, {}, {}};
+}
+
+} // namespace host

@@ -1,0 +1,110 @@
+#include "host/command_line.h"
+#include "manual/completion.h"
+#include "manual/declared_option.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace manual {
+
+namespace {
+
+constexpr const char *kHead = R"shell(# Completion of vectorix in bash. Made from the declarations of its options.
+
+_vectorix_words() { mapfile -t COMPREPLY < <(compgen -W "$1" -- "$word"); }
+
+# Files with one of the extensions, and folders; any file when there is none of these, or no extension.
+_vectorix_files() {
+    local extension
+    compopt -o filenames 2>/dev/null
+    for extension in "$@"; do
+        mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -f -X "!*.$extension" -- "$word")
+    done
+    if [[ ${#COMPREPLY[@]} -gt 0 ]]; then
+        mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -d -- "$word")
+    else
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    fi
+}
+
+# The command lists the ports without opening any.
+_vectorix_ports() {
+    local ports
+    ports=$("${COMP_WORDS[0]}" ports --json 2>/dev/null | sed -n 's/^ *"\(path\|stableName\)": "\(.\+\)",\{0,1\}$/\2/p')
+    _vectorix_words "$ports"
+    if [[ ${#COMPREPLY[@]} -eq 0 ]]; then _vectorix_files; fi
+}
+
+_vectorix() {
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=vectorix at
+    COMPREPLY=()
+    # --option=value comes as three words.
+    if [[ $before == = ]]; then
+        before=${COMP_WORDS[COMP_CWORD - 2]}
+    elif [[ $word == = ]]; then
+        word=
+    fi
+    for ((at = 1; at < COMP_CWORD; at++)); do
+        case "$command ${COMP_WORDS[at]}" in
+)shell";
+
+std::string quoted(const std::string &text) { return "'" + text + "'"; }
+
+std::string actionOf(const DeclaredOption &option) {
+    switch (option.kind) {
+    case ValueKind::Words: return fmt::format("_vectorix_words {}", quoted(fmt::format("{}", fmt::join(option.words, " "))));
+    case ValueKind::File:
+        return fmt::format("_vectorix_files{}{}", option.words.empty() ? "" : " ", fmt::join(option.words, " "));
+    case ValueKind::Port: return "_vectorix_ports";
+    default: return ":";
+    }
+} // namespace manual
+
+/// What may follow an option of the command.
+std::string valueRows(const CLI::App &command) {
+    std::string rows;
+    for (const DeclaredOption &option : optionsOf(command)) {
+        if (option.isPositional() || option.kind == ValueKind::None || option.isValueOptional) continue;
+        std::vector<std::string> patterns;
+        for (const std::string &name : option.names)
+            patterns.push_back(quoted(host::fullName(command) + " " + name));
+        rows +=
+            fmt::format("    {})\n        {}\n        return\n        ;;\n", fmt::join(patterns, " | "), actionOf(option));
+    }
+    return rows;
+}
+
+/// What may stand anywhere else: options, sub-commands, and the positional value.
+std::string wordRow(const CLI::App &command) {
+    std::vector<std::string> words, names;
+    std::string action = ":";
+    for (const DeclaredOption &option : optionsOf(command)) {
+        names.insert(names.end(), option.names.begin(), option.names.end());
+        if (option.isPositional()) action = actionOf(option);
+    }
+    for (const CLI::App *below : command.get_subcommands([](const CLI::App *) { return true; }))
+        words.push_back(below->get_name());
+    if (!words.empty()) action = fmt::format("_vectorix_words {}", quoted(fmt::format("{}", fmt::join(words, " "))));
+    return fmt::format("    {})\n        if [[ $word == -* ]]; then\n            _vectorix_words {}\n        else\n"
+                       "            {}\n        fi\n        ;;\n",
+                       quoted(host::fullName(command)), quoted(fmt::format("{}", fmt::join(names, " "))), action);
+}
+
+} // namespace
+
+std::string bashCompletion(const CLI::App &app) {
+    std::vector<std::string> below;
+    std::string values, words;
+    for (const CLI::App *command : commandsFrom(app)) {
+        if (command != &app) below.push_back(quoted(host::fullName(*command)));
+        values += valueRows(*command);
+        words += wordRow(*command);
+    }
+    return fmt::format("{}        {}) command+=\" ${{COMP_WORDS[at]}}\" ;;\n        esac\n    done\n"
+                       "    case \"$command $before\" in\n{}    esac\n    case $command in\n{}    esac\n}}\n\n"
+                       "complete -F _vectorix vectorix\n",
+                       kHead, fmt::join(below, " | "), values, words);
+}
+
+} // namespace manual

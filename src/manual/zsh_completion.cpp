@@ -1,0 +1,109 @@
+#include "host/command_line.h"
+#include "manual/completion.h"
+#include "manual/declared_option.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace manual {
+
+namespace {
+
+constexpr const char *kHead = R"shell(#compdef vectorix
+# Completion of vectorix in zsh. Made from the declarations of its options.
+
+# The command lists the ports without opening any.
+__vectorix_ports() {
+    local -a ports
+    ports=(${(f)"$(_call_program ports $service ports --json 2>/dev/null |
+        sed -n 's/^ *"\(path\|stableName\)": "\(.\+\)",\{0,1\}$/\2/p')"})
+    if (( $#ports )); then compadd -a ports; else _files; fi
+}
+)shell";
+
+/// A part of what _arguments reads, whose own signs stand for themselves.
+std::string escaped(const std::string &text) {
+    std::string result;
+    for (char c : text) {
+        if (std::string_view("[]:\\").find(c) != std::string_view::npos) result += '\\';
+        result += c;
+    }
+    return result;
+}
+
+/// A word of the shell.
+std::string quoted(const std::string &text) {
+    std::string result = "'";
+    for (char c : text)
+        result += c == '\'' ? "'\\''" : std::string(1, c);
+    return result + "'";
+}
+
+std::string functionName(const CLI::App &command) {
+    std::string name = "_" + host::fullName(command);
+    std::replace(name.begin(), name.end(), ' ', '_');
+    return name;
+}
+
+std::string actionOf(const DeclaredOption &option) {
+    switch (option.kind) {
+    case ValueKind::Words: return fmt::format("({})", fmt::join(option.words, " "));
+    case ValueKind::File:
+        return option.words.empty() ? "_files" : fmt::format("_files -g \"*.({})\"", fmt::join(option.words, "|"));
+    case ValueKind::Port: return "__vectorix_ports";
+    default: return " ";
+    }
+}
+
+std::vector<std::string> specsOf(const CLI::App &command) {
+    std::vector<std::string> specs;
+    for (const DeclaredOption &option : optionsOf(command)) {
+        std::string value = fmt::format("{}:{}", escaped(option.valueName), actionOf(option));
+        if (option.isPositional()) specs.push_back(quoted(":" + value));
+        bool takesValue = option.kind != ValueKind::None;
+        std::string tail = fmt::format("[{}]", escaped(option.help));
+        if (takesValue) tail += (option.isValueOptional ? "::" : ":") + value;
+        for (const std::string &name : option.names) {
+            bool takesEqualSign = takesValue && !option.isValueOptional && name.starts_with("--");
+            specs.push_back(
+                quoted(fmt::format("{}{}{}{}", option.isRepeatable ? "*" : "", name, takesEqualSign ? "=" : "", tail)));
+        }
+    }
+    return specs;
+}
+
+std::string functionOf(const CLI::App &command) {
+    std::vector<std::string> specs = specsOf(command);
+    std::string name = functionName(command);
+    auto below = command.get_subcommands([](const CLI::App *) { return true; });
+    if (below.empty()) {
+        return fmt::format("\n{}() {{\n    _arguments -s \\\n        {}\n}}\n", name, fmt::join(specs, " \\\n        "));
+    }
+    specs.push_back("':command:->command'");
+    specs.push_back("'*::argument:->rest'");
+    std::string commands, rows;
+    for (const CLI::App *each : below) {
+        commands += fmt::format("            {}\n", quoted(each->get_name() + ":" + each->get_description()));
+        rows += fmt::format("        {}) {} ;;\n", each->get_name(), functionName(*each));
+    }
+    return fmt::format(
+        "\n{}() {{\n    local curcontext=$curcontext state line\n    local -a commands\n"
+        "    _arguments -C \\\n        {}\n    case $state in\n    command)\n        commands=(\n{}        )\n"
+        "        _describe command commands\n        ;;\n    rest)\n        case $line[1] in\n{}        esac\n"
+        "        ;;\n    esac\n}}\n",
+        name, fmt::join(specs, " \\\n        "), commands, rows);
+}
+
+} // namespace
+
+std::string zshCompletion(const CLI::App &app) {
+    std::string text = kHead;
+    auto commands = commandsFrom(app);
+    for (auto command = commands.rbegin(); command != commands.rend(); ++command)
+        text += functionOf(**command);
+    return text + "\n_vectorix \"$@\"\n";
+}
+
+} // namespace manual

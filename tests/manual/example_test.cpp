@@ -1,0 +1,124 @@
+// The commands that README, help and manual pages show. All are parsed. Those that need no device are run as well, in a
+// folder where the files they name are; a serial port is a pseudo-terminal there, and a print to it is a dry run.
+#include "host/command_line.h"
+#include "host/commands.h"
+#include "host/host_fixture.h"
+#include "manual/declared_option.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+constexpr std::string_view kPort = "/dev/ttyUSB0";
+
+/// The lines of README that begin with the command, as they are typed once it is installed.
+std::vector<std::string> readmeLines() {
+    constexpr std::string_view kIndent = "    ", kBuilt = "build/release/bin/";
+    std::vector<std::string> lines;
+    std::ifstream readme(README);
+    for (std::string line; std::getline(readme, line);) {
+        if (!line.starts_with(kIndent)) continue;
+        line.erase(0, kIndent.size());
+        if (line.starts_with(kBuilt)) line.erase(0, kBuilt.size());
+        if (line.starts_with("vectorix ")) lines.push_back(line);
+    }
+    return lines;
+}
+
+std::vector<std::string> declaredLines() {
+    CLI::App app;
+    host::Typed typed;
+    host::declareCommandLine(app, typed);
+    std::vector<std::string> lines;
+    for (const CLI::App *command : manual::commandsFrom(app)) {
+        for (const host::Example &example : host::manualOf(typed, *command).examples)
+            lines.push_back(example.line);
+    }
+    return lines;
+}
+
+/// The words that a shell makes of a line.
+std::vector<std::string> wordsOf(const std::string &line) {
+    Result result =
+        Running({"-c", "for word in " + line.substr(0, line.find(" < ")) + "; do printf '%s\\n' \"$word\"; done"}, false,
+                "/bin/sh")
+            .wait();
+    std::vector<std::string> words;
+    std::istringstream lines(result.out);
+    for (std::string word; std::getline(lines, word);)
+        words.push_back(word);
+    return words;
+}
+
+class ExampleTest : public HostTest {
+protected:
+    ExampleTest() {
+        std::filesystem::copy_file(EXAMPLE, path("drawing.plt"));
+        EXPECT_EQ(run({"job", "write", path("roll.plist")}).code, 0);
+    }
+
+    /// Ends as soon as it plays.
+    static Result interrupted(const std::string &line) {
+        Running playing({"-c", line}, false, "/bin/sh");
+        EXPECT_NE(playing.line(), "");
+        playing.signal(SIGINT);
+        return playing.wait();
+    }
+
+    std::string lineHere(std::string line, const std::string &port) const {
+        if (size_t at = line.find(kPort); at != std::string::npos) line.replace(at, kPort.size(), port);
+        if (size_t at = line.find("/tmp/"); at != std::string::npos) line.replace(at, 5, folder_ + "/");
+        return "cd '" + folder_ + "' && exec '" VECTORIX "'" + line.substr(std::string_view("vectorix").size());
+    }
+};
+
+TEST_F(ExampleTest, AreUnderstood) {
+    std::vector<std::string> lines = declaredLines(), readme = readmeLines();
+    EXPECT_GE(readme.size(), 8U) << "is README read?";
+    lines.insert(lines.end(), readme.begin(), readme.end());
+    for (const std::string &line : lines) {
+        SCOPED_TRACE(line);
+        std::vector<std::string> words = wordsOf(line);
+        std::vector<const char *> arguments;
+        for (const std::string &word : words)
+            arguments.push_back(word.c_str());
+        CLI::App app;
+        host::Typed typed;
+        host::declareCommandLine(app, typed);
+        EXPECT_NO_THROW(app.parse(static_cast<int>(arguments.size()), arguments.data()));
+        EXPECT_TRUE(typed.run);
+    }
+}
+
+TEST_F(ExampleTest, DoWhatIsSaid) {
+    /// Not run: they depend on what is connected, or need an answer from a plotter; tests of their own play that part.
+    constexpr std::string_view kNotRun[] = {"vectorix ports", "vectorix plotters", "vectorix limits", "vectorix send"};
+    std::vector<std::string> lines = declaredLines(), readme = readmeLines();
+    lines.insert(lines.end(), readme.begin(), readme.end());
+    FarEnd plotter;
+    size_t runs = 0;
+    for (const std::string &line : lines) {
+        SCOPED_TRACE(line);
+        bool isNotRun =
+            std::any_of(std::begin(kNotRun), std::end(kNotRun), [&](auto start) { return line.starts_with(start); });
+        if (isNotRun || line.find("--usb") != std::string::npos) continue;
+        std::string here = lineHere(line, plotter.port());
+        bool isForPort = line.find(kPort) != std::string::npos && line.find("--dry-run") == std::string::npos;
+        if (isForPort) here.insert(here.find(" print ") + 6, " --dry-run");
+        bool plays = line.starts_with("vectorix simulate") && line.find("--once") == std::string::npos;
+        if (line.find("--once") != std::string::npos) continue; // waits for a program that prints
+        Result result = plays ? interrupted(here) : Running({"-c", here}, false, "/bin/sh").wait();
+        EXPECT_EQ(result.code, 0) << result.out << result.err;
+        ++runs;
+    }
+    EXPECT_GE(runs, 15U);
+    for (const char *made : {"drawing.out", "drawing.svg", "drawing.png", "drawing.pdf"})
+        EXPECT_TRUE(std::filesystem::exists(path(made))) << made;
+}
+
+} // namespace

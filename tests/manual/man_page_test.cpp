@@ -1,0 +1,45 @@
+// The manual pages: that they are clean, and that nothing declared is missing from them.
+#include "host/command_line.h"
+#include "host/commands.h"
+#include "host/host_fixture.h"
+#include "manual/declared_option.h"
+#include "manual/man_page.h"
+#include "manual/roff.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+
+namespace {
+
+TEST(RoffTest, LeavesNothingToBeTakenForARequest) {
+    EXPECT_EQ(manual::roff(".R a\\e -b 'c' \xE2\x80\xA6"), "\\&.R a\\ee \\-b \\(aqc\\(aq \\[u2026]");
+    EXPECT_EQ(manual::paragraphs("one\n  two\n\nthree\nfour"), ".PP\n.nf\none\n  two\n.fi\n.PP\nthree\nfour\n");
+}
+
+class ManPageTest : public HostTest {};
+
+TEST_F(ManPageTest, ShowsAllThatIsDeclaredWithoutAWarning) {
+    constexpr const char *kGroff = "/usr/bin/groff";
+    bool canShow = std::filesystem::exists(kGroff);
+    CLI::App app;
+    host::Typed typed;
+    host::declareCommandLine(app, typed);
+    for (const CLI::App *command : manual::commandsFrom(app)) {
+        std::string name = manual::pageName(*command);
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(std::filesystem::exists(MADE "/man/" + name + ".1.gz"));
+        std::string page = manual::manPage(typed, *command, "1 Jan 2000");
+        for (const manual::DeclaredOption &option : manual::optionsOf(*command)) {
+            for (const std::string &word : option.names)
+                EXPECT_NE(page.find(manual::bold(word)), std::string::npos) << word;
+            EXPECT_EQ(option.valueName.find(" in "), std::string::npos) << "not meant for people: " << option.valueName;
+        }
+        if (!canShow) continue;
+        Result result = Running({"-man", "-Tutf8", "-ww", file("page", page)}, false, kGroff).wait();
+        EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(result.err, "");
+    }
+    if (!canShow) GTEST_SKIP() << "no groff here: the pages were not shown";
+}
+
+} // namespace
