@@ -33,7 +33,7 @@ std::string requireDestination(const PrintOptions &options) {
     }
     if (!options.picture.empty()) {
         requireOutput("--virtual", options.picture, options);
-        Drawing(options.drawing, options.picture); // appears only when it is finished
+        Drawing unfinished(options.drawing, options.picture); // its file never appears
         return options.picture;
     }
     requireOutput("--capture", options.capture, options);

@@ -85,6 +85,7 @@ TEST_F(ExampleTest, AreUnderstood) {
         SCOPED_TRACE(line);
         std::vector<std::string> words = wordsOf(line);
         std::vector<const char *> arguments;
+        arguments.reserve(words.size());
         for (const std::string &word : words)
             arguments.push_back(word.c_str());
         CLI::App app;
