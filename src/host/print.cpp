@@ -15,7 +15,6 @@
 #include "host/usb_target.h"
 #include "host/verdict.h"
 
-#include <algorithm>
 #include <chrono>
 #include <optional>
 
@@ -53,7 +52,7 @@ std::optional<PlotRules> rulesOf(const PrintOptions &options) {
     }
 }
 
-/// The record of the job; the two references must outlive the call.
+/// The record of the job, but for its files; portPath must outlive the call.
 ORB_ServiceRecord recordOf(const PrintOptions &options, const Destination &destination, const HostString &portPath) {
     ORB_ServiceRecord record = destination.usb() ? recordFor(*destination.usb()) : emptyRecord(kORB_ServicePrint);
     record.ORB_serviceNumber = kORB_ServicePrint;

@@ -41,8 +41,10 @@ StopOnSignal::StopOnSignal() {
 
 StopOnSignal::~StopOnSignal() {
     setTimer(0);
-    for (size_t i = 0; i < before_.size(); ++i)
+    for (size_t i = 0; i < before_.size(); ++i) {
+        if (came()) before_[i].sa_handler = SIG_IGN; // a second one must not cut the report off
         sigaction(kSignals[i], &before_[i], nullptr);
+    }
 }
 
 bool StopOnSignal::came() { return stopCame != 0; }

@@ -7,7 +7,8 @@
 namespace host {
 
 /// While it lives, SIGINT, SIGTERM and SIGHUP stop the call of the entry in progress, again every 50 ms until it is gone,
-/// and interrupt what this thread waits for. One at a time. A signal that the process was told to ignore stays ignored.
+/// and interrupt what this thread waits for. One at a time. A signal that the process was told to ignore stays ignored; once
+/// one came, the command is ending, and further ones are ignored.
 class StopOnSignal {
 public:
     StopOnSignal();

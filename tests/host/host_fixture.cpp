@@ -127,7 +127,7 @@ void Running::awaitSleep() const {
 
 void Running::suspend() const {
     int status = 0;
-    signal(SIGTSTP);
+    signal(SIGSTOP); // the terminal's stop does nothing where no shell is there to continue it
     ASSERT_EQ(waitpid(pid_, &status, WUNTRACED), pid_);
     ASSERT_TRUE(WIFSTOPPED(status));
     signal(SIGCONT);

@@ -37,21 +37,8 @@ public:
     /// Made of what cutting depends on. Some are exactly a chunk long, or a byte to either side.
     std::string next() {
         static const std::string kParts[] = {
-            ";PD",
-            ",D",
-            "\x03"
-            "D",
-            "D",
-            ";",
-            ",",
-            "@",
-            "\x03",
-            "PU1,2",
-            "12,34",
-            "LBtext",
-            std::string(17, 'x'),
-            "\r\n",
-            "\x1B.(",
+            ";PD",   ",D",     std::string("\x03") + "D", "D",    ";",      ",", "@", "\x03", "PU1,2",
+            "12,34", "LBtext", std::string(17, 'x'),      "\r\n", "\x1B.(",
         };
         static const std::string kRare[] = {std::string(1, '\0'), std::string(3, '\0'), "\x80", std::string(300, ' ')};
         std::string plot;
