@@ -15,10 +15,9 @@ namespace host {
 
 namespace {
 
-constexpr void (*kCommands[])(CLI::App &, Typed &) = {addPrintCommand, addPreviewCommand, addSimulateCommand,
-                                                      addSendCommand,  addJobCommand,     addPlottersCommand,
-                                                      addPortsCommand, addLimitsCommand,  addDoctorCommand,
-                                                      addProfileCommand};
+constexpr void (*kCommands[])(CLI::App &, Typed &) = {
+    addPrintCommand,    addPreviewCommand, addSimulateCommand, addSendCommand,   addJobCommand,
+    addPlottersCommand, addPortsCommand,   addLimitsCommand,   addDoctorCommand, addProfileCommand};
 
 Manual overview() {
     return {"'vectorix COMMAND --help' tells more of a command.",

@@ -21,10 +21,7 @@ int openInput(const std::string &path, const char *what, struct stat &status) {
     if (stat(path.c_str(), &status) != 0) throw fileFailure(path, errno);
     if (S_ISDIR(status.st_mode)) throw fileFailure(path, EISDIR);
     if (!S_ISREG(status.st_mode)) {
-        throw Failure(ExitCode::Unfit,
-                      fmt::format("{}: a pipe or a device, and a {} is read more than once; save what comes from it in a "
-                                  "file, and name that",
-                                  shown(path), what));
+        throw Failure(ExitCode::Unfit, fmt::format("{}: no file; name a {}", shown(path), what));
     }
     int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0 || fstat(fd, &status) != 0) throw fileFailure(path, errno);

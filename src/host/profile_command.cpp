@@ -173,7 +173,7 @@ void addProfileCommand(CLI::App &app, Typed &typed) {
     adding->add_flag("--force", options->force, "Replace a profile that exists");
     explain(typed, *adding,
             {fmt::format("{}\n\n{}", escapeHelp(), kHelp),
-             {{"vectorix profile add house --port /dev/ttyUSB0 --baud 2400 --emulation 17008 --terminator ,",
+             {{"vectorix profile add cutter --port /dev/ttyUSB0 --baud 2400 --emulation 17008 --terminator ,",
                "For a plotter of another language than HP-GL."}},
              {}});
     CLI::App *listing = addCommand("list", "List the profiles", list);

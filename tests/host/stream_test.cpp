@@ -10,7 +10,7 @@ namespace {
 class StreamTest : public HostTest {
 protected:
     /// In a shell, with the command behind the script's "$0".
-    Running shell(const std::string &script) { return Running({"-c", script, VECTORIX}, false, "/bin/sh"); }
+    Running shell(const std::string &script) { return Running({"-c", script, VECTORIX}, false, "", "/bin/sh"); }
 };
 
 TEST_F(StreamTest, ArePrintedAndDrawnAsFilesAre) {

@@ -11,7 +11,7 @@ protected:
     std::string offered(const std::string &words) {
         std::string script = "cd '" + folder_ + "' && . '" MADE "/bash/vectorix' && COMP_WORDS=(" + words +
                              ") && COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _vectorix && printf '%s\\n' \"${COMPREPLY[@]}\"";
-        Result result = Running({"-c", script}, false, "/bin/bash").wait();
+        Result result = Running({"-c", script}, false, "", "/bin/bash").wait();
         EXPECT_EQ(result.code, 0) << result.err;
         EXPECT_EQ(result.err, "");
         return result.out;
@@ -56,7 +56,7 @@ TEST_F(CompletionTest, OffersInBashWhatMayFollow) {
 
 TEST_F(CompletionTest, IsReadByZsh) {
     if (!std::filesystem::exists("/usr/bin/zsh")) GTEST_SKIP() << "no zsh here";
-    Result result = Running({"-n", MADE "/zsh/_vectorix"}, false, "/usr/bin/zsh").wait();
+    Result result = Running({"-n", MADE "/zsh/_vectorix"}, false, "", "/usr/bin/zsh").wait();
     EXPECT_EQ(result.code, 0) << result.err;
 }
 

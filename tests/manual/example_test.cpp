@@ -45,7 +45,7 @@ std::vector<std::string> declaredLines() {
 /// The words that a shell makes of a line.
 std::vector<std::string> wordsOf(const std::string &line) {
     Result result =
-        Running({"-c", "for word in " + line.substr(0, line.find(" < ")) + "; do printf '%s\\n' \"$word\"; done"}, false,
+        Running({"-c", "for word in " + line.substr(0, line.find(" < ")) + "; do printf '%s\\n' \"$word\"; done"}, false, "",
                 "/bin/sh")
             .wait();
     std::vector<std::string> words;
@@ -64,16 +64,22 @@ protected:
 
     /// Ends as soon as it plays.
     static Result interrupted(const std::string &line) {
-        Running playing({"-c", line}, false, "/bin/sh");
+        Running playing({"-c", line}, false, "", "/bin/sh");
         EXPECT_NE(playing.line(), "");
         playing.signal(SIGINT);
         return playing.wait();
     }
 
-    std::string lineHere(std::string line, const std::string &port) const {
+    /// profiles: the folder that holds them. A print to a port, or by a profile that names one, is a dry run.
+    std::string lineHere(std::string line, const std::string &port, const std::string &profiles) const {
+        constexpr std::string_view kPrint = "vectorix print";
+        bool isForPort = line.find(kPort) != std::string::npos || line.find(" -p ") != std::string::npos;
+        if (line.starts_with(kPrint) && isForPort && line.find("--dry-run") == std::string::npos)
+            line.insert(kPrint.size(), " --dry-run");
         if (size_t at = line.find(kPort); at != std::string::npos) line.replace(at, kPort.size(), port);
         if (size_t at = line.find("/tmp/"); at != std::string::npos) line.replace(at, 5, folder_ + "/");
-        return "cd '" + folder_ + "' && exec '" VECTORIX "'" + line.substr(std::string_view("vectorix").size());
+        return "cd '" + folder_ + "' && XDG_CONFIG_HOME='" + path(profiles) + "' exec '" VECTORIX "'" +
+               line.substr(std::string_view("vectorix").size());
     }
 };
 
@@ -98,22 +104,23 @@ TEST_F(ExampleTest, AreUnderstood) {
 
 TEST_F(ExampleTest, DoWhatIsSaid) {
     /// Not run: they depend on what is connected, or need an answer from a plotter; tests of their own play that part.
-    constexpr std::string_view kNotRun[] = {"vectorix ports", "vectorix plotters", "vectorix limits", "vectorix send"};
-    std::vector<std::string> lines = declaredLines(), readme = readmeLines();
+    constexpr std::string_view kNotRun[] = {"vectorix ports", "vectorix plotters", "vectorix limits", "vectorix send",
+                                            "vectorix doctor"};
+    const std::vector<std::string> declared = declaredLines();
+    std::vector<std::string> lines = declared, readme = readmeLines();
     lines.insert(lines.end(), readme.begin(), readme.end());
     FarEnd plotter;
     size_t runs = 0;
-    for (const std::string &line : lines) {
+    for (size_t i = 0; i < lines.size(); ++i) {
+        const std::string &line = lines[i];
         SCOPED_TRACE(line);
         bool isNotRun =
             std::any_of(std::begin(kNotRun), std::end(kNotRun), [&](auto start) { return line.starts_with(start); });
         if (isNotRun || line.find("--usb") != std::string::npos) continue;
-        std::string here = lineHere(line, plotter.port());
-        bool isForPort = line.find(kPort) != std::string::npos && line.find("--dry-run") == std::string::npos;
-        if (isForPort) here.insert(here.find(" print ") + 6, " --dry-run");
+        std::string here = lineHere(line, plotter.port(), i < declared.size() ? "manual" : "readme");
         bool plays = line.starts_with("vectorix simulate") && line.find("--once") == std::string::npos;
         if (line.find("--once") != std::string::npos) continue; // waits for a program that prints
-        Result result = plays ? interrupted(here) : Running({"-c", here}, false, "/bin/sh").wait();
+        Result result = plays ? interrupted(here) : Running({"-c", here}, false, "", "/bin/sh").wait();
         EXPECT_EQ(result.code, 0) << result.out << result.err;
         ++runs;
     }

@@ -35,7 +35,7 @@ TEST_F(ManPageTest, ShowsAllThatIsDeclaredWithoutAWarning) {
             EXPECT_EQ(option.valueName.find(" in "), std::string::npos) << "not meant for people: " << option.valueName;
         }
         if (!canShow) continue;
-        Result result = Running({"-man", "-Tutf8", "-ww", file("page", page)}, false, kGroff).wait();
+        Result result = Running({"-man", "-Tutf8", "-ww", file("page", page)}, false, "", kGroff).wait();
         EXPECT_EQ(result.code, 0);
         EXPECT_EQ(result.err, "");
     }

@@ -94,13 +94,15 @@ ExitCode examine(const DoctorOptions &options) {
 void addDoctorCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<DoctorOptions>();
     CLI::App *command = app.add_subcommand("doctor", "Say what stands in the way to a plotter, and what mends it");
-    explain(typed, *command,
-            {"Looks at one link, or at all, and touches none: no port is opened, no plotter claimed, no setting changed. Each\n"
-             "finding is in the way, may be in the way, or is a note; behind $ stands the command that mends it. A link is free\n"
-             "when nothing is or may be in its way. The first thing in the way gives the exit code; what only may be, gives 0.",
-             {{"vectorix doctor", "Looks at all ports and USB plotters."},
-              {"vectorix doctor --port /dev/ttyUSB0 -v", "Looks at one, and says what it looked at."}},
-             reportFields()});
+    explain(
+        typed, *command,
+        {"Looks at one link, or at all, and touches none: no port is opened, no plotter claimed, no setting changed. Each\n"
+         "finding is in the way, may be in the way, or is a note; behind $ stands the command that mends it. A link is "
+         "free\n"
+         "when nothing is or may be in its way. The first thing in the way gives the exit code; what only may be, gives 0.",
+         {{"vectorix doctor", "Looks at all ports and USB plotters."},
+          {"vectorix doctor --port /dev/ttyUSB0 -v", "Looks at one, and says what it looked at."}},
+         reportFields()});
     CLI::Option *port = command->add_option("--port", options->port, "Only this serial port")->type_name("DEVICE");
     CLI::Option *usb = command->add_option("--usb", options->usbChoice, "Only USB plotters, or those of one model")
                            ->type_name("[V:P[@LOCATION]]")

@@ -21,9 +21,7 @@ const char *stateOf(const LinkReport &report) {
 }
 
 /// The word, and blanks up to what it is about.
-std::string wordOf(std::string_view word) {
-    return fmt::format("{}{:{}}", coloured(word), "", kWordWidth - word.size());
-}
+std::string wordOf(std::string_view word) { return fmt::format("{}{:{}}", coloured(word), "", kWordWidth - word.size()); }
 
 void print(const LinkReport &report, bool isVerbose) {
     const char *state = report.kind == "computer" ? describe(report.severity()) : stateOf(report);
