@@ -163,12 +163,11 @@ void addProfileCommand(CLI::App &app, Typed &typed) {
         });
         return command;
     };
-    auto addNamed = [&](const char *name, const char *help, ExitCode (*run)(const CLI::App &, const CommandOptions &)) {
-        CLI::App *command = addCommand(name, help, run);
-        command->add_option("NAME", options->name, "Profile")->required()->type_name("");
+    auto addName = [&](CLI::App *command, const char *what) {
+        command->add_option(what, options->name, "Profile")->required()->type_name("");
         return command;
     };
-    CLI::App *adding = addNamed("add", "Make a profile of the options that follow", add);
+    CLI::App *adding = addName(addCommand("add", "Make a profile of the options that follow", add), "NAME");
     addProfileOptions(*adding, options->profile);
     adding->add_flag("--force", options->force, "Replace a profile that exists");
     explain(typed, *adding,
@@ -179,8 +178,8 @@ void addProfileCommand(CLI::App &app, Typed &typed) {
     CLI::App *listing = addCommand("list", "List the profiles", list);
     auto *json = listing->add_flag("--json", options->json, "As one JSON object");
     listing->add_flag("--names", options->namesOnly, "Their names alone, a line each")->excludes(json);
-    addNamed("show", "Show a profile", show)->add_flag("--json", options->json, "As one JSON object");
-    addNamed("remove", "Remove a profile", remove);
+    addName(addCommand("show", "Show a profile", show), "PROFILE")->add_flag("--json", options->json, "As one JSON object");
+    addName(addCommand("remove", "Remove a profile", remove), "PROFILE");
 }
 
 } // namespace host

@@ -34,7 +34,7 @@ bool isOtherLanguage(const CLI::App &command, const Profile &profile) {
 
 void addProfileOption(CLI::App &command) {
     command.add_option(std::string("-p,") + kOption, "Take from a profile what is not typed ('vectorix profile')")
-        ->type_name("NAME");
+        ->type_name("PROFILE");
 }
 
 void applyProfile(CLI::App &command) {

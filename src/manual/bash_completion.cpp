@@ -36,6 +36,8 @@ _vectorix_ports() {
     if [[ ${#COMPREPLY[@]} -eq 0 ]]; then _vectorix_files; fi
 }
 
+_vectorix_profiles() { _vectorix_words "$("${COMP_WORDS[0]}" profile list --names 2>/dev/null)"; }
+
 _vectorix() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=vectorix at
     COMPREPLY=()
@@ -57,6 +59,7 @@ std::string actionOf(const DeclaredOption &option) {
     case ValueKind::File:
         return fmt::format("_vectorix_files{}{}", option.words.empty() ? "" : " ", fmt::join(option.words, " "));
     case ValueKind::Port: return "_vectorix_ports";
+    case ValueKind::Profile: return "_vectorix_profiles";
     default: return ":";
     }
 } // namespace manual

@@ -19,6 +19,7 @@ struct KnownValue {
 const std::vector<KnownValue> &knownValues() {
     static const std::vector<KnownValue> rows = {
         {"DEVICE", ValueKind::Port, {}},
+        {"PROFILE", ValueKind::Profile, {}},
         {"FILE", ValueKind::File, {}},
         {"PATH", ValueKind::File, {}},
         {"OUT", ValueKind::File, {}},

@@ -11,7 +11,7 @@ class Option;
 
 namespace manual {
 
-enum class ValueKind { None, Text, Words, File, Port };
+enum class ValueKind { None, Text, Words, File, Port, Profile };
 
 struct DeclaredOption {
     std::vector<std::string> names; ///< "-v", "--verbose"; of a positional one none

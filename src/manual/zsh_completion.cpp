@@ -21,6 +21,12 @@ __vectorix_ports() {
         sed -n 's/^ *"\(path\|stableName\)": "\(.\+\)",\{0,1\}$/\2/p')"})
     if (( $#ports )); then compadd -a ports; else _files; fi
 }
+
+__vectorix_profiles() {
+    local -a profiles
+    profiles=(${(f)"$(_call_program profiles $service profile list --names 2>/dev/null)"})
+    compadd -a profiles
+}
 )shell";
 
 /// A part of what _arguments reads, whose own signs stand for themselves.
@@ -53,36 +59,37 @@ std::string actionOf(const DeclaredOption &option) {
     case ValueKind::File:
         return option.words.empty() ? "_files" : fmt::format("_files -g \"*.({})\"", fmt::join(option.words, "|"));
     case ValueKind::Port: return "__vectorix_ports";
+    case ValueKind::Profile: return "__vectorix_profiles";
     default: return " ";
     }
 }
 
-std::vector<std::string> specsOf(const CLI::App &command) {
-    std::vector<std::string> specs;
+std::vector<std::string> argumentsOf(const CLI::App &command) {
+    std::vector<std::string> arguments;
     for (const DeclaredOption &option : optionsOf(command)) {
         std::string value = fmt::format("{}:{}", escaped(option.valueName), actionOf(option));
-        if (option.isPositional()) specs.push_back(quoted(":" + value));
+        if (option.isPositional()) arguments.push_back(quoted(":" + value));
         bool takesValue = option.kind != ValueKind::None;
         std::string tail = fmt::format("[{}]", escaped(option.help));
         if (takesValue) tail += (option.isValueOptional ? "::" : ":") + value;
         for (const std::string &name : option.names) {
             bool takesEqualSign = takesValue && !option.isValueOptional && name.starts_with("--");
-            specs.push_back(
+            arguments.push_back(
                 quoted(fmt::format("{}{}{}{}", option.isRepeatable ? "*" : "", name, takesEqualSign ? "=" : "", tail)));
         }
     }
-    return specs;
+    return arguments;
 }
 
 std::string functionOf(const CLI::App &command) {
-    std::vector<std::string> specs = specsOf(command);
+    std::vector<std::string> arguments = argumentsOf(command);
     std::string name = functionName(command);
     auto below = command.get_subcommands([](const CLI::App *) { return true; });
     if (below.empty()) {
-        return fmt::format("\n{}() {{\n    _arguments -s \\\n        {}\n}}\n", name, fmt::join(specs, " \\\n        "));
+        return fmt::format("\n{}() {{\n    _arguments -s \\\n        {}\n}}\n", name, fmt::join(arguments, " \\\n        "));
     }
-    specs.push_back("':command:->command'");
-    specs.push_back("'*::argument:->rest'");
+    arguments.push_back("':command:->command'");
+    arguments.push_back("'*::argument:->rest'");
     std::string commands, rows;
     for (const CLI::App *each : below) {
         commands += fmt::format("            {}\n", quoted(each->get_name() + ":" + each->get_description()));
@@ -93,7 +100,7 @@ std::string functionOf(const CLI::App &command) {
         "    _arguments -C \\\n        {}\n    case $state in\n    command)\n        commands=(\n{}        )\n"
         "        _describe command commands\n        ;;\n    rest)\n        case $line[1] in\n{}        esac\n"
         "        ;;\n    esac\n}}\n",
-        name, fmt::join(specs, " \\\n        "), commands, rows);
+        name, fmt::join(arguments, " \\\n        "), commands, rows);
 }
 
 } // namespace

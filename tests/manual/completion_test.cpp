@@ -17,9 +17,10 @@ protected:
         return result.out;
     }
 
-    /// A command that lists one port.
-    std::string portLister() {
-        std::string path = file("lister", "#!/bin/sh\n[ \"$*\" = 'ports --json' ] || exit 9\n"
+    /// A command that knows one port and two profiles.
+    std::string lister() {
+        std::string path = file("lister", "#!/bin/sh\n[ \"$*\" = 'profile list --names' ] && exec printf 'house\\nbarn\\n'\n"
+                                          "[ \"$*\" = 'ports --json' ] || exit 9\n"
                                           "printf '{\\n  \"ports\": [\\n    {\\n      \"path\": \"/dev/ttyS7\",\\n"
                                           "      \"stableName\": \"\",\\n      \"bus\": \"usb\"\\n    }\\n  ]\\n}\\n'\n");
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
@@ -45,7 +46,8 @@ TEST_F(CompletionTest, OffersInBashWhatMayFollow) {
         {"plot files", "vectorix print ''", "a.plt\nb.hpgl\nplots\ntmp\n"},
         {"job files", "vectorix print a.plt --job ''", "d.plist\nplots\ntmp\n"},
         {"any file where none has the ending", "vectorix print c", "c.txt\n"},
-        {"ports", portLister() + " print a.plt --port ''", "/dev/ttyS7\n"},
+        {"ports", lister() + " print a.plt --port ''", "/dev/ttyS7\n"},
+        {"profiles", lister() + " print a.plt -p h", "house\n"},
         {"nothing for a free text", "vectorix send I", "\n"},
     };
     for (const auto &row : kRows) {
