@@ -116,25 +116,25 @@ def load():
 
 class Host:
     def __init__(self, verbose):
-        self.library = load()
+        self.plugin = load()
         self.verbose = verbose
         self.stopped = False
         # Functions given to the library must outlive their use: ctypes frees those that nobody holds.
         self.console = ConsoleFunction(self.show_console)
         self.progress = ProgressFunction(self.show_progress)
         self.shown = -1
-        self.library.ORB_hostSetConsole(self.console, None)
+        self.plugin.ORB_hostSetConsole(self.console, None)
 
     def call(self, record):
         """Python sees Ctrl-C only between its own steps, and the entry is one long step. So the entry gets a thread, and
         this one waits for Ctrl-C, and stops the call again and again until it is gone."""
         answers = []
-        thread = threading.Thread(target=lambda: answers.append(self.library.ORB_getVectorixCS2(record)))
+        thread = threading.Thread(target=lambda: answers.append(self.plugin.ORB_getVectorixCS2(record)))
         before = signal.signal(signal.SIGINT, lambda *_: setattr(self, "stopped", True))
         thread.start()
         while thread.is_alive():
             if self.stopped:
-                self.library.ORB_hostStop()
+                self.plugin.ORB_hostStop()
             thread.join(0.05)
         signal.signal(signal.SIGINT, before)
         return answers[0]
@@ -143,12 +143,12 @@ class Host:
         return ServiceRecord(
             ORB_serviceNumber=service, ORB_portFD=-1, ORB_OutputMethode=SERIAL, ORB_EmulationID=emulation,
             ORB_baudRate=9600, ORB_dataBits=DATA_BITS_8,
-            ORB_CFSTR_bsdIn_VectorixDevice=self.library.ORB_hostCreateString(os.fsencode(port)))
+            ORB_CFSTR_bsdIn_VectorixDevice=self.plugin.ORB_hostCreateString(os.fsencode(port)))
 
     def text_of(self, string):
-        room = max(0, self.library.ORB_hostGetString(string, None, 0)) + 1
+        room = max(0, self.plugin.ORB_hostGetString(string, None, 0)) + 1
         text = ctypes.create_string_buffer(room)
-        self.library.ORB_hostGetString(string, text, room)
+        self.plugin.ORB_hostGetString(string, text, room)
         return text.value.decode()
 
     def release_strings(self, record):
@@ -156,7 +156,7 @@ class Host:
         for name, kind in ServiceRecord._fields_:
             if name.startswith("ORB_CFSTR_"):
                 for string in [getattr(record, name)] if kind is String else getattr(record, name):
-                    self.library.ORB_hostReleaseString(string)
+                    self.plugin.ORB_hostReleaseString(string)
 
     def show_console(self, text, length, _is_error, _context):
         if self.verbose:
@@ -196,7 +196,7 @@ class Host:
         require_port(port)
         record = self.call(self.serial_record(SERIAL_HARD_CLIP, port, int(emulation)))
         report = QueryReport(structSize=ctypes.sizeof(QueryReport))
-        self.library.ORB_hostGetQueryReport(report)
+        self.plugin.ORB_hostGetQueryReport(report)
         self.release_strings(record)
         if self.stopped:
             raise Failure(STOPPED, port, "stopped")
@@ -210,7 +210,7 @@ class Host:
 
     def file_reference(self, path):
         reference = FileRef()
-        code = self.library.ORB_hostMakeFileRef(os.fsencode(path), reference)
+        code = self.plugin.ORB_hostMakeFileRef(os.fsencode(path), reference)
         if code:
             missing = code == NO_SUCH_FILE
             raise Failure(MISSING if missing else FAILED, path, "no such file" if missing else f"file code {code}")
@@ -221,10 +221,10 @@ class Host:
         job_file, plot_file = self.file_reference(job), self.file_reference(plot)
         record = self.serial_record(PRINT, port, int(emulation))
         record.ORB_JobFileRef, record.ORB_PlotFileInRef = job_file, plot_file
-        self.library.ORB_hostSetProgress(self.progress, None)
+        self.plugin.ORB_hostSetProgress(self.progress, None)
         record = self.call(record)
         report = JobReport(structSize=ctypes.sizeof(JobReport))
-        self.library.ORB_hostGetJobReport(report)
+        self.plugin.ORB_hostGetJobReport(report)
         self.release_strings(record)
         if self.shown >= 0:
             print(file=sys.stderr)
