@@ -155,7 +155,7 @@ TEST(VirtualPlotterTest, PaceChangesTheTimeAndNotTheDrawing) {
 
 TEST(VirtualPlotterTest, HangsAndHangsUpAtTheByte) {
     for (Fault fault : {Fault::hang, Fault::hangUp}) {
-        for (uint64_t after : {0, 1, 7}) {
+        for (uint64_t after : {uint64_t{0}, uint64_t{1}, uint64_t{7}}) {
             Played played(faulty(fault, after));
             EXPECT_EQ(played.plotter.hear(kPlot, {}), after);
             EXPECT_EQ(played.plotter.room(), 0U);
