@@ -92,22 +92,22 @@ BothSlopes measureSlopes(const Settings &settings) {
     std::deque<Print> prints;
     for (int64_t megabytes : {1, 4, 16, 64, 256})
         if (!settings.quick || megabytes <= 16) prints.emplace_back(megabytes);
-    // The least of some runs, more of the short ones: what else the machine does only ever adds.
-    std::vector<Print::Times> least(prints.size(), {1e9, 1e9});
+    // The median of runs in turns: what else the machine does adds to each size in its share.
+    std::vector<std::vector<double>> wall(prints.size()), processor(prints.size());
     for (int round = 0; round < 5; ++round) {
         for (size_t i = 0; i < prints.size(); ++i) {
-            if (round >= 3 && prints[i].plot.size() > 16 * kMB) continue;
             for (int64_t bytes = 0; bytes < 16 * kMB; bytes += std::max(prints[i].plot.size(), 2 * kMB)) {
                 const Print::Times times = prints[i].run();
-                least[i] = {std::min(least[i].wall, times.wall), std::min(least[i].processor, times.processor)};
+                wall[i].push_back(times.wall);
+                processor[i].push_back(times.processor);
             }
         }
     }
     BothSlopes slopes;
     for (size_t i = 1; i < prints.size(); ++i) {
         const double megabytes = static_cast<double>(prints[i].plot.size() - prints[i - 1].plot.size()) / kMB;
-        slopes.wall.take((least[i].wall - least[i - 1].wall) / megabytes);
-        slopes.processor.take((least[i].processor - least[i - 1].processor) / megabytes);
+        slopes.wall.take((median(wall[i]) - median(wall[i - 1])) / megabytes);
+        slopes.processor.take((median(processor[i]) - median(processor[i - 1])) / megabytes);
     }
     return slopes;
 }
