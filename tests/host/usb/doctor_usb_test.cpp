@@ -1,25 +1,13 @@
 // vectorix doctor on a system in software.
-#include "host/host_fixture.h"
+#include "host/usb/bed_fixture.h"
 #include "support/usb_plotter.h"
 
-#include <cstdlib>
 #include <nlohmann/json.hpp>
-#include <optional>
 
 namespace {
 
-class DoctorUsbTest : public HostTest {
+class DoctorUsbTest : public BedTest {
 protected:
-    void SetUp() override {
-        if (const char *reason = bed::whyNot()) GTEST_SKIP() << reason;
-        bed.emplace();
-        // For the command, which is not linked to it as this program is.
-        setenv("LD_PRELOAD", "libumockdev-preload.so.0", 1);
-        setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 0);
-    }
-
-    ~DoctorUsbTest() override { unsetenv("LD_PRELOAD"); }
-
     /// An adapter at 1-1, as one model or another.
     void addAdapter(uint16_t vendor, uint16_t product) {
         auto low = [](uint16_t number) { return static_cast<uint8_t>(number & 0xFF); };
@@ -42,8 +30,6 @@ protected:
         }
         return false;
     }
-
-    std::optional<bed::DeviceBed> bed;
 };
 
 TEST_F(DoctorUsbTest, NothingAtAll) {
