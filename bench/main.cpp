@@ -23,7 +23,7 @@ constexpr struct {
     {"usb", "processor time per piece, USB", bench::usbProcessor},
     {"usb-own", "the same, transfers that cost nothing", bench::usbOwnWork},
     {"paced", "wall time, line of 38400 bit/s", bench::pacedLine},
-    {"slopes", "wall time, 1 to 256 MB, steepest : flattest", bench::wallSlopes},
+    {"slopes", "wall time, 1 to 256 MB, flattest-steepest", bench::wallSlopes},
     {"cpu-slopes", "the same, processor time", bench::processorSlopes},
     {"memory", "peak memory of 1 GB, and of 1 MB", bench::peakMemory},
     {"preview", "preview to PNG, 1.7 MB", bench::previewProcessor},
@@ -33,7 +33,7 @@ void show(const char *what, const Row &row) {
     const bool isRatio = *row.unit == '\0';
     const std::string result = bench::text(isRatio ? "%.3f" : "%.0f %s", row.result, row.unit);
     const std::string wanted = row.wanted == 0 ? "" : bench::text(isRatio ? "%.2f" : "%.0f", row.wanted);
-    printf("%-44s %12s %12s %18s %8s %s\n", what, row.plugin.c_str(), row.floor.c_str(), result.c_str(), wanted.c_str(),
+    printf("%-44s %16s %16s %17s %8s %s\n", what, row.plugin.c_str(), row.floor.c_str(), result.c_str(), wanted.c_str(),
            row.wanted == 0            ? ""
            : row.result <= row.wanted ? "yes"
                                       : "NO");
@@ -72,7 +72,7 @@ int main(int count, char **arguments) try {
     }
 
     if (settings.quick) printf("Small sizes, to see that it works: the figures say little.\n");
-    printf("%-44s %12s %12s %18s %8s %s\n", "measure", "plug-in", "floor", "result", "at most", "met");
+    printf("%-44s %16s %16s %17s %8s %s\n", "measure", "plug-in", "floor", "result", "at most", "met");
     int result = 0;
     for (const auto &measure : kMeasures) {
         bool wanted = first == count;
