@@ -156,8 +156,8 @@ enum {
     kORB_FlowHardware = 1
 };
 
-/* Values of ORB_serviceNumber. 4, 6, 12 and 18 do nothing; a number not named here sets ORB_lastService and ORB_errorID to
- * 0. */
+/* Values of ORB_serviceNumber. 4, 6, 12 and 18 touch no plotter (4, 6 and 18 print a line, 6 presets ORB_errorID to 22007);
+ * a number not named here sets ORB_lastService and ORB_errorID to 0. */
 enum {
     kORB_ServiceNothing = 1,        /* presets ORB_errorID to 22007 */
     kORB_ServiceListPlotters = 2,   /* USB plotters of ORB_USBidVendor and ORB_USBidProduct */
