@@ -99,8 +99,8 @@ private:
             posix::puts("[ORB_readPlotFile2Write] readLength == 0 !");
             return;
         }
+        status_ = 0; // of the tail alone from here on, whether or not anything of it goes out
         if (!read(length, kORB_ErrorReadingTail, kORB_ErrorTailUnreadable)) return;
-        status_ = 0;
         size_t end = findEnd(text_, terminator_, rule_);
         if (end == 0) {
             noteStop(kORB_StopNoMarkInTail);

@@ -247,6 +247,18 @@ TEST_F(Print, UsbCallsInOrder) {
     EXPECT_EQ(platform.console.out, " [S17] called by ORB Vectorix\n");
 }
 
+TEST_F(Print, ATailOfWhichNothingGoesOutIsNoFailedService) {
+    registry.devices = {{kVendor, 7, 0x01100000}};
+    for (std::string tail : {"PU", "PU;\x80"}) {
+        ORB_ServiceRecord record = printRecord(platform, simpleJob(17009, ";"), std::string(64, ';') + tail);
+        useUsb(record);
+        registry.script("WritePipe", gives(kIOReturnIOError), 6); // all attempts of the chunk
+        run(record);
+        EXPECT_EQ(lastReport().piecesFailed, 1U);
+        EXPECT_EQ(platform.console.out.find("returns an error"), std::string::npos) << platform.console.out;
+    }
+}
+
 TEST_F(Print, ToolsGoOutInOrderBeforeThePlot) {
     const struct {
         const char *what;
