@@ -140,10 +140,9 @@ private:
 
 } // namespace
 
-std::string PlotRules::endMark() const {
-    std::string_view end = plot::cutRule(emulation).end;
-    return end.empty() ? terminator : std::string(end);
-}
+bool PlotRules::hasOwnEnd() const { return !plot::cutRule(emulation).end.empty(); }
+
+std::string PlotRules::endMark() const { return hasOwnEnd() ? std::string(plot::cutRule(emulation).end) : terminator; }
 
 Examination examine(const PlotFile &file, const PlotRules &rules) {
     Examination result;

@@ -15,6 +15,8 @@ struct PlotRules {
 
     /// What the last piece of a plot file ends with.
     std::string endMark() const;
+    /// True when the emulation says what ends a plot file, whatever the job's terminator.
+    bool hasOwnEnd() const;
 };
 
 /// Why bytes that are no mere padding are not sent.

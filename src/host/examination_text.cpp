@@ -35,7 +35,9 @@ Explanation explain(const Examination &found, const PlotRules &rules, const char
     case Flaw::BehindMark:
         return {fmt::format("{} at the end {}, from offset {} on, for no \"{}\" ends them: \"{}\"", bytes, notSent,
                             found.offset, mark, excerpt(found.excerpt, kExcerpt)),
-                fmt::format("end the plot file with \"{}\", or give the job the plot's own terminator", mark)};
+                fmt::format("end the plot file with \"{}\", or {}", mark,
+                            rules.hasOwnEnd() ? "print with the emulation of the plot's own language"
+                                              : "give the job the plot's own terminator")};
     case Flaw::Blank: return {fmt::format("nothing in it draws, and it {}", notSent), "export it again"};
     case Flaw::None: break;
     }

@@ -35,9 +35,11 @@ TEST_F(ExaminationTest, FindsWhatWouldNotBeSent) {
          "names no terminator, and emulation 17002 needs one"},
         {"none needed", "PU,@", 17008, "", Flaw::None, 0, 0, 0, ""},
         {"a command", "PU;SP0", 17002, ";", Flaw::BehindMark, 3, 3, 3,
-         "3 bytes at the end would not be sent, from offset 3 on, for no \";\" ends them: \"SP0\"; end the plot file"},
+         "3 bytes at the end would not be sent, from offset 3 on, for no \";\" ends them: \"SP0\"; end the plot file "
+         "with \";\", or give the job the plot's own terminator"},
         {"what would spoil a terminal", "PU;\x1B%A[2J", 17002, ";", Flaw::BehindMark, 3, 6, 6, "\"\\e%A[2J\""},
-        {"behind the mark of another language", "D,1@;\n", 17008, ";", Flaw::BehindMark, 4, 2, 2, "for no \"@\""},
+        {"behind the mark of another language", "D,1@;\n", 17008, ";", Flaw::BehindMark, 4, 2, 2,
+         "; end the plot file with \"@\", or print with the emulation of"},
         {"behind a NUL", "PU;" + kNul + "PD;", 17002, ";", Flaw::BehindNul, 3, 4, 4, "the first at offset 3; take the NUL"},
         {"a foreign byte in the last chunk", kLong + "\xE9;", 17002, ";", Flaw::NotASCII, 70'000, 50, 50,
          "0xE9 at offset 70000 is not ASCII"},
