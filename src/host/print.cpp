@@ -91,6 +91,17 @@ void callEntry(const PrintOptions &options, const PlotFile &plot, const Destinat
     releaseStrings(record);
 }
 
+/// A file or a picture that cannot be written is part of what became of the job, and of its one report.
+void finish(Destination &destination, Verdict &verdict) {
+    try {
+        destination.finish();
+    } catch (const Failure &failure) {
+        if (verdict.code == ExitCode::Done) verdict.code = failure.code();
+        if (!verdict.message.empty()) verdict.message += "; and ";
+        verdict.message += failure.what();
+    }
+}
+
 void tell(const PrintOptions &options, const PrintOutcome &outcome, const Verdict &verdict) {
     if (options.json) {
         printOut("{}\n", json(outcome, verdict));
@@ -142,8 +153,8 @@ ExitCode print(const PrintOptions &options) {
     Verdict verdict = judge(outcome);
     if (outcome.report.sentBytes > 0) destination.addNotes(verdict);
     if (callFailed(outcome) && !outcome.stopped) console.show();
+    finish(destination, verdict);
     tell(options, outcome, verdict);
-    destination.finish();
     return verdict.code;
 }
 

@@ -84,6 +84,13 @@ TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeWritten) {
     Result result = run({"print", file("plot", plotOf(1)), "--capture", "/dev/full"});
     EXPECT_EQ(result.code, 1);
     EXPECT_NE(result.err.find("/dev/full: no space left"), std::string::npos) << result.err;
+
+    // One report, which knows of it.
+    result = run({"print", file("plot", plotOf(1)), "--capture", "/dev/full", "--json"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1) << result.out;
+    EXPECT_EQ(result.out.find("{\"exitCode\":1,\"message\":\"/dev/full: no space left"), 0U) << result.out;
+    EXPECT_NE(result.out.find("\"stopReason\":\"finished\""), std::string::npos) << result.out;
 }
 
 /// The far end reads nothing, so that the job hangs in a write when the signal comes.
