@@ -110,6 +110,15 @@ Verdict judgeJobFile(const PrintOutcome &outcome) {
     return fail(codeOfFile(outcome.report.firstStatus), fmt::format("{}: {}{}", job, what, remedy));
 }
 
+/// A tool string of the job file, for what was typed has been looked at before.
+Verdict judgeTexts(const PrintOutcome &outcome) {
+    std::string job = shown(outcome.jobFile);
+    return fail(ExitCode::Unfit,
+                fmt::format("{}{}{}; use plain ASCII of at most 255 bytes in tool strings and in the port's path{}", job,
+                            job.empty() ? "" : ": ", errorText(outcome.report.firstErrorID),
+                            job.empty() ? "" : fmt::format(" ('vectorix job check {}' says more)", job)));
+}
+
 } // namespace
 
 bool callFailed(const PrintOutcome &outcome) {
@@ -130,10 +139,7 @@ Verdict judge(const PrintOutcome &outcome) {
     switch (report.stopReason) {
     case kORB_StopNoLink: return judgeLink(outcome);
     case kORB_StopJobFile: return judgeJobFile(outcome);
-    case kORB_StopUnconvertible:
-        return fail(ExitCode::Unfit,
-                    fmt::format("{}; use plain ASCII of at most 255 bytes in tool strings and in the port's path",
-                                errorText(report.firstErrorID)));
+    case kORB_StopUnconvertible: return judgeTexts(outcome);
     default: break;
     }
     bool isPlotAtFault = report.stopReason == kORB_StopPlotFile || report.stopReason == kORB_StopNotASCII;

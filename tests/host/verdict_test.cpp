@@ -52,12 +52,14 @@ TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
         {"an unfit job", kORB_StopJobFile, kORB_ErrorJobFile, 0, ExitCode::Unfit, "unfit"},
         {"the job vanished", kORB_StopJobFile, kORB_ErrorJobFile, -43, ExitCode::Missing, "job"},
         {"no terminator", kORB_StopJobFile, kORB_ErrorNoTerminator, 0, ExitCode::Unfit, "terminator"},
-        {"a tool too long", kORB_StopUnconvertible, kORB_ErrorPathNameTooLong, 0, ExitCode::Unfit, "255 bytes"},
+        {"a tool too long", kORB_StopUnconvertible, kORB_ErrorPathNameTooLong, 0, ExitCode::Unfit,
+         "roll.plist: a text is not ASCII or too long"},
         {"a stop of unknown origin", kORB_StopByHost, kORB_ErrorStopped, 0, ExitCode::Failed, "before its end"},
     };
     for (const auto &row : kRows) {
         SCOPED_TRACE(row.what);
         host::PrintOutcome outcome = outcomeOf("PU;\xE9;;", 3);
+        outcome.jobFile = "roll.plist";
         outcome.report.stopReason = row.stopReason;
         outcome.report.firstErrorID = row.errorID;
         outcome.report.firstStatus = row.status;
