@@ -100,7 +100,7 @@ TEST_F(SerialQuery, Dialogues) {
 }
 
 TEST_F(SerialQuery, ALineThatEndsLeavesWithoutTheCheck) {
-    platform.terminal.always("read", gives(0));
+    platform.always("read", gives(0));
     ORB_ServiceRecord record = ask(17001, {});
     EXPECT_EQ(queryReport().errorID, kORB_NoError);
     EXPECT_EQ(reads(), 1);
@@ -108,7 +108,7 @@ TEST_F(SerialQuery, ALineThatEndsLeavesWithoutTheCheck) {
 }
 
 TEST_F(SerialQuery, NoPortAndNoWrite) {
-    platform.terminal.script("write", scripted::fails(EIO));
+    platform.script("write", scripted::fails(EIO));
     ORB_ServiceRecord record = ask(17001, {});
     EXPECT_EQ(queryReport().errorID, kORB_ErrorUnvalidPort);
     EXPECT_EQ(reads(), 0);
@@ -142,7 +142,7 @@ TEST_F(SerialQuery, RequestOverUsb) {
     record.ORB_USBlocationID = 5;
     record.ORB_USB_PIPEOUT = 1;
     platform.terminal.replies = {"1,2,3,4\r"};
-    platform.registry.script("USBInterfaceOpen", gives(kIOReturnExclusiveAccess), 3); // no exception for it here
+    platform.script("USBInterfaceOpen", gives(kIOReturnExclusiveAccess), 3); // no exception for it here
     record = ORB_getVectorixCS2(record);
     EXPECT_EQ(platform.registry.written, "IN;OH;");
     EXPECT_EQ(valuesOf(record), (Values{{1, 2, 3, 4}}));
@@ -233,7 +233,7 @@ TEST_F(UsbQuery, FailedReads) {
     };
     for (const auto &c : kCases) {
         SCOPED_TRACE(c.code);
-        platform.registry.script("ReadPipe", gives(c.code), 9);
+        platform.script("ReadPipe", gives(c.code), 9);
         ORB_ServiceRecord record = ask(0x0B75, 17001, 0, {});
         EXPECT_EQ(record.ORB_errorID, c.errorID);
         EXPECT_EQ(queryReport().status, c.code);
@@ -259,8 +259,8 @@ TEST_F(UsbQuery, AThousandLeaveNothing) {
 }
 
 TEST_F(UsbQuery, SecondPairFailures) {
-    platform.registry.script("WritePipe", gives(0));
-    platform.registry.script("WritePipe", gives(kIOReturnIOError), 9);
+    platform.script("WritePipe", gives(0));
+    platform.script("WritePipe", gives(kIOReturnIOError), 9);
     ORB_ServiceRecord record = ask(0x0B4D, 17009, 0, std::vector<std::string>(1, "1,2"), 1);
     EXPECT_EQ(record.ORB_errorID, kORB_NoError); // a write's failure leaves none
     EXPECT_EQ(queryReport().status, kIOReturnIOError);
@@ -273,24 +273,26 @@ TEST_F(UsbQuery, SecondPairFailures) {
 
 TEST_F(UsbQuery, LinksAndPipes) {
     // A stalled pipe is shown and wiped; a failing write is tried six times.
-    platform.registry.script("ClearPipeStallBothEnds", gives(kIOReturnIOError));
-    platform.registry.script("WritePipe", gives(kIOReturnIOError), 6);
+    platform.script("ClearPipeStallBothEnds", gives(kIOReturnIOError));
+    platform.script("WritePipe", gives(kIOReturnIOError), 6);
     ORB_ServiceRecord record = ask(0x0B75, 17001, 0, {"1,2,3,4"});
     EXPECT_EQ(record.ORB_errorID, kORB_NoError);
     EXPECT_EQ(valuesOf(record), (Values{{1, 2, 3, 4}}));
     EXPECT_EQ(record.ORB_USB_PIPEIN, 2); // the choice by vendor: nothing was listed
 
-    platform.registry.endpoints = {{1, 3, 2}, {0, 2, 2}};
+    // An endpoint that is found by its number is asked for as a pipe: there must be a third one.
+    platform.registry.endpoints = {{1, 3, 2}, {0, 2, 2}, {0, 1, 2}};
     record = ask(0x0B75, 17001, 0, {"1,2,3,4"});
     EXPECT_EQ(record.ORB_USB_PIPEIN, 3);
     const std::string listing =
-        "gORB_interfaceInterface has 2 endpoints\nPipeRef 1: pipeID 3 direction in\n"
+        "gORB_interfaceInterface has 3 endpoints\nPipeRef 1: pipeID 3 direction in\n"
         "transfer type bulk, maxPacketSize 64\n [S11 ORB_readPlotFile2Write] GetPipeStatus ORB_pipe_in "
         "(kernResult == (kern_return_t) kIOReturnSuccess\nPipeRef 2: pipeID 2 direction out\n"
+        "PipeRef 3: pipeID 1 direction out\n"
         "\n\n[S11] ClearPipeStallBothEnds succeed for ORB_pipe_in\n";
     EXPECT_NE(platform.console.out.find(listing), std::string::npos) << platform.console.out;
 
-    platform.registry.script("USBInterfaceOpen", gives(kIOReturnExclusiveAccess));
+    platform.script("USBInterfaceOpen", gives(kIOReturnExclusiveAccess));
     record = ask(0x0B75, 17001, 0, {});
     EXPECT_EQ(record.ORB_errorID, kORB_ErrorInterfaceNotOpened);
     EXPECT_EQ(double{record.ORB_HARDC_2}, 77.0); // only service 7 zeroes the values first

@@ -136,7 +136,7 @@ TEST_F(Print, Outcomes) {
          "22007; stop 5, error 38007/-36 at 960; 960 sent + 0 failed + 40 withheld, 15+0 pieces, 15 uncut"},
         {"failed and short writes", 17002, ";", kilobyte + ";",
          [&](Sent &) {
-             terminal.script("write", gives(64)), terminal.script("write", fails(EIO)), terminal.script("write", gives(10));
+             platform.script("write", gives(64)), platform.script("write", fails(EIO)), platform.script("write", gives(10));
          },
          kilobyte.substr(118) + ";",
          "22007; stop 0, error 25002/5 at 64; 883 sent + 118 failed + 0 withheld, 14+2 pieces, 15 uncut"},
@@ -157,7 +157,7 @@ TEST_F(Print, Outcomes) {
          [](Sent &r) { r.ORB_CFSTR_bsdIn_VectorixDevice = platform::constantString("/dev/pl\xC3\xB6tter"); }, "",
          "22007; stop 7, error 23009/0 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut",
          " [S17] called by ORB Vectorix\n"},
-        {"no port", 17002, ";", "PU;", [&](Sent &) { terminal.script("open", fails(ENOENT), 11); }, "",
+        {"no port", 17002, ";", "PU;", [&](Sent &) { platform.script("open", fails(ENOENT), 11); }, "",
          "24001; stop 4, error 24001/0 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
         {"line and tools by different emulations", 17002, ";", "PU;", [](Sent &r) { r.ORB_EmulationID = 17008; }, ";:PU;",
          "22007; stop 0, no error; 3 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut"},
@@ -167,30 +167,30 @@ TEST_F(Print, Outcomes) {
         {"USB: no start-up text", 17009, ";", "PU;", useUsb, "PU;",
          "22007; stop 0, no error; 3 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut"},
         {"USB: start-up refused", 17002, ";", "PU;", overUsb([&] {
-             registry.script("ClearPipeStallBothEnds", gives(kIOUSBPipeStalled)),
-                 registry.script("WritePipe", gives(kIOReturnIOError));
+             platform.script("ClearPipeStallBothEnds", gives(kIOUSBPipeStalled)),
+                 platform.script("WritePipe", gives(kIOReturnIOError));
          }),
          "PU;", "22007; stop 0, error 29008/-536854449 at -1; 3 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut",
          "ORBTARGET_API_MAC_OSX_PANTHER  : ClearPipeStallBothEnds returns an error : -536854449[S18] first "
          "attempt : unable to write on this pipe  2\n"},
         {"USB: one of two start-up texts refused", 17008, ";", "U1,1,@",
-         overUsb([&] { registry.script("WritePipe", gives(kIOReturnIOError), 6); }), std::string(kStart17008) + "U1,1,@",
+         overUsb([&] { platform.script("WritePipe", gives(kIOReturnIOError), 6); }), std::string(kStart17008) + "U1,1,@",
          "22007; stop 0, error 29008/-536870198 at -1; 6 sent + 0 failed + 0 withheld, 1+0 pieces, 0 uncut",
          "[S18 : ORB_readPlotFile2Write] & ORB_error ID 29008\n"},
         {"USB: held by another", 17002, ";", "PU;",
-         overUsb([&] { registry.script("USBInterfaceOpen", gives(kIOReturnExclusiveAccess)); }), "",
+         overUsb([&] { platform.script("USBInterfaceOpen", gives(kIOReturnExclusiveAccess)); }), "",
          "29002; stop 4, error 29002/-536870203 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut",
          "[ORB_VectorixService17] ORB_readPlotFile2Write returns an error -536870203\n"},
         {"USB: no interface listed", 17002, ";", "PU;", overUsb([&] { registry.devices[0].interfaces = 0; }), "",
          "22007; stop 4, error 28002/0 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
         {"USB: device not opened", 17002, ";", "PU;",
-         overUsb([&] { registry.script("USBDeviceOpen", gives(kIOReturnNotPermitted), 2); }), "",
+         overUsb([&] { platform.script("USBDeviceOpen", gives(kIOReturnNotPermitted), 2); }), "",
          "28004; stop 4, error 28004/-536870174 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut",
          "[ORB_VectorixService17] ORB_VectorixService8 returns an error -536870174\n"},
         {"USB: no plot file", 17002, ";", "", overUsb([&] { platform.files.files.erase(kPlotPath); }), "IN;",
          "38001; stop 5, error 38001/-43 at -1; 0 sent + 0 failed + 0 withheld, 0+0 pieces, 0 uncut"},
         {"USB: a piece counts once however often it is tried", 17002, ";", kilobyte.substr(0, 300) + ";", overUsb([&] {
-             registry.script("WritePipe", gives(0), 2), registry.script("WritePipe", gives(kIOReturnNoDevice), 8);
+             platform.script("WritePipe", gives(0), 2), platform.script("WritePipe", gives(kIOReturnNoDevice), 8);
          }),
          "IN;" + kilobyte.substr(0, 236) + ";",
          "22007; stop 0, error 29008/-536870208 at 64; 237 sent + 64 failed + 0 withheld, 4+1 pieces, 4 uncut"},
@@ -252,7 +252,7 @@ TEST_F(Print, ATailOfWhichNothingGoesOutIsNoFailedService) {
     for (std::string tail : {"PU", "PU;\x80"}) {
         ORB_ServiceRecord record = printRecord(platform, simpleJob(17009, ";"), std::string(64, ';') + tail);
         useUsb(record);
-        registry.script("WritePipe", gives(kIOReturnIOError), 6); // all attempts of the chunk
+        platform.script("WritePipe", gives(kIOReturnIOError), 6); // all attempts of the chunk
         run(record);
         EXPECT_EQ(lastReport().piecesFailed, 1U);
         EXPECT_EQ(platform.console.out.find("returns an error"), std::string::npos) << platform.console.out;
@@ -289,7 +289,7 @@ TEST_F(Print, ToolsGoOutInOrderBeforeThePlot) {
         }
         ORB_ServiceRecord record = printRecord(platform, jobXML(keys), "U1,1,@");
         if (c.usb) useUsb(record);
-        if (c.failing) terminal.script("write", fails(EIO));
+        if (c.failing) platform.script("write", fails(EIO));
         run(record);
         EXPECT_EQ(terminal.written + registry.written, c.arrives);
         EXPECT_EQ(reportText(), c.outcome);

@@ -18,21 +18,21 @@ Ports ports(int count) {
 constexpr const char *kSevenInSix = "ttyUSB1/12 ttyUSB2/12 ttyUSB3/12 ttyUSB4/12 ttyUSB5/12 ttyUSB7/12 ";
 constexpr const char *kNoName = "return as ORB_IOproperty1 == (CFStringRef) NULL\n";
 
-using Given = std::function<void(scripted::Registry &)>;
+using Given = std::function<void(scripted::Platform &)>;
 
 /// Three ports, the second one with another value under the key; none when it is empty.
 Given secondWith(const char *key, const std::string &value) {
-    return [=](scripted::Registry &registry) {
-        registry.serialPorts = ports(3);
+    return [=](scripted::Platform &platform) {
+        platform.registry.serialPorts = ports(3);
         if (value.empty())
-            registry.serialPorts[1].erase(key);
+            platform.registry.serialPorts[1].erase(key);
         else
-            registry.serialPorts[1][key] = value;
+            platform.registry.serialPorts[1][key] = value;
     };
 }
 
 Given failing(const char *call) {
-    return [=](scripted::Registry &registry) { registry.script(call, gives(-5)); };
+    return [=](scripted::Platform &platform) { platform.script(call, gives(-5)); };
 }
 
 /// The names in the slots, and the size of each callout path.
@@ -59,7 +59,7 @@ TEST(Discovery, Outcomes) {
         {"no dictionary", failing("IOServiceMatching"), 0, kORB_ErrorMatching, 0, "", ""},
         {"no iterator", failing("IOServiceGetMatchingServices"), -5, kORB_ErrorGetServices, 0, "", ""},
         {"no port", [](auto &) {}, 0, kORB_ErrorNoPort, 0, "", ""},
-        {"eight", [](auto &r) { r.serialPorts = ports(8); }, 0, kORB_NoError, 7, "", kSevenInSix},
+        {"eight", [](auto &p) { p.registry.serialPorts = ports(8); }, 0, kORB_NoError, 7, "", kSevenInSix},
         {"no name", secondWith("IOTTYDevice", ""), 0, kORB_NoError, 1, kNoName, "ttyUSB1/12 "},
         {"no callout path", secondWith("IOCalloutDevice", ""), 0, kORB_NoError, 1, "", "ttyUSB1/12 "},
         {"no dial-in path", secondWith("IODialinDevice", ""), 0, kORB_NoError, 1, "", "ttyUSB1/12 "},
@@ -70,7 +70,7 @@ TEST(Discovery, Outcomes) {
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
         scripted::Platform platform;
-        c.given(platform.registry);
+        c.given(platform);
         answer() = {};
         answer().reserved5[1] = 9;
         EXPECT_EQ(ORB_VectorixService3(), c.result);

@@ -64,9 +64,9 @@ TEST_F(LineSetup, ReportsRefusedAttributes) {
         reset();
         givenPort();
         terminal.modemWord = 0x20;
-        terminal.script("tcsetattr", fails(EINVAL)); // the raw mode's result does not count
-        terminal.script("tcsetattr", c.first);
-        terminal.script("tcsetattr", c.second);
+        platform.script("tcsetattr", fails(EINVAL)); // the raw mode's result does not count
+        platform.script("tcsetattr", c.first);
+        platform.script("tcsetattr", c.second);
         ORB_Serialsetc_cflag();
         EXPECT_EQ(answer().ORB_errorID, c.errorID);
         EXPECT_EQ(statusText(), c.status);
@@ -77,7 +77,7 @@ TEST_F(LineSetup, ReportsRefusedAttributes) {
 TEST_F(LineSetup, AppliesNothingWithoutTheOldAttributes) {
     givenPort();
     gORB_Termios.c_cflag = CS7 | PARENB;
-    terminal.script("tcgetattr", fails(EIO));
+    platform.script("tcgetattr", fails(EIO));
     ORB_Serialsetc_cflag();
     EXPECT_EQ(answer().ORB_errorID, kORB_ErrorGetAttributes);
     EXPECT_EQ(platform.log, Log{"tcgetattr 5"});
@@ -111,7 +111,7 @@ TEST_F(LineSetup, ModemLineOperations) {
         EXPECT_EQ(platform.log, Log{c.log});
         EXPECT_EQ(answer().ORB_errorID, kORB_NoError);
         EXPECT_EQ(statusText(), c.status);
-        terminal.script(c.request, fails(EIO));
+        platform.script(c.request, fails(EIO));
         EXPECT_EQ(c.operation(), c.failed);
         EXPECT_EQ(answer().ORB_errorID, c.errorID);
         EXPECT_EQ(statusText(), c.failedStatus);
@@ -127,7 +127,7 @@ TEST_F(LineSetup, WaitForClearToSend) {
             *lines = requests == clearAt ? 0x26 : 0x6;
             return 0;
         }
-    } line{platform.log};
+    } line{platform};
     platform::backends().terminal = &line;
     EXPECT_EQ(ORB_SerialgetCTS(), 0x26);
     EXPECT_EQ(line.requests, 3);

@@ -35,9 +35,9 @@ TEST_F(Link, WriteOutcomes) {
         reset();
         givenPort();
         terminal.modemWord = c.lines;
-        terminal.script("TIOCMGET", c.ask);
-        terminal.script("write", c.write);
-        terminal.script("tcdrain", c.drain);
+        platform.script("TIOCMGET", c.ask);
+        platform.script("write", c.write);
+        platform.script("tcdrain", c.drain);
         EXPECT_EQ(ORB_SerialwritePlotter(), 0);
         EXPECT_EQ(platform.log, (Log{"TIOCMGET 5", "write 5 \"IN;\"", "tcdrain 5"}));
         EXPECT_EQ(answer().ORB_errorID, c.errorID);
@@ -74,7 +74,7 @@ TEST_F(Link, Close) {
 
     givenPort();
     answer().ORB_errorID = kORB_ErrorUnvalidPort;
-    terminal.script("tcdrain", fails(EIO));
+    platform.script("tcdrain", fails(EIO));
     EXPECT_EQ(ORB_VectorixService6(), 0);
     EXPECT_EQ(answer().ORB_lastService, 6);
     EXPECT_EQ(platform.log, (Log{"tcdrain 5", "sleep 2", "TIOCNXCL 5", "close 5"}));
@@ -106,7 +106,7 @@ protected:
 };
 
 TEST_F(OpenPorts, ForgottenOnesOfTheSameDeviceAreClosed) {
-    terminal.script("open", gives(0));
+    platform.script("open", gives(0));
     const int zero = open("/dev/a"), first = open("/dev/a");
     nextCall(first);
     const int other = open("/dev/b");

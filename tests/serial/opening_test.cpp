@@ -67,7 +67,7 @@ TEST_F(Opening, ByTheServices) {
         answer().ORB_EmulationID = 17008;
         answer().ORB_CFSTR_bsdIn_VectorixDevice = c.path ? platform::constantString(c.path) : 0;
         for (const Step &step : c.steps)
-            terminal.script(step.call, step.outcome, step.times);
+            platform.script(step.call, step.outcome, step.times);
         EXPECT_EQ(c.operation(), c.result);
         EXPECT_EQ(answer().ORB_lastService, c.lastService);
         EXPECT_EQ(answer().ORB_errorID, c.errorID);
@@ -94,17 +94,17 @@ TEST_F(Opening, CallsInOrder) {
 }
 
 TEST_F(Opening, InOtherWays) {
-    terminal.script("TIOCEXCL", fails(EIO));
+    platform.script("TIOCEXCL", fails(EIO));
     ORB_Serialopen_Keyspan2Read();
     EXPECT_EQ(platform.log, (Log{"open /dev/ttyUSB0 rw|append", "fcntl 5 F_SETFL 0", "TIOCEXCL 5", "close 5"}));
     EXPECT_EQ(answer().ORB_errorID, kORB_ErrorSetExclusive);
     EXPECT_EQ(answer().ORB_portFD, -1);
-    terminal.script("open", gives(0));
+    platform.script("open", gives(0));
     ORB_Serialopen_Keyspan2Read();
     EXPECT_EQ(answer().ORB_portFD, 6);
 
     reset();
-    terminal.script("open", gives(0));
+    platform.script("open", gives(0));
     ORB_Serialopen_std();
     EXPECT_EQ(platform.log, (Log{"open /dev/ttyUSB0 rw", "fcntl 0 F_SETFL 0", "open /dev/ttyUSB0 rw", "fcntl 5 F_SETFL 0"}));
     EXPECT_EQ(answer().ORB_portFD, 5);
@@ -117,7 +117,7 @@ TEST_F(Opening, InOtherWays) {
     EXPECT_EQ(cfgetospeed(&terminal.attributes[5]), speed_t{B2400});
     EXPECT_EQ(answer().ORB_portFD, -1);
 
-    terminal.script("open", fails(EACCES), 2);
+    platform.script("open", fails(EACCES), 2);
     ORB_Serialopen_std();
     ORB_Serial_forcePlotterHangUp();
     EXPECT_EQ(platform.console.err, "open_port : unable to open /dev/ttyf1-: Permission denied\n"

@@ -127,7 +127,7 @@ TEST(Entry, OneStatusTextForEachCall) {
     uint32_t before = platform::liveObjectCount();
     ORB_ServiceRecord record = jobs::printRecord(platform, "", "");
     record.ORB_serviceNumber = kORB_ServiceOpenAndWrite;
-    platform.terminal.always("open", scripted::fails(ENOENT));
+    platform.always("open", scripted::fails(ENOENT));
     record = ORB_getVectorixCS2(record);
     EXPECT_EQ(platform.clock.slept, 11U);
     EXPECT_EQ(platform::stringView(record.ORB_CFSTR_message), "Service 5 : ORB_SerialopenPort() done, no error");

@@ -11,16 +11,18 @@
 
 namespace sweep {
 
+using stand_in::Effect, stand_in::Ending;
+
 namespace {
 
 constexpr size_t kMostCalls = 200'000; // a hundred times what the longest run makes: only a loop without end gets there
 
 Faults *current = nullptr;
 
-constexpr Failure fails(long code = 0) { return {Effect::fails, code}; }
-constexpr Failure after(long code) { return {Effect::after, code}; }
-constexpr Failure gives(long value, bool lasting = true) { return {Effect::gives, value, lasting}; }
-constexpr Failure stops(long code) { return {Effect::stops, code, false}; }
+constexpr Failure fails(long code = 0) { return {{Effect::fails, code}}; }
+constexpr Failure after(long code) { return {{Effect::after, code}}; }
+constexpr Failure gives(long value, bool lasting = true) { return {{Effect::gives, value}, lasting}; }
+constexpr Failure stops(long code) { return {{code == 0 ? Effect::none : Effect::fails, code}, false, true}; }
 
 // What gives something back has given it back, whatever it reports: such calls fail only afterwards.
 std::vector<CallKind> makeKinds() {
@@ -104,13 +106,14 @@ std::string nameOfCode(long code) {
 } // namespace
 
 std::string Injection::name() const {
-    constexpr const char *kEffects[] = {"none", "fails", "fails-after", "gives", "stop"};
+    constexpr const char *kEffects[] = {"none", "fails", "fails-after", "gives"};
     constexpr const char *kReaches[] = {"", ",lasting", ",then-all"};
-    std::string text = kEffects[static_cast<size_t>(failure.effect)];
-    if (failure.effect == Effect::gives) {
-        text += "-" + std::to_string(failure.code);
-    } else if (failure.code != 0) {
-        text += "-" + nameOfCode(failure.code);
+    const auto [effect, code] = failure.ending;
+    std::string text = failure.stops ? "stop" : kEffects[static_cast<size_t>(effect)];
+    if (effect == Effect::gives) {
+        text += "-" + std::to_string(code);
+    } else if (code != 0) {
+        text += "-" + nameOfCode(code);
     }
     return text + kReaches[static_cast<size_t>(reach)];
 }
@@ -123,7 +126,13 @@ Faults::Faults(const Injection &injection) : injection_(injection) {
 
 Faults::~Faults() { current = nullptr; }
 
-Failure Faults::enter(const char *call) noexcept {
+Ending Faults::enter(const char *call) noexcept {
+    const Ending ending = next(call);
+    ++inBackend_;
+    return ending;
+}
+
+Ending Faults::next(const char *call) noexcept {
     if (!active_) return {};
     const CallKind &kind = kindOf(call);
     ++inBackend_; // the trace is the test's
@@ -134,21 +143,21 @@ Failure Faults::enter(const char *call) noexcept {
     if (injection_.call == 0 || number < injection_.call) return {};
     const Failure &failure = injection_.failure;
     if (number == injection_.call) {
-        if (failure.effect == Effect::stops) {
+        if (failure.stops) {
             stopped_ = true;
             ORB_hostStop();
         }
-        return failure;
+        return failure.ending;
     }
     if (injection_.reach == Reach::once) return {};
-    if (&kind == trace_[injection_.call - 1]) return failure.lasting ? failure : Failure{};
+    if (&kind == trace_[injection_.call - 1]) return failure.lasting ? failure.ending : Ending{};
     const bool all = injection_.reach == Reach::allCalls && !kind.failures.empty() && kind.failures[0].lasting;
-    return all ? kind.failures[0] : Failure{};
+    return all ? kind.failures[0].ending : Ending{};
 }
 
 bool Faults::memoryIsGiven() noexcept {
     if (current == nullptr || !current->active_ || current->inBackend_ != 0) return true;
-    return current->enter("memory").effect == Effect::none;
+    return current->next("memory").effect == Effect::none;
 }
 
 } // namespace sweep

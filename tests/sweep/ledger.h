@@ -1,8 +1,6 @@
 // What the link was offered and what it took, by the backends' own account: the reports have to say the same.
 #pragma once
 
-#include "platform/files/file_manager.h"
-
 #include <algorithm>
 #include <cstdint>
 #include <string>
@@ -15,9 +13,9 @@ public:
     void beginPiece() { retry_ = false; }
 
     /// Bytes were offered to the link, and it took some. ok: the call said that it took them all.
-    void wrote(int64_t offered, int64_t taken, bool ok) {
+    void wrote(int64_t offered, int64_t taken, bool ok, bool ofThePlot) {
         tookPartAndFailed |= taken != 0 && !ok;
-        if (plotFork == 0) return; // while the plot file is open, nothing but its pieces is sent
+        if (!ofThePlot) return;
         if (!retry_) {
             settle();
             offered_ = offered;
@@ -37,14 +35,13 @@ public:
         pending_ = false;
     }
 
-    ForkRefNum plotFork = 0; ///< while the plot file is open
-    int64_t fileBytes = 0;   ///< what its size was said to be
+    int64_t fileBytes = 0; ///< what the size of the plot file was said to be
     int64_t sentBytes = 0, failedBytes = 0;
     uint64_t piecesSent = 0, piecesFailed = 0;
     bool tookPartAndFailed = false; ///< some transfer did
     uint32_t reads = 0;             ///< of a query
     std::string reply;              ///< the last one that was not empty
-    unsigned secondsAfterStop = 0;
+    unsigned sleepsAfterStop = 0;
 
 private:
     int64_t offered_ = 0, taken_ = 0;

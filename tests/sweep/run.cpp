@@ -3,7 +3,7 @@
 #include "service/state.h"
 #include "support/job.h"
 #include "sweep/bench.h"
-#include "sweep/faulty_backends.h"
+#include "sweep/faulty_platform.h"
 #include "usb/interface.h"
 
 #include <gtest/gtest-spi.h>
@@ -73,8 +73,7 @@ private:
     const unsigned callNumber_; ///< 0: without a fault
     const Outcome *clean_;
     Faults faults_;
-    std::optional<scripted::Platform> platform_;
-    std::optional<FaultyPlatform> around_;
+    std::optional<FaultyPlatform> platform_;
     ORB_ServiceRecord sent_{}, returned_{};
     int nextDescriptor_ = 0;                                ///< before the call
     const IOUSBInterfaceInterface245 *interface_ = nullptr; ///< that was open before
@@ -112,7 +111,7 @@ void Run::call() {
         returned_ = answer();
     }
     faults_.end();
-    around_->ledger.settle();
+    platform_->ledger.settle();
     outcome_.trace = faults_.trace();
     outcome_.delivered = platform_->terminal.written + platform_->registry.written;
 }
@@ -131,7 +130,7 @@ void Run::checkRecord() {
     require(platform_->clock.slept <= scenario_.seconds, "it took ", platform_->clock.slept, " seconds, not at most ",
             scenario_.seconds);
     outcome_.seconds = platform_->clock.slept;
-    require(around_->ledger.secondsAfterStop == 0, "it took ", around_->ledger.secondsAfterStop, " seconds after the stop");
+    require(platform_->ledger.sleepsAfterStop == 0, "it slept ", platform_->ledger.sleepsAfterStop, " times after the stop");
     const size_t after = faults_.stopped() ? outcome_.trace.size() - callNumber_ : 0;
     require(after <= kMostCallsAfterStop, "there were ", after, " calls after the stop");
 }
@@ -180,7 +179,7 @@ void Run::checkLinks() {
 
 void Run::checkJob() {
     const ORB_JobReport report = jobs::lastReport();
-    const Ledger &ledger = around_->ledger;
+    const Ledger &ledger = platform_->ledger;
     require(report.fileBytes == report.sentBytes + report.failedBytes + report.withheldBytes && report.withheldBytes >= 0,
             "file ", report.fileBytes, " is not sent ", report.sentBytes, " + failed ", report.failedBytes, " + withheld ",
             report.withheldBytes);
@@ -214,7 +213,7 @@ void Run::checkQuery() {
     ORB_QueryReport report{};
     report.structSize = sizeof report;
     ORB_hostGetQueryReport(&report);
-    const Ledger &ledger = around_->ledger;
+    const Ledger &ledger = platform_->ledger;
     require(isIdentifier(report.errorID), "the query's errorID is ", report.errorID);
     require(report.requestBytes < sizeof report.request && strlen(report.request) == report.requestBytes, "requestBytes is ",
             report.requestBytes, " for ", report.request);
@@ -265,8 +264,7 @@ Outcome Run::go() {
         const testing::ScopedFakeTestPartResultReporter reporter(
             testing::ScopedFakeTestPartResultReporter::INTERCEPT_ALL_THREADS, &misuse);
         const uint32_t objects = platform::liveObjectCount();
-        platform_.emplace();
-        around_.emplace(faults_, *platform_);
+        platform_.emplace(faults_);
         prepare();
         call();
         checkRecord();
@@ -278,7 +276,6 @@ Outcome Run::go() {
         cleanUp();
         const uint32_t left = platform::liveObjectCount();
         require(left == objects, static_cast<int64_t>(left) - objects, " objects were left");
-        around_.reset();
         platform_.reset();
     }
     for (int i = 0; i < misuse.size(); ++i)

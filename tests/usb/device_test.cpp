@@ -29,11 +29,11 @@ protected:
 
 TEST_F(UsbDeviceTest, OpensConfiguresAndCloses) {
     platform.registry.devices[1].configurations = {1, 4, 9};
-    platform.registry.script("SetConfiguration", gives(0));
-    platform.registry.script("SetConfiguration",
-                             gives(kIOReturnIOError)); // slept after, but its descriptor is not fetched again
-    platform.registry.script("GetConfigurationDescriptorPtr", gives(0), 3);
-    platform.registry.script("GetConfigurationDescriptorPtr", gives(kIOReturnIOError)); // skipped without a sleep
+    platform.script("SetConfiguration", gives(0));
+    platform.script("SetConfiguration",
+                    gives(kIOReturnIOError)); // slept after, but its descriptor is not fetched again
+    platform.script("GetConfigurationDescriptorPtr", gives(0), 3);
+    platform.script("GetConfigurationDescriptorPtr", gives(kIOReturnIOError)); // skipped without a sleep
     EXPECT_EQ(ORB_VectorixService8(), 0);
     Log calls(platform.log.begin() + 2, platform.log.end()); // behind the scan's
     EXPECT_EQ(calls,
@@ -66,7 +66,7 @@ TEST_F(UsbDeviceTest, OpenRetries) {
         platform.console.out.clear();
         platform.clock.slept = 0;
         for (auto [code, times] : c.results)
-            platform.registry.script("USBDeviceOpen", gives(code), times);
+            platform.script("USBDeviceOpen", gives(code), times);
         EXPECT_EQ(ORB_VectorixService8(), c.status);
         EXPECT_EQ(answer().ORB_errorID, c.errorID);
         EXPECT_EQ(logged("USBDeviceOpen"), c.opens);
@@ -97,7 +97,7 @@ TEST_F(UsbDeviceTest, SearchesForTheLocationThatItWasGiven) {
     // A scan that fails ends the service without a line.
     platform.console.out.clear();
     answer().ORB_interfaceOpen = 1;
-    platform.registry.script("IOMasterPort", gives(kIOReturnNoMemory));
+    platform.script("IOMasterPort", gives(kIOReturnNoMemory));
     EXPECT_EQ(ORB_VectorixService8(), kIOReturnNoMemory);
     EXPECT_EQ(answer().ORB_errorID, kORB_ErrorMasterPort);
     EXPECT_EQ(answer().ORB_interfaceOpen, 0U);

@@ -60,7 +60,7 @@ TEST_F(UsbInterface, OpenProcedure) {
         reset();
         for (const auto &[call, results] : c.results) {
             for (const int32_t result : results)
-                platform.registry.script(call, gives(result));
+                platform.script(call, gives(result));
         }
         int32_t status = 99;
         EXPECT_EQ(usb::openInterface({"already", "opened"}, &status), c.open);
@@ -143,7 +143,7 @@ TEST_F(UsbInterface, WriterTriesSixTimes) {
         int32_t status = 0;
         ASSERT_TRUE(usb::openInterface({}, &status));
         strcpy(answer().ORB_writeBuffer, "IN;");
-        platform.registry.script("WritePipe", gives(c.code), c.failures);
+        platform.script("WritePipe", gives(c.code), c.failures);
         EXPECT_EQ(ORB_USBwritePlotter(), c.status);
         EXPECT_EQ(answer().ORB_errorID, c.errorID);
         EXPECT_EQ(gORB_FoundationStruct.lastWrite.taken, c.taken);

@@ -69,7 +69,7 @@ TEST_F(Scan, Outcomes) {
         scripted::Platform fresh;
         fresh.registry.devices = c.devices;
         for (const auto &[call, result] : c.results)
-            fresh.registry.script(call, gives(result));
+            fresh.script(call, gives(result));
         answer().ORB_USBplotterTable[0] = {};
         answer().ORB_USBplotterTable[0].idVendor = 0x7777;
         answer().ORB_USBplotterTable[0].reserved3[5] = 3;

@@ -1,20 +1,17 @@
-// A registry of devices as data: USB plotters and serial ports. Every call that a device could see is logged, any call can
-// be made to fail, and whatever is not released fails the test.
+// A registry of devices as data: USB plotters and serial ports.
 #pragma once
 
 #include "platform/iokit/registry.h"
-#include "support/script.h"
+#include "stand_in/fate.h"
+#include "stand_in/wire.h"
 
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <map>
-#include <set>
 #include <string>
-#include <string_view>
 #include <vector>
 
-namespace scripted {
+namespace stand_in {
 
 struct UsbDevice {
     uint16_t vendor = 0, product = 0;
@@ -28,23 +25,20 @@ struct Endpoint {
     uint8_t direction = 0, number = 0, transferType = 2;
 };
 
-/// The calls that take an Outcome, by IOKit's names: IOMasterPort, IOServiceMatching (a failure gives no dictionary),
-/// IOServiceGetMatchingServices, IOCreatePlugIn, IODestroyPlugIn, QueryInterface, and the methods of devices and interfaces.
-class Registry : public platform::IORegistry, public Script {
+/// Calls have IOKit's names: IOMasterPort, IOServiceMatching (a failure gives no dictionary), IOServiceGetMatchingServices,
+/// IOCreatePlugIn, IODestroyPlugIn, QueryInterface, and the methods of devices and interfaces. A read without replies gives
+/// kIOReturnNotResponding.
+class Registry final : public platform::IORegistry, public Wire {
 public:
-    explicit Registry(Log &sharedLog) : log(sharedLog) {}
-    ~Registry() override;
+    explicit Registry(Fate &platformsFate) : fate(platformsFate) {}
 
     std::vector<UsbDevice> devices;
     std::vector<std::map<std::string, std::string>> serialPorts; ///< properties of each
     std::vector<Endpoint> endpoints = {{0, 1, 2}, {1, 2, 2}};    ///< of every interface; pipe references 1, 2 …
-    std::string written;                                         ///< all bytes that any interface took
-    std::deque<std::string> replies;                             ///< what reads give; empty: kIOReturnNotResponding
-    std::function<void(std::string_view)> onWrite;               ///< called in each write, with its text
-    Log &log;
 
     /// Objects, plug-ins and interfaces that nobody has released yet.
     int outstanding = 0;
+    Fate &fate;
 
     IOReturn masterPort(mach_port_t *port) override;
     IOReturn deallocatePort(mach_port_t port) override;
@@ -56,9 +50,6 @@ public:
     IOReturn createPlugIn(io_object_t service, const UUIDBytes &type, IOCFPlugInInterface **plugIn) override;
     IOReturn destroyPlugIn(IOCFPlugInInterface *plugIn) override;
 
-    /// The scripted outcome of a call, or success.
-    IOReturn outcomeOf(const std::string &call);
-
 private:
     struct Service {
         const UsbDevice *device = nullptr;
@@ -69,4 +60,4 @@ private:
     io_object_t nextObject_ = 1;
 };
 
-} // namespace scripted
+} // namespace stand_in

@@ -1,0 +1,113 @@
+// What befalls the calls on the stand-ins of the platform: each of them is a step, and asks here how it is to end.
+#pragma once
+
+#include <cerrno>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace stand_in {
+
+enum class Effect : uint8_t {
+    none,
+    fails, ///< does nothing, and reports the code: an errno, an IOKit or File Manager code, 0 where NULL is the failure
+    after, ///< does its work, or a part of it, and reports the code all the same
+    gives  ///< succeeds with the code as its value: a size, a count, a descriptor
+};
+
+struct Ending {
+    Effect effect = Effect::none;
+    long code = 0;
+};
+
+/// Where a call goes, and by that how it reports a failure: with an errno, an IOReturn, an OSErr, or not at all.
+enum class Seam : uint8_t { terminal, registry, files, other };
+
+/// One line for each call that a device or a user could see, in the order of the calls.
+using Log = std::vector<std::string>;
+
+/// All is well without an heir of it.
+class Fate {
+public:
+    Fate() = default;
+    virtual ~Fate() = default;
+    Fate(const Fate &) = delete;
+    Fate &operator=(const Fate &) = delete;
+
+    /// A call begins. What gives something back has given it back, however it ends.
+    virtual Ending before(Seam, const char *) { return {}; }
+    /// It ends.
+    virtual void after() noexcept {}
+    /// Bytes were offered to a link, and it took some. ok: the call said that it took them all.
+    virtual void wrote(size_t /*offered*/, size_t /*taken*/, bool /*ok*/) {}
+    /// A link gave bytes to the reader.
+    virtual void said(std::string_view) {}
+    /// A call that nobody should make.
+    virtual void misuse(const std::string &what) = 0;
+    /// A call on a descriptor that is not open.
+    virtual void stray(const char *call, int fd) {
+        misuse(std::string(call) + " on descriptor " + std::to_string(fd) + ", which is not open");
+    }
+
+    Log log;
+    bool keepsLog = true;
+};
+
+/// Bytes as they stand in a log.
+std::string quoted(std::string_view bytes);
+
+/// Quoted when somebody wants to read it.
+struct Quoted {
+    std::string_view bytes;
+};
+
+/// One call while it is under way.
+class Step {
+public:
+    Step(Fate &fate, Seam seam, const char *call) : fate_(fate), call_(call), ending_(fate.before(seam, call)) {}
+    ~Step() { fate_.after(); }
+    Step(const Step &) = delete;
+    Step &operator=(const Step &) = delete;
+
+    const char *call() const noexcept { return call_; }
+    /// The call does not do its work.
+    bool fails() const noexcept { return ending_.effect == Effect::fails; }
+    bool failsAfter() const noexcept { return ending_.effect == Effect::after; }
+    bool gives() const noexcept { return ending_.effect == Effect::gives; }
+    template <typename Code> Code code() const noexcept { return static_cast<Code>(ending_.code); }
+
+    /// Of calls that report a code: what this one reports, but for a value that it gives.
+    template <typename Code> Code result() const noexcept { return fails() || failsAfter() ? code<Code>() : Code{0}; }
+    /// The same of POSIX calls, the errno set.
+    int posixResult() const noexcept {
+        if (gives()) return code<int>();
+        if (!fails() && !failsAfter()) return 0;
+        errno = code<int>();
+        return -1;
+    }
+    /// Of calls that store a value and report a code.
+    template <typename Code, typename Value> Code store(Value *out, Value value) const noexcept {
+        if (!fails()) *out = gives() ? code<Value>() : value;
+        return result<Code>();
+    }
+
+    /// Writes the call down, its arguments behind its name.
+    template <typename... Arguments> void log(const Arguments &...arguments) const {
+        if (!fate_.keepsLog) return;
+        std::string line = call_;
+        ((line += ' ', line += text(arguments)), ...);
+        fate_.log.push_back(std::move(line));
+    }
+
+private:
+    static std::string text(long number) { return std::to_string(number); }
+    static std::string_view text(std::string_view text) { return text; }
+    static std::string text(Quoted text) { return quoted(text.bytes); }
+
+    Fate &fate_;
+    const char *const call_;
+    const Ending ending_;
+};
+
+} // namespace stand_in

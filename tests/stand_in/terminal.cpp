@@ -1,0 +1,144 @@
+#include "stand_in/terminal.h"
+
+#include <fcntl.h>
+
+namespace stand_in {
+
+namespace {
+
+std::string openFlags(int flags) {
+    std::string text = (flags & O_ACCMODE) == O_RDWR ? "rw" : "other";
+    if (flags & O_NONBLOCK) text += "|nonblock";
+    if (flags & O_APPEND) text += "|append";
+    return text;
+}
+
+const char *requestName(unsigned long request) {
+    switch (request) {
+    case TIOCMGET: return "TIOCMGET";
+    case TIOCMSET: return "TIOCMSET";
+    case TIOCMBIS: return "TIOCMBIS";
+    case TIOCMBIC: return "TIOCMBIC";
+    case TIOCEXCL: return "TIOCEXCL";
+    case TIOCNXCL: return "TIOCNXCL";
+    default: return "unknown-request";
+    }
+}
+
+} // namespace
+
+int Terminal::outcome(const Step &step, int fd) {
+    if (openPaths.contains(fd)) return step.posixResult();
+    fate_.stray(step.call(), fd);
+    errno = EBADF;
+    return -1;
+}
+
+int Terminal::open(const char *path, int flags) {
+    const Step step(fate_, Seam::terminal, "open");
+    step.log(path, openFlags(flags));
+    if (step.fails()) return step.posixResult();
+    const int fd = step.gives() ? step.code<int>() : nextDescriptor++;
+    openPaths[fd] = path;
+    return fd;
+}
+
+int Terminal::close(int fd) {
+    const Step step(fate_, Seam::terminal, "close");
+    step.log(fd);
+    const int result = outcome(step, fd);
+    openPaths.erase(fd);
+    return result;
+}
+
+ssize_t Terminal::read(int fd, void *buffer, size_t size) {
+    const Step step(fate_, Seam::terminal, "read");
+    ssize_t result = outcome(step, fd);
+    const size_t room = step.gives() ? std::min(step.code<size_t>(), size) : size;
+    if (result >= 0 && room == 0) {
+        result = 0; // the end, or what looks like it
+    } else if (result >= 0 && replies.empty()) {
+        errno = EAGAIN;
+        result = -1;
+    } else if (result >= 0) {
+        result = static_cast<ssize_t>(say(buffer, room));
+    }
+    if (result >= 0) fate_.said({static_cast<const char *>(buffer), static_cast<size_t>(result)});
+    step.log(fd, "=", result);
+    return result;
+}
+
+ssize_t Terminal::write(int fd, const void *bytes, size_t size) {
+    const Step step(fate_, Seam::terminal, "write");
+    const std::string_view text(static_cast<const char *>(bytes), size);
+    if (logWrites) step.log(fd, Quoted{text});
+    if (onWrite) onWrite(text);
+    const bool fails = outcome(step, fd) < 0;
+    const size_t taken = fails ? 0 : step.gives() ? std::min(step.code<size_t>(), size) : size;
+    written += text.substr(0, taken);
+    fate_.wrote(size, taken, !fails);
+    return fails ? -1 : static_cast<ssize_t>(taken);
+}
+
+int Terminal::setStatusFlags(int fd, int flags) {
+    const Step step(fate_, Seam::terminal, "fcntl");
+    step.log(fd, "F_SETFL", flags == O_NONBLOCK ? "nonblock" : std::to_string(flags));
+    return outcome(step, fd);
+}
+
+int Terminal::ioctl(int fd, unsigned long request, int *argument) {
+    const Step step(fate_, Seam::terminal, requestName(request));
+    const bool takesWord = request == TIOCMSET || request == TIOCMBIS || request == TIOCMBIC;
+    if (takesWord && argument != nullptr) {
+        char word[16];
+        snprintf(word, sizeof word, "0x%x", static_cast<unsigned>(*argument));
+        step.log(fd, word);
+    } else if (logWrites || takesWord) {
+        step.log(fd);
+    }
+    const int result = outcome(step, fd);
+    if (result == 0 && request == TIOCMGET) *argument = modemWord;
+    if (result == 0 && request == TIOCMSET) modemWord = *argument;
+    return result;
+}
+
+int Terminal::tcgetattr(int fd, termios *out) {
+    const Step step(fate_, Seam::terminal, "tcgetattr");
+    step.log(fd);
+    const int result = outcome(step, fd);
+    if (result == 0) *out = attributes[fd];
+    return result;
+}
+
+int Terminal::tcsetattr(int fd, int when, const termios *in) {
+    const Step step(fate_, Seam::terminal, "tcsetattr");
+    step.log(fd, when == TCSADRAIN ? "TCSADRAIN" : when == TCSANOW ? "TCSANOW" : "?");
+    const int result = outcome(step, fd);
+    if (result == 0) attributes[fd] = *in;
+    return result;
+}
+
+int Terminal::tcdrain(int fd) {
+    const Step step(fate_, Seam::terminal, "tcdrain");
+    if (logWrites) step.log(fd);
+    return outcome(step, fd);
+}
+
+int Terminal::tcflush(int fd, int queue) {
+    const Step step(fate_, Seam::terminal, "tcflush");
+    step.log(fd, queue == TCOFLUSH ? "TCOFLUSH" : "?");
+    return outcome(step, fd);
+}
+
+int Terminal::identify(int fd, platform::DeviceIdentity *identity) {
+    const Step step(fate_, Seam::terminal, "identify");
+    const auto found = openPaths.find(fd);
+    if (found == openPaths.end()) {
+        errno = EBADF;
+        return -1;
+    }
+    *identity = {std::hash<std::string>{}(found->second), 1};
+    return 0;
+}
+
+} // namespace stand_in
