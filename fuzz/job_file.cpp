@@ -42,7 +42,7 @@ bool isFitForTheCommand(const std::string &path) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     fuzz::Platform platform;
-    platform.files.job = {reinterpret_cast<const char *>(data), size};
+    const std::string &job = platform.files.files[fuzz::kJobPath] = {reinterpret_cast<const char *>(data), size};
     const uint32_t before = platform::liveObjectCount();
 
     answer() = platform.record();
@@ -61,6 +61,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     fuzz::require(platform::liveObjectCount() == before, "nothing is left of the list");
 
     static MemoryFile file;
-    fuzz::require(fit || !isFitForTheCommand(file.holding(platform.files.job)), "what the check calls fit is fit");
+    fuzz::require(fit || !isFitForTheCommand(file.holding(job)), "what the check calls fit is fit");
     return 0;
 }

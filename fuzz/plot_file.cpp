@@ -21,8 +21,6 @@ std::string startOf(int32_t emulation, bool usb) {
     return emulation == 17002 && usb ? "IN;" : "";
 }
 
-size_t half(size_t offered) { return offered / 2; }
-
 /// Stops the job after so many pieces.
 int32_t countDown(const ORB_JobReport *, void *pieces) { return --*static_cast<int *>(pieces) == 0; }
 
@@ -47,13 +45,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const bool usb = link % 2 != 0, isWhole = link < 0x80;
     int piecesToStop = input.byte();
     if (!isWhole) {
-        platform.wire.room = link % 4 < 2 ? half : nullptr;
-        platform.wire.weather = input.upTo('\n');
+        if (link % 4 < 2) platform.mostTaken = link & 0x7C;
+        platform.weather = input.upTo('\n');
     }
-    platform.files.plot = input.rest();
-    const std::string job = jobOf(emulation);
-    platform.files.job = job;
-    const std::string_view plot = platform.files.plot;
+    platform.files.files[fuzz::kJobPath] = jobOf(emulation);
+    const std::string &plot = platform.files.files[fuzz::kPlotPath] = input.rest();
 
     ORB_ServiceRecord record = platform.record();
     record.ORB_OutputMethode = usb ? kORB_OSX_METHOD_USB : kORB_OSX_METHOD_SERIAL;
@@ -69,14 +65,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     ORB_hostGetJobReport(&report);
     if (!isWhole) return 0;
 
-    const std::string_view arrived = platform.wire.arrived;
+    const std::string arrived = platform.terminal.written + platform.registry.written;
     const std::string start = startOf(emulation, usb);
     const auto sent = static_cast<size_t>(report.sentBytes);
     fuzz::require(report.fileBytes == static_cast<int64_t>(plot.size()), "the plot file is reported whole");
     fuzz::require(report.failedBytes == 0 && report.piecesFailed == 0, "nothing failed");
     fuzz::require(arrived.starts_with(start), "the start-up text comes first");
     fuzz::require(arrived.size() == start.size() + sent, "what is reported as sent arrived, and nothing else");
-    const std::string_view drawn = arrived.substr(start.size());
+    const std::string_view drawn = std::string_view(arrived).substr(start.size());
     if (plot.find('\0') != std::string_view::npos) {
         fuzz::require(isPartOf(drawn, plot), "what arrived is of the file");
         return 0;

@@ -56,14 +56,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const uint32_t before = platform::liveObjectCount();
     std::vector<CFStringRef> made;
     {
-        fuzz::Platform platform;
         const uint8_t devices = input.byte();
-        platform.registry.plotters = devices % 8;
-        platform.registry.ports = devices / 8 % 8;
-        platform.files.job = input.upTo('\0');
-        platform.files.plot = input.upTo('\0');
-        platform.wire.weather = input.upTo('\0');
-        platform.wire.replies = input.upTo('\0');
+        fuzz::Platform platform(fuzz::kVendor, devices % 8, devices / 8 % 8);
+        platform.files.files[fuzz::kJobPath] = input.upTo('\0');
+        platform.files.files[fuzz::kPlotPath] = input.upTo('\0');
+        platform.weather = input.upTo('\0');
+        platform.says(input.upTo('\0'));
 
         ORB_ServiceRecord record = platform.record();
         std::vector<ORB_ServiceRecord> returned;

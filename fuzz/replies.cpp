@@ -14,20 +14,20 @@ constexpr uint16_t kVendors[] = {0x0B75, 0x099F, 0x0B4D, 0x0C30, 0x0F0B, 17022, 
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     fuzz::Input input(data, size);
-    fuzz::Platform platform;
     const int32_t emulation = input.pick(kEmulations);
     const uint8_t link = input.byte();
-    platform.registry.vendor = input.pick(kVendors);
-    platform.registry.endpoints = static_cast<uint8_t>(1 + link / 2 % 4);
+    fuzz::Platform platform(input.pick(kVendors));
+    constexpr stand_in::Endpoint kEndpoints[] = {{0, 1}, {1, 2}, {0, 3}, {1, 4}};
+    platform.registry.endpoints.assign(kEndpoints, kEndpoints + 1 + link / 2 % 4);
     ORB_ServiceRecord record = platform.record();
     record.ORB_serviceNumber = link % 2 != 0 ? kORB_ServiceUSBHardClip : kORB_ServiceSerialHardClip;
     record.ORB_OutputMethode = link % 2 != 0 ? kORB_OSX_METHOD_USB : kORB_OSX_METHOD_SERIAL;
-    record.ORB_USBlocationID = fuzz::Registry::locationOf(1);
+    record.ORB_USBlocationID = fuzz::kLocation;
     record.ORB_EmulationID = emulation;
     record.ORB_queryEmulationID = emulation;
     record.ORB_emulationVariant = input.byte();
-    if (link >= 0x80) platform.wire.weather = input.upTo('\n');
-    platform.wire.replies = input.rest();
+    if (link >= 0x80) platform.weather = input.upTo('\n');
+    platform.says(input.rest());
 
     const ORB_ServiceRecord returned = fuzz::call(platform, record);
     for (double value : {returned.ORB_HARDC_1, returned.ORB_HARDC_2, returned.ORB_HARDC_3, returned.ORB_HARDC_4})

@@ -1,55 +1,45 @@
-// A platform in memory: a serial port and a USB plotter that take all they are sent and answer what they are given to say,
-// two files, and time that does not pass. Calls fail as the weather has it.
+// A platform in memory: serial ports and USB plotters that take all they are sent and answer what they are given to say, two
+// files, and time that does not pass. Calls fail as the weather has it.
 #pragma once
 
 #include "orb/vectorix.h"
-#include "platform/posix/clock.h"
-#include "platform/posix/console.h"
-#include "support/files.h"
-#include "support/registry.h"
-#include "support/terminal.h"
-#include "support/wire.h"
+#include "stand_in/platform.h"
 
+#include <optional>
 #include <string_view>
 
 namespace fuzz {
 
 inline constexpr const char *kPort = "/dev/plotter";
+inline constexpr const char *kJobPath = "/job.plist";
+inline constexpr const char *kPlotPath = "/plot.plt";
 
-/// Time that adds up and never waits.
-class Clock final : public platform::Clock {
-public:
-    void sleep(unsigned seconds) override { slept += seconds; }
-    uint64_t slept = 0;
-};
+inline constexpr uint16_t kVendor = 0x0B75;
 
-class Console final : public platform::Console {
-public:
-    void print(std::string_view text, bool) override { printed += text.size(); }
-    void flush() override {}
-    size_t printed = 0;
-};
+/// Where the first plotter is; the others follow.
+inline constexpr uint32_t kLocation = 6;
 
 /// In place for as long as it lives. What was opened and not closed, or handed out and not released, is a finding.
-class Platform {
+class Platform final : public stand_in::Platform {
 public:
-    Platform();
-    ~Platform();
-    Platform(const Platform &) = delete;
-    Platform &operator=(const Platform &) = delete;
+    explicit Platform(uint16_t vendor = kVendor, size_t plotters = 1, size_t ports = 1);
+    ~Platform() override;
 
-    Wire wire;
-    Terminal terminal{wire};
-    Registry registry{wire};
-    Files files;
-    Clock clock;
-    Console console;
+    std::string_view weather;      ///< one byte for each call that can fail; past its end all is well
+    std::optional<long> mostTaken; ///< of a write to a port
+
+    /// What reads give, each up to a byte of 0xFF.
+    void says(std::string_view replies);
 
     /// A record that leads to the port, to the USB plotter, and to the two files.
     ORB_ServiceRecord record() const;
 
+    stand_in::Ending before(stand_in::Seam seam, const char *call) override;
+    void misuse(const std::string &what) override;
+    void stray(const char *, int) override {} // a record may hold any number
+
 private:
-    platform::Backends before_;
+    const uint16_t vendor_;
 };
 
 /// Calls the entry, and looks at what must hold of any call: reserved bytes as they were, an identifier of the table, time

@@ -27,7 +27,7 @@ enum class Seam : uint8_t { terminal, registry, files, other };
 /// One line for each call that a device or a user could see, in the order of the calls.
 using Log = std::vector<std::string>;
 
-/// All is well without an heir of it.
+/// What a platform of stand-ins derives from; by itself it lets every call do its work.
 class Fate {
 public:
     Fate() = default;
