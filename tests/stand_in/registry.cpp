@@ -37,7 +37,7 @@ IOReturn Registry::matchingServices(mach_port_t, const MatchingDictionary &dicti
     const Step step(fate, Seam::registry, "IOServiceGetMatchingServices");
     if (step.fails()) return step.code<IOReturn>();
     const std::string &className = dictionary.at("class");
-    std::deque<Service> found;
+    std::vector<Service> found;
     if (className == "IOSerialBSDClient") {
         if (dictionary.at("IOSerialBSDClientType") != "IORS232SerialStream") fate.misuse("a search for other clients");
         for (const auto &port : serialPorts)
@@ -57,7 +57,7 @@ io_object_t Registry::next(io_object_t iterator) {
     auto &left = iterators_.at(iterator);
     if (step.fails() || left.empty()) return 0;
     services_[nextObject_] = left.front();
-    left.pop_front();
+    left.erase(left.begin());
     ++outstanding;
     return nextObject_++;
 }

@@ -6,7 +6,6 @@
 #include "stand_in/wire.h"
 
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <string>
 #include <vector>
@@ -55,7 +54,7 @@ private:
         const UsbDevice *device = nullptr;
         const std::map<std::string, std::string> *port = nullptr;
     };
-    std::map<io_object_t, std::deque<Service>> iterators_;
+    std::map<io_object_t, std::vector<Service>> iterators_;
     std::map<io_object_t, Service> services_;
     io_object_t nextObject_ = 1;
 };

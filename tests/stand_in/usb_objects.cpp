@@ -59,7 +59,7 @@ private:
     }
 
     Registry &registry_;
-    const UsbDevice device_;
+    const UsbDevice &device_;
     IOUSBConfigurationDescriptor descriptor_ = {};
     bool open_ = false;
 };
