@@ -236,7 +236,27 @@ HostTest::~HostTest() {
     fs::remove_all(folder_);
 }
 
+void HostTest::expectRefusals(std::initializer_list<Refusal> rows) {
+    auto expect = [&](const std::vector<std::string> &words, const Refusal &row) {
+        SCOPED_TRACE(testing::PrintToString(words));
+        Result result = run(words);
+        EXPECT_EQ(result.code, row.code) << result.err;
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err.rfind("vectorix: ", 0), 0U) << result.err;
+        EXPECT_NE(result.err.find(row.says), std::string::npos) << result.err;
+    };
+    for (const Refusal &row : rows) {
+        expect(row.words, row);
+        if (row.words.empty() || row.words[0] != "print") continue;
+        std::vector<std::string> dryRun = row.words;
+        dryRun.push_back("--dry-run");
+        expect(dryRun, row);
+    }
+    EXPECT_TRUE(isTidy());
+}
+
 std::string HostTest::file(const std::string &name, const std::string &contents) const {
+    fs::create_directories(fs::path(path(name)).parent_path());
     std::ofstream(path(name), std::ios::binary) << contents;
     return path(name);
 }

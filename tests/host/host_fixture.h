@@ -79,6 +79,13 @@ private:
     std::string port_;
 };
 
+/// What the command refuses: the exit code, and a part of the message.
+struct Refusal {
+    std::vector<std::string> words;
+    int code;
+    std::string says;
+};
+
 /// A process of its own that has a port open, or only lives.
 class Bystander {
 public:
@@ -98,7 +105,9 @@ protected:
     ~HostTest() override;
 
     Result run(const std::vector<std::string> &words) { return Running(words, false).wait(); }
-    /// A path in the test's own folder, with the contents given.
+    /// Expects a failure's form of each, and that nothing is left behind. A print must be refused as a dry run, too.
+    void expectRefusals(std::initializer_list<Refusal> rows);
+    /// A path in the test's own folder, with the contents given; folders are made as needed.
     std::string file(const std::string &name, const std::string &contents) const;
     std::string path(const std::string &name) const { return folder_ + "/" + name; }
     static std::string contents(const std::string &path);

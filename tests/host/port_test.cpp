@@ -10,13 +10,9 @@ namespace {
 
 class PortTest : public HostTest {
 protected:
-    Result sendTo(const std::string &port) { return run({"send", "IN;", "--port", port}); }
-
-    void expectBusy(const Result &result, pid_t holder) {
-        EXPECT_EQ(result.code, 5) << result.err;
-        EXPECT_EQ(result.out, "");
+    void expectBusy(const std::string &port, pid_t holder) {
         std::string name = "host_test (process " + std::to_string(holder) + ")";
-        EXPECT_NE(result.err.find(plotter_.port() + ": busy: held by " + name), std::string::npos) << result.err;
+        expectRefusals({{{"send", "IN;", "--port", port}, 5, port + ": busy: held by " + name}});
     }
 
     FarEnd plotter_;
@@ -40,21 +36,14 @@ TEST_F(PortTest, SendsTheStartUpBytesOfAnEmulation) {
     EXPECT_EQ(sending.wait().code, 0);
 }
 
-TEST_F(PortTest, NamesTheHolderOfALock) {
-    Bystander holder(plotter_.port(), true);
-    expectBusy(sendTo(plotter_.port()), holder.pid());
-}
-
-TEST_F(PortTest, NamesWhoHasThePortOpenWithoutALock) {
-    Bystander holder(plotter_.port(), false);
-    expectBusy(sendTo(plotter_.port()), holder.pid());
-}
-
-TEST_F(PortTest, SeesTheHolderThroughALink) {
-    Bystander holder(plotter_.port(), false);
+TEST_F(PortTest, NamesWhoHasThePortOpenAlsoThroughALink) {
     std::filesystem::create_symlink(plotter_.port(), path("plotter"));
-    Result result = sendTo(path("plotter"));
-    EXPECT_EQ(result.code, 5) << result.err;
+    for (bool locks : {true, false}) {
+        SCOPED_TRACE(locks);
+        Bystander holder(plotter_.port(), locks);
+        expectBusy(plotter_.port(), holder.pid());
+        expectBusy(path("plotter"), holder.pid());
+    }
 }
 
 TEST_F(PortTest, RespectsTheLockFileOfALivingProcess) {
@@ -68,7 +57,7 @@ TEST_F(PortTest, RespectsTheLockFileOfALivingProcess) {
     {
         Bystander holder("", false);
         if (!lockedBy(holder.pid())) GTEST_SKIP() << lock << " cannot be written";
-        expectBusy(sendTo(plotter_.port()), holder.pid());
+        expectBusy(plotter_.port(), holder.pid());
         gone = holder.pid();
     }
     ASSERT_TRUE(lockedBy(gone));
