@@ -2,7 +2,7 @@
 #include "host/host_fixture.h"
 
 #include "host/examination.h"
-#include "host/failure.h"
+#include "host/failure_of.h"
 #include "host/text.h"
 
 namespace {
@@ -53,13 +53,8 @@ TEST_F(ExaminationTest, FindsWhatWouldNotBeSent) {
         EXPECT_EQ(found.offset, row.offset);
         EXPECT_EQ(found.flawBytes, row.flawBytes);
         EXPECT_EQ(found.withheldBytes, row.withheldBytes);
-        std::string said;
-        try {
-            host::requireFit(found, plot, rules);
-        } catch (const host::Failure &failure) {
-            EXPECT_EQ(failure.code(), host::ExitCode::Unfit);
-            said = failure.what();
-        }
+        auto [code, said] = failureOf([&] { host::requireFit(found, plot, rules); });
+        EXPECT_EQ(code, row.flaw == Flaw::None ? host::ExitCode::Done : host::ExitCode::Unfit);
         EXPECT_EQ(said.empty(), row.flaw == Flaw::None);
         EXPECT_NE(said.find(row.says), std::string::npos) << said;
         bool isAnythingSent = row.withheldBytes < static_cast<int64_t>(row.plot.size());

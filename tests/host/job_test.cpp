@@ -1,10 +1,9 @@
 // Job files: written, shown, judged.
 #include "host/host_fixture.h"
 
-#include "host/failure.h"
+#include "host/failure_of.h"
 #include "host/job_reader.h"
 
-#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -104,14 +103,10 @@ TEST_F(JobCommandTest, NamesTheLineOfWhatIsNoPropertyList) {
     };
     for (const auto &row : kRows) {
         SCOPED_TRACE(row.what);
-        try {
-            host::readJob(file("job", row.text));
-            ADD_FAILURE() << "was read";
-        } catch (const host::Failure &failure) {
-            EXPECT_EQ(failure.code(), host::ExitCode::Unfit);
-            EXPECT_NE(std::string(failure.what()).find(row.says), std::string::npos) << failure.what();
-            EXPECT_LT(strlen(failure.what()), 300U);
-        }
+        auto [code, said] = failureOf([&] { host::readJob(file("job", row.text)); });
+        EXPECT_EQ(code, host::ExitCode::Unfit);
+        EXPECT_NE(said.find(row.says), std::string::npos) << said;
+        EXPECT_LT(said.size(), 300U);
     }
 }
 

@@ -1,6 +1,7 @@
 // USB plotters as the command sees them: in a made-up sysfs, on the command line, and in a report.
 #include "host/host_fixture.h"
 
+#include "host/failure_of.h"
 #include "host/text.h"
 #include "host/usb_access.h"
 #include "host/usb_target.h"
@@ -133,29 +134,14 @@ TEST_F(UsbTest, WhatSysfsTells) {
 }
 
 TEST(UsbLocation, IsThePluginsOwn) {
-    const struct {
-        const char *name;
-        std::optional<uint32_t> location;
-    } kRows[] = {
-        {"usb2", 0x02000000},
-        {"2-1", 0x02080000},
-        {"1-10", 0x01500000},
-        {"1-2.3", 0x01118000},
-        {"1-2.3.4", 0x0111A000},
-        {"1-3.1.2.3.4", 0x011891A0},
-        {"1-31.15", 0x01FF8000},
-        {"1-2.10", 0x01150000},
-        {"1-2:1.0", {}},
-        {"1-0:1.0", {}},
-        {"usb", {}},
-        {"1", {}},
-        {"1-", {}},
-        {"1.2", {}},
-        {"lp0", {}},
-        {"", {}},
+    constexpr std::pair<const char *, uint32_t> kDevices[] = {
+        {"usb2", 0x02000000},    {"2-1", 0x02080000},         {"1-10", 0x01500000},    {"1-2.3", 0x01118000},
+        {"1-2.3.4", 0x0111A000}, {"1-3.1.2.3.4", 0x011891A0}, {"1-31.15", 0x01FF8000}, {"1-2.10", 0x01150000},
     };
-    for (const auto &row : kRows)
-        EXPECT_EQ(host::usbLocation(row.name), row.location) << row.name;
+    for (auto [name, location] : kDevices)
+        EXPECT_EQ(host::usbLocation(name), location) << name;
+    for (const char *name : {"1-2:1.0", "1-0:1.0", "usb", "1", "1-", "1.2", "lp0", ""})
+        EXPECT_FALSE(host::usbLocation(name)) << name;
 }
 
 TEST(UsbChoice, IsReadAsTyped) {
@@ -192,7 +178,7 @@ TEST_F(UsbTest, TheOneThatIsMeant) {
         const char *says;
     } kRows[] = {
         {"0b75:1@01100000", 0x01100000, ExitCode::Done, ""},
-        {"1234:2", 0x01180000, ExitCode::Done, "what was named need not look like a plotter"},
+        {"1234:2", 0x01180000, ExitCode::Done, ""}, // what was named need not look like a plotter
         {"0b75:1", 0, ExitCode::Usage, "\n  --usb 0b75:0001@01080000  left\n  --usb 0b75:0001@01100000  right"},
         {"", 0, ExitCode::Usage, "2 plotters"},
         {"0b75:2", 0, ExitCode::Missing, "no USB device 0b75:0002;"},
@@ -200,13 +186,12 @@ TEST_F(UsbTest, TheOneThatIsMeant) {
     };
     for (const auto &row : kRows) {
         SCOPED_TRACE(row.choice);
-        try {
-            EXPECT_EQ(host::chooseUsbDevice(devices(), host::parseUsbChoice(row.choice)).location, row.location);
-        } catch (const host::Failure &failure) {
-            EXPECT_EQ(row.location, 0U);
-            EXPECT_EQ(failure.code(), row.code);
-            EXPECT_NE(std::string(failure.what()).find(row.says), std::string::npos) << failure.what();
-        }
+        uint32_t location = 0;
+        auto [code, said] =
+            failureOf([&] { location = host::chooseUsbDevice(devices(), host::parseUsbChoice(row.choice)).location; });
+        EXPECT_EQ(location, row.location);
+        EXPECT_EQ(code, row.code);
+        EXPECT_NE(said.find(row.says), std::string::npos) << said;
     }
     auto withoutLeft = devices();
     withoutLeft.erase(withoutLeft.begin());
@@ -227,14 +212,10 @@ TEST_F(UsbTest, WhoStandsInTheWay) {
     for (const auto &row : kRows) {
         SCOPED_TRACE(row.driver);
         UsbDevice device = withNode(row.driver);
-        try {
-            host::requireFree(device);
-            EXPECT_EQ(row.code, ExitCode::Done);
-            EXPECT_NE(host::notesOf(device).find(row.says), std::string::npos);
-        } catch (const host::Failure &failure) {
-            EXPECT_EQ(failure.code(), row.code);
-            EXPECT_NE(std::string(failure.what()).find(row.says), std::string::npos) << failure.what();
-        }
+        auto [code, said] = failureOf([&] { host::requireFree(device); });
+        EXPECT_EQ(code, row.code);
+        if (code == ExitCode::Done) said = host::notesOf(device);
+        EXPECT_NE(said.find(row.says), std::string::npos) << said;
     }
     UsbDevice gone = withNode("");
     gone.node += "x";
@@ -253,13 +234,9 @@ TEST_F(UsbTest, NamesTheProgramThatHasIt) {
     Bystander holder(node, false);
     std::string name = " (process " + std::to_string(holder.pid()) + ")";
     EXPECT_NE(host::describeHolders(device).find(name), std::string::npos) << host::describeHolders(device);
-    try {
-        host::requireFree(device);
-        ADD_FAILURE() << "it is held";
-    } catch (const host::Failure &failure) {
-        EXPECT_EQ(failure.code(), ExitCode::Busy);
-        EXPECT_NE(std::string(failure.what()).find(name), std::string::npos) << failure.what();
-    }
+    auto [code, said] = failureOf([&] { host::requireFree(device); });
+    EXPECT_EQ(code, ExitCode::Busy);
+    EXPECT_NE(said.find(name), std::string::npos) << said;
     device.driver = "";
     EXPECT_NO_THROW(host::requireFree(device)) << "open, but not claimed";
     EXPECT_NE(host::notesOf(device).find(name), std::string::npos);
@@ -354,11 +331,7 @@ TEST_F(UsbTest, FailuresOfTheReportBecomeExitCodes) {
 
 TEST_F(UsbTest, RefusesWhatWasTyped) {
     std::string plot = file("plot.plt", plotOf(1));
-    const struct {
-        std::vector<std::string> words;
-        int code;
-        const char *says;
-    } kRows[] = {
+    expectRefusals({
         {{"plotters", "--vendor", "0b75"}, 2, "--product"},
         {{"plotters", "--product", "0402"}, 2, "--vendor"},
         {{"plotters", "--vendor", "0b75", "--product", "plotter"}, 2, "hexadecimal"},
@@ -368,12 +341,7 @@ TEST_F(UsbTest, RefusesWhatWasTyped) {
         {{"print", "--usb=fff0:fff0@01080000", plot}, 3, "no USB device fff0:fff0@01080000"},
         {{"print", plot, "--usb", "--port", "/dev/x"}, 2, "excludes"},
         {{"print", plot, "--capture", "x", "--usb"}, 2, "excludes"},
-    };
-    for (const auto &row : kRows) {
-        Result result = run(row.words);
-        EXPECT_EQ(result.code, row.code) << result.err;
-        EXPECT_NE(result.err.find(row.says), std::string::npos) << result.err;
-    }
+    });
 }
 
 } // namespace
