@@ -36,7 +36,7 @@ TEST_F(FaultTest, GoesOnAfterBeingSuspended) {
 }
 
 TEST_F(FaultTest, LeavesThePortFitForTheNextPrint) {
-    for (int signal : {SIGINT, SIGKILL}) {
+    for (int signal : {SIGINT, SIGTERM, SIGHUP, SIGKILL}) {
         SCOPED_TRACE(signal);
         FarEnd plotter;
         Running printing({"print", path_, "--port", plotter.port()}, false);
@@ -45,7 +45,9 @@ TEST_F(FaultTest, LeavesThePortFitForTheNextPrint) {
         printing.awaitSleep();
         printing.signal(signal);
         if (signal == SIGINT) printing.signal(signal); // an impatient user
-        EXPECT_EQ(printing.wait().code, signal == SIGINT ? 130 : -SIGKILL);
+        Result result = printing.wait();
+        EXPECT_EQ(result.code, signal == SIGKILL ? -SIGKILL : 130);
+        EXPECT_EQ(result.err.find("vectorix: stopped: sent ") != std::string::npos, signal != SIGKILL) << result.err;
         EXPECT_TRUE(isTidy());
         plotter.write("\x11"); // switched on again
         heard += plotter.read();

@@ -2,7 +2,6 @@
 #include "host/host_fixture.h"
 
 #include <algorithm>
-#include <csignal>
 #include <nlohmann/json.hpp>
 
 namespace {
@@ -36,22 +35,35 @@ TEST_F(PrintCommandTest, ReportsWithheldCommandsAsJSON) {
     EXPECT_EQ(report["errorID"], 22007);
 }
 
-TEST_F(PrintCommandTest, SendsToolStringsAndHonoursTheLineSettings) {
-    std::string plot = file("plot", ";:H A L0,D,1,2,@");
-    FarEnd plotter;
-    Running printing({"print", plot, "--port", plotter.port(), "--emulation", "17008", "--terminator", ",", "--tool", "P1,",
-                      "--tool", "V\\x32,", "--baud", "2400", "--stop-bits", "2", "--handshake", "hardware", "-q"},
-                     false);
-    ASSERT_TRUE(plotter.hasHeard());
-    termios line = plotter.attributes();
-    EXPECT_EQ(cfgetospeed(&line), speed_t{B2400});
-    EXPECT_TRUE(line.c_cflag & CSTOPB);
-    EXPECT_TRUE(line.c_cflag & CRTSCTS);
-    EXPECT_FALSE(line.c_iflag & IXON);
-    EXPECT_EQ(plotter.read(), ";:P1,V2,;:H A L0,D,1,2,@");
-    Result result = printing.wait();
-    EXPECT_EQ(result.code, 0);
-    EXPECT_EQ(result.out + result.err, "") << "-q says nothing";
+TEST_F(PrintCommandTest, SendsToolStringsAndHonoursTheLineSettingsTypedOrOfAProfile) {
+    setenv("XDG_CONFIG_HOME", path("config").c_str(), 1);
+    for (bool byProfile : {false, true}) {
+        SCOPED_TRACE(byProfile);
+        FarEnd plotter;
+        std::vector<std::string> words = {"print", file("plot", ";:H A L0,D,1,2,@"), "-q"};
+        std::vector<std::string> keep = {"profile", "add", "dmp"};
+        std::vector<std::string> &options = byProfile ? keep : words;
+        for (const char *word :
+             {"--port", plotter.port().c_str(), "--emulation", "17008", "--terminator", ",", "--tool", "P1,", "--tool",
+              "V\\x32,", "--baud", "2400", "--stop-bits", "2", "--handshake", "hardware"})
+            options.emplace_back(word);
+        if (byProfile) {
+            EXPECT_EQ(run(keep).code, 0);
+            words.insert(words.end(), {"-p", "dmp"});
+        }
+        Running printing(words, false);
+        ASSERT_TRUE(plotter.hasHeard());
+        termios line = plotter.attributes();
+        EXPECT_EQ(cfgetospeed(&line), speed_t{B2400});
+        EXPECT_TRUE(line.c_cflag & CSTOPB);
+        EXPECT_TRUE(line.c_cflag & CRTSCTS);
+        EXPECT_FALSE(line.c_iflag & IXON);
+        EXPECT_EQ(plotter.read(), ";:P1,V2,;:H A L0,D,1,2,@");
+        Result result = printing.wait();
+        EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(result.out + result.err, "") << "-q says nothing";
+    }
+    unsetenv("XDG_CONFIG_HOME");
 }
 
 TEST_F(PrintCommandTest, PrintsTheJobFileThatItWrote) {
@@ -91,33 +103,6 @@ TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeWritten) {
     EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1) << result.out;
     EXPECT_EQ(result.out.find("{\"exitCode\":1,\"message\":\"/dev/full: no space left"), 0U) << result.out;
     EXPECT_NE(result.out.find("\"stopReason\":\"finished\""), std::string::npos) << result.out;
-}
-
-/// The far end reads nothing, so that the job hangs in a write when the signal comes.
-TEST_F(PrintCommandTest, SignalsStopAJobThatAPlotterHolds) {
-    std::string plot = file("plot", plotOf(4000));
-    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        SCOPED_TRACE(signal);
-        FarEnd plotter;
-        Running printing({"print", plot, "--port", plotter.port()}, false);
-        ASSERT_TRUE(plotter.hasHeard());
-        printing.signal(signal);
-        Result result = printing.wait();
-        EXPECT_EQ(result.code, 130);
-        EXPECT_NE(result.err.find("vectorix: stopped: sent "), std::string::npos) << result.err;
-        EXPECT_TRUE(isTidy());
-    }
-}
-
-TEST_F(PrintCommandTest, TellsThatThePlotterWentAway) {
-    FarEnd plotter;
-    Running printing({"print", file("plot", plotOf(4000)), "--port", plotter.port()}, false);
-    plotter.read(1);
-    plotter.hangUp();
-    Result result = printing.wait();
-    EXPECT_EQ(result.code, 6);
-    EXPECT_NE(result.err.find(plotter.port() + ": the device was lost after "), std::string::npos) << result.err;
-    EXPECT_NE(result.out.find(" failed"), std::string::npos) << result.out;
 }
 
 } // namespace
