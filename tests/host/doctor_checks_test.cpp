@@ -3,7 +3,6 @@
 #include "host/host_fixture.h"
 
 #include <filesystem>
-#include <fstream>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -28,23 +27,17 @@ protected:
         system_.root = path("root");
         system_.user = host::currentUser();
         stat(line_.port().c_str(), &node_);
-        port_ = {.name = "ttyUSB0",
-                 .path = line_.port(), // stands in for the node
-                 .stableName = "/dev/serial/by-id/usb-A1",
-                 .bus = "usb",
-                 .vendor = "1a86",
-                 .product = "7523",
-                 .manufacturer = "",
-                 .productText = "",
-                 .driver = "ch341",
-                 .modemMarks = {"ID_MM_CANDIDATE"}};
+        port_.name = "ttyUSB0";
+        port_.path = line_.port(); // stands in for the node
+        port_.stableName = "/dev/serial/by-id/usb-A1";
+        port_.bus = "usb";
+        port_.vendor = "1a86";
+        port_.product = "7523";
+        port_.driver = "ch341";
+        port_.modemMarks = {"ID_MM_CANDIDATE"};
     }
 
-    void put(const std::string &name, const std::string &text) const {
-        fs::path file = path("root/" + name);
-        fs::create_directories(file.parent_path());
-        std::ofstream(file) << text;
-    }
+    void put(const std::string &name, const std::string &text) const { file("root/" + name, text); }
 
     /// Of the port, but for the note that a pseudo-terminal's always has.
     Names portFindings() {
@@ -79,16 +72,11 @@ TEST_F(DoctorChecks, ProgramsThatLookAtAdapters) {
 }
 
 TEST_F(DoctorChecks, WhoIsOnTheLine) {
-    port_ = {.name = "ttyS0",
-             .path = line_.port(),
-             .stableName = "",
-             .bus = "pnp",
-             .vendor = "",
-             .product = "",
-             .manufacturer = "",
-             .productText = "",
-             .driver = "serial",
-             .modemMarks = {}};
+    port_ = {};
+    port_.name = "ttyS0";
+    port_.path = line_.port();
+    port_.bus = "pnp";
+    port_.driver = "serial";
     system_.processes = {{88, "bash", node_.st_rdev, false}, {87, "login", node_.st_rdev, true}, {89, "cu", 0, true}};
     LinkReport report = host::checkPort(system_, port_);
     EXPECT_EQ(report.findings[0].text, "a login is on this port: login (process 87)") << "bash goes with it";

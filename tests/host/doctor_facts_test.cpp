@@ -8,7 +8,6 @@
 #include "host/host_fixture.h"
 
 #include <filesystem>
-#include <fstream>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
@@ -19,10 +18,7 @@ namespace fs = std::filesystem;
 class DoctorFacts : public HostTest {
 protected:
     /// A file below the made-up root.
-    void put(const std::string &name, const std::string &text) const {
-        fs::create_directories(fs::path(root(name)).parent_path());
-        std::ofstream(root(name), std::ios::binary) << text;
-    }
+    void put(const std::string &name, const std::string &text) const { file("root/" + name, text); }
     std::string root(const std::string &name = "") const { return path("root/" + name); }
 };
 

@@ -64,14 +64,6 @@ TEST_F(DoctorUsbTest, AnAdapterWithoutAPort) {
     EXPECT_TRUE(has(links[1], "driver-missing")) << "it may be the port that is missed";
 }
 
-TEST_F(DoctorUsbTest, AnAdapterThatAProgramHasTaken) {
-    addAdapter(0x1A86, 0x7523);
-    bed->add("P: " + bed::DeviceBed::usbPath("1-1:1.0") +
-             "\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_interface\n"
-             "L: driver=../../usbfs\n\n");
-    EXPECT_TRUE(has(examine({}, 5)[0], "claimed"));
-}
-
 TEST_F(DoctorUsbTest, AnAdapterWithItsPort) {
     addAdapter(0x0403, 0x6001);
     const std::string above = bed::DeviceBed::usbPath("1-1") + "/1-1:1.0/ttyUSB0";
