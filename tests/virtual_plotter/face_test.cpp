@@ -198,6 +198,9 @@ TEST(PlotReaderTest, ChoosesALanguageHoweverLateItsFirstBytesCome) {
         {"nothing", "", Language::hpgl},
         {"blanks only", " \r\n", Language::hpgl},
         {"one byte", ";", Language::hpgl},
+        {"HP-GL", "IN;SP1;", Language::hpgl},
+        {"a colon elsewhere", ";IN;:", Language::hpgl},
+        {"an escape sequence", "\x1B.(;", Language::hpgl},
         {"behind blanks", "\r\n  ;:H", Language::dmpl},
         {"blanks without end", std::string(5000, ' ') + ";:H", Language::hpgl},
     };

@@ -83,10 +83,7 @@ constexpr LabelCase kLabels[] = {
     {"diagonally by P1 and P2", "IP0,0,300,400;DR1,1;LBab\x03", {1144, 1192}},
     {"size by P1 and P2", "SR1,2;LBab\n\x03", {1300, 680}},
     {"by cells", "CP2,-1", {1240, 760}},
-    {"by a line",
-     "LBabc\x03"
-     "CP;",
-     {1000, 760}},
+    {"by a line", "LBabc\3CP;", {1000, 760}},
     {"lines of CP count for the line end", "CP3,-1;LBa\r\x03", {1000, 760}},
 };
 
@@ -117,9 +114,7 @@ TEST(HpglLabels, WhatIsCovered) {
         {"slanted", "SL1;LBH\x03", {{h.lower.x + h.lower.y, h.lower.y}, {h.upper.x + h.upper.y, h.upper.y}}},
         {"mirrored", "SI-0.2,0.3;LBH\x03", {{-h.upper.x, h.lower.y}, {-h.lower.x, h.upper.y}}},
         {"pen at the middle", "LO5;LBH\x03", {{h.lower.x - 40, h.lower.y - 60}, {h.upper.x - 40, h.upper.y - 60}}},
-        {"apart at the upper right",
-         "LO19;LBH\x03",
-         {{h.lower.x - 120, h.lower.y - 180}, {h.upper.x - 120, h.upper.y - 180}}},
+        {"apart at the right", "LO19;LBH\3", {{h.lower.x - 120, h.lower.y - 180}, {h.upper.x - 120, h.upper.y - 180}}},
         {"marks at points", "SMH;PA1000,1000;", {{h.lower.x - 40, h.lower.y - 60}, {h.upper.x - 40, h.upper.y - 60}}},
     };
     for (const auto &c : cases) {

@@ -1,4 +1,4 @@
-// DM/PL, and telling the languages apart.
+// DM/PL.
 #include "recording_sink.h"
 
 #include <gtest/gtest.h>
@@ -39,13 +39,6 @@ TEST(Dmpl, OdditiesAndQuestions) {
     EXPECT_EQ(Job(";:EF,EC5,ER,Q@", Language::dmpl, 1).requests, "EF,EC5,ER;");
     EXPECT_EQ(Job(";:ECN,EF,P0,A,U,U0,0,K,", Language::dmpl).oddities(), "");
     EXPECT_EQ(Job(";:ECNU300,200D", Language::dmpl).reader->status().at, (Point{300, 200}));
-}
-
-TEST(Languages, Guess) {
-    EXPECT_EQ(guessLanguage(";:H A"), Language::dmpl);
-    EXPECT_EQ(guessLanguage("\r\n  ;:H A"), Language::dmpl);
-    for (const char *text : {"", ";", ";IN;:", "\x1b.(;", "IN;SP1;"})
-        EXPECT_EQ(guessLanguage(text), Language::hpgl) << text;
 }
 
 } // namespace

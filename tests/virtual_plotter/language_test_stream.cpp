@@ -13,15 +13,9 @@ constexpr StrokeCase kEscapes[] = {
     {"within a number", "PU1\x1b.@;0:00,5PD100,6", "100,5 100,6"},
     {"within a label", "DT#;LBa\x1b.I1;2;3:#PU1,1;PD2,2;PU;DT", "1,1 2,2"},
     {"HP-GL/2 on and off", "\x1b%0BPU1,1PD2,2\x1b%1APD3,3;@!\x1b*b3W\x1b%0Z\x1b%1BPD4,4", "1,1 2,2 4,4"},
-    {"printer commands",
-     "\x1b&l1o2E\x1b(s0p10H\x1b*b5W;PD;9PU1,1PD2,2\x1b=\x1b"
-     "9",
-     "1,1 2,2"},
+    {"printer commands", "\x1b&l1o2E\x1b(s0p10H\x1b*b5W;PD;9PU1,1PD2,2\x1b=\0339", "1,1 2,2"},
     {"job control", "\x1b%-12345X@PJL SET PD=1\r\n@PJL ENTER LANGUAGE=HPGL2 \r\nPU1,1PD2,2;\x1b%-12345X", "1,1 2,2"},
-    {"reset",
-     "SC0,1,0,1;PU1,1\x1b"
-     "EPU1,1PD2,2",
-     "1,1 2,2"},
+    {"reset", "SC0,1,0,1;PU1,1\33EPU1,1PD2,2", "1,1 2,2"},
     {"an escape ends the instruction before it", "PU1,1PD2,2\x1b%0B3,3", "1,1 2,2"},
 };
 
