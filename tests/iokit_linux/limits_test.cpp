@@ -18,31 +18,25 @@ private:
 };
 
 TEST_F(LimitsTest, EachFamilyOfRequests) {
-    using Values = std::array<double, 4>;
-    const bed::PlotterSetting kOutFirst = {{0x01}, {0x82}}, kInFirst = {{0x81}, {0x02}};
+    using Settings = std::vector<bed::PlotterSetting>;
+    const bed::PlotterSetting kOutIn = {{0x01}, {0x82}}, kInOut = {{0x81}, {0x02}};
+    const Settings kOutFirst = {kOutIn}, kInFirst = {kInOut}, kSecondOutFirst = {{}, kOutIn}, kSecondInFirst = {{}, kInOut};
     const struct {
         const char *what;
         uint16_t vendor;
-        std::vector<bed::PlotterSetting> settings;
+        Settings settings;
         int32_t plotterID, emulation;
         uint32_t variant;
         std::string asked;
-        Values values;
+        double right = 10000, top = 8000;
     } kRows[] = {
-        {"HP-GL", 0x1234, {kOutFirst}, 0, 17002, 1, "IN;IN;OH;", {0, 0, 10000, 8000}},
-        {"a first pipe", 0x0B75, {{}, kOutFirst}, 20596, 17001, 1, "IN;OH;", {0, 0, 10000, 8000}},
-        {"a second pipe", 0x0B75, {{}, kInFirst}, 0, 17001, 1, "IN;OH;", {0, 0, 10000, 8000}},
-        {"blanks", 0x0C30, {kInFirst}, 0, 17005, 1, "IN-1;OH;", {0, 0, 10000, 8000}},
-        {"tenths of a millimetre", 0x099F, {kInFirst}, 0, 17030, 3, ";:EH,ECM,ER,Q@", {0, 0, 2500, 2000}},
-        {"pairs", 0x0B4D, {kOutFirst}, 0, 17009, 1, "[[UU", {0, 0, 10000, 8000}},
-        {"behind an escape sequence",
-         0x0B4D,
-         {kOutFirst},
-         0,
-         17009,
-         2,
-         "\x1b%0B\x03NP4,\x03NP7,70,\x03NP7,76,!ST1;",
-         {0, 0, 10000, 8000}},
+        {"HP-GL", 0x1234, kOutFirst, 0, 17002, 1, "IN;IN;OH;"},
+        {"a first pipe", 0x0B75, kSecondOutFirst, 20596, 17001, 1, "IN;OH;"},
+        {"a second pipe", 0x0B75, kSecondInFirst, 0, 17001, 1, "IN;OH;"},
+        {"blanks", 0x0C30, kInFirst, 0, 17005, 1, "IN-1;OH;"},
+        {"tenths of a millimetre", 0x099F, kInFirst, 0, 17030, 3, ";:EH,ECM,ER,Q@", 2500, 2000},
+        {"pairs", 0x0B4D, kOutFirst, 0, 17009, 1, "[[UU"},
+        {"behind an escape sequence", 0x0B4D, kOutFirst, 0, 17009, 2, "\x1b%0B\x03NP4,\x03NP7,70,\x03NP7,76,!ST1;"},
     };
     uint16_t port = 0;
     for (const auto &row : kRows) {
@@ -61,7 +55,8 @@ TEST_F(LimitsTest, EachFamilyOfRequests) {
         record.ORB_emulationVariant = row.variant;
         record = ORB_getVectorixCS2(record);
         ORB_hostReleaseString(record.ORB_CFSTR_message);
-        EXPECT_EQ((Values{record.ORB_HARDC_1, record.ORB_HARDC_2, record.ORB_HARDC_3, record.ORB_HARDC_4}), row.values);
+        EXPECT_EQ((std::array{record.ORB_HARDC_1, record.ORB_HARDC_2, record.ORB_HARDC_3, record.ORB_HARDC_4}),
+                  (std::array{0.0, 0.0, row.right, row.top}));
         EXPECT_EQ(plotter.usb().written(), row.asked);
         ASSERT_FALSE(plotter.usb().log().empty());
         EXPECT_EQ(plotter.usb().log().back(), "release");
