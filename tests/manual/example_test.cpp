@@ -83,15 +83,22 @@ protected:
     }
 };
 
-TEST_F(ExampleTest, AreUnderstood) {
-    std::vector<std::string> lines = declaredLines(), readme = readmeLines();
+TEST_F(ExampleTest, AreUnderstoodAndDoWhatIsSaid) {
+    /// Only parsed: they depend on what is connected, or wait for another program or a plotter; tests of their own play
+    /// that part.
+    constexpr std::string_view kNotRun[] = {
+        "vectorix ports", "vectorix plotters", "vectorix limits", "vectorix send", "vectorix doctor", "--usb", "--once"};
+    const std::vector<std::string> declared = declaredLines(), readme = readmeLines();
     EXPECT_GE(readme.size(), 8U) << "is README read?";
+    std::vector<std::string> lines = declared;
     lines.insert(lines.end(), readme.begin(), readme.end());
-    for (const std::string &line : lines) {
+    FarEnd plotter;
+    size_t runs = 0;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        const std::string &line = lines[i];
         SCOPED_TRACE(line);
         std::vector<std::string> words = wordsOf(line);
         std::vector<const char *> arguments;
-        arguments.reserve(words.size());
         for (const std::string &word : words)
             arguments.push_back(word.c_str());
         CLI::App app;
@@ -99,28 +106,12 @@ TEST_F(ExampleTest, AreUnderstood) {
         host::declareCommandLine(app, typed);
         EXPECT_NO_THROW(app.parse(static_cast<int>(arguments.size()), arguments.data()));
         EXPECT_TRUE(typed.run);
-    }
-}
 
-TEST_F(ExampleTest, DoWhatIsSaid) {
-    /// Not run: they depend on what is connected, or need an answer from a plotter; tests of their own play that part.
-    constexpr std::string_view kNotRun[] = {"vectorix ports", "vectorix plotters", "vectorix limits", "vectorix send",
-                                            "vectorix doctor"};
-    const std::vector<std::string> declared = declaredLines();
-    std::vector<std::string> lines = declared, readme = readmeLines();
-    lines.insert(lines.end(), readme.begin(), readme.end());
-    FarEnd plotter;
-    size_t runs = 0;
-    for (size_t i = 0; i < lines.size(); ++i) {
-        const std::string &line = lines[i];
-        SCOPED_TRACE(line);
-        bool isNotRun =
-            std::any_of(std::begin(kNotRun), std::end(kNotRun), [&](auto start) { return line.starts_with(start); });
-        if (isNotRun || line.find("--usb") != std::string::npos) continue;
+        auto holds = [&](std::string_view part) { return line.find(part) != std::string::npos; };
+        if (std::any_of(std::begin(kNotRun), std::end(kNotRun), holds)) continue;
         std::string here = lineHere(line, plotter.port(), i < declared.size() ? "manual" : "readme");
-        bool plays = line.starts_with("vectorix simulate") && line.find("--once") == std::string::npos;
-        if (line.find("--once") != std::string::npos) continue; // waits for a program that prints
-        Result result = plays ? interrupted(here) : Running({"-c", here}, false, "", "/bin/sh").wait();
+        Result result =
+            line.starts_with("vectorix simulate") ? interrupted(here) : Running({"-c", here}, false, "", "/bin/sh").wait();
         EXPECT_EQ(result.code, 0) << result.out << result.err;
         ++runs;
     }
