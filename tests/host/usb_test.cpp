@@ -1,11 +1,10 @@
-// USB plotters as the command sees them: in a made-up sysfs, on the command line, and in a report.
+// USB plotters as the command sees them: in a made-up sysfs, and on the command line.
 #include "host/host_fixture.h"
 
 #include "host/failure_of.h"
 #include "host/text.h"
 #include "host/usb_access.h"
 #include "host/usb_target.h"
-#include "host/verdict.h"
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -280,53 +279,6 @@ TEST_F(UsbTest, TheRulesNameTheKnownVendors) {
         ++found;
     }
     EXPECT_EQ(found, 6);
-}
-
-TEST_F(UsbTest, FailuresOfTheReportBecomeExitCodes) {
-    const struct {
-        const char *what;
-        uint32_t stopReason;
-        int32_t errorID;
-        uint32_t status;
-        int64_t sent;
-        ExitCode code;
-        const char *says;
-    } kRows[] = {
-        {"not found", kORB_StopNoLink, kORB_ErrorNoPlotter, 0, 0, ExitCode::Missing, "no such plotter any more"},
-        {"gone before it began", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002C0, 0, ExitCode::Lost, "is gone"},
-        {"device held", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002C5, 0, ExitCode::Busy, "claimed"},
-        {"device forbidden", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002E2, 0, ExitCode::Permission, "udev"},
-        {"device shut for no known reason", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0, 0, ExitCode::Failed, "opened"},
-        {"interface held", kORB_StopNoLink, kORB_ErrorInterfaceNotOpened, 0xE00002C5, 0, ExitCode::Busy, "claimed"},
-        {"no registry", kORB_StopNoLink, kORB_ErrorMasterPort, 0xE00002BC, 0, ExitCode::Failed, "(code 0xE00002BC)"},
-        {"unplugged", kORB_StopByHost, kORB_ErrorPipe, 0xE00002C0, 3, ExitCode::Lost,
-         "sent 3 of 6 bytes; the plotter is gone"},
-        {"gone by its own word", kORB_StopByHost, kORB_ErrorPlotterGone, 0, 3, ExitCode::Lost, "is gone"},
-        {"a pipe that is none", kORB_StopByHost, kORB_ErrorPipe, 0xE0004061, 0, ExitCode::Failed,
-         "the out pipe 2 of this plotter is no out endpoint"},
-        {"stalled", kORB_StopByHost, kORB_ErrorPipe, 0xE000404F, 3, ExitCode::Failed, "refuses"},
-        {"an unknown code", kORB_StopByHost, kORB_ErrorPipe, 0xE0004099, 3, ExitCode::Failed, "(code 0xE0004099)"},
-    };
-    for (const auto &row : kRows) {
-        SCOPED_TRACE(row.what);
-        host::PrintOutcome outcome{};
-        outcome.report.stopReason = row.stopReason;
-        outcome.report.firstErrorID = row.errorID;
-        outcome.report.firstStatus = static_cast<int32_t>(row.status);
-        outcome.report.fileBytes = 6;
-        outcome.report.sentBytes = row.sent;
-        outcome.usb = withNode("");
-        outcome.usbOutPipe = 2;
-        outcome.destination = outcome.usb->id();
-        host::Verdict verdict = host::judge(outcome);
-        EXPECT_EQ(verdict.code, row.code);
-        EXPECT_NE(verdict.message.find(row.says), std::string::npos) << verdict.message;
-        EXPECT_EQ(verdict.message.rfind("0b75:0402@01080000: ", 0), 0U) << verdict.message;
-        outcome.isGone = true;
-        EXPECT_EQ(host::judge(outcome).code, ExitCode::Lost) << "a plotter that is gone explains every failure";
-        outcome.stopped = true;
-        EXPECT_EQ(host::judge(outcome).code, ExitCode::Stopped) << "the user's stop explains everything";
-    }
 }
 
 TEST_F(UsbTest, RefusesWhatWasTyped) {

@@ -5,6 +5,7 @@
 #include "host/verdict.h"
 
 #include <cerrno>
+#include <sys/stat.h>
 
 namespace {
 
@@ -27,6 +28,18 @@ protected:
         outcome.examination = host::examine(host::PlotFile(outcome.plotFile), outcome.rules);
         return outcome;
     }
+
+    /// The report is of a print over USB, to a plotter whose node is its owner's alone.
+    void putPlotter(host::PrintOutcome &outcome) const {
+        outcome.usb.emplace();
+        outcome.usb->vendor = 0x0B75;
+        outcome.usb->product = 0x0402;
+        outcome.usb->location = 0x01080000;
+        outcome.usb->node = file("node", "");
+        chmod(outcome.usb->node.c_str(), 0600);
+        outcome.usbOutPipe = 2;
+        outcome.destination = outcome.usb->id();
+    }
 };
 
 TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
@@ -34,9 +47,10 @@ TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
         const char *what;
         uint32_t stopReason;
         int32_t errorID;
-        int32_t status;
+        int64_t status;
         ExitCode code;
         const char *says;
+        bool isUsb = false;
     } kRows[] = {
         {"unplugged", kORB_StopByHost, kORB_ErrorUnvalidPort, ENXIO, ExitCode::Lost, "lost after 3 of 6 bytes"},
         {"hung up", kORB_StopByHost, kORB_ErrorUnvalidPort, EAGAIN, ExitCode::Lost, "lost"},
@@ -55,6 +69,20 @@ TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
         {"a tool too long", kORB_StopUnconvertible, kORB_ErrorPathNameTooLong, 0, ExitCode::Unfit,
          "roll.plist: a text is not ASCII or too long"},
         {"a stop of unknown origin", kORB_StopByHost, kORB_ErrorStopped, 0, ExitCode::Failed, "before its end"},
+        {"not found", kORB_StopNoLink, kORB_ErrorNoPlotter, 0, ExitCode::Missing, "no such plotter any more", true},
+        {"gone before it began", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002C0, ExitCode::Lost, "is gone", true},
+        {"device held", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002C5, ExitCode::Busy, "claimed", true},
+        {"device forbidden", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002E2, ExitCode::Permission, "udev", true},
+        {"device shut for no known reason", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0, ExitCode::Failed, "opened", true},
+        {"interface held", kORB_StopNoLink, kORB_ErrorInterfaceNotOpened, 0xE00002C5, ExitCode::Busy, "claimed", true},
+        {"no registry", kORB_StopNoLink, kORB_ErrorMasterPort, 0xE00002BC, ExitCode::Failed, "(code 0xE00002BC)", true},
+        {"pulled out", kORB_StopByHost, kORB_ErrorPipe, 0xE00002C0, ExitCode::Lost, "sent 3 of 6 bytes; the plotter is gone",
+         true},
+        {"gone by its own word", kORB_StopByHost, kORB_ErrorPlotterGone, 0, ExitCode::Lost, "is gone", true},
+        {"a pipe that is none", kORB_StopByHost, kORB_ErrorPipe, 0xE0004061, ExitCode::Failed,
+         "the out pipe 2 of this plotter is no out endpoint", true},
+        {"stalled", kORB_StopByHost, kORB_ErrorPipe, 0xE000404F, ExitCode::Failed, "refuses", true},
+        {"an unknown code", kORB_StopByHost, kORB_ErrorPipe, 0xE0004099, ExitCode::Failed, "(code 0xE0004099)", true},
     };
     for (const auto &row : kRows) {
         SCOPED_TRACE(row.what);
@@ -62,10 +90,16 @@ TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
         outcome.jobFile = "roll.plist";
         outcome.report.stopReason = row.stopReason;
         outcome.report.firstErrorID = row.errorID;
-        outcome.report.firstStatus = row.status;
+        outcome.report.firstStatus = static_cast<int32_t>(row.status);
+        if (row.isUsb) putPlotter(outcome);
         host::Verdict verdict = host::judge(outcome);
         EXPECT_EQ(verdict.code, row.code);
         EXPECT_NE(verdict.message.find(row.says), std::string::npos) << verdict.message;
+        if (row.isUsb) {
+            EXPECT_EQ(verdict.message.rfind("0b75:0402@01080000: ", 0), 0U) << verdict.message;
+            outcome.isGone = true;
+            EXPECT_EQ(host::judge(outcome).code, ExitCode::Lost) << "a plotter that is gone explains every failure";
+        }
         outcome.stopped = true;
         EXPECT_EQ(host::judge(outcome).code, ExitCode::Stopped) << "the user's stop explains everything";
     }
