@@ -155,18 +155,5 @@ TEST(HpglLines, Measures) {
     EXPECT_FALSE(Job("PU90000,0;PU5,5;").findings().anyDemand) << "moves demand nothing";
 }
 
-TEST(HpglLines, Status) {
-    const PenStatus s = Job("IP100,100,1100,900;SC0,10,0,8;IW1,1,2,2;SP4;PU5,4;PD").reader->status();
-    EXPECT_EQ(s.at, (Point{600, 500}));
-    EXPECT_EQ(s.atUser, (Point{5, 4}));
-    EXPECT_TRUE(s.down);
-    EXPECT_EQ(s.pen, 4);
-    EXPECT_EQ(s.scalingPoints.lower, (Point{100, 100}));
-    EXPECT_EQ(s.scalingPoints.upper, (Point{1100, 900}));
-    EXPECT_EQ(s.window.lower, (Point{200, 200}));
-    EXPECT_EQ(s.window.upper, (Point{300, 300}));
-    EXPECT_EQ(s.hardClip.upper, kTestSheet.upper);
-}
-
 } // namespace
 } // namespace virtual_plotter
