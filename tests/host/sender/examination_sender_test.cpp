@@ -3,32 +3,14 @@
 #include "host/examination.h"
 #include "support/job.h"
 
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <random>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace {
 
 constexpr int kPlotsPerEmulation = 120;
-
-/// A file in memory that can be given other contents.
-class MemoryFile {
-public:
-    MemoryFile() : fd_(memfd_create("plot", MFD_CLOEXEC)) {}
-    MemoryFile(const MemoryFile &) = delete;
-    MemoryFile &operator=(const MemoryFile &) = delete;
-    ~MemoryFile() { close(fd_); }
-
-    std::string holding(const std::string &contents) const {
-        EXPECT_EQ(ftruncate(fd_, 0), 0);
-        EXPECT_EQ(pwrite(fd_, contents.data(), contents.size(), 0), static_cast<ssize_t>(contents.size()));
-        return "/proc/self/fd/" + std::to_string(fd_);
-    }
-
-private:
-    int fd_;
-};
 
 class RandomPlots {
 public:
@@ -59,7 +41,7 @@ TEST(ExaminationAgainstSender, SaysWhatWillBeWithheld) {
         const char *xml;
         std::string bytes;
     } kTerminators[] = {{";", ";"}, {",", ","}, {"&#3;", "\x03"}, {";P", ";P"}, {"", ""}};
-    const MemoryFile file;
+    const std::string path = testing::TempDir() + "examination_sender_test.plt";
     RandomPlots plots;
     int withheld = 0, fit = 0;
     for (int emulation = 17001; emulation <= 17037; ++emulation) {
@@ -68,7 +50,8 @@ TEST(ExaminationAgainstSender, SaysWhatWillBeWithheld) {
             const host::PlotRules rules{emulation, terminator.bytes};
             std::string plot = plots.next();
             if (plots.below(2) == 0) plot += rules.endMark();
-            host::Examination found = host::examine(host::PlotFile(file.holding(plot)), rules);
+            std::ofstream(path, std::ios::binary) << plot;
+            host::Examination found = host::examine(host::PlotFile(path), rules);
 
             scripted::Platform platform;
             platform.terminal.logWrites = false;
@@ -85,6 +68,7 @@ TEST(ExaminationAgainstSender, SaysWhatWillBeWithheld) {
             (found.withheldBytes > 0 ? withheld : fit) += 1;
         }
     }
+    std::filesystem::remove(path);
     EXPECT_GT(withheld, 300) << "too few plots that tell something";
     EXPECT_GT(fit, 300);
 }
