@@ -61,13 +61,9 @@ TEST_F(FaultTest, KeepsASecondCommandOut) {
     Running printing({"print", path_, "--port", plotter.port()}, false);
     ASSERT_TRUE(plotter.hasHeard());
     std::string holder = "busy: held by vectorix (process " + std::to_string(printing.pid()) + ")";
-    for (const auto &words : {std::vector<std::string>{"print", path_, "--port", plotter.port()},
-                              {"send", "IN;", "--port", plotter.port()},
-                              {"limits", "--port", plotter.port()}}) {
-        Result second = run(words);
-        EXPECT_EQ(second.code, 5) << second.err;
-        EXPECT_NE(second.err.find(holder), std::string::npos) << second.err;
-    }
+    expectRefusals({{{"print", path_, "--port", plotter.port()}, 5, holder},
+                    {{"send", "IN;", "--port", plotter.port()}, 5, holder},
+                    {{"limits", "--port", plotter.port()}, 5, holder}});
     EXPECT_EQ(plotter.read(), plot_) << "nothing of the others";
     EXPECT_EQ(printing.wait().code, 0);
 }

@@ -69,8 +69,8 @@ TEST_F(PreviewCommandTest, SaysWhyThereIsNoPicture) {
     expectRefusals({
         {{"preview", path("none"), "-o", picture}, 3, "none: no such file"},
         {{"preview", folder_, "-o", picture}, 7, "is a directory"},
-        {{"preview", empty, "-o", picture}, 7, "empty"},
-        {{"preview", binary, "-o", picture}, 7, "binary: "},
+        {{"preview", empty, "-o", picture}, 7, "the plot file is empty"},
+        {{"preview", binary, "-o", picture}, 7, "no plot in a language that can be drawn"},
         {{"preview", good, "-o", path("none/p.svg")}, 3, "none/p.svg: "},
         {{"preview", good, "-o", path("p")}, 2, "must end in .svg, .png or .pdf"},
         {{"preview", good}, 2, "--output"},

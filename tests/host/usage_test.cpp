@@ -57,7 +57,7 @@ TEST_F(UsageTest, RefusesFilesThatCannotBePrinted) {
         {{"print", folder_, "--capture", path("o")}, 7, "is a directory"},
         {{"print", "/dev/zero", "--capture", path("o")}, 7, "no file; name a plot file"},
         {{"print", path("circle"), "--capture", path("o")}, 3, "where its links lead"},
-        {{"print", empty, "--capture", path("o")}, 7, "empty"},
+        {{"print", empty, "--capture", path("o")}, 7, "the plot file is empty"},
         {{"print", plot_, "--capture", path("o"), "--job", pipe}, 7, "file; name a job file"},
         {{"print", pdf, "--capture", path("o")}, 7, "a PDF document"},
         {{"print", plot_, "--capture", path("o"), "--emulation", "17008"}, 7, "no \"@\" ends"},
