@@ -33,6 +33,19 @@ protected:
 
     static std::string failed(IOReturn code) { return std::string("!").append(std::to_string(code)); }
 
+    /// What is asked of that pipe fails with the code.
+    void expectFailures(uint8_t pipe, IOReturn code) {
+        uint8_t byte;
+        uint16_t word;
+        uint32_t taken = 1;
+        EXPECT_EQ(interface->GetPipeProperties(pipe, &byte, &byte, &byte, &word, &byte), code) << +pipe;
+        EXPECT_EQ(interface->GetPipeStatus(pipe), code) << +pipe;
+        EXPECT_EQ(interface->ClearPipeStallBothEnds(pipe), code) << +pipe;
+        EXPECT_EQ(write(pipe, "IN;", &taken), code) << +pipe;
+        EXPECT_EQ(taken, 0U) << +pipe;
+        EXPECT_EQ(read(pipe), failed(code)) << +pipe;
+    }
+
     std::optional<bed::UsbPlotter> plotter;
     IOReference<IOUSBInterfaceInterface245> interface;
 };
@@ -70,16 +83,10 @@ TEST_F(InterfaceTest, OpenAndClosed) {
     EXPECT_EQ(interface->USBInterfaceClose(), kIOReturnNotOpen);
 
     uint8_t byte;
-    uint16_t word;
-    uint32_t size = 1;
     EXPECT_EQ(interface->SetAlternateInterface(0), kIOReturnNotOpen);
     EXPECT_EQ(interface->GetNumEndpoints(&byte), kIOReturnNotOpen);
-    EXPECT_EQ(interface->GetPipeProperties(1, &byte, &byte, &byte, &word, &byte), kIOReturnNotOpen);
-    EXPECT_EQ(interface->GetPipeStatus(1), kIOReturnNotOpen);
-    EXPECT_EQ(interface->ClearPipeStallBothEnds(1), kIOReturnNotOpen);
-    EXPECT_EQ(write(1, "IN;", &size), kIOReturnNotOpen);
-    EXPECT_EQ(size, 0U);
-    EXPECT_EQ(read(2), failed(kIOReturnNotOpen));
+    for (const uint8_t pipe : std::initializer_list<uint8_t>{1, 2})
+        expectFailures(pipe, kIOReturnNotOpen);
 
     EXPECT_EQ(interface->USBInterfaceOpen(), kIOReturnSuccess); // and it is at setting 0 again
     EXPECT_EQ(interface->GetNumEndpoints(&byte), kIOReturnSuccess);
@@ -107,15 +114,8 @@ TEST_F(InterfaceTest, PipesAreThoseOfTheCurrentSetting) {
         EXPECT_EQ(std::tie(direction, number, type, size, interval),
                   std::tie(wanted.direction, wanted.number, wanted.transferType, wanted.maxPacketSize, wanted.interval));
     }
-    for (const uint8_t pipe : std::initializer_list<uint8_t>{0, 4, 0x81, 0x82, 255}) {
-        uint8_t byte;
-        uint16_t word;
-        EXPECT_EQ(interface->GetPipeProperties(pipe, &byte, &byte, &byte, &word, &byte), kIOUSBUnknownPipeErr) << +pipe;
-        EXPECT_EQ(interface->GetPipeStatus(pipe), kIOUSBUnknownPipeErr) << +pipe;
-        EXPECT_EQ(interface->ClearPipeStallBothEnds(pipe), kIOUSBUnknownPipeErr) << +pipe;
-        EXPECT_EQ(write(pipe, "IN;"), kIOUSBUnknownPipeErr) << +pipe;
-        EXPECT_EQ(read(pipe), failed(kIOUSBUnknownPipeErr)) << +pipe;
-    }
+    for (const uint8_t pipe : std::initializer_list<uint8_t>{0, 4, 0x81, 0x82, 255})
+        expectFailures(pipe, kIOUSBUnknownPipeErr);
     EXPECT_EQ(write(1, "IN;"), kIOReturnNotWritable);
     EXPECT_EQ(read(3), failed(kIOReturnNotReadable)); // isochronous
     EXPECT_EQ(plotter->written(), "");
