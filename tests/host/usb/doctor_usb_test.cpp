@@ -8,14 +8,6 @@ namespace {
 
 class DoctorUsbTest : public BedTest {
 protected:
-    /// An adapter at 1-1, as one model or another.
-    void addAdapter(uint16_t vendor, uint16_t product) {
-        auto low = [](uint16_t number) { return static_cast<uint8_t>(number & 0xFF); };
-        auto high = [](uint16_t number) { return static_cast<uint8_t>(number >> 8); };
-        bed->addUsb("1-1",
-                    {18, 1, 0, 2, 0, 0, 0, 64, low(vendor), high(vendor), low(product), high(product), 0, 6, 0, 0, 0, 0}, 1);
-    }
-
     nlohmann::json examine(const std::vector<std::string> &words, int code) {
         std::vector<std::string> all = {"doctor", "--json"};
         all.insert(all.end(), words.begin(), words.end());
@@ -53,8 +45,8 @@ TEST_F(DoctorUsbTest, PlottersEachWithItsDriver) {
     EXPECT_NE(examine({"--usb", "0b75:0402@01080000"}, 0)[1]["kind"], "usb") << "only the one that was named";
 }
 
-TEST_F(DoctorUsbTest, AnAdapterWithoutAPort) {
-    addAdapter(0x0403, 0x6001);
+TEST_F(DoctorUsbTest, AnAdapterWithoutItsPortAndWithIt) {
+    bed->addUsb("1-1", {18, 1, 0, 2, 0, 0, 0, 64, 3, 4, 1, 0x60, 0, 6, 0, 0, 0, 0}, 1);
     auto links = examine({}, 3);
     EXPECT_EQ(links[0]["kind"], "adapter");
     EXPECT_TRUE(has(links[0], "driver-missing"));
@@ -62,14 +54,11 @@ TEST_F(DoctorUsbTest, AnAdapterWithoutAPort) {
     links = examine({"--port", "/dev/no-such-port"}, 3);
     EXPECT_TRUE(has(links[0], "no-such-port"));
     EXPECT_TRUE(has(links[1], "driver-missing")) << "it may be the port that is missed";
-}
 
-TEST_F(DoctorUsbTest, AnAdapterWithItsPort) {
-    addAdapter(0x0403, 0x6001);
     const std::string above = bed::DeviceBed::usbPath("1-1") + "/1-1:1.0/ttyUSB0";
     bed->add("P: " + above + "\nE: SUBSYSTEM=usb-serial\nE: DRIVER=ftdi_sio\nL: driver=../../ftdi_sio\n\n");
     bed->add("P: " + above + "/tty/ttyUSB0\nE: DEVNAME=/dev/ttyUSB0\nE: SUBSYSTEM=tty\nE: ID_MM_CANDIDATE=1\n\n");
-    auto links = examine({}, 3);
+    links = examine({}, 3);
     EXPECT_EQ(links[0]["link"], "/dev/ttyUSB0");
     EXPECT_EQ(links[0]["hardware"], "0403:6001, driver ftdi_sio");
     EXPECT_EQ(links[0]["findings"][0]["name"].get<std::string>().rfind("no-node", 0), 0U) << "the bed makes none";
