@@ -199,7 +199,7 @@ TEST(PlotReaderTest, ChoosesALanguageHoweverLateItsFirstBytesCome) {
         {"blanks only", " \r\n", Language::hpgl},
         {"one byte", ";", Language::hpgl},
         {"HP-GL", "IN;SP1;", Language::hpgl},
-        {"a colon elsewhere", ";IN;:", Language::hpgl},
+        {"a colon first", ":EC;", Language::hpgl},
         {"an escape sequence", "\x1B.(;", Language::hpgl},
         {"behind blanks", "\r\n  ;:H", Language::dmpl},
         {"blanks without end", std::string(5000, ' ') + ";:H", Language::hpgl},
