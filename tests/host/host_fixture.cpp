@@ -229,10 +229,12 @@ HostTest::HostTest() {
     fs::create_directory(path("tmp"));
     setenv("TMPDIR", path("tmp").c_str(), 1);
     setenv("TERM", "xterm", 1);
+    setenv("XDG_CONFIG_HOME", path("config").c_str(), 1); // the test's own profiles, and not those of who runs it
 }
 
 HostTest::~HostTest() {
     unsetenv("TMPDIR");
+    unsetenv("XDG_CONFIG_HOME");
     fs::remove_all(folder_);
 }
 

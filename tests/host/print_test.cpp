@@ -36,7 +36,6 @@ TEST_F(PrintCommandTest, ReportsWithheldCommandsAsJSON) {
 }
 
 TEST_F(PrintCommandTest, SendsToolStringsAndHonoursTheLineSettingsTypedOrOfAProfile) {
-    setenv("XDG_CONFIG_HOME", path("config").c_str(), 1);
     for (bool byProfile : {false, true}) {
         SCOPED_TRACE(byProfile);
         FarEnd plotter;
@@ -63,7 +62,6 @@ TEST_F(PrintCommandTest, SendsToolStringsAndHonoursTheLineSettingsTypedOrOfAProf
         EXPECT_EQ(result.code, 0);
         EXPECT_EQ(result.out + result.err, "") << "-q says nothing";
     }
-    unsetenv("XDG_CONFIG_HOME");
 }
 
 TEST_F(PrintCommandTest, PrintsTheJobFileThatItWrote) {

@@ -20,9 +20,6 @@ namespace {
 
 class ProfileTest : public HostTest {
 protected:
-    ProfileTest() { setenv("XDG_CONFIG_HOME", path("config").c_str(), 1); }
-    ~ProfileTest() override { unsetenv("XDG_CONFIG_HOME"); }
-
     std::string profile(const std::string &name, const std::string &text) const {
         return file("config/vectorix/profiles/" + name + ".toml", text);
     }
@@ -138,6 +135,7 @@ TEST_F(ProfileTest, NamesTheLineOfWhatIsUnfit) {
          "line 3: \"buad\" is nothing that a profile has; did you mean baud?"},
         {"a table", "[line]\nbaud = 9600", "line 1: \"line\" is nothing"},
         {"a number in quotes", "\nbaud = '9600'", "line 2: baud must be a whole number"},
+        {"a broken number", "baud = 9600.5", "line 1: baud must be a whole number"},
         {"a text without its list", "tool = 'P1,'", "line 1: tool must be a list"},
         {"a number in the list", "tool = ['P1,', 2]", "line 1: tool must be a list"},
         {"USB that is not", "usb = false", "line 1: usb must be true"},

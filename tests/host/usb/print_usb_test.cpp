@@ -49,10 +49,8 @@ TEST_F(PrintUsbTest, PrintsToTheOneAtThatPlace) {
     EXPECT_NE(result.err.find("usblp is put aside"), std::string::npos) << result.err;
     EXPECT_EQ(right.driver(), "usblp") << "given back";
 
-    setenv("XDG_CONFIG_HOME", path("config").c_str(), 1);
     EXPECT_EQ(run({"profile", "add", "right", "--usb", "1234:0402@01100000"}).code, 0);
     EXPECT_EQ(run({"print", plot_, "-p", "right"}).code, 0);
-    unsetenv("XDG_CONFIG_HOME");
     EXPECT_EQ(right.written(), "IN;" + contents(plot_) + "IN;" + contents(plot_));
     EXPECT_EQ(left.written(), "");
 }
