@@ -98,9 +98,8 @@ TEST_F(ExampleTest, AreUnderstoodAndDoWhatIsSaid) {
         const std::string &line = lines[i];
         SCOPED_TRACE(line);
         std::vector<std::string> words = wordsOf(line);
-        std::vector<const char *> arguments;
-        for (const std::string &word : words)
-            arguments.push_back(word.c_str());
+        std::vector<const char *> arguments(words.size());
+        std::transform(words.begin(), words.end(), arguments.begin(), [](const std::string &word) { return word.c_str(); });
         CLI::App app;
         host::Typed typed;
         host::declareCommandLine(app, typed);
