@@ -7,6 +7,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <random>
+#include <unistd.h>
 
 namespace {
 
@@ -41,7 +42,7 @@ TEST(ExaminationAgainstSender, SaysWhatWillBeWithheld) {
         const char *xml;
         std::string bytes;
     } kTerminators[] = {{";", ";"}, {",", ","}, {"&#3;", "\x03"}, {";P", ";P"}, {"", ""}};
-    const std::string path = testing::TempDir() + "examination_sender_test.plt";
+    const std::string path = testing::TempDir() + "examination_sender_" + std::to_string(getpid()) + ".plt";
     RandomPlots plots;
     int withheld = 0, fit = 0;
     for (int emulation = 17001; emulation <= 17037; ++emulation) {
