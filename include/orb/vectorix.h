@@ -281,7 +281,8 @@ void ORB_hostGetJobReport(ORB_JobReport *report);
 typedef struct ORB_QueryReport {
     uint32_t structSize;   /* in: sizeof(ORB_QueryReport); at most that much is written */
     int32_t errorID;       /* kORB_…, before the closing step */
-    int32_t status;        /* result of the query: 0, an IOKit code, or that of the open */
+    int32_t status;        /* result of the query: 0, an IOKit code, or that of the open; of a USB request that was never
+                            * taken and not answered, that write's */
     uint32_t reads;        /* how often a reply was looked for */
     uint32_t requestBytes; /* of request */
     uint32_t replyBytes;   /* of reply */

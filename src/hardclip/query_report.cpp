@@ -17,17 +17,24 @@ constexpr ORB_QueryReport emptyReport() {
 }
 
 ORB_QueryReport report = emptyReport();
+int32_t unsentStatus = 0; // of the last request; 0 when it went out
 
 } // namespace
 
-void beginQueryReport() noexcept { report = emptyReport(); }
+void beginQueryReport() noexcept {
+    report = emptyReport();
+    unsentStatus = 0;
+}
 
 void noteRequest() noexcept {
     const char *text = answer().ORB_writeBuffer;
+    unsentStatus = 0;
     report.requestBytes = static_cast<uint32_t>(strnlen(text, sizeof report.request - 1));
     memcpy(report.request, text, report.requestBytes);
     report.request[report.requestBytes] = '\0';
 }
+
+void noteUnsent(int32_t status) noexcept { unsentStatus = status; }
 
 void noteRead(std::string_view reply) noexcept {
     ++report.reads;
@@ -40,6 +47,9 @@ void noteRead(std::string_view reply) noexcept {
 void noteOutcome(int32_t status) noexcept {
     report.errorID = answer().ORB_errorID;
     report.status = status;
+    if (unsentStatus == 0 || report.replyBytes > 0) return;
+    report.errorID = kORB_ErrorPipe;
+    report.status = unsentStatus;
 }
 
 const ORB_QueryReport &queryReport() noexcept { return report; }

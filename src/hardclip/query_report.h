@@ -12,6 +12,8 @@ namespace hardclip {
 void beginQueryReport() noexcept;
 /// The text of ORB_writeBuffer goes out as a request.
 void noteRequest() noexcept;
+/// The last attempt to send it failed with that status. When nothing is heard either, that is the outcome.
+void noteUnsent(int32_t status) noexcept;
 /// A read gave these bytes; none for a read that gave nothing.
 void noteRead(std::string_view reply) noexcept;
 /// The identifier of now and the status, before the step that closes the link sets the record's.

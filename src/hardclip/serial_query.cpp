@@ -182,7 +182,7 @@ int32_t readSecond(Reading &reading) {
 int32_t askAndRead() {
     ORB_ServiceRecord &record = answer();
     int32_t status = 0;
-    if (!sendRequest(&status)) return status;
+    if (!sendRequest(&status) || platform::stopRequested()) return status;
 
     memset(record.ORB_writeBuffer, 0, sizeof record.ORB_writeBuffer);
     posix::sleep(1);

@@ -100,6 +100,7 @@ void sendRequest() {
     for (int attempt = 0; attempt < kWriteAttempts; ++attempt) {
         IOReturn result = writeBuffer();
         posix::printf("[ S 11] WritePipe returns kernResult = %08x\n", static_cast<unsigned>(result));
+        noteUnsent(result);
         if (result == kIOReturnSuccess) break;
         posix::printf("[S11] Unable to write on this pipe  %d\n", record.ORB_USB_PIPEOUT);
         ORB_logIOError(result);

@@ -1,6 +1,7 @@
 #include "host/plotter_options.h"
 
 #include <CLI/CLI.hpp>
+#include <unistd.h>
 
 namespace host {
 
@@ -8,10 +9,20 @@ namespace {
 
 constexpr uint32_t kMostVariants = 8; // of the language that has most
 
+/// A name that 'ports' prints, such as ttyUSB0, is that of a node below /dev, unless there is something of that name here.
+std::string pathOfName(std::string &port) {
+    const std::string below = "/dev/" + port;
+    const bool isName = !port.empty() && port.find('/') == std::string::npos;
+    if (isName && access(port.c_str(), F_OK) != 0 && access(below.c_str(), F_OK) == 0) port = below;
+    return {};
+}
+
 } // namespace
 
 CLI::Option *addPort(CLI::App &app, std::string &port) {
-    return app.add_option("--port", port, "Serial port of the plotter, such as /dev/ttyUSB0")->type_name("DEVICE");
+    return app.add_option("--port", port, "Serial port of the plotter, such as /dev/ttyUSB0 or ttyUSB0")
+        ->transform(CLI::Validator(pathOfName, ""))
+        ->type_name("DEVICE");
 }
 
 CLI::Option *addUsb(CLI::App &app, std::string &choice) {

@@ -11,7 +11,7 @@ class Option;
 
 namespace host {
 
-/// Adds --port.
+/// Adds --port, a path or a name that 'ports' prints.
 CLI::Option *addPort(CLI::App &app, std::string &port);
 
 /// Adds --usb, which may stand alone: the choice is empty then.

@@ -29,10 +29,6 @@ Failure portFailure(ExitCode code, const std::string &port, fmt::format_string<V
 }
 
 Failure missing(const std::string &port) {
-    std::string below = "/dev/" + port;
-    if (port.find('/') == std::string::npos && access(below.c_str(), F_OK) == 0) {
-        return portFailure(ExitCode::Missing, port, "no such device; did you mean {}?", shown(below));
-    }
     return portFailure(ExitCode::Missing, port,
                        "no such device; check the cable and the name (ls /dev/serial/by-id lists USB adapters)");
 }

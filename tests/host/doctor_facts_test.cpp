@@ -184,19 +184,19 @@ TEST_F(DoctorFacts, WhyANodeIsRefused) {
 }
 
 TEST(DoctorFindings, EachHasItsWords) {
-    const host::Words words = {{"port", "p"}, {"other", "o"}, {"what", "w"},   {"node", "n"},    {"rights", "r"},
-                               {"user", "u"}, {"group", "g"}, {"vendor", "v"}, {"product", "d"}, {"file", "f"},
-                               {"name", "m"}, {"who", "h"},   {"pid", "1"},    {"driver", "v"},  {"queue", "q"},
-                               {"uri", "i"},  {"lines", "l"}, {"count", "2"},  {"reason", "z"}};
+    const host::Words words = {{"port", "p"},  {"what", "w"},   {"node", "n"},    {"rights", "r"}, {"user", "u"},
+                               {"group", "g"}, {"vendor", "v"}, {"product", "d"}, {"file", "f"},   {"name", "m"},
+                               {"who", "h"},   {"pid", "1"},    {"driver", "v"},  {"queue", "q"},  {"uri", "i"},
+                               {"lines", "l"}, {"count", "2"},  {"reason", "z"}};
     for (int i = 0; i <= static_cast<int>(host::Finding::Container); ++i) {
         host::Found found = host::found(static_cast<host::Finding>(i), words);
         EXPECT_NE(found.text, "") << i;
         EXPECT_EQ(found.severity == host::Severity::Blocks, found.code != host::ExitCode::Done) << found.name;
         EXPECT_TRUE(found.severity == host::Severity::Note || !found.command.empty()) << found.name;
     }
-    host::Found hostile = host::found(host::Finding::OtherName, {{"port", "a\x1B[2J"}, {"other", "/dev/a b';reboot"}});
-    EXPECT_EQ(hostile.text, "there is no a\\e[2J, but there is a /dev/a b';reboot");
-    EXPECT_EQ(hostile.command, "vectorix doctor --port '/dev/a b'\\'';reboot'");
+    host::Found hostile = host::found(host::Finding::NoNodeInContainer, {{"node", "/dev/a\x1B b';reboot"}});
+    EXPECT_EQ(hostile.text, "this container has not been given /dev/a\\e b';reboot");
+    EXPECT_EQ(hostile.command, "docker run --device='/dev/a\\e b'\\'';reboot' ...");
 }
 
 } // namespace

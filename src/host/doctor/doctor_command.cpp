@@ -1,6 +1,7 @@
 // vectorix doctor: what stands between this computer and a plotter, and what mends it.
 #include "host/commands.h"
 #include "host/doctor/checks.h"
+#include "host/plotter_options.h"
 #include "host/port_lock.h"
 #include "host/usb_target.h"
 
@@ -103,7 +104,7 @@ void addDoctorCommand(CLI::App &app, Typed &typed) {
          {{"vectorix doctor", "Looks at all ports and USB plotters."},
           {"vectorix doctor --port /dev/ttyUSB0 -v", "Looks at one, and says what it looked at."}},
          reportFields()});
-    CLI::Option *port = command->add_option("--port", options->port, "Only this serial port")->type_name("DEVICE");
+    CLI::Option *port = addPort(*command, options->port)->description("Only this serial port");
     CLI::Option *usb = command->add_option("--usb", options->usbChoice, "Only USB plotters, or those of one model")
                            ->type_name("[V:P[@LOCATION]]")
                            ->expected(0, 1)

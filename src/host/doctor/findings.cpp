@@ -31,8 +31,6 @@ constexpr Row kRows[] = {
      "or the socket, and see that the plotter is on"},
     {Finding::NoSuchPort, "no-such-port", kBlocks, ExitCode::Missing, "there is no {port}", "vectorix ports",
      "lists those that there are; when it is not among them, change the cable: one that only charges has no data wires"},
-    {Finding::OtherName, "no-such-port", kBlocks, ExitCode::Missing, "there is no {port}, but there is a {other}",
-     "vectorix doctor --port {other}", ""},
     {Finding::NotSerial, "not-serial", kBlocks, ExitCode::Missing, "{port} is {what}, not a serial port", "vectorix ports",
      "lists the serial ports"},
     {Finding::NoSuchPlotter, "no-such-plotter", kBlocks, ExitCode::Missing, "no such USB plotter is connected", "lsusb",

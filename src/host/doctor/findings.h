@@ -17,7 +17,6 @@ const char *describe(Severity severity);
 enum class Finding {
     NothingFound,
     NoSuchPort,
-    OtherName,
     NotSerial,
     NoSuchPlotter,
     NoNode,

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <sys/sysmacros.h>
-#include <unistd.h>
 
 namespace host {
 
@@ -29,11 +28,8 @@ std::string otherKind(const System &system, const struct stat &node) {
 }
 
 void addMissing(const System &system, const SerialPort &port, LinkReport &report) {
-    const std::string below = "/dev/" + port.path;
     if (!port.bus.empty()) {
         report.add(system.isContainer ? Finding::NoNodeInContainer : Finding::NoNode, {{"node", port.path}});
-    } else if (port.path.find('/') == std::string::npos && access(below.c_str(), F_OK) == 0) {
-        report.add(Finding::OtherName, {{"port", port.path}, {"other", below}});
     } else {
         report.add(Finding::NoSuchPort, {{"port", port.path}});
     }
