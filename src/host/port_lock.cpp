@@ -3,6 +3,7 @@
 #include "host/failure.h"
 #include "host/holders.h"
 #include "host/node_access.h"
+#include "host/serial_ports.h"
 #include "host/text.h"
 
 #include <algorithm>
@@ -80,6 +81,10 @@ struct stat requireSerialDevice(const std::string &port) {
     }
     if (S_ISDIR(device.st_mode)) throw notSerial(port, "a directory");
     if (!S_ISCHR(device.st_mode)) throw notSerial(port, S_ISREG(device.st_mode) ? "a file" : "something else");
+    if (isEmptySlot(device.st_rdev)) {
+        throw portFailure(ExitCode::Missing, port,
+                          "there is no hardware behind this slot; 'vectorix ports' lists the ports that there are");
+    }
     return device;
 }
 

@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <cstring>
 #include <fmt/format.h>
+#include <fstream>
 #include <libudev.h>
 #include <memory>
 #include <sstream>
+#include <sys/sysmacros.h>
 
 namespace host {
 
@@ -20,6 +22,8 @@ struct Release {
     void operator()(udev_device *device) const { udev_device_unref(device); }
 };
 template <class Object> using Owned = std::unique_ptr<Object, Release>;
+
+constexpr const char *kNoChip = "0"; // what the attribute "type" says of an empty slot
 
 std::string textOrNone(const char *text) { return text ? text : ""; }
 
@@ -77,7 +81,7 @@ std::string SerialPort::hardware() const {
 std::optional<SerialPort> portOf(const TerminalFacts &facts) {
     // Pseudo-terminals and consoles hang on no device, and a board's spare 8250 ports are of type 0: the same are left out
     // by the plug-in.
-    if (facts.parents.empty() || facts.type == "0" || facts.name.empty() || facts.node.empty()) return {};
+    if (facts.parents.empty() || facts.type == kNoChip || facts.name.empty() || facts.node.empty()) return {};
     SerialPort port;
     port.name = facts.name;
     port.path = facts.node;
@@ -115,6 +119,17 @@ std::vector<SerialPort> serialPorts() {
     std::sort(ports.begin(), ports.end(),
               [](const SerialPort &a, const SerialPort &b) { return strverscmp(a.name.c_str(), b.name.c_str()) < 0; });
     return ports;
+}
+
+bool isEmptySlot(dev_t terminal, const std::filesystem::path &sysfs) {
+    std::ifstream file(sysfs / "dev/char" / fmt::format("{}:{}", major(terminal), minor(terminal)) / "type");
+    std::string type;
+    return file >> type && type == kNoChip;
+}
+
+bool isPseudoTerminal(dev_t terminal) {
+    constexpr unsigned kFirst = 136, kLast = 143; // fixed in Linux's device list
+    return major(terminal) >= kFirst && major(terminal) <= kLast;
 }
 
 } // namespace host

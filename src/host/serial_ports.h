@@ -1,9 +1,11 @@
 // The serial ports of the system, as udev and sysfs show them: what a service record has no room for.
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <set>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace host {
@@ -43,5 +45,11 @@ std::optional<SerialPort> portOf(const TerminalFacts &facts);
 
 /// All ports in natural order. None is opened. Throws Failure when the system does not tell.
 std::vector<SerialPort> serialPorts();
+
+/// True for a slot of the kernel's behind which no chip was found: there is a node, but no port.
+bool isEmptySlot(dev_t terminal, const std::filesystem::path &sysfs = "/sys");
+
+/// True for a pseudo-terminal's near end.
+bool isPseudoTerminal(dev_t terminal);
 
 } // namespace host

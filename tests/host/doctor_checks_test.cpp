@@ -96,7 +96,8 @@ TEST_F(DoctorChecks, WhoIsOnTheLine) {
     EXPECT_EQ(portFindings(), (Names{"console", "locked", "lines-down"}));
     EXPECT_EQ(host::exitCodeOf({report}), host::ExitCode::Busy);
 
-    fs::create_directories(path("root/sys/dev/char/" + number(node_.st_rdev)));
+    put("sys/dev/char/" + number(node_.st_rdev) + "/type", "0\n");
+    EXPECT_EQ(portFindings(), Names{"no-hardware"});
     fs::create_symlink("../../../class/misc", path("root/sys/dev/char/" + number(node_.st_rdev) + "/subsystem"));
     EXPECT_EQ(portFindings(), Names{"not-serial"});
     port_.path = path("gone");

@@ -33,6 +33,8 @@ constexpr Row kRows[] = {
      "lists those that there are; when it is not among them, change the cable: one that only charges has no data wires"},
     {Finding::NotSerial, "not-serial", kBlocks, ExitCode::Missing, "{port} is {what}, not a serial port", "vectorix ports",
      "lists the serial ports"},
+    {Finding::NoHardware, "no-hardware", kBlocks, ExitCode::Missing, "there is no hardware behind the slot {port}",
+     "vectorix ports", "lists the ports that there are"},
     {Finding::NoSuchPlotter, "no-such-plotter", kBlocks, ExitCode::Missing, "no such USB plotter is connected", "lsusb",
      "shows what is; when the plotter is not there, change the cable (one that only charges has no data wires), and see "
      "that it is on. One with a serial cable or adapter is looked at with --port"},

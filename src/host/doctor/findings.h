@@ -18,6 +18,7 @@ enum class Finding {
     NothingFound,
     NoSuchPort,
     NotSerial,
+    NoHardware,
     NoSuchPlotter,
     NoNode,
     NoNodeInContainer,

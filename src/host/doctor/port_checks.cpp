@@ -63,8 +63,7 @@ void checkQueues(const System &system, const SerialPort &port, const struct stat
 }
 
 void checkLines(const System &system, const SerialPort &port, const struct stat &node, LinkReport &report) {
-    constexpr unsigned kFirstPtyMajor = 136, kLastPtyMajor = 143; // fixed in Linux's device list
-    if (major(node.st_rdev) >= kFirstPtyMajor && major(node.st_rdev) <= kLastPtyMajor) report.add(Finding::NoWires);
+    if (isPseudoTerminal(node.st_rdev)) report.add(Finding::NoWires);
     auto lines = modemLines(system.below("proc"), port.name);
     report.saw(lines ? fmt::format("/proc/tty/driver/serial: up are {}", lines->empty() ? "no lines" : shown(*lines))
                      : "modem lines: not to be seen without opening the port");
@@ -87,6 +86,10 @@ LinkReport checkPort(const System &system, const SerialPort &port) {
     }
     if (std::string kind = otherKind(system, node); !kind.empty()) {
         report.add(Finding::NotSerial, {{"port", port.path}, {"what", kind}});
+        return report;
+    }
+    if (isEmptySlot(node.st_rdev, system.below("sys"))) {
+        report.add(Finding::NoHardware, {{"port", port.path}});
         return report;
     }
     for (PortCheck check : kChecks)
