@@ -103,6 +103,8 @@ UsbDevice readDevice(const fs::path &folder, uint32_t location, const fs::path &
     device.isPlotter = isPlotter(contents(folder / "descriptors"), device.vendor);
     if (fs::path interface = firstInterface(folder); !interface.empty()) {
         std::error_code ignored;
+        device.interface = interface.filename();
+        device.isPrinter = attribute(interface, "bInterfaceClass") == "07";
         device.driver = fs::read_symlink(interface / "driver", ignored).filename();
         device.printerNode = printerNodeOf(interface);
     }

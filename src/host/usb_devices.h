@@ -20,6 +20,8 @@ struct UsbDevice {
     std::filesystem::path folder;     ///< in sysfs
     std::string driver;               ///< of the first interface; usbfs for a program; empty for none
     std::optional<dev_t> printerNode; ///< of the kernel's printer driver on the first interface
+    std::string interface;            ///< the first one, by its name in sysfs: "1-2.3:1.0"
+    bool isPrinter = false;           ///< by the class of that
     bool isPlotter = false;           ///< may be one: a bulk out endpoint, and a printer interface or a known vendor
 
     /// "0b75:0402@01080000", which --usb understands.

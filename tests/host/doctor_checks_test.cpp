@@ -124,6 +124,17 @@ TEST_F(DoctorChecks, AdapterWithoutAPort) {
     EXPECT_FALSE(host::isAdapterWithoutPort(device));
 }
 
+TEST_F(DoctorChecks, APrinterThatLostItsDriver) {
+    host::UsbDevice device;
+    device.node = line_.port();
+    device.isPlotter = device.isPrinter = true;
+    device.interface = "1-1:1.0";
+    EXPECT_EQ(namesIn(host::checkPlotter(system_, device)), Names{}) << "nor is that driver loaded";
+    fs::create_directories(path("root/sys/bus/usb/drivers/usblp"));
+    EXPECT_EQ(host::checkPlotter(system_, device).findings.at(0).command,
+              "echo -n 1-1:1.0 | sudo tee /sys/bus/usb/drivers/usblp/bind");
+}
+
 TEST_F(DoctorChecks, RightToAPlotter) {
     // Rights are those of the real user; root, who may use every node, gives that up for a moment.
     struct Nobody {

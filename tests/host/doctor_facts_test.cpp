@@ -184,10 +184,10 @@ TEST_F(DoctorFacts, WhyANodeIsRefused) {
 }
 
 TEST(DoctorFindings, EachHasItsWords) {
-    const host::Words words = {{"port", "p"},  {"what", "w"},   {"node", "n"},    {"rights", "r"}, {"user", "u"},
-                               {"group", "g"}, {"vendor", "v"}, {"product", "d"}, {"file", "f"},   {"name", "m"},
-                               {"who", "h"},   {"pid", "1"},    {"driver", "v"},  {"queue", "q"},  {"uri", "i"},
-                               {"lines", "l"}, {"count", "2"},  {"reason", "z"}};
+    const host::Words words = {{"port", "p"},  {"what", "w"},   {"node", "n"},    {"rights", "r"},   {"user", "u"},
+                               {"group", "g"}, {"vendor", "v"}, {"product", "d"}, {"file", "f"},     {"name", "m"},
+                               {"who", "h"},   {"pid", "1"},    {"driver", "v"},  {"queue", "q"},    {"uri", "i"},
+                               {"lines", "l"}, {"count", "2"},  {"reason", "z"},  {"interface", "x"}};
     for (int i = 0; i <= static_cast<int>(host::Finding::Container); ++i) {
         host::Found found = host::found(static_cast<host::Finding>(i), words);
         EXPECT_NE(found.text, "") << i;

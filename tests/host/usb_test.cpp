@@ -116,7 +116,7 @@ TEST_F(UsbTest, WhatSysfsTells) {
     add("usb1", {{"idVendor", "1d6b"}, {"idProduct", "0002"}}, descriptorsOf(9, {{kInterruptIn}}));
     addInterface("3-2.1", "3-2.1:1.1", "cdc_acm");
     addInterface("3-2.1", "3-2.1:1.0", "usblp");
-    fs::create_directories(path("sys/devices/3-2.1/3-2.1:1.0/usbmisc/lp4"));
+    file("sys/devices/3-2.1/3-2.1:1.0/bInterfaceClass", "07\n");
     file("sys/devices/3-2.1/3-2.1:1.0/usbmisc/lp4/dev", "180:4\n");
 
     auto found = devices();
@@ -129,6 +129,7 @@ TEST_F(UsbTest, WhatSysfsTells) {
     EXPECT_EQ(found[1].node, path("dev/bus/usb/003/017"));
     EXPECT_EQ(found[1].driver, "usblp") << "of the first interface";
     EXPECT_EQ(found[1].printerNode, makedev(180, 4));
+    EXPECT_TRUE(found[1].isPrinter && found[1].interface == "3-2.1:1.0");
     EXPECT_TRUE(host::usbDevices(path("nowhere"), path("dev")).empty());
 }
 

@@ -1,5 +1,7 @@
 #include "registry_fixture.h"
 
+#include <filesystem>
+
 namespace {
 
 class InterfaceTest : public RegistryTest {
@@ -230,6 +232,15 @@ TEST_F(InterfaceTest, ThePrinterDriverIsMovedAsideAndGivenBack) {
     EXPECT_EQ(interface->USBInterfaceClose(), kIOReturnSuccess);
     EXPECT_EQ(plotter->driver(), "usblp");
     EXPECT_EQ(plotter->log(), Strings({"detach usblp", "claim", "release", "attach usblp"}));
+
+    // A job that was killed could not. Where that driver is not loaded, somebody wanted it so.
+    for (const char *expected : {"", "usblp"}) {
+        plotter->loseDriver();
+        EXPECT_EQ(interface->USBInterfaceOpen(), kIOReturnSuccess);
+        EXPECT_EQ(interface->USBInterfaceClose(), kIOReturnSuccess);
+        EXPECT_EQ(plotter->driver(), expected);
+        std::filesystem::create_directories(bed->fileOf("/sys/bus/usb/drivers/usblp"));
+    }
 }
 
 TEST_F(InterfaceTest, HeldBySomeoneElse) {

@@ -159,6 +159,11 @@ void UsbPlotter::holdByAnother() {
     bindDriver(kProgram);
 }
 
+void UsbPlotter::loseDriver() {
+    const std::scoped_lock lock(mutex_);
+    bindDriver("");
+}
+
 void UsbPlotter::refuseStatusRequests() {
     const std::scoped_lock lock(mutex_);
     refusesStatus_ = true;

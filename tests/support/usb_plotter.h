@@ -54,6 +54,7 @@ public:
     void disturbNext();           ///< the next transfer meets a disturbed line
     void unplug();                ///< as the kernel shows it: two transfers fail, then there is no device
     void holdByAnother();         ///< another program has claimed the interface
+    void loseDriver();            ///< nothing is bound to the interface any more
     void refuseStatusRequests();  ///< as devices do that do not know the request
 
     std::string written() const;          ///< all that came

@@ -47,6 +47,7 @@ enum class Finding {
     NotLikeAPlotter,
     OpenAsWell,
     PrinterDriver,
+    PrinterDriverLost,
     NoWires,
     LinesDown,
     HiddenProcesses,

@@ -50,7 +50,14 @@ void checkRight(const System &system, const UsbDevice &device, LinkReport &repor
     }
 }
 
-void checkOwners(const UsbDevice &device, LinkReport &report) {
+/// Nobody has the printer, though its driver is there: unloading that would have been somebody's wish.
+bool hasLostDriver(const System &system, const UsbDevice &device) {
+    std::error_code ignored;
+    return device.isPrinter && device.driver.empty() &&
+           std::filesystem::exists(system.below("sys/bus/usb/drivers") / kPrinterDriver, ignored);
+}
+
+void checkOwners(const System &system, const UsbDevice &device, LinkReport &report) {
     const bool isClaimed = device.driver == kProgram;
     const std::vector<Holder> holders = holdersOf(device), printing = holdersOfPrinterNode(device);
     auto isPrinting = [&](const Holder &holder) {
@@ -63,6 +70,8 @@ void checkOwners(const UsbDevice &device, LinkReport &report) {
     }
     if (device.driver == kPrinterDriver)
         report.add(Finding::PrinterDriver);
+    else if (hasLostDriver(system, device))
+        report.add(Finding::PrinterDriverLost, {{"interface", device.interface}});
     else if (!device.driver.empty() && !isClaimed)
         report.add(Finding::ForeignDriver, {{"driver", device.driver}});
     report.saw(fmt::format("driver {}; open in {}", device.driver.empty() ? "none" : shown(device.driver),
@@ -81,7 +90,7 @@ void checkQueues(const System &system, const UsbDevice &device, LinkReport &repo
 LinkReport checkPlotter(const System &system, const UsbDevice &device) {
     LinkReport report{"usb", device.id(), device.title(), {}, {}};
     checkRight(system, device, report);
-    checkOwners(device, report);
+    checkOwners(system, device, report);
     checkQueues(system, device, report);
     if (!device.isPlotter) report.add(Finding::NotLikeAPlotter);
     return report;

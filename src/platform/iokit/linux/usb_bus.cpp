@@ -4,6 +4,7 @@
 #include "platform/iokit/linux/udev_handle.h"
 
 #include <algorithm>
+#include <unistd.h>
 
 namespace platform {
 
@@ -84,7 +85,12 @@ std::vector<UsbInterface> interfacesOf(const UsbDevice &device) {
     for (int i = 0; i < configuration->bNumInterfaces; ++i) {
         const libusb_interface &described = configuration->interface[i];
         if (described.num_altsetting <= 0) continue;
-        UsbInterface made{device, configuration->bConfigurationValue, described.altsetting[0].bInterfaceNumber, {}};
+        const libusb_interface_descriptor &first = described.altsetting[0];
+        UsbInterface made{device,
+                          configuration->bConfigurationValue,
+                          first.bInterfaceNumber,
+                          first.bInterfaceClass == LIBUSB_CLASS_PRINTER,
+                          {}};
         std::transform(described.altsetting, described.altsetting + described.num_altsetting,
                        std::back_inserter(made.settings),
                        [](const libusb_interface_descriptor &descriptor) { return describe(descriptor); });
@@ -92,6 +98,8 @@ std::vector<UsbInterface> interfacesOf(const UsbDevice &device) {
     }
     return interfaces;
 }
+
+bool hasPrinterDriver() noexcept { return ::access("/sys/bus/usb/drivers/usblp", F_OK) == 0; }
 
 std::string kernelDriverOf(const UsbInterface &interface) {
     libusb_device *device = interface.device.device.get();

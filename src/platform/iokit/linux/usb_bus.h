@@ -43,6 +43,7 @@ struct UsbAlternateSetting {
 struct UsbInterface {
     UsbDevice device;
     uint8_t configuration, number;
+    bool isPrinter;                            // by its class, in its first setting
     std::vector<UsbAlternateSetting> settings; // at least one
 };
 
@@ -61,6 +62,9 @@ IOReturn listUsbDevices(const UsbContext &context, std::vector<UsbDevice> *devic
 
 /// The interfaces of the device's active configuration; none when it has no such configuration.
 std::vector<UsbInterface> interfacesOf(const UsbDevice &device);
+
+/// True when the kernel's printer driver is there to be bound to interfaces: neither left out nor unloaded.
+bool hasPrinterDriver() noexcept;
 
 /// The name of the kernel's driver on an interface; empty when there is none.
 std::string kernelDriverOf(const UsbInterface &interface);

@@ -144,7 +144,8 @@ private:
             return codeOnDevice(handle.get(), result);
         }
         handle_ = std::move(handle);
-        movedAside_ = moveAside;
+        // A job that was killed took the driver away and did not give it back.
+        givesBack_ = moveAside || (interface_.isPrinter && hasPrinterDriver());
         useSetting(0); // the kernel chooses it whenever an interface changes hands
         return kIOReturnSuccess;
     }
@@ -152,7 +153,7 @@ private:
     IOReturn close() noexcept {
         if (!handle_) return kIOReturnSuccess;
         const int result = libusb_release_interface(handle_.get(), interface_.number);
-        if (movedAside_) libusb_attach_kernel_driver(handle_.get(), interface_.number);
+        if (givesBack_) libusb_attach_kernel_driver(handle_.get(), interface_.number);
         handle_.reset();
         kept_.clear();
         return codeOfUsb(result);
@@ -187,7 +188,7 @@ private:
     UsbInterface interface_;
     const UsbAlternateSetting *setting_ = nullptr;
     UsbHandle handle_;
-    bool movedAside_ = false;
+    bool givesBack_ = false;        // the printer driver, when it is closed
     std::map<uint8_t, Bytes> kept_; // by endpoint address: what was read and not yet asked for
 };
 
