@@ -1,6 +1,7 @@
 #include "host/drawing.h"
 
 #include "host/failure.h"
+#include "host/plotter_options.h"
 #include "host/text.h"
 
 #include <CLI/CLI.hpp>
@@ -33,7 +34,7 @@ std::vector<CLI::Option *> addDrawingOptions(CLI::App &app, DrawingOptions &opti
         app.add_option("--sheet", options.sheet, "Sheet of the picture: a0 to a4, letter, tabloid, or WxH in mm (a4)");
     sheet->check(CLI::Validator(check, ""))->type_name("SHEET");
     auto *dots = app.add_option("--dpi", options.dotsPerInch, "Dots per inch of a PNG picture, 10 to 1200 (200)");
-    dots->check(CLI::Range(10, 1200).description(""))->type_name("N");
+    dots->check(wholeNumbers(10, 1200))->type_name("N");
     for (CLI::Option *option : {sheet, dots})
         option->group("Picture");
     return {sheet, dots};

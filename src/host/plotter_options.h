@@ -7,9 +7,13 @@
 namespace CLI {
 class App;
 class Option;
+class Validator;
 } // namespace CLI
 
 namespace host {
+
+/// Accepts whole numbers from low to high, and says so of anything else.
+CLI::Validator wholeNumbers(int low, int high);
 
 /// Adds --port, a path or a name that 'ports' prints.
 CLI::Option *addPort(CLI::App &app, std::string &port);
