@@ -1,11 +1,15 @@
 #include "host/line_settings.h"
 
+#include "host/serial_ports.h"
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 
 namespace host {
 
@@ -85,6 +89,20 @@ double secondsFor(int64_t bytes, const LineSettings &settings) {
     constexpr int kStartBits = 1;
     int bitsPerByte = kStartBits + settings.bits + (settings.parity == "none" ? 0 : 1) + settings.stopBits;
     return static_cast<double>(bytes) * bitsPerByte / settings.baud;
+}
+
+const char *whyHeld(int fd, const LineSettings &settings) {
+    if (settings.handshake != "hardware") return "held by XOFF, or not taking data";
+    int lines = 0;
+    return ioctl(fd, TIOCMGET, &lines) == 0 && (lines & TIOCM_CTS) == 0 ? "CTS is down" : "not taking data";
+}
+
+const char *settingsRemedy(const std::string &port) {
+    struct stat node;
+    const bool isPty = stat(port.c_str(), &node) == 0 && isPseudoTerminal(node.st_rdev);
+    return isPty ? "a pseudo-terminal, such as the simulator's port, keeps 8 data bits without parity: leave --bits and "
+                   "--parity out"
+                 : "try other line settings, such as --bits 8";
 }
 
 void applyLineSettings(const LineSettings &settings, ORB_ServiceRecord &record) {

@@ -27,6 +27,12 @@ std::string describe(const LineSettings &settings);
 /// How long the line takes for so many bytes when nobody holds it.
 double secondsFor(int64_t bytes, const LineSettings &settings);
 
+/// Why a line takes nothing, as far as it can be told: "CTS is down", or what it may be. fd is the open port.
+const char *whyHeld(int fd, const LineSettings &settings);
+
+/// What to do about settings that the port's driver refused, to stand behind a semicolon.
+const char *settingsRemedy(const std::string &port);
+
 void applyLineSettings(const LineSettings &settings, ORB_ServiceRecord &record);
 
 } // namespace host

@@ -144,7 +144,9 @@ void addSimulateCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<SimulateOptions>();
     CLI::App *command = app.add_subcommand("simulate", "Play a plotter on a serial port in software");
     explain(typed, *command,
-            {"Says its port's path on the first line, then plays until Ctrl-C.",
+            {"Says its port's path on the first line, then plays until Ctrl-C. The port takes any rate and handshake, but "
+             "only 8\n"
+             "data bits without parity: a pseudo-terminal keeps no others.",
              {{"vectorix simulate --render drawing.pdf --link /tmp/plotter", "Draws what is printed to /tmp/plotter."},
               {"vectorix simulate --once --pace 9600 --buffer 1024", "As slow as a real one, for one program."},
               {"vectorix simulate --fault hangup:2000", "Goes away after 2000 bytes."}},

@@ -1,5 +1,6 @@
 #include "host/verdict.h"
 
+#include "host/line_settings.h"
 #include "host/text.h"
 #include "host/usb_verdict.h"
 
@@ -52,14 +53,17 @@ Verdict judgeLink(const PrintOutcome &outcome) {
         {kORB_SerialTools_errorNoBSDIn, ExitCode::Usage, "name one with --port"},
         {kORB_ErrorOpeningPort, ExitCode::Lost, "check the cable, then print again"},
         {kORB_ErrorGetAttributes, ExitCode::Lost, "check the cable, then print again"},
-        {kORB_ErrorSetAttributes, ExitCode::Failed, "try other line settings, such as --bits 8"},
+        {kORB_ErrorSetAttributes, ExitCode::Failed, ""}, // by the port
         {kORB_ErrorUnvalidPort, ExitCode::Lost, "check the cable, then print again"},
     };
     const auto *row = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row &r) { return r.errorID == errorID; });
     bool known = row != std::end(kRows);
     return fail(known ? row->code : ExitCode::Failed,
                 fmt::format("{}: {}{}{}; nothing was sent", shown(outcome.destination), errorText(errorID),
-                            known ? "; " : "", known ? row->remedy : ""));
+                            known ? "; " : "",
+                            !known                               ? ""
+                            : errorID == kORB_ErrorSetAttributes ? settingsRemedy(outcome.destination)
+                                                                 : row->remedy));
 }
 
 /// The plot file could not be opened, or not be read to its end.
