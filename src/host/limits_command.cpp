@@ -8,6 +8,7 @@
 #include "host/port_lock.h"
 #include "host/profile_option.h"
 #include "host/query_verdict.h"
+#include "host/query_watch.h"
 #include "host/record.h"
 #include "host/stop_signals.h"
 #include "host/text.h"
@@ -57,8 +58,22 @@ ORB_ServiceRecord recordOf(const LimitsOptions &options, const std::optional<Usb
     return record;
 }
 
+/// How long a question takes at most: what the pauses around it and the tries to hear a reply come to when there is none.
+double secondsFor(const LimitsOptions &options, bool isUsb) {
+    constexpr double kSerial = 16, kSecondReply = 2; // of a language that gives two
+    constexpr double kUsb = 66, kSecondUsbReply = 63;
+    constexpr int64_t kLongestRequest = 30;
+    const bool givesTwo = options.emulation == 17009;
+    if (isUsb) return kUsb + (givesTwo ? kSecondUsbReply : 0);
+    return kSerial + (givesTwo ? kSecondReply : 0) + secondsFor(kLongestRequest, options.line);
+}
+
 QueryOutcome ask(const LimitsOptions &options, const std::optional<UsbDevice> &usb) {
-    StopOnSignal signals;
+    // Over USB each read has a time of its own: what is over by then would have been over by itself.
+    constexpr double kUsbMargin = 5;
+    const auto seconds = std::chrono::duration<double>(secondsFor(options, usb.has_value()) + (usb ? kUsbMargin : 0));
+    QueryWatch watch(std::chrono::duration_cast<std::chrono::milliseconds>(seconds),
+                     [&] { return usb && accessTo(usb->node) == NodeAccess::NoNode; });
     HostString portPath(options.port, "--port");
     QueryOutcome outcome{};
     outcome.report.structSize = sizeof outcome.report;
@@ -69,10 +84,12 @@ QueryOutcome ask(const LimitsOptions &options, const std::optional<UsbDevice> &u
     ORB_ServiceRecord record = recordOf(options, usb, portPath.get());
     outcome.report.errorID = record.ORB_errorID; // when the plotter cannot be made ready there is nothing else
     bool isReady = !usb || record.ORB_errorID == kORB_NoError;
-    if (isReady && !StopOnSignal::came()) {
+    outcome.isUsbGone = usb && accessTo(usb->node) == NodeAccess::NoNode;
+    if (isReady && !outcome.isUsbGone && !StopOnSignal::came()) {
         record = ORB_getVectorixCS2(record);
         ORB_hostGetQueryReport(&outcome.report);
     }
+    outcome.isGivenUp = watch.end();
     outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     outcome.stopped = StopOnSignal::came();
     outcome.values = {record.ORB_HARDC_1, record.ORB_HARDC_2, record.ORB_HARDC_3, record.ORB_HARDC_4};
@@ -83,10 +100,9 @@ QueryOutcome ask(const LimitsOptions &options, const std::optional<UsbDevice> &u
     return outcome;
 }
 
-void announce(const std::string &source, bool isUsb) {
+void announce(const LimitsOptions &options, const std::string &source, bool isUsb) {
     if (isatty(STDERR_FILENO) == 0) return;
-    printError("asking {} …; {}\n", shown(source),
-               isUsb ? "Ctrl-C ends a wait for a silent plotter" : "this takes 6 to 16 seconds");
+    printError("asking {} …; this takes {} to {:.0f} seconds\n", shown(source), isUsb ? 5 : 6, secondsFor(options, isUsb));
 }
 
 void tell(const LimitsOptions &options, const QueryOutcome &outcome, const Verdict &verdict) {
@@ -111,6 +127,7 @@ ExitCode limits(const LimitsOptions &options) {
                                        "either");
     }
     UsbChoice choice = parseUsbChoice(options.usbChoice);
+    std::optional<StopOnSignal> signals(std::in_place); // outlives the port, whose close may have to be cut short
     std::optional<PortLock> lock;
     std::optional<UsbDevice> usb;
     if (options.toUsb) {
@@ -120,14 +137,19 @@ ExitCode limits(const LimitsOptions &options) {
     } else {
         lock.emplace(options.port);
     }
-    if (!options.quiet) announce(usb ? usb->id() : options.port, usb.has_value());
+    if (!options.quiet) announce(options, usb ? usb->id() : options.port, usb.has_value());
 
     ProgressBar noBar(false);
     ConsoleLines console(options.verbose, noBar);
     QueryOutcome outcome = ask(options, usb);
-    if (outcome.stopped && lock) lock->discardOutput();
+    if (lock && (outcome.stopped || outcome.isGivenUp)) {
+        outcome.whyHeld = whyHeld(lock->descriptor(), options.line);
+        lock->discardOutput();
+        StopOnSignal::interrupt();
+    }
+    lock.reset();
+    signals.reset();
     Verdict verdict = judge(outcome);
-    if (verdict.code != ExitCode::Done && !outcome.stopped) console.show();
     tell(options, outcome, verdict);
     return verdict.code;
 }
@@ -140,8 +162,8 @@ void addLimitsCommand(CLI::App &app, Typed &typed) {
     explain(
         typed, *command,
         {"HP-GL plotters answer with two corners in units of 0.025 mm. For 17008, 17009, 17010 and 17030 the four values\n"
-         "are shown as they came. A port is held for 6 seconds, and for 16 when the plotter is silent; over USB\n"
-         "a silent plotter is waited for until Ctrl-C.\n"
+         "are shown as they came. An answer takes about 6 seconds; a silent plotter is given up after 16, over USB\n"
+         "after 66 (17009, which is asked twice: after 18 and 129), and so is one that holds the line.\n"
          "Vendor 0b75 has plotters that listen on their first USB pipe, identifiers 20595 to 20597: give --plotter-id for\n"
          "these. All its others listen on the second.",
          {{"vectorix limits --port /dev/ttyUSB0", "Of a plotter on a serial port."},

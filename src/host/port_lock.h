@@ -22,6 +22,9 @@ public:
     PortLock &operator=(const PortLock &) = delete;
     ~PortLock();
 
+    /// Of the port, for questions to its driver.
+    int descriptor() const { return fd_; }
+
     /// True when the line has hung up: what was handed over last may not have arrived.
     bool isGone() const;
 

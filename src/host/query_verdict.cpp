@@ -1,10 +1,13 @@
 #include "host/query_verdict.h"
 
+#include "host/line_settings.h"
+#include "host/reply_numbers.h"
 #include "host/text.h"
 #include "host/usb_verdict.h"
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <nlohmann/json.hpp>
 #include <string_view>
 
@@ -42,6 +45,22 @@ Verdict incomplete(const QueryOutcome &outcome) {
                                           "--emulation"));
 }
 
+/// The question never left.
+Verdict held(const QueryOutcome &outcome) {
+    return fail(outcome, ExitCode::Lost,
+                fmt::format("{} could not be sent: the line is held ({}); is the plotter on-line with paper loaded, and do "
+                            "handshake and cable fit it?",
+                            requestShown(outcome.report), outcome.whyHeld));
+}
+
+/// What was given up before it ended by itself; none when that changes nothing.
+std::optional<Verdict> givenUp(const QueryOutcome &outcome) {
+    const ORB_QueryReport &report = outcome.report;
+    if (outcome.usb) return report.replyBytes == 0 ? silent(outcome) : incomplete(outcome);
+    if (report.reads == 0 || report.errorID == kORB_ErrorUnvalidPort) return held(outcome);
+    return {};
+}
+
 /// Of this vendor's plotters some listen on their first pipe, and only an identifier tells which.
 bool mayListenElsewhere(const QueryOutcome &outcome) {
     constexpr uint16_t kVendor = 0x0B75;
@@ -62,21 +81,46 @@ Verdict failedLink(const QueryOutcome &outcome) {
         return fail(outcome, fault.code, fault.text);
     }
     if (report.errorID == kORB_ErrorSetAttributes) {
-        return fail(outcome, ExitCode::Failed, errorText(report.errorID) + "; try other line settings, such as --bits 8");
+        return fail(outcome, ExitCode::Failed, errorText(report.errorID) + "; " + settingsRemedy(outcome.source));
     }
     std::string what =
         report.requestBytes > 0 ? fmt::format("{} could not be sent", requestShown(report)) : errorText(report.errorID);
     return fail(outcome, ExitCode::Lost, what + "; check the cable, then try again");
 }
 
-bool holdsSign(const QueryOutcome &outcome) { return replyOf(outcome.report).find('-') != std::string_view::npos; }
+using Corners = std::array<double, 4>;
 
-/// Width and height in millimetres; none where the language defines no unit, or the values are no corners.
-std::optional<std::array<double, 2>> sizeOf(const QueryOutcome &outcome) {
-    const auto &values = outcome.values;
-    double width = values[2] - values[0], height = values[3] - values[1];
-    if (!isHpgl(outcome.emulation) || holdsSign(outcome) || width <= 0 || height <= 0) return {};
+/// Lower left and upper right as the plotter said them; none where the language has no corners, or the reply not enough
+/// numbers.
+std::optional<Corners> cornersOf(const QueryOutcome &outcome) {
+    const std::vector<double> said = numbersIn(replyOf(outcome.report));
+    Corners corners;
+    if (!isHpgl(outcome.emulation) || said.size() < corners.size()) return {};
+    std::copy_n(said.begin(), corners.size(), corners.begin());
+    return corners;
+}
+
+/// Width and height in millimetres; none where there is no area between the corners.
+std::optional<std::array<double, 2>> sizeOf(const std::optional<Corners> &corners) {
+    if (!corners) return {};
+    double width = (*corners)[2] - (*corners)[0], height = (*corners)[3] - (*corners)[1];
+    if (width <= 0 || height <= 0) return {};
     return {{width * kMillimetresPerUnit, height * kMillimetresPerUnit}};
+}
+
+/// How the record's values came to be others than what the plotter said; empty when they are the same.
+std::string differenceNote(const QueryOutcome &outcome) {
+    if (!isHpgl(outcome.emulation)) return {};
+    const std::string_view reply = replyOf(outcome.report);
+    const std::vector<double> said = numbersIn(reply);
+    const auto &values = outcome.values;
+    if (said.size() >= values.size() && std::equal(values.begin(), values.end(), said.begin())) return {};
+    const char *why = said.size() < values.size()                 ? "too few numbers"
+                      : reply.find('-') != std::string_view::npos ? "it reads numbers without their signs"
+                      : reply.find('.') != std::string_view::npos ? "it reads no decimal points"
+                                                                  : "it reads on behind the end of the line";
+    return fmt::format("the plotter said \"{}\", of which the plug-in made {}: {}", excerpt(reply, kExcerpt),
+                       fmt::join(values, ", "), why);
 }
 
 } // namespace
@@ -93,6 +137,11 @@ std::string replyShown(const ORB_QueryReport &report) { return shown(replyOf(rep
 Verdict judge(const QueryOutcome &outcome) {
     const ORB_QueryReport &report = outcome.report;
     if (outcome.stopped) return fail(outcome, ExitCode::Stopped, "stopped");
+    if (outcome.isUsbGone && (outcome.isGivenUp || report.errorID != kORB_NoError || report.replyBytes == 0))
+        return failedLink(outcome);
+    if (outcome.isGivenUp) {
+        if (auto verdict = givenUp(outcome)) return *verdict;
+    }
     bool isIncomplete = outcome.usb && report.reads >= kMostUsbReads;
     if (report.errorID == kORB_ErrorNoReply) {
         if (report.replyBytes == 0) return silent(outcome);
@@ -111,22 +160,21 @@ Verdict judge(const QueryOutcome &outcome) {
                     fmt::format("the reply \"{}\" gives no area; is paper loaded?", excerpt(replyOf(report), kExcerpt)));
     }
     Verdict verdict;
-    if (holdsSign(outcome)) {
-        verdict.notes.push_back(fmt::format("the plug-in reads numbers without their signs; the plotter said \"{}\"",
-                                            excerpt(replyOf(report), kExcerpt)));
-    }
+    if (std::string note = differenceNote(outcome); !note.empty()) verdict.notes.push_back(note);
     return verdict;
 }
 
 std::string limitLines(const QueryOutcome &outcome) {
-    const auto &values = outcome.values;
     if (!isHpgl(outcome.emulation)) {
+        const auto &values = outcome.values;
         return fmt::format("value 1      {}\nvalue 2      {}\nvalue 3      {}\nvalue 4      {}\n", values[0], values[1],
                            values[2], values[3]);
     }
+    const std::optional<Corners> said = cornersOf(outcome);
+    const Corners &corners = said ? *said : outcome.values;
     std::string lines =
-        fmt::format("lower left   {}, {}\nupper right  {}, {}\n", values[0], values[1], values[2], values[3]);
-    if (auto size = sizeOf(outcome)) lines += fmt::format("size         {:.1f} x {:.1f} mm\n", (*size)[0], (*size)[1]);
+        fmt::format("lower left   {}, {}\nupper right  {}, {}\n", corners[0], corners[1], corners[2], corners[3]);
+    if (auto size = sizeOf(said)) lines += fmt::format("size         {:.1f} x {:.1f} mm\n", (*size)[0], (*size)[1]);
     return lines;
 }
 
@@ -141,7 +189,9 @@ std::string json(const QueryOutcome &outcome, const Verdict &verdict) {
     object["seconds"] = outcome.seconds;
     if (verdict.code == ExitCode::Done) {
         object["values"] = outcome.values;
-        if (auto size = sizeOf(outcome)) {
+        const std::optional<Corners> corners = cornersOf(outcome);
+        if (corners) object["corners"] = *corners;
+        if (auto size = sizeOf(corners)) {
             object["width"] = (*size)[0];
             object["height"] = (*size)[1];
         }
@@ -159,8 +209,9 @@ std::vector<JsonFields> queryFields() {
     return {
         {"exitCode, message, notes", "what became of the question; only the first two when it was not asked"},
         {"source, emulation, seconds", "who was asked, and how"},
-        {"values", "the four limits, in the order of the reply; absent when there are none"},
-        {"width, height", "of the area between two corners, in mm"},
+        {"values", "the four limits of the record, in the order of the reply; absent when there are none"},
+        {"corners", "lower left and upper right as the plotter said them, with signs and decimals"},
+        {"width, height", "of the area between them, in mm"},
         {"request, reply", "what was sent and heard last"},
         {"reads", "tries to hear something"},
         {"errorID, errorText, errorStatus", "the failure; 22007 for none, and its system code"},

@@ -16,6 +16,8 @@ struct QueryOutcome {
     ORB_QueryReport report;
     std::array<double, 4> values; ///< of the record, in the order of the reply
     bool stopped;                 ///< by the user
+    bool isGivenUp;               ///< the command ended it: it took longer than was announced, or the plotter is gone
+    std::string whyHeld;          ///< of a serial line, when it was given up
     double seconds;
     std::string source; ///< the port or the USB plotter
     int32_t emulation;
@@ -34,7 +36,7 @@ bool isHpgl(int32_t emulation);
 std::string requestShown(const ORB_QueryReport &report);
 std::string replyShown(const ORB_QueryReport &report);
 
-/// The limits in lines.
+/// The limits in lines: corners as the plotter said them.
 std::string limitLines(const QueryOutcome &outcome);
 
 /// The outcome as a JSON object, on one line.

@@ -47,6 +47,8 @@ StopOnSignal::~StopOnSignal() {
     }
 }
 
+void StopOnSignal::interrupt() { setTimer(50'000); }
+
 bool StopOnSignal::came() { return stopCame != 0; }
 
 } // namespace host

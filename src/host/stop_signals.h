@@ -16,6 +16,9 @@ public:
     StopOnSignal &operator=(const StopOnSignal &) = delete;
     ~StopOnSignal();
 
+    /// From now on whatever this thread waits for is interrupted every 50 ms.
+    static void interrupt();
+
     /// True once such a signal came.
     static bool came();
 

@@ -2,6 +2,9 @@
 #include "host/usb/bed_fixture.h"
 #include "support/answering_plotter.h"
 
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
 namespace {
 
 class LimitsUsbTest : public BedTest {};
@@ -20,6 +23,15 @@ TEST_F(LimitsUsbTest, AsksThePlotterOnItsOwnPipeInItsOwnLanguage) {
     EXPECT_EQ(result.out, "value 1      0\nvalue 2      0\nvalue 3      2500\nvalue 4      2000\n");
     EXPECT_EQ(dmpl.usb().written(), ";:EH,ECM,ER,Q@");
     EXPECT_EQ(dmpl.usb().log().back(), "release");
+}
+
+TEST_F(LimitsUsbTest, EndsWhenThePlotterIsUnplugged) {
+    bed::UsbPlotter plotter(*bed, {.vendor = 0x1234});
+    plotter.onText = [&](std::string_view) { unlink(bed->fileOf(plotter.node()).c_str()); };
+    Result result = run({"limits", "--usb", "--json"});
+    EXPECT_EQ(result.code, 6);
+    EXPECT_NE(result.err.find("the plotter is gone"), std::string::npos) << result.err;
+    EXPECT_EQ(nlohmann::json::parse(result.out)["errorStatus"], static_cast<int32_t>(0xE00002EB)) << "aborted";
 }
 
 } // namespace
