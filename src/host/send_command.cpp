@@ -2,6 +2,7 @@
 #include "host/commands.h"
 #include "host/console_lines.h"
 #include "host/job_options.h"
+#include "host/job_writer.h"
 #include "host/line_settings.h"
 #include "host/output.h"
 #include "host/plotter_options.h"
@@ -10,11 +11,16 @@
 #include "host/record.h"
 #include "host/stop_signals.h"
 #include "host/text.h"
+#include "host/usb_access.h"
+#include "host/usb_target.h"
+#include "host/verdict.h"
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <cstring>
 #include <fmt/format.h>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <termios.h>
 #include <unistd.h>
 
@@ -25,11 +31,25 @@ namespace {
 struct SendOptions {
     std::string text;
     std::string port;
+    bool toUsb = false;
+    std::string usbChoice;
     int emulation = 17002;
+    int32_t plotterID = 0;
     LineSettings line;
     bool verbose = false;
     bool quiet = false;
+    bool json = false;
 };
+
+/// What the plug-in sends of itself before the text.
+const char *startTextOf(const SendOptions &options) {
+    if (!options.toUsb) return options.emulation == 17008 ? ";:" : "";
+    switch (options.emulation) {
+    case 17002: return "IN;";
+    case 17008: return ";:ECN,EF,P0,A,U,U0,0,K,;:ECN,EF,P0,A,U,U0,0,K,";
+    default: return "";
+    }
+}
 
 /// The service leaves the port open. Waits until the plotter has taken all of it, unless the user has had enough; false when
 /// it has not.
@@ -40,17 +60,10 @@ bool closePort(int fd) {
     return isTaken;
 }
 
-ExitCode send(const SendOptions &options) {
-    std::string text = unescaped(options.text, "TEXT");
-    requirePlotterText(text, "TEXT");
-    if (text.empty()) throw Failure(ExitCode::Usage, "TEXT: empty; type what the plotter is to get, such as 'IN;'");
-    if (options.port.empty())
-        throw Failure(ExitCode::Usage, "send: say which plotter: --port DEVICE, or --profile NAME of one with a port");
+/// Throws Failure unless all of the text was taken.
+void sendToPort(const SendOptions &options, const std::string &text) {
+    StopOnSignal signals; // outlives the port, whose close may have to be cut short
     PortLock lock(options.port);
-
-    ProgressBar noBar(false);
-    ConsoleLines console(options.verbose, noBar);
-    StopOnSignal signals;
     HostString portPath(options.port, "--port");
     ORB_ServiceRecord record = emptyRecord(kORB_ServiceOpenAndWrite);
     applyLineSettings(options.line, record);
@@ -68,23 +81,115 @@ ExitCode send(const SendOptions &options) {
         throw Failure(ExitCode::Stopped, "stopped: the text may have been sent in part");
     }
     if (record.ORB_errorID != kORB_NoError || !wasOpened) {
-        console.show();
         if (options.verbose) printError("plug-in: {}\n", shown(status));
         bool refused = record.ORB_errorID == kORB_ErrorSetAttributes;
-        throw Failure(
-            refused ? ExitCode::Failed : ExitCode::Lost,
-            fmt::format("{}: {}; {}", shown(options.port), errorText(record.ORB_errorID),
-                        refused ? "try other line settings, such as --bits 8" : "check the cable, then try again"));
+        throw Failure(refused ? ExitCode::Failed : ExitCode::Lost,
+                      fmt::format("{}: {}; {}", shown(options.port), errorText(record.ORB_errorID),
+                                  refused ? settingsRemedy(options.port) : "check the cable, then try again"));
     }
     if (!isTaken || lock.isGone()) {
         throw Failure(ExitCode::Lost, fmt::format("{}: the device was lost, and the text may not have reached it; check the "
                                                   "cable, then try again",
                                                   shown(options.port)));
     }
-    if (!options.quiet) {
-        printOut("sent {} to {}\n", counted(static_cast<int64_t>(text.size()), "byte"), shown(options.port));
+}
+
+/// A job whose plot ends with the text's last character. Throws Failure where only another one can end it.
+JobOptions jobFor(const SendOptions &options, const std::string &text) {
+    if (endsWithAt(options.emulation) && text.back() != '@') {
+        throw Failure(ExitCode::Usage,
+                      fmt::format("TEXT: over USB, emulation {} is sent only what ends with @; end the text with it",
+                                  options.emulation));
     }
+    JobOptions job;
+    job.emulation = options.emulation;
+    job.terminator = fmt::format("\\x{:02X}", text.back());
+    for (size_t i = 0; i < std::size(kJobKeys); ++i) {
+        if (kJobKeys[i].option && kJobKeys[i].option == std::string_view("--plotter-id")) job.details[i] = options.plotterID;
+    }
+    return job;
+}
+
+/// Throws Failure unless all of the text was taken.
+void sendToUsb(const SendOptions &options, const UsbDevice &device, const std::string &text) {
+    const TemporaryJob job(propertyList(jobOf(jobFor(options, text)))), plot(text);
+    PrintOutcome outcome{};
+    outcome.report.structSize = sizeof outcome.report;
+    outcome.plotFile = "TEXT";
+    outcome.destination = device.id();
+    outcome.usb = device;
+    {
+        StopOnSignal signals;
+        ORB_ServiceRecord record = recordFor(device);
+        record.ORB_serviceNumber = kORB_ServicePrint;
+        record.ORB_EmulationID = options.emulation;
+        record.ORB_JobFileRef = fileReference(job.path());
+        record.ORB_PlotFileInRef = fileReference(plot.path());
+        if (!StopOnSignal::came()) {
+            record = ORB_getVectorixCS2(record);
+            ORB_hostGetJobReport(&outcome.report);
+        }
+        outcome.stopped = StopOnSignal::came();
+        outcome.recordErrorID = record.ORB_errorID;
+        outcome.usbOutPipe = record.ORB_USB_PIPEOUT;
+        releaseStrings(record);
+    }
+    outcome.isGone = accessTo(device.node) == NodeAccess::NoNode;
+    Verdict verdict = judge(outcome);
+    if (verdict.code != ExitCode::Done) throw Failure(verdict.code, verdict.message);
+}
+
+void tell(const SendOptions &options, const std::string &destination, size_t bytes, double seconds) {
+    const std::string start = startTextOf(options);
+    if (options.json) {
+        nlohmann::ordered_json object = {{"exitCode", 0},
+                                         {"message", ""},
+                                         {"notes", nlohmann::ordered_json::array()},
+                                         {"destination", destination},
+                                         {"emulation", options.emulation},
+                                         {"seconds", seconds},
+                                         {"sentBytes", bytes},
+                                         {"startText", start}};
+        printOut("{}\n", object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    } else if (!options.quiet) {
+        printOut("sent {} to {}{}\n", counted(static_cast<int64_t>(bytes), "byte"), shown(destination),
+                 start.empty() ? "" : fmt::format(", behind the start of emulation {}: {}", options.emulation, start));
+    }
+}
+
+ExitCode send(const SendOptions &options) {
+    std::string text = unescaped(options.text, "TEXT");
+    requirePlotterText(text, "TEXT");
+    if (text.empty()) throw Failure(ExitCode::Usage, "TEXT: empty; type what the plotter is to get, such as 'IN;'");
+    if (options.port.empty() && !options.toUsb) {
+        throw Failure(ExitCode::Usage, "send: say which plotter: --port DEVICE, --usb, or --profile NAME of one with "
+                                       "either");
+    }
+    const UsbChoice choice = parseUsbChoice(options.usbChoice);
+    ProgressBar noBar(false);
+    ConsoleLines console(options.verbose, noBar);
+    const auto start = std::chrono::steady_clock::now();
+    std::string destination = options.port;
+    if (options.toUsb) {
+        const UsbDevice device = chooseUsbDevice(usbDevices(), choice);
+        requireFree(device);
+        if (options.verbose) printError("{}", notesOf(device));
+        destination = device.id();
+        sendToUsb(options, device, text);
+    } else {
+        sendToPort(options, text);
+    }
+    tell(options, destination, text.size(), std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
     return ExitCode::Done;
+}
+
+std::vector<JsonFields> sendFields() {
+    return {
+        {"exitCode, message, notes", "what became of the text; only the first two when it was not sent"},
+        {"destination, emulation, seconds", "where it went, and how"},
+        {"sentBytes", "of the text"},
+        {"startText", "what the emulation was sent before it; empty for nothing"},
+    };
 }
 
 } // namespace
@@ -92,23 +197,32 @@ ExitCode send(const SendOptions &options) {
 void addSendCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<SendOptions>();
     CLI::App *command = app.add_subcommand("send", "Send a short text to a plotter");
-    explain(typed, *command,
-            {"",
-             {{"vectorix send 'IN;SP1;PU0,0;' --port /dev/ttyUSB0", "Takes pen 1 to the origin."},
-              {"vectorix send '\\e.R' --port /dev/ttyUSB0 --baud 2400", "An escape sequence, here of device control."}},
-             {}});
+    explain(
+        typed, *command,
+        {"Over USB the text goes as a small job, behind the start of its emulation: 17002 (hpgl) is sent IN; first, which\n"
+         "resets the plotter, 17008 (dmpl) its start line, twice, and all others nothing: 17001 is HP-GL, too. A port is\n"
+         "sent ;: first for 17008.",
+         {{"vectorix send 'IN;SP1;PU0,0;' --port /dev/ttyUSB0", "Takes pen 1 to the origin."},
+          {"vectorix send 'PU;SP0;' --usb --emulation 17001", "Puts the pen away, on the only USB plotter."},
+          {"vectorix send '\\e.R' --port /dev/ttyUSB0 --baud 2400", "An escape sequence, here of device control."}},
+         sendFields()});
     command->add_option("TEXT", options->text, "Up to 255 ASCII characters; \\n \\r \\t \\e \\xNN \\\\ are understood")
         ->required()
         ->type_name("");
     addProfileOption(*command);
-    addPort(*command, options->port);
+    CLI::Option *port = addPort(*command, options->port);
+    CLI::Option *usb = addUsb(*command, options->usbChoice)->excludes(port);
     addEmulation(*command, options->emulation);
+    addPlotterID(*command, options->plotterID)->needs(usb);
     addLineOptions(*command, options->line);
     command->add_flag("-v,--verbose", options->verbose, "Show what the plug-in says");
     command->add_flag("-q,--quiet", options->quiet, "Say nothing but errors");
-    command->callback([options, command, &typed] {
-        typed.run = [options, command] {
+    command->add_flag("--json", options->json, "Report as one JSON object");
+    command->callback([options, command, usb, &typed] {
+        typed.wantsJson = options->json;
+        typed.run = [options, command, usb] {
             applyProfile(*command);
+            options->toUsb = usb->count() > 0;
             return send(*options);
         };
     });

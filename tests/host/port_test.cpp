@@ -34,6 +34,8 @@ TEST_F(PortTest, SendsTheStartUpBytesOfAnEmulation) {
     Running sending({"send", "H,", "--port", plotter_.port(), "--emulation", "17008"}, false);
     EXPECT_EQ(plotter_.read(), ";:H,");
     EXPECT_EQ(sending.wait().code, 0);
+    expectRefusals(
+        {{{"send", "IN;", "--port", plotter_.port(), "--bits", "7"}, 1, "pseudo-terminal, such as the simulator's"}});
 }
 
 TEST_F(PortTest, NamesWhoHasThePortOpenAlsoThroughALink) {

@@ -55,6 +55,17 @@ TEST_F(PrintUsbTest, PrintsToTheOneAtThatPlace) {
     EXPECT_EQ(left.written(), "");
 }
 
+TEST_F(PrintUsbTest, SendsATextAsASmallJob) {
+    const bed::UsbPlotter plotter(*bed, {.vendor = 0x1234});
+    const std::string text = "PU;PA" + std::string(90, '1') + ",1;\\e.R"; // of several pieces, and no terminator behind it
+    Result result = run({"send", text, "--usb", "--json"});
+    auto report = nlohmann::json::parse(result.out);
+    EXPECT_EQ(plotter.written(), report["startText"].get<std::string>() + text.substr(0, 98) + "\x1B.R") << result.err;
+    EXPECT_EQ(report["sentBytes"], 101);
+    result = run({"send", "PU;", "--usb", "--emulation", "17008"});
+    EXPECT_EQ(result.code, 2) << "it would be sent in no part";
+}
+
 TEST_F(PrintUsbTest, NamesThePipeThatIsNone) {
     // The plug-in writes to the second pipe of this vendor's plotters.
     const bed::UsbPlotter plotter(*bed, {.vendor = 0x0C30, .settings = {{{0x02}}}});
