@@ -1,5 +1,6 @@
 #include "host/holders.h"
 
+#include "host/small_file.h"
 #include "host/text.h"
 
 #include <algorithm>
@@ -9,8 +10,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fmt/format.h>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -27,11 +26,6 @@ constexpr unsigned kLastPtyMajor = 143;
 constexpr unsigned kMinorsInPtyMajor = 256;
 const dev_t kPtyMultiplexer = makedev(5, 2);
 
-std::string contents(const fs::path &path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 template <class Number> Number numberAt(std::string_view text) {
     Number number = 0;
     text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
@@ -40,7 +34,7 @@ template <class Number> Number numberAt(std::string_view text) {
 }
 
 Holder processNamed(pid_t pid) {
-    std::string name = contents(fmt::format("/proc/{}/comm", pid));
+    std::string name = smallFile(fmt::format("/proc/{}/comm", pid)).value_or("");
     while (!name.empty() && name.back() == '\n')
         name.pop_back();
     return {pid, name, false};
@@ -55,7 +49,7 @@ bool sameDevice(const struct stat &a, const struct stat &b) {
 
 /// The pseudo-terminal whose far end a descriptor of the multiplexer is; -1 when the system does not tell.
 int terminalIndex(const fs::path &process, const std::string &descriptor) {
-    std::string info = contents(process / "fdinfo" / descriptor);
+    std::string info = smallFile(process / "fdinfo" / descriptor).value_or("");
     constexpr std::string_view kLabel = "tty-index:";
     size_t at = info.find(kLabel);
     return at == std::string::npos ? -1 : numberAt<int>(std::string_view(info).substr(at + kLabel.size()));
@@ -79,10 +73,13 @@ bool holds(const fs::path &process, const struct stat &device, bool &isFarEnd) {
     return found;
 }
 
-/// A lock file holds the process number as text, or as the four bytes of an int.
+/// A lock file holds the process number as text, or as the four bytes of an int; 0 for what is neither.
 pid_t lockOwner(const std::string &file) {
-    std::string text = contents(file);
-    if (text.size() == sizeof(int32_t)) {
+    constexpr size_t kMost = 512; // number, line end, and the names of program and user that some add
+    std::string text = smallFile(file, kMost).value_or("");
+    // The least number that four bytes of text make is past any process's.
+    bool isText = text.find_first_not_of("0123456789 \t\r\n") == std::string::npos;
+    if (text.size() == sizeof(int32_t) && !isText) {
         int32_t binary;
         memcpy(&binary, text.data(), sizeof binary);
         return binary;

@@ -28,6 +28,7 @@ TEST_F(DoctorFacts, Processes) {
     put("proc/801/stat", "801 (a (b) c) S 1 801 801 1088 801\n"); // 4:64
     put("proc/802/stat", "802 (cu) S 1 802 802 0 -1\n");
     put("proc/803/stat", "803 (cut");
+    fs::create_directories(root("proc/804/stat")); // a read of it fails, as that of a process that ends meanwhile
     put("proc/tty/drivers", "");
     fs::create_directories(root("proc/802/fd"));
     auto found = host::processes(root("proc"));

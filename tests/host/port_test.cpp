@@ -1,9 +1,13 @@
 // A serial port that somebody else holds, and one that nobody does: both seen through "send".
+#include "host/holders.h"
 #include "host/host_fixture.h"
 
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
@@ -48,24 +52,45 @@ TEST_F(PortTest, NamesWhoHasThePortOpenAlsoThroughALink) {
     }
 }
 
-TEST_F(PortTest, RespectsTheLockFileOfALivingProcess) {
-    std::string lock = "/var/lock/LCK..pts_" + plotter_.port().substr(std::string("/dev/pts/").size());
-    struct Removal {
-        std::string path;
-        ~Removal() { unlink(path.c_str()); }
-    } removal{lock};
-    auto lockedBy = [&](pid_t pid) { return static_cast<bool>(std::ofstream(lock) << pid << std::endl); };
-    pid_t gone = 0;
-    {
-        Bystander holder("", false);
-        if (!lockedBy(holder.pid())) GTEST_SKIP() << lock << " cannot be written";
-        expectBusy(plotter_.port(), holder.pid());
-        gone = holder.pid();
+/// The calling thread's user, if that is root, is nobody for a while.
+struct AsNobody {
+    const bool wasRoot = geteuid() == 0 && syscall(SYS_setresuid, 65534, 65534, 0) == 0;
+    ~AsNobody() {
+        if (wasRoot) syscall(SYS_setresuid, 0, 0, 0);
     }
-    ASSERT_TRUE(lockedBy(gone));
-    Running sending({"send", "IN;", "--port", plotter_.port()}, false);
-    EXPECT_EQ(plotter_.read(), "IN;");
-    EXPECT_EQ(sending.wait().code, 0) << "a lock whose owner is dead is stale";
+};
+
+/// In a folder that all may write, anything may stand under the lock's name, and its holder may be another user's process.
+TEST_F(PortTest, RespectsTheLockFileOfALivingProcess) {
+    const std::string lock = "/var/lock/LCK..pts_" + plotter_.port().substr(std::string("/dev/pts/").size());
+    auto put = [&](const std::string &text) { return static_cast<bool>(std::ofstream(lock) << text << std::flush); };
+    Bystander holder("", false);
+    const pid_t pid = holder.pid();
+    if (!put(std::to_string(pid) + " cu\n")) GTEST_SKIP() << lock << " cannot be written";
+    expectBusy(plotter_.port(), pid);
+    const struct {
+        const char *what;
+        std::function<void()> make;
+        pid_t holder;
+    } kRows[] = {
+        {"text of four bytes, root's", [&] { put("  1\n"); }, 1},
+        {"binary",
+         [&] {
+             put({reinterpret_cast<const char *>(&pid), sizeof pid});
+         },
+         pid},
+        {"a dead process's", [&] { put("99999999\n"); }, 0},
+        {"a pipe", [&] { mkfifo(lock.c_str(), 0666); }, 0},
+        {"a link to what has no end", [&] { std::filesystem::create_symlink("/dev/zero", lock); }, 0},
+        {"a folder", [&] { std::filesystem::create_directory(lock); }, 0},
+    };
+    for (const auto &row : kRows) {
+        std::filesystem::remove(lock);
+        row.make();
+        AsNobody nobody;
+        EXPECT_EQ(host::uucpHolder(plotter_.port()).pid, row.holder) << row.what;
+    }
+    std::filesystem::remove(lock);
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "host/doctor/processes.h"
 
-#include <fstream>
-#include <iterator>
+#include "host/small_file.h"
+
 #include <optional>
 #include <sstream>
 #include <sys/sysmacros.h>
@@ -20,8 +20,7 @@ dev_t unpacked(unsigned number) { return makedev((number >> 8) & 0xFFF, (number 
 
 /// "1234 (name) S parent group session terminal …", in which the name may hold blanks and brackets.
 std::optional<Process> processIn(const fs::path &folder) {
-    std::ifstream file(folder / "stat", std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), {}};
+    std::string text = smallFile(folder / "stat").value_or("");
     size_t open = text.find('('), close = text.rfind(')');
     if (open == std::string::npos || close == std::string::npos || close < open) return {};
     std::istringstream rest(text.substr(close + 1));

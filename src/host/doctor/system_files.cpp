@@ -1,8 +1,9 @@
 #include "host/doctor/system_files.h"
 
+#include "host/small_file.h"
+
 #include <cstdio>
 #include <fmt/format.h>
-#include <fstream>
 #include <sstream>
 #include <sys/sysmacros.h>
 
@@ -12,7 +13,7 @@ namespace fs = std::filesystem;
 
 bool isConsole(const fs::path &proc, dev_t terminal) {
     const std::string number = fmt::format("{}:{}", major(terminal), minor(terminal));
-    std::ifstream consoles(proc / "consoles");
+    std::istringstream consoles(smallFile(proc / "consoles").value_or(""));
     for (std::string line; std::getline(consoles, line);) {
         if (line.substr(line.find_last_of(" \t") + 1) == number) return true;
     }
@@ -22,7 +23,7 @@ bool isConsole(const fs::path &proc, dev_t terminal) {
 std::optional<pid_t> lockOwner(const fs::path &proc, const struct stat &file) {
     // "1: FLOCK  ADVISORY  WRITE 1234 00:05:13 0 EOF"; one that waits for the lock has an arrow behind its number.
     const std::string id = fmt::format("{:02x}:{:02x}:{}", major(file.st_dev), minor(file.st_dev), file.st_ino);
-    std::ifstream locks(proc / "locks");
+    std::istringstream locks(smallFile(proc / "locks").value_or(""));
     for (std::string line; std::getline(locks, line);) {
         std::istringstream words(line);
         std::string number, kind, manner, access, inode;
@@ -36,7 +37,7 @@ std::optional<std::string> modemLines(const fs::path &proc, const std::string &n
     constexpr std::string_view kPrefix = "ttyS";
     if (name.rfind(kPrefix, 0) != 0) return {};
     const std::string label = name.substr(kPrefix.size()) + ":";
-    std::ifstream ports(proc / "tty/driver/serial");
+    std::istringstream ports(smallFile(proc / "tty/driver/serial").value_or(""));
     for (std::string line; std::getline(ports, line);) {
         if (line.rfind(label, 0) != 0 || line.find("tx:") == std::string::npos)
             continue; // counts are for root, as lines are

@@ -1,0 +1,14 @@
+// Small files that other programs make and take away again: what the kernel publishes of processes, and lock files.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace host {
+
+/// The file's bytes. None when it is gone (a process may end between being found and being read), may not be read, is no
+/// regular file or longer than most bytes. Never waits, and follows no link in the path's last part: in a folder that all
+/// may write, anything may stand under a name.
+std::optional<std::string> smallFile(const std::string &path, size_t most = size_t{16} * 1024 * 1024);
+
+} // namespace host
