@@ -247,12 +247,12 @@ TEST(Console, AHostsFunctionTakesAllText) {
     posix::printf("%d of %s\n", 1, std::string(5000, 'x').c_str());
     errno = ENOENT;
     posix::perror("port");
-    posix::eprintf("%s", "");
+    posix::perror("");
     CFShowStr(CFRef(CFStringCreateWithUTF8("shown")).get());
     CFShowStr(0);
     platform::setConsoleFunction(nullptr, nullptr);
     EXPECT_EQ(heard[0], "a line\n1 of " + std::string(5000, 'x') + "\n");
-    EXPECT_EQ(heard[1], "port: No such file or directory\nshown\n(null)\n");
+    EXPECT_EQ(heard[1], "port: No such file or directory\nNo such file or directory\nshown\n(null)\n");
 }
 
 TEST(Console, StandardStreamsOtherwise) {

@@ -96,7 +96,10 @@ void eprintf(const char *format, ...) {
     va_end(arguments);
 }
 
-void perror(const char *prefix) { eprintf("%s: %s\n", prefix, std::strerror(errno)); }
+void perror(const char *prefix) {
+    const bool stands = prefix != nullptr && *prefix != '\0';
+    eprintf("%s%s%s\n", stands ? prefix : "", stands ? ": " : "", std::strerror(errno));
+}
 
 void flushConsole() { platform::backends().console->flush(); }
 

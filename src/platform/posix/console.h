@@ -29,7 +29,7 @@ void puts(std::string_view text);
 __attribute__((format(printf, 1, 2))) void printf(const char *format, ...);
 /// Standard error.
 __attribute__((format(printf, 1, 2))) void eprintf(const char *format, ...);
-/// Standard error: prefix, ": ", the text of errno and a line end.
+/// Standard error: prefix and ": ", unless it is empty or NULL, the text of errno and a line end.
 void perror(const char *prefix);
 void flushConsole();
 
