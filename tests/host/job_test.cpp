@@ -4,8 +4,10 @@
 #include "host/failure_of.h"
 #include "host/job_reader.h"
 
+#include <array>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <orb/vectorix.h>
 
 namespace {
 
@@ -27,6 +29,31 @@ TEST_F(JobCommandTest, ShowsWhatItWrote) {
     EXPECT_EQ(nlohmann::json::parse(run({"job", "show", job, "--json"}).out), expected);
     EXPECT_NE(run({"job", "show", job}).out.find("ORB_CFSTR_Tool2 :       \"\\e\"\n"), std::string::npos);
     EXPECT_EQ(run({"job", "check", job}).code, 0);
+}
+
+/// Each key stands for the same in the command and in the plug-in.
+TEST_F(JobCommandTest, ThePlugInReadsWhatWasTyped) {
+    std::string job = path("job.plist");
+    std::vector<std::string> words = {"job", "write", job};
+    for (const char *name : {"pipe-out", "pipe-in", "group-id", "subgroup-id", "plotter-id", "tile-copies", "tile-axis",
+                             "x-tile", "y-tile", "from-tile", "to-tile"})
+        words.insert(words.end(), {std::string("--") + name, std::to_string(words.size())});
+    ASSERT_EQ(run(words).code, 0);
+    ORB_ServiceRecord r{};
+    r.ORB_serviceNumber = kORB_ServicePrint;
+    r.ORB_OutputMethode = kORB_OSX_METHOD_SERIAL;
+    r.ORB_baudRate = 9600;
+    FarEnd plotter;
+    r.ORB_CFSTR_bsdIn_VectorixDevice = ORB_hostCreateString(plotter.port().c_str());
+    ORB_hostSetProgress([](const ORB_JobReport *, void *) { return 1; }, nullptr); // no waiting at the end
+    ASSERT_EQ(ORB_hostMakeFileRef(job.c_str(), &r.ORB_JobFileRef), 0);
+    ASSERT_EQ(ORB_hostMakeFileRef(job.c_str(), &r.ORB_PlotFileInRef), 0);
+    r = ORB_getVectorixCS2(r);
+    ORB_hostSetProgress(nullptr, nullptr);
+    EXPECT_EQ((std::array<double, 11>{double(r.ORB_USB_PIPEOUT), double(r.ORB_USB_PIPEIN), double(r.ORB_PlotterGroupID),
+                                      double(r.ORB_PlotterSubgroupID), double(r.ORB_PlotterID), r.ORB_TileCopies,
+                                      r.ORB_TileAxis, r.ORB_XTile, r.ORB_YTile, r.ORB_FromTile, r.ORB_ToTile}),
+              (std::array<double, 11>{3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23}));
 }
 
 TEST_F(JobCommandTest, ReplacesAFileOnlyWhenTold) {
