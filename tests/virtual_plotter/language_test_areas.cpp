@@ -85,6 +85,7 @@ constexpr LabelCase kLabels[] = {
     {"by cells", "CP2,-1", {1240, 760}},
     {"by a line", "LBabc\3CP;", {1000, 760}},
     {"lines of CP count for the line end", "CP3,-1;LBa\r\x03", {1000, 760}},
+    {"a character of the plot's own", "UC0,8,99,4,0;UC;LBa\3", {1240, 1000}},
 };
 
 TEST(HpglLabels, PenPositions) {
@@ -115,6 +116,7 @@ TEST(HpglLabels, WhatIsCovered) {
         {"mirrored", "SI-0.2,0.3;LBH\x03", {{-h.upper.x, h.lower.y}, {-h.lower.x, h.upper.y}}},
         {"pen at the middle", "LO5;LBH\x03", {{h.lower.x - 40, h.lower.y - 60}, {h.upper.x - 40, h.upper.y - 60}}},
         {"apart at the right", "LO19;LBH\3", {{h.lower.x - 120, h.lower.y - 180}, {h.upper.x - 120, h.upper.y - 180}}},
+        {"a character of the plot's own", "UC2,0,99,1,4,-99,9,9;", {{40, 0}, {60, 60}}},
         {"marks at points", "SMH;PA1000,1000;", {{h.lower.x - 40, h.lower.y - 60}, {h.upper.x - 40, h.upper.y - 60}}},
     };
     for (const auto &c : cases) {
@@ -130,7 +132,7 @@ TEST(HpglLabels, WhatIsCovered) {
 
 TEST(HpglLabels, TextsThatAreNotDrawn) {
     const Job job("BLPD9,9;\x03WDtext PD\x03"
-                  "CO\"PD5,5;\";BP5,\"PD;\",1;PU1,1PD2,2");
+                  "CO\"PD5,5;\";CO PD8,\"8;BP5,\"PD;\",1;PU1,1PD2,2");
     EXPECT_EQ(job.strokes(), "1,1 2,2");
     EXPECT_EQ(job.oddities(), "");
 }

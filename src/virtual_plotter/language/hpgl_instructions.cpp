@@ -55,6 +55,7 @@ constexpr Instruction kInstructions[] = {
     {"WG", fillWedge, 3, 4, true},
 
     {.name = "LB", .draws = true, .form = Form::label},
+    {.name = "UC", .draws = true, .form = Form::strokes},
     {.name = "DT", .form = Form::terminator},
     {"SI", absoluteSize, 0, 2},
     {"SR", relativeSize, 0, 2},
@@ -69,7 +70,7 @@ constexpr Instruction kInstructions[] = {
     {.name = "BL", .form = Form::text},
     {.name = "WD", .form = Form::text},
     {.name = "BP", .form = Form::remark},
-    {.name = "CO", .form = Form::remark},
+    {.name = "CO", .form = Form::comment},
     {.name = "MG", .form = Form::remark},
 
     // Questions.

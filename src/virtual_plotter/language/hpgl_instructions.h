@@ -12,11 +12,13 @@ enum class Form : uint8_t {
     numbers,    ///< up to the terminator or the next letter
     groups,     ///< the same, any number of them: carried out group by group as they come
     remark,     ///< numbers and texts in quotation marks, which are skipped
+    comment,    ///< the same, or a text without quotation marks up to the semicolon
     label,      ///< characters up to the label terminator
     text,       ///< the same, but nothing is drawn
     terminator, ///< one character, then numbers: the label terminator
     symbol,     ///< one character: what marks each point
     polyline,   ///< encoded
+    strokes,    ///< numbers, carried out one by one: a character that the plot itself makes
     request,    ///< a question to the plotter
 };
 

@@ -146,6 +146,44 @@ void endLabel(Plotter &p) {
     p.resume();
 }
 
+void beginOwnCharacter(Plotter &p) {
+    p.ownCharacter = {};
+    p.ownCharacter.at = p.at;
+    if (!p.defining) p.carriage.moveTo(p.frame.toSheet(p.at));
+}
+
+/// Steps on a grid of which a capital is 4 wide and 8 high. Numbers past the grid lower and lift the pen.
+void ownCharacterNumber(Plotter &p, double number) {
+    constexpr double kPenControl = 99, kColumns = 4, kRows = 8;
+    OwnCharacter &c = p.ownCharacter;
+    c.any = true;
+    if (!c.x && std::abs(number) >= kPenControl) {
+        c.down = number > 0;
+    } else if (!c.x) {
+        c.x = number;
+    } else {
+        const Layout layout = layoutOf(p);
+        const double up = number * layout.height / kRows;
+        c.at = offset(layout, c.at, *c.x * layout.width / kColumns + up * p.lettering.slant, up);
+        c.x.reset();
+        if (p.defining) return;
+        if (c.down)
+            p.carriage.strokeTo(p.frame.toSheet(c.at));
+        else
+            p.carriage.moveTo(p.frame.toSheet(c.at));
+    }
+}
+
+bool endOwnCharacter(Plotter &p) {
+    if (p.defining) return false;
+    if (p.ownCharacter.any) {
+        p.at = offset(layoutOf(p), p.at, layoutOf(p).advance, 0);
+        p.lettering.column += 1;
+    }
+    p.resume();
+    return !p.ownCharacter.x;
+}
+
 void drawSymbol(Plotter &p) {
     const Layout layout = layoutOf(p);
     drawCharacter(p, layout, p.lettering.symbol, offset(layout, p.at, -layout.width / 2, -layout.height / 2));

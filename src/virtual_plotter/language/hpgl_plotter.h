@@ -58,6 +58,14 @@ struct Lettering {
     double column = 0;
 };
 
+/// A character that the plot itself makes, being drawn.
+struct OwnCharacter {
+    Point at;
+    bool down = false;
+    bool any = false;        ///< numbers were given
+    std::optional<double> x; ///< of the step whose y is to come
+};
+
 /// An encoded polyline being read.
 struct Polyline {
     uint64_t bits = 0;
@@ -86,6 +94,7 @@ struct Plotter {
     Lines lines;
     Filling filling;
     Lettering lettering;
+    OwnCharacter ownCharacter;
     Polyline polyline;
     double tickUp = 0.5, tickDown = 0.5; ///< percent
     bool chordsByDeviation = false;
@@ -110,6 +119,10 @@ struct Plotter {
 void initialize(Plotter &plotter);
 void label(Plotter &plotter, unsigned char character);
 void endLabel(Plotter &plotter);
+void beginOwnCharacter(Plotter &plotter);
+void ownCharacterNumber(Plotter &plotter, double number);
+/// False when it ends in the middle of a step.
+bool endOwnCharacter(Plotter &plotter);
 void drawSymbol(Plotter &plotter);
 void beginPolyline(Plotter &plotter);
 /// False for a byte that has no place in a polyline.

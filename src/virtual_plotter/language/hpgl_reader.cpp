@@ -63,6 +63,15 @@ void HpglReader::step(unsigned char byte) {
     case State::quoted:
         if (byte == '"') state_ = State::numbers;
         break;
+    case State::comment:
+        if (isBlank(byte)) return keep(byte);
+        state_ = byte == '"' || byte == ';' ? State::numbers : State::remark;
+        if (state_ == State::numbers) return numbersByte(byte);
+        [[fallthrough]];
+    case State::remark:
+        keep(byte);
+        if (byte == ';') endInstruction();
+        break;
     case State::character: characterByte(byte); break;
     case State::label: labelByte(byte); break;
     case State::polyline:
@@ -118,6 +127,11 @@ void HpglReader::beginInstruction(unsigned char second) {
     case Form::symbol: state_ = State::character; break;
     case Form::label:
     case Form::text: state_ = State::label; break;
+    case Form::comment:
+        // In small letters it is rather a word of something that is no plot, and the semicolon far away.
+        if (((letter_ | second) & 0x20u) == 0) state_ = State::comment;
+        break;
+    case Form::strokes: hpgl::beginOwnCharacter(plotter_); break;
     case Form::polyline:
         hpgl::beginPolyline(plotter_);
         state_ = State::polyline;
@@ -144,7 +158,8 @@ void HpglReader::numbersByte(unsigned char byte) {
         number_.sign(byte == '-');
     } else if (byte == '.') {
         if (!number_.point()) broken_ = true;
-    } else if (byte == '"' && instruction_ != nullptr && instruction_->form == Form::remark) {
+    } else if (byte == '"' && instruction_ != nullptr &&
+               (instruction_->form == Form::remark || instruction_->form == Form::comment)) {
         completeNumber();
         state_ = State::quoted;
     } else {
@@ -161,6 +176,7 @@ void HpglReader::completeNumber() {
     }
     const double value = number_.take();
     if (instruction_ == nullptr) return;
+    if (instruction_->form == Form::strokes) return hpgl::ownCharacterNumber(plotter_, value);
     if (count_ < numbers_.size()) numbers_[count_] = value;
     ++count_;
     if (instruction_->form == Form::groups && count_ == instruction_->group) {
@@ -178,6 +194,7 @@ void HpglReader::endInstruction() {
     switch (instruction_->form) {
     case Form::groups: good = good && count_ == 0; break;
     case Form::label: hpgl::endLabel(plotter_); break;
+    case Form::strokes: good = hpgl::endOwnCharacter(plotter_) && good; break;
     case Form::polyline: good = hpgl::endPolyline(plotter_) && good; break;
     case Form::terminator: plotter_.lettering.printsTerminator = count_ > 0 && numbers_[0] == 0; break;
     case Form::request:
@@ -248,6 +265,8 @@ void HpglReader::endWhatIsOpen() {
     case State::rubbish: note(Oddity::unknown); break;
     case State::numbers:
     case State::quoted:
+    case State::comment:
+    case State::remark:
     case State::character:
     case State::label:
     case State::polyline: endInstruction(); break;

@@ -25,6 +25,8 @@ private:
         second,    // letter of a mnemonic
         numbers,   // of the instruction
         quoted,    // text within an instruction
+        comment,   // where a text without quotation marks may begin
+        remark,    // such a text
         character, // the one that DT or SM takes
         label,     // or another text up to the label terminator
         polyline,
