@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -317,6 +318,10 @@ TEST_F(PictureTest, GivenUpLeavesNothing) {
         Picture picture(sheetOf("a4"));
         ASSERT_FALSE(picture.open(path(std::string("draft") + ending)).has_value());
         drawMuch(picture);
+        // Nor does it when the process is killed, where the file system knows files without a name.
+        const int unnamed = ::open(m_folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+        EXPECT_TRUE(names().empty() || unnamed < 0) << ending;
+        ::close(unnamed);
     }
     EXPECT_TRUE(names().empty());
 }

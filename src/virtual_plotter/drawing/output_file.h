@@ -3,12 +3,14 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <functional>
 #include <string>
 
 namespace virtual_plotter {
 
-/// Collects bytes in a hidden temporary beside the target, which takes the target's name at the end; until then an older
-/// file of that name stays as it is. Not committed, it leaves nothing behind.
+/// Collects bytes in a file beside the target, which takes the target's name at the end; until then an older file of that
+/// name stays as it is. Not committed, it leaves nothing behind: it has no name, so that nothing stays of a process that is
+/// killed either, but on file systems that know no such files, where its name is hidden.
 class OutputFile {
 public:
     OutputFile() = default;
@@ -24,8 +26,12 @@ public:
     int error() const { return m_error; }
 
 private:
+    /// Tries names for a temporary until one is taken, or errno is another than EEXIST; false leaves errno.
+    bool named(const std::function<bool(const std::string &name)> &take);
+
     std::FILE *m_file = nullptr;
-    std::string m_path, m_temporary;
+    std::string m_path, m_folder;
+    std::string m_temporary; ///< its name; empty while it has none
     int m_error = 0;
 };
 
