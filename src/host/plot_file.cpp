@@ -86,6 +86,14 @@ PlotChange PlotFile::change() const {
     }
     if (stat(path_.c_str(), &named) != 0 || named.st_ino != opened_.st_ino || named.st_dev != opened_.st_dev)
         return {false, "the plot file was replaced or removed meanwhile; what was printed is the plot as it was before"};
+    // Whoever writes can set the time of writing back, but not that of the last change of any kind. Other changes than
+    // writing, which explain it: rights, owner, another name.
+    bool isOtherwiseSame = now.st_mode == opened_.st_mode && now.st_uid == opened_.st_uid && now.st_gid == opened_.st_gid &&
+                           now.st_nlink == opened_.st_nlink;
+    if (!isSame(now.st_ctim, opened_.st_ctim) && isOtherwiseSame) {
+        return {true, "its dates were set while it was printed, as after writing to it, so that the drawing may be part old "
+                      "and part new; print it again"};
+    }
     return {};
 }
 

@@ -91,6 +91,13 @@ TEST_F(FaultTest, TellsWhatBecameOfThePlotFile) {
         {"shrinks", [](auto &path) { fs::resize_file(path, 70'000); }, 1, false, "from 81 791 to 70 000 bytes"},
         {"grows", [](auto &path) { std::ofstream(path, std::ios::app) << "PU;"; }, 1, true, "to 81 794 bytes"},
         {"is written to", [](auto &path) { std::fstream(path).seekp(70'000) << "\xE9"; }, 1, false, "part old and part new"},
+        {"is written to, and dated back",
+         [](auto &path) {
+             auto before = fs::last_write_time(path);
+             std::fstream(path).seekp(70'000) << "X";
+             fs::last_write_time(path, before);
+         },
+         1, false, "its dates were set"},
         {"is removed", [](auto &path) { fs::remove(path); }, 0, true, "note: the plot file was replaced or removed"},
         {"is replaced",
          [](auto &path) {
