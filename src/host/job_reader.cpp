@@ -186,7 +186,7 @@ private:
 } // namespace
 
 std::vector<JobLine> readJob(const std::string &path) {
-    std::string text = readWhole(path, "job file");
+    std::string text = readWhole(path, "job file", kLargestJobFile);
     return Reader(path, text).read();
 }
 

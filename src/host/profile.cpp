@@ -20,6 +20,10 @@ constexpr const char *kFirstLine =
     "# A plotter profile of vectorix; 'vectorix profile --help' tells what may stand here. Comments "
     "last until\n# 'profile add --force' replaces the file.\n";
 
+/// Far more than a profile needs. Each two bytes of a file can be a table within a table, which the library takes apart by
+/// calling itself: a larger one could exhaust the stack.
+constexpr int64_t kLargest = int64_t{12} * 1024;
+
 [[noreturn]] void refuse(const std::string &path, int line, const std::string &text) {
     throw Failure(ExitCode::Unfit, fmt::format("{}: line {}: {}", shown(path), line, shown(text)));
 }
@@ -172,7 +176,7 @@ Profile readProfile(const std::string &name) {
     Profile profile{name, profilePath(name), {}};
     struct stat status;
     if (lstat(profile.path.c_str(), &status) != 0 && errno == ENOENT) throw unknownProfile(name);
-    toml::table table = parsed(profile.path, readWhole(profile.path, "profile"));
+    toml::table table = parsed(profile.path, readWhole(profile.path, "profile", kLargest));
     requireKnown(profile.path, table);
     for (const ProfileKey &key : kProfileKeys) {
         const toml::node *node = table.get(key.name);
@@ -197,6 +201,10 @@ void writeProfile(const Profile &profile, bool force) {
         toml::table line;
         kindOf(*value.key).put(line, value.key->name, value.words);
         text << line << '\n';
+    }
+    if (static_cast<int64_t>(text.str().size()) > kLargest) {
+        throw Failure(ExitCode::Usage, fmt::format("{}: more than the {} bytes that a profile may have; shorten its texts",
+                                                   profile.name, grouped(kLargest)));
     }
     makeProfileFolder();
     writeWhole(profile.path, text.str(), force);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fmt/format.h>
 #include <sys/stat.h>
@@ -74,8 +75,15 @@ void makeProfileFolder() {
     for (const fs::path &part : fs::path(profileFolder())) {
         made /= part;
         // Configuration is the user's alone, unless somebody made the folder otherwise.
-        if (mkdir(made.c_str(), 0700) == 0 || fs::is_directory(made)) continue;
-        throw outputFailure(made, errno);
+        if (mkdir(made.c_str(), 0700) == 0) continue;
+        int errorNumber = errno;
+        std::error_code ignored;
+        if (fs::is_directory(made, ignored)) continue;
+        if (errorNumber != EACCES && errorNumber != EROFS) throw outputFailure(made, errorNumber);
+        throw Failure(ExitCode::Permission,
+                      fmt::format("{}: {}; profiles are kept below it: make it writable for you, or set XDG_CONFIG_HOME to "
+                                  "a folder that is",
+                                  shown(made.parent_path().string()), lowered(strerror(errorNumber))));
     }
 }
 

@@ -20,8 +20,7 @@ namespace host {
 
 namespace {
 
-constexpr off_t kLargest = off_t{16} * 1024 * 1024; // what the plug-in reads of a job file
-constexpr int kMostLinks = 40;                      // as the kernel follows
+constexpr int kMostLinks = 40; // as the kernel follows
 
 bool writeAndClose(int fd, const std::string &contents) {
     bool whole = writeAll(fd, contents) && fsync(fd) == 0;
@@ -62,13 +61,13 @@ mode_t newFileMode() {
 
 } // namespace
 
-std::string readWhole(const std::string &path, const char *what) {
+std::string readWhole(const std::string &path, const char *what, int64_t most) {
     struct stat status;
     if (stat(path.c_str(), &status) != 0) throw fileFailure(path, errno);
     if (S_ISDIR(status.st_mode)) throw fileFailure(path, EISDIR);
     if (!S_ISREG(status.st_mode))
         throw Failure(ExitCode::Unfit, fmt::format("{}: not a file; name a {}", shown(path), what));
-    if (status.st_size > kLargest) {
+    if (status.st_size > most) {
         throw Failure(ExitCode::Unfit, fmt::format("{}: {} bytes are too many for a {}; is it another file?", shown(path),
                                                    grouped(status.st_size), what));
     }

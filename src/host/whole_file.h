@@ -1,12 +1,15 @@
 // Small files that are read and written as a whole.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace host {
 
-/// The bytes of a file of at most 16 MB. what names its kind: "job file". Throws Failure.
-std::string readWhole(const std::string &path, const char *what);
+inline constexpr int64_t kLargestJobFile = int64_t{16} * 1024 * 1024; // what the plug-in reads of one
+
+/// The bytes of a file of at most so many. what names its kind: "job file". Throws Failure.
+std::string readWhole(const std::string &path, const char *what, int64_t most);
 
 /// Writes a file that is either wholly there or not at all. Throws Failure; without force also when the file exists.
 /// One that is replaced keeps its permissions; a link is followed, and stays.

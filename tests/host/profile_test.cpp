@@ -159,8 +159,15 @@ TEST_F(ProfileTest, NamesTheLineOfWhatIsUnfit) {
     }
     profile("house", "# nothing yet\n");
     EXPECT_TRUE(host::readProfile("house").values.empty());
-    profile("house", "tool = " + std::string(100'000, '['));
-    EXPECT_EQ(run({"profile", "show", "house"}).code, 7) << "deep nesting ends in no crash";
+    for (size_t depth : {size_t{6'000}, size_t{40'000}}) {
+        std::string key = "a";
+        for (size_t i = 1; i < depth; ++i)
+            key += ".a";
+        for (const std::string &text : {key + " = 1", "tool = " + std::string(2 * depth, '[')}) {
+            profile("house", text);
+            EXPECT_EQ(run({"profile", "show", "house"}).code, 7) << "no depth ends in a crash: " << depth;
+        }
+    }
 }
 
 TEST_F(ProfileTest, RefusesByNameWithItsRemedy) {
@@ -197,6 +204,14 @@ TEST_F(ProfileTest, LivesInTheConfigurationFolder) {
     EXPECT_EQ(run({"profile", "list", "--names"}).code, 0) << "no folder, no profiles";
     EXPECT_EQ(add({"house", "--baud", "300"}).code, 0);
     EXPECT_TRUE(fs::exists(path("home/.config/vectorix/profiles/house.toml")));
+    for (unsigned rights : {0U, 0500U}) {
+        setenv("HOME", std::filesystem::path(file(fmt::format("{}/x", rights), "")).parent_path().c_str(), 1);
+        fs::permissions(getenv("HOME"), fs::perms(rights));
+        Result refused = add({"house", "--baud", "300"});
+        EXPECT_EQ(refused.code, 4) << refused.err;
+        EXPECT_NE(refused.err.find("profiles are kept below it"), std::string::npos) << refused.err;
+        fs::permissions(getenv("HOME"), fs::perms(0700));
+    }
     unsetenv("HOME");
     Result lost = add({"house", "--baud", "300"});
     EXPECT_EQ(lost.code, 2);
