@@ -91,7 +91,7 @@ ExitCode parse(CLI::App &app, int count, char **words) {
     } catch (const CLI::Success &request) { // help or version
         std::ostringstream text;
         app.exit(request, text, text);
-        writeOut(text.str());
+        printLines(text.str());
         return ExitCode::Done;
     } catch (const CLI::ParseError &mistake) {
         printFailure(mistakeText(app, mistake));

@@ -117,7 +117,7 @@ ExitCode dryRun(const PrintOptions &options, const PlotFile &plot, const PlotRul
     if (options.json) {
         printOut("{}\n", json(outcome, verdict, line));
     } else if (!options.quiet) {
-        printOut("{}", text(outcome, line));
+        printLines(text(outcome, line));
     }
     flushOut();
     for (const std::string &note : verdict.notes) {

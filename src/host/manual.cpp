@@ -2,6 +2,8 @@
 
 #include "host/commands.h"
 #include "host/failure.h"
+#include "host/output.h"
+#include "host/text.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -40,8 +42,18 @@ std::string jsonText(const std::vector<JsonFields> &fields) {
     return text;
 }
 
+/// Paragraphs, as wide as the terminal.
+std::string aboutText(std::string text) {
+    constexpr size_t kWidth = 118; // where there is none
+    for (size_t at = 1; at + 1 < text.size(); ++at) {
+        if (text[at] == '\n' && text[at - 1] != '\n' && text[at + 1] != '\n') text[at] = ' ';
+    }
+    const size_t columns = outputColumns();
+    return wrapped(text, columns == 0 ? kWidth : columns, 0);
+}
+
 std::string helpOf(const Manual &manual) {
-    std::string text = manual.about;
+    std::string text = aboutText(manual.about);
     if (!text.empty()) text += "\n\n";
     if (!manual.examples.empty()) text += examplesText(manual.examples) + "\n";
     if (!manual.json.empty()) text += jsonText(manual.json) + "\n";

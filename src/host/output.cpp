@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace host {
@@ -32,6 +33,12 @@ bool hasColour(int stream) {
 
 constexpr int kRed = 31, kGreen = 32, kYellow = 33;
 
+/// Columns of a terminal; 0 for what is none.
+size_t columnsOf(int stream) {
+    winsize size{};
+    return isatty(stream) && ioctl(stream, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
 std::string inColour(int stream, int colour, std::string_view text) {
     return hasColour(stream) ? fmt::format("\x1B[{}m{}\x1B[m", colour, text) : std::string(text);
 }
@@ -53,12 +60,20 @@ std::string coloured(std::string_view word) {
 }
 
 void printNote(std::string_view text) noexcept {
-    printError("vectorix: {} {}\n", inColour(STDERR_FILENO, kYellow, "note:"), text);
+    constexpr std::string_view kStart = "vectorix: note:";
+    std::string lines = wrapped(fmt::format("{} {}", kStart, text), columnsOf(STDERR_FILENO));
+    printError("vectorix: {}{}\n", inColour(STDERR_FILENO, kYellow, "note:"), lines.substr(kStart.size()));
 }
 
 void printFailure(std::string_view text) noexcept {
-    printError("{} {}\n", inColour(STDERR_FILENO, kRed, "vectorix:"), text);
+    constexpr std::string_view kStart = "vectorix:";
+    std::string lines = wrapped(fmt::format("{} {}", kStart, text), columnsOf(STDERR_FILENO));
+    printError("{}{}\n", inColour(STDERR_FILENO, kRed, kStart), lines.substr(kStart.size()));
 }
+
+size_t outputColumns() { return columnsOf(STDOUT_FILENO); }
+
+void printLines(std::string_view text) noexcept { writeOut(wrapped(text, outputColumns())); }
 
 void holdStandardStreams() {
     signal(SIGPIPE, SIG_IGN); // a reader that leaves must not leave the port open

@@ -34,6 +34,12 @@ std::string coloured(std::string_view word);
 void printNote(std::string_view text) noexcept;
 void printFailure(std::string_view text) noexcept;
 
+/// Of the terminal that standard output is; 0 when it is none.
+size_t outputColumns();
+
+/// Lines for people on standard output: as wide as the terminal, broken at blanks.
+void printLines(std::string_view text) noexcept;
+
 /// Before something else is said on standard error, so that both come in their order.
 void flushOut() noexcept;
 

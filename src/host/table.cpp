@@ -1,21 +1,12 @@
 #include "host/table.h"
 
 #include "host/output.h"
+#include "host/text.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 
 namespace host {
-
-namespace {
-
-/// Characters, of text that is UTF-8.
-size_t widthOf(const std::string &text) {
-    return static_cast<size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
-} // namespace
 
 void printTable(std::vector<std::vector<std::string>> rows, std::string_view colouredHeading) {
     std::vector<size_t> widths(rows.front().size());

@@ -39,6 +39,39 @@ bool isControl(std::string_view character) {
     return first < 0x20 || first == 0x7F || (first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0);
 }
 
+/// Of one that is too long.
+std::string wrappedLine(std::string_view line, size_t width, size_t hang) {
+    constexpr size_t kNarrow = 4; // where there is no room for a second column
+    size_t start = std::min(line.find_first_not_of(' '), line.size());
+    line.remove_prefix(start);
+    if (start > width / 2) start = kNarrow;
+    size_t indent = start + hang;
+    std::string result(start, ' ');
+    if (size_t gap = line.find("  "); gap != std::string_view::npos) { // a list's first column
+        const size_t second = std::min(line.find_first_not_of(' ', gap), line.size());
+        const bool fits = start + second <= width / 2;
+        result += line.substr(0, fits ? second : gap);
+        indent = fits ? start + second : start + kNarrow;
+        line.remove_prefix(second);
+        if (!fits) result += "\n" + std::string(indent, ' ');
+    }
+    size_t column = widthOf(std::string_view(result).substr(result.rfind('\n') + 1));
+    for (bool isFirst = true; !line.empty(); isFirst = false) {
+        const std::string_view word = line.substr(0, line.find(' '));
+        if (!isFirst && column + 1 + widthOf(word) > width) {
+            result += "\n" + std::string(indent, ' ');
+            column = indent;
+        } else if (!isFirst) {
+            result += ' ';
+            ++column;
+        }
+        result += word;
+        column += widthOf(word);
+        line.remove_prefix(std::min(word.size() + 1, line.size()));
+    }
+    return result;
+}
+
 } // namespace
 
 std::string shown(std::string_view text) {
@@ -132,6 +165,24 @@ std::string duration(double seconds) {
     if (whole < 60) return fmt::format("{} s", whole);
     if (whole < 3600) return fmt::format("{} min {} s", whole / 60, whole % 60);
     return fmt::format("{} h {} min", whole / 3600, whole % 3600 / 60);
+}
+
+size_t widthOf(std::string_view text) {
+    return static_cast<size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+std::string wrapped(std::string_view text, size_t width, size_t hang) {
+    std::string result;
+    while (!text.empty()) {
+        size_t end = text.find('\n');
+        std::string_view line = text.substr(0, end);
+        result += width == 0 || widthOf(line) <= width ? std::string(line) : wrappedLine(line, width, hang);
+        if (end == std::string_view::npos) break;
+        result += '\n';
+        text.remove_prefix(end + 1);
+    }
+    return result;
 }
 
 std::string lowered(std::string_view text) {

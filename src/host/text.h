@@ -32,6 +32,13 @@ std::string counted(int64_t number, std::string_view noun);
 /// A duration as people say it: "8 s", "3 min 20 s", "2 h 5 min".
 std::string duration(double seconds);
 
+/// Lines of at most so many characters, broken at blanks only: a longer word stays whole. What is broken goes on indented:
+/// below the second column of a list, or by so much more than the line. Width 0 breaks nothing.
+std::string wrapped(std::string_view text, size_t width, size_t hang = 2);
+
+/// Characters, of text that is UTF-8.
+size_t widthOf(std::string_view text);
+
 /// The text with a small first letter, as it stands inside a sentence.
 std::string lowered(std::string_view text);
 

@@ -1,6 +1,8 @@
 // What is refused before anything is opened: the exit code, and a message that names the thing and the remedy.
 #include "host/host_fixture.h"
 
+#include "host/text.h"
+
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
@@ -109,6 +111,23 @@ TEST_F(UsageTest, ColoursOnlyTerminalsThatWantIt) {
     setenv("NO_COLOR", "1", 1);
     EXPECT_TRUE(begins(Running({"print", "--prot"}, true).wait().err, plain));
     unsetenv("NO_COLOR");
+}
+
+TEST_F(UsageTest, BreaksLinesAtBlanks) {
+    const struct {
+        const char *text;
+        size_t width;
+        const char *lines;
+    } kRows[] = {
+        {"one two three\nfour", 0, "one two three\nfour"},
+        {"one two three\nfour", 9, "one two\n  three\nfour"},
+        {"\u00e4\u00e4\u00e4\u00e4 \u00e4\u00e4\u00e4\u00e4", 9, "\u00e4\u00e4\u00e4\u00e4 \u00e4\u00e4\u00e4\u00e4"},
+        {"a pathlongerthanall b", 8, "a\n  pathlongerthanall\n  b"},
+        {"  -q  Say nothing but errors", 18, "  -q  Say nothing\n      but errors"},
+        {"  --long-option  Say nothing", 14, "  --long-option\n      Say\n      nothing"},
+    };
+    for (const auto &row : kRows)
+        EXPECT_EQ(host::wrapped(row.text, row.width), row.lines);
 }
 
 TEST_F(UsageTest, HelpAndVersionGoToStandardOutput) {
