@@ -6,39 +6,19 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <optional>
 
 namespace host {
 
+using virtual_plotter::Language;
+
 namespace {
 
-constexpr struct {
-    std::string_view start;
-    const char *name;
-} kOtherLanguages[] = {
-    {"%!", "a PostScript document"},
-    {"%PDF-", "a PDF document"},
-    {"<svg", "an SVG drawing"},
-    {"<?xml", "an XML document"},
-    {"<!DOCTYPE", "a web page"},
-    {"<html", "a web page"},
-    {"\x89PNG", "a PNG picture"},
-    {"\xFF\xD8\xFF", "a JPEG picture"},
-    {"GIF8", "a GIF picture"},
-    {"PK\x03\x04", "a ZIP archive"},
-    {"\x1F\x8B", "a gzip archive"},
-    {"\x7F"
-     "ELF",
-     "a program"},
-};
-
-const char *otherLanguage(std::string_view head) {
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    if (head.rfind(kByteOrderMark, 0) == 0) head.remove_prefix(kByteOrderMark.size());
-    head.remove_prefix(std::min(head.find_first_not_of(" \t\r\n"), head.size()));
-    for (const auto &row : kOtherLanguages) {
-        if (head.rfind(row.start, 0) == 0) return row.name;
-    }
-    return nullptr;
+/// The language of an emulation's plots, as far as there is a reader of it.
+std::optional<Language> languageOf(const plot::CutRule &rule) {
+    if (rule.mark.text == ";PD") return Language::hpgl;
+    if (rule.end == "@") return Language::dmpl;
+    return std::nullopt;
 }
 
 bool isASCII(std::string_view text) {
@@ -90,7 +70,13 @@ public:
         if (!isASCII(tail)) return endBefore(tail);
         size_t end = plot::findEnd(tail, terminator_, rule_);
         send(tail.substr(0, end));
-        withhold(tail.substr(end), Flaw::BehindMark, result_.endPaddingBytes);
+        tail.remove_prefix(end);
+        const bool isHpgl = languageOf(rule_) == Language::hpgl;
+        if (tail.find("@PJL") != std::string_view::npos)
+            result_.endPadding = "a PJL trailer";
+        else if (isHpgl && !isPadding(tail) && isPadding(tail, true))
+            result_.endPadding = fmt::format("the question \"{}\"", shown(tail.substr(tail.find_last_of("Oo"), 2)));
+        withhold(tail, Flaw::BehindMark, result_.endPaddingBytes, isHpgl);
     }
 
 private:
@@ -102,10 +88,10 @@ private:
         withhold(piece.substr(nul), Flaw::BehindNul, result_.innerPaddingBytes);
     }
 
-    void withhold(std::string_view bytes, Flaw flaw, int64_t &padding) {
+    void withhold(std::string_view bytes, Flaw flaw, int64_t &padding, bool hasQuestions = false) {
         auto count = static_cast<int64_t>(bytes.size());
         result_.withheldBytes += count;
-        if (isPadding(bytes)) {
+        if (isPadding(bytes, hasQuestions)) {
             padding += count;
         } else {
             if (result_.flaw == Flaw::None) blame(flaw, offset_, bytes);
@@ -147,8 +133,7 @@ std::string PlotRules::endMark() const { return hasOwnEnd() ? std::string(plot::
 Examination examine(const PlotFile &file, const PlotRules &rules) {
     Examination result;
     result.fileBytes = file.size();
-    std::string head(512, '\0');
-    result.language = otherLanguage(file.read(0, head));
+    result.nature = natureOf(file, languageOf(plot::cutRule(rules.emulation)));
     if (result.fileBytes == 0) {
         result.flaw = Flaw::Empty;
     } else if (rules.endMark().empty()) {

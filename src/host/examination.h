@@ -1,6 +1,7 @@
 // A look at the plot file before the first byte of it goes out: what a print would leave unsent, and why.
 #pragma once
 
+#include "host/file_kind.h"
 #include "host/plot_file.h"
 
 #include <string>
@@ -32,16 +33,17 @@ enum class Flaw {
 
 struct Examination {
     int64_t fileBytes = 0;
-    int64_t pieces = 0;             ///< that are sent
-    int64_t withheldBytes = 0;      ///< of a print that nothing disturbs
-    const char *language = nullptr; ///< one that is no plotter's, by the file's first bytes: "a PDF document"
+    int64_t pieces = 0;        ///< that are sent
+    int64_t withheldBytes = 0; ///< of a print that nothing disturbs
+    FileNature nature;         ///< a plot of the emulation's language, or what it is instead
     Flaw flaw = Flaw::None;
     int64_t offset = 0;            ///< in the file, of the first byte that the flaw is about
     int64_t flawBytes = 0;         ///< that are not sent because of it
     std::string excerpt;           ///< the first of them
     int64_t innerPaddingBytes = 0; ///< not sent, and nothing in them draws: behind NUL bytes
     int64_t endPaddingBytes = 0;   ///< and behind the last mark
-    bool isFit() const { return flaw == Flaw::None && language == nullptr; }
+    std::string endPadding;        ///< what it is, when that is worth a word: "a PJL trailer"
+    bool isFit() const { return flaw == Flaw::None && nature.isPlot(); }
 };
 
 /// Reads the file once, in constant memory. Throws Failure when it cannot be read.
@@ -53,7 +55,8 @@ void requireFit(const Examination &examination, const PlotFile &file, const Plot
 /// For one that was printed all the same: what was not sent, why, and the remedy. Not for Flaw::None.
 std::string flawText(const Examination &examination, const PlotRules &rules);
 
-/// True when nothing in the text draws: white space, control bytes and escape sequences.
-bool isPadding(std::string_view text);
+/// True when nothing in the text draws: white space, control bytes, escape sequences, and a printer's job control behind
+/// them; with questions, those of HP-GL, too.
+bool isPadding(std::string_view text, bool hasQuestions = false);
 
 } // namespace host

@@ -26,6 +26,11 @@ Explanation explain(const Examination &found, const PlotRules &rules, const char
         return {fmt::format("the job names no terminator, and emulation {} needs one", rules.emulation),
                 "put the plot's own into the job file ('vectorix job --help')"};
     case Flaw::NotASCII:
+        if (found.offset == 0 && found.excerpt.rfind("\xEF\xBB\xBF", 0) == 0) {
+            return {
+                fmt::format("it begins with a UTF-8 mark (0xEF 0xBB 0xBF), and no plot gets past it: {} {}", bytes, notSent),
+                "save it without that mark, as plain ASCII"};
+        }
         return {fmt::format("the byte 0x{:02X} at offset {} is not ASCII, and no plot gets past it: {} {}",
                             static_cast<unsigned char>(found.excerpt[0]), found.offset, bytes, notSent),
                 "export the plot again without it"};
@@ -50,8 +55,8 @@ void requireFit(const Examination &examination, const PlotFile &file, const Plot
     if (examination.isFit()) return;
     Explanation why = explain(examination, rules, "would not be sent");
     std::string forced = examination.withheldBytes < examination.fileBytes ? ", or print what can be sent with --force" : "";
-    if (examination.language) {
-        why = {fmt::format("no plot, but {}", examination.language), "export the drawing in the plotter's language"};
+    if (const FileNature &nature = examination.nature; !nature.isPlot()) {
+        why = {nature.what, nature.remedy};
         forced = ", or print it all the same with --force";
     }
     throw Failure(ExitCode::Unfit, fmt::format("{}: {}; {}{}", shown(file.path()), why.what, why.remedy, forced));

@@ -1,4 +1,5 @@
 #include "host/examination.h"
+#include "virtual_plotter/language/hpgl_instructions.h"
 
 #include <algorithm>
 
@@ -23,13 +24,37 @@ size_t escapeLength(std::string_view text) {
     return 2;
 }
 
+/// Behind the sequence that leaves a printer's language stand lines of job control.
+constexpr std::string_view kExit = "\x1B%-12345X";
+constexpr std::string_view kJobControl = "@PJL";
+
+size_t jobControlLength(std::string_view text) {
+    size_t length = 0;
+    while (text.substr(length, kJobControl.size()) == kJobControl)
+        length = std::min(text.find('\n', length), text.size() - 1) + 1;
+    return length;
+}
+
+bool isQuestion(std::string_view text) {
+    using namespace virtual_plotter::hpgl;
+    if (text.size() < 2 || (text.size() > 2 && static_cast<unsigned char>(text[2]) > ' ')) return false;
+    const Instruction *instruction =
+        findInstruction(static_cast<unsigned char>(text[0]), static_cast<unsigned char>(text[1]));
+    return instruction && instruction->form == Form::request;
+}
+
 } // namespace
 
-bool isPadding(std::string_view text) {
+bool isPadding(std::string_view text, bool hasQuestions) {
     while (!text.empty()) {
         auto byte = static_cast<unsigned char>(text[0]);
-        if (byte == 0x1B) {
+        if (text.substr(0, kExit.size()) == kExit) {
+            text.remove_prefix(kExit.size());
+            text.remove_prefix(jobControlLength(text));
+        } else if (byte == 0x1B) {
             text.remove_prefix(escapeLength(text));
+        } else if (hasQuestions && isQuestion(text)) {
+            text.remove_prefix(2);
         } else if (byte <= 0x20 || byte == 0x7F) {
             text.remove_prefix(1);
         } else {

@@ -1,6 +1,7 @@
 // vectorix preview: a picture of a plot file, without a plotter.
 #include "host/commands.h"
 #include "host/drawing.h"
+#include "host/file_kind.h"
 #include "host/findings.h"
 #include "host/output.h"
 #include "host/plot_file.h"
@@ -31,7 +32,7 @@ void tell(const PreviewOptions &options, const virtual_plotter::PlotReader &plot
         addFindings(object, plot);
         printOut("{}\n", object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
     } else if (!options.quiet) {
-        printOut("{}drew {}\n", findingsText(plot), shown(options.picture));
+        printLines(fmt::format("{}drew {}\n", findingsText(plot), shown(options.picture)));
     }
     flushOut();
     for (const std::string &note : notes) {
@@ -39,10 +40,22 @@ void tell(const PreviewOptions &options, const virtual_plotter::PlotReader &plot
     }
 }
 
+/// A language that was typed is taken as typed.
+void requirePlot(const PlotFile &file, std::optional<virtual_plotter::Language> typed) {
+    std::string head(4096, '\0');
+    auto guessed = virtual_plotter::guessLanguage(file.read(0, head));
+    FileNature nature = natureOf(file, typed ? std::nullopt : std::optional(guessed));
+    if (nature.isPlot()) return;
+    bool isForced = nature.kind == FileKind::Nonsense;
+    throw Failure(ExitCode::Unfit, fmt::format("{}: {}; {}{}", shown(file.path()), nature.what, nature.remedy,
+                                               isForced ? ", or draw it all the same with --language hpgl" : ""));
+}
+
 ExitCode preview(const PreviewOptions &options) {
     PlotFile file(options.plot); // before signals are held: a stream may be waited for
     file.requireContents();
     requireOtherFile("-o", options.picture, options.plot);
+    requirePlot(file, languageOf(options.drawing));
     Drawing drawing(options.drawing, options.picture);
     virtual_plotter::PlotReader plot(languageOf(options.drawing), drawing.sink(), drawing.sheet().hardClip);
 

@@ -85,12 +85,13 @@ Verdict judgeWithheld(const PrintOutcome &outcome) {
                                                   counted(outcome.report.withheldBytes, "byte")));
     }
     Verdict verdict;
-    auto note = [&](int64_t bytes, const char *where) {
+    auto note = [&](int64_t bytes, const std::string &where) {
         if (bytes == 0) return;
         verdict.notes.push_back(fmt::format("{} {} not sent (nothing that draws)", counted(bytes, "byte"), where));
     };
     note(examination.innerPaddingBytes, "inside, behind NUL bytes,");
-    note(examination.endPaddingBytes, "at the end");
+    note(examination.endPaddingBytes,
+         examination.endPadding.empty() ? "at the end" : fmt::format("at the end, {},", examination.endPadding));
     return verdict;
 }
 

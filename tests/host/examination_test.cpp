@@ -13,7 +13,7 @@ class ExaminationTest : public HostTest {};
 
 TEST_F(ExaminationTest, FindsWhatWouldNotBeSent) {
     const std::string kNul(1, '\0');
-    const std::string kLong(70'000, 'A'); // past the first block, and without a cut
+    const std::string kLong(70'000, ' '); // past the first block, and without a cut
     const struct {
         const char *what;
         std::string plot;
@@ -26,8 +26,11 @@ TEST_F(ExaminationTest, FindsWhatWouldNotBeSent) {
         {"all of it is sent", "PU;PD;", 17002, ";", Flaw::None, 0, 0, 0, ""},
         {"a line end", "PU;\r\n", 17002, ";", Flaw::None, 0, 0, 2, ""},
         {"escape sequences", "PU;\x1B.(\x1B%-12345X\x1B\x45\n", 17002, ";", Flaw::None, 0, 0, 15, ""},
+        {"a question", "PU;OE\n", 17002, ";", Flaw::None, 0, 0, 3, ""},
+        {"a question of another language", "PU@OE", 17008, ";", Flaw::BehindMark, 3, 2, 2, "\"OE\""},
+        {"a PJL trailer", "PU;\x1B%-12345X@PJL EOJ\n@PJL\r\n\x1B%-12345X", 17002, ";", Flaw::None, 0, 0, 33, ""},
         {"NUL bytes at the end", "PU;" + kNul + kNul + "\n", 17002, ";", Flaw::None, 0, 0, 3, ""},
-        {"NUL bytes at the end of a piece", "PU1111111" + kNul + ";PD" + std::string(60, '1') + ";", 17002, "\x31",
+        {"NUL bytes at the end of a piece", "PU1111,11" + kNul + ";PD" + std::string(60, '1') + ";", 17002, "\x31",
          Flaw::BehindNul, 9, 2, 3, "behind NUL bytes"},
         {"empty", "", 17002, ";", Flaw::Empty, 0, 0, 0, "the plot file is empty; make it again"},
         {"nothing that draws", " \n", 17002, ";", Flaw::Blank, 0, 0, 2, "nothing in it draws"},
@@ -43,6 +46,7 @@ TEST_F(ExaminationTest, FindsWhatWouldNotBeSent) {
         {"behind a NUL", "PU;" + kNul + "PD;", 17002, ";", Flaw::BehindNul, 3, 4, 4, "the first at offset 3; take the NUL"},
         {"a foreign byte in the last chunk", kLong + "\xE9;", 17002, ";", Flaw::NotASCII, 70'000, 50, 50,
          "0xE9 at offset 70000 is not ASCII"},
+        {"a mark of UTF-8", "\xEF\xBB\xBFPU;", 17002, ";", Flaw::NotASCII, 0, 6, 6, "begins with a UTF-8 mark"},
     };
     for (const auto &row : kRows) {
         SCOPED_TRACE(row.what);
@@ -62,26 +66,29 @@ TEST_F(ExaminationTest, FindsWhatWouldNotBeSent) {
     }
 }
 
-TEST_F(ExaminationTest, KnowsOtherLanguages) {
+TEST_F(ExaminationTest, KnowsWhatIsNoPlotOfTheLanguage) {
+    using host::FileKind;
     const struct {
         std::string start;
-        const char *says; ///< nullptr: it may be a plot
+        int32_t emulation;
+        FileKind kind;
     } kRows[] = {
-        {"%!PS-Adobe-3.0\n", "PostScript"},
-        {"%PDF-1.7\n", "PDF"},
-        {" \n<svg width=\"1\">;", "SVG"},
-        {"\xEF\xBB\xBF<?xml version=\"1.0\"?>", "XML"},
-        {"\x89PNG\r\n", "PNG"},
-        {"\x1B%-12345X@PJL\nIN;", nullptr},
-        {"PD;PK1;", nullptr},
-        {";:H A L0 ;", nullptr},
+        {"%!PS-Adobe-3.0\n", 17002, FileKind::PostScript},
+        {" \n<svg width=\"1\">;", 17008, FileKind::Svg},
+        {"\xEF\xBB\xBF<?xml version=\"1.0\"?>", 17002, FileKind::Xml},
+        {"<?xml version=\"1.0\"?>\n<svg>", 17009, FileKind::Svg},
+        {"\x1B%-12345X@PJL\nIN;", 17002, FileKind::Plot},
+        {"PD;PK1;", 17002, FileKind::Plot},
+        {";:H A L0 ;", 17002, FileKind::Dmpl},
+        {";:H A L0 ;", 17009, FileKind::Plot},
+        {"IN;SP1;PU10,10;PD20,20;", 17008, FileKind::Hpgl},
+        {"Hello, this is a note; please send it;", 17002, FileKind::Nonsense},
+        {"Hello, this is a note; please send it;", 17008, FileKind::Nonsense},
+        {"Come home soon;", 17002, FileKind::Nonsense},
     };
     for (const auto &row : kRows) {
-        host::Examination found = host::examine(host::PlotFile(file("plot", row.start)), {17002, ";"});
-        ASSERT_EQ(found.language != nullptr, row.says != nullptr) << row.start;
-        if (row.says) {
-            EXPECT_NE(std::string(found.language).find(row.says), std::string::npos) << found.language;
-        }
+        host::Examination found = host::examine(host::PlotFile(file("plot", row.start)), {row.emulation, ";"});
+        EXPECT_EQ(static_cast<int>(found.nature.kind), static_cast<int>(row.kind)) << row.start << ' ' << found.nature.what;
     }
 }
 

@@ -70,7 +70,7 @@ TEST_F(PreviewCommandTest, SaysWhyThereIsNoPicture) {
         {{"preview", path("none"), "-o", picture}, 3, "none: no such file"},
         {{"preview", folder_, "-o", picture}, 7, "is a directory"},
         {{"preview", empty, "-o", picture}, 7, "the plot file is empty"},
-        {{"preview", binary, "-o", picture}, 7, "no plot in a language that can be drawn"},
+        {{"preview", binary, "-o", picture}, 7, "nothing at its start is an instruction"},
         {{"preview", good, "-o", path("none/p.svg")}, 3, "none/p.svg: "},
         {{"preview", good, "-o", path("p")}, 2, "must end in .svg, .png or .pdf"},
         {{"preview", good}, 2, "--output"},
@@ -84,6 +84,8 @@ TEST_F(PreviewCommandTest, SaysWhyThereIsNoPicture) {
         {{"simulate", "--fault", "fire"}, 2, "fire"},
         {{"simulate", "--fault", "hang:x"}, 2, "hang:x"},
         {{"simulate", "--pace", "1"}, 2, "--pace"},
+        {{"preview", file("a.pdf", "%PDF-1.4\nIN;PD;"), "-o", picture}, 7, "no plot, but a PDF document; export"},
+        {{"preview", file("note", "Hello, this is a note;"), "-o", picture}, 7, "or draw it all the same with --language"},
         {{"simulate", "--link", good}, 2, "is there already; name another"},
     });
     EXPECT_FALSE(std::filesystem::exists(picture));
@@ -152,17 +154,6 @@ TEST_F(SimulateCommandTest, HangingUpLosesTheDevice) {
     Result result = simulating.wait();
     EXPECT_EQ(result.code, 0);
     EXPECT_NE(result.out.find("heard 100 bytes\n"), std::string::npos) << result.out;
-}
-
-/// What a plotter that takes nothing more does to a print, until the user has had enough of it.
-TEST_F(SimulateCommandTest, HoldingTheLineStopsAPrint) {
-    Running simulating(simulation({"--fault", "xoff:100", "--once", "--linger", "0"}), false);
-    std::string port = simulating.line();
-    Running printing({"print", file("plot", plotOf(4000)), "--port", port}, true);
-    printing.awaitError(" % [");
-    printing.signal(SIGINT);
-    EXPECT_EQ(printing.wait().code, 130);
-    EXPECT_EQ(simulating.wait().code, 0);
 }
 
 } // namespace

@@ -62,7 +62,7 @@ TEST_F(UsageTest, RefusesFilesThatCannotBePrinted) {
         {{"print", empty, "--capture", path("o")}, 7, "the plot file is empty"},
         {{"print", plot_, "--capture", path("o"), "--job", pipe}, 7, "file; name a job file"},
         {{"print", pdf, "--capture", path("o")}, 7, "a PDF document"},
-        {{"print", plot_, "--capture", path("o"), "--emulation", "17008"}, 7, "no \"@\" ends"},
+        {{"print", plot_, "--capture", path("o"), "--emulation", "17008"}, 7, "in HP-GL, not in DM/PL"},
         {{"print", foreign, "--capture", path("o")}, 7, "0xE9 at offset 6"},
         {{"print", plot_, "--capture", path("o"), "--job", path("none")}, 3, "none: no such file"},
         {{"print", plot_, "--capture", path("no/o")}, 3, "no such file"},
