@@ -15,6 +15,8 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace host {
 
@@ -87,28 +89,46 @@ virtual_plotter::PlotterOptions plotterOptions(const SimulateOptions &options) {
     return result;
 }
 
+/// True for a link that a killed run left: to a pseudo-terminal that is gone, or that is ours by now.
+bool isLeftover(const std::string &link, const std::string &port) {
+    std::error_code error;
+    const std::string target = std::filesystem::read_symlink(link, error);
+    constexpr std::string_view kFolder = "/dev/pts/";
+    if (error || target.rfind(kFolder, 0) != 0) return false;
+    return target == port || (!std::filesystem::exists(target, error) && !error);
+}
+
 /// A second name for the port, for as long as it lives.
 class PortLink {
 public:
-    /// Throws Failure. A link of that name, as a killed run leaves it, is replaced; anything else is not.
-    PortLink(const std::string &path, const std::string &port) : path_(path) {
+    /// Throws Failure. A link that a killed run left is replaced; anything else is not.
+    PortLink(const std::string &path, const std::string &port) : path_(path), port_(port) {
         if (path.empty()) return;
-        std::error_code error;
-        if (std::filesystem::is_symlink(path, error)) std::filesystem::remove(path, error);
-        std::filesystem::create_symlink(port, path, error);
-        if (error.value() == EEXIST)
-            throw Failure(ExitCode::Usage, fmt::format("--link: {} is there already; name another", shown(path)));
-        if (error) throw outputFailure(path, error.value());
+        if (isLeftover(path, port)) unlink(path.c_str());
+        if (symlink(port.c_str(), path.c_str()) == 0) {
+            lstat(path.c_str(), &made_);
+            return;
+        }
+        if (errno != EEXIST) throw outputFailure(path, errno);
+        throw Failure(ExitCode::Usage,
+                      fmt::format("--link: {} is there already, and is no link that 'vectorix simulate' left; remove it, or "
+                                  "choose another name",
+                                  shown(path)));
     }
     PortLink(const PortLink &) = delete;
     PortLink &operator=(const PortLink &) = delete;
+    /// What stands under the name by now may be somebody else's.
     ~PortLink() {
+        struct stat now;
         std::error_code ignored;
-        if (!path_.empty()) std::filesystem::remove(path_, ignored);
+        if (path_.empty() || lstat(path_.c_str(), &now) != 0) return;
+        const bool isOurs = now.st_ino == made_.st_ino && now.st_dev == made_.st_dev;
+        if (isOurs && std::filesystem::read_symlink(path_, ignored) == port_) unlink(path_.c_str());
     }
 
 private:
-    std::string path_;
+    std::string path_, port_;
+    struct stat made_ {};
 };
 
 ExitCode simulate(const SimulateOptions &options) {

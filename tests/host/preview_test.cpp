@@ -65,7 +65,8 @@ TEST_F(PreviewCommandTest, LanguageFollowsTheFileOrTheOption) {
 TEST_F(PreviewCommandTest, SaysWhyThereIsNoPicture) {
     std::string good = file("plot", kPlot), empty = file("empty", "");
     std::string binary = file("binary", std::string("\x01\x02\xFF\xFE\x80", 5) + std::string(64, '\0'));
-    const std::string picture = path("p.svg");
+    const std::string picture = path("p.svg"), link = path("link");
+    std::filesystem::create_symlink(good, link);
     expectRefusals({
         {{"preview", path("none"), "-o", picture}, 3, "none: no such file"},
         {{"preview", folder_, "-o", picture}, 7, "is a directory"},
@@ -86,10 +87,11 @@ TEST_F(PreviewCommandTest, SaysWhyThereIsNoPicture) {
         {{"simulate", "--pace", "1"}, 2, "--pace"},
         {{"preview", file("a.pdf", "%PDF-1.4\nIN;PD;"), "-o", picture}, 7, "no plot, but a PDF document; export"},
         {{"preview", file("note", "Hello, this is a note;"), "-o", picture}, 7, "or draw it all the same with --language"},
-        {{"simulate", "--link", good}, 2, "is there already; name another"},
+        {{"simulate", "--link", good}, 2, "is there already, and is no link that"},
+        {{"simulate", "--link", link}, 2, "is there already"},
     });
     EXPECT_FALSE(std::filesystem::exists(picture));
-    EXPECT_EQ(contents(good), kPlot);
+    EXPECT_EQ(contents(link), kPlot);
 }
 
 TEST_F(PreviewCommandTest, PrintDrawsWhatPreviewDraws) {
@@ -129,6 +131,20 @@ TEST_F(SimulateCommandTest, AnswersAndDrawsUntilItIsStopped) {
     EXPECT_NE(result.out.find("size: 10.0 x 0.0 mm"), std::string::npos) << result.out;
     EXPECT_FALSE(contents(path("arrived.svg")).empty());
     EXPECT_FALSE(std::filesystem::is_symlink(link_));
+}
+
+TEST_F(SimulateCommandTest, ReplacesAndRemovesOnlyItsOwnLink) {
+    {
+        Running killed(simulation({}), false);
+        killed.line();
+    }
+    Running simulating(simulation({}), false);
+    EXPECT_EQ(std::filesystem::read_symlink(link_), simulating.line());
+    std::filesystem::remove(link_);
+    file("plotter", "somebody's");
+    simulating.signal(SIGTERM);
+    EXPECT_EQ(simulating.wait().code, 0);
+    EXPECT_EQ(contents(link_), "somebody's");
 }
 
 TEST_F(SimulateCommandTest, OnceEndsWithTheProgramThatPrinted) {
