@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -33,6 +34,7 @@ struct SimulateOptions {
     std::string fault;
     std::string link;
     bool quiet = false;
+    bool json = false;
     bool once = false;
     double linger = 1;
 };
@@ -131,6 +133,30 @@ private:
     struct stat made_ {};
 };
 
+using Json = nlohmann::ordered_json;
+
+std::string jsonLine(const Json &object) { return object.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+void tell(const SimulateOptions &options, const virtual_plotter::VirtualPlotter &plotter, const Drawing &drawing) {
+    std::vector<std::string> notes = findingNotes(plotter.plot(), drawing.sheet());
+    if (!drawing.note().empty()) notes.push_back(shown(drawing.note()));
+    if (plotter.hasHungUp()) notes.insert(notes.begin(), "hung up, as it was told to");
+    if (options.json) {
+        Json report = {{"exitCode", 0}, {"message", ""}, {"notes", notes}, {"picture", options.picture}};
+        report["heardBytes"] = plotter.heardBytes();
+        addFindings(report, plotter.plot());
+        printOut("{}\n", jsonLine(report));
+    } else if (!options.quiet) {
+        printLines(fmt::format("heard {}\n{}{}", counted(static_cast<int64_t>(plotter.heardBytes()), "byte"),
+                               findingsText(plotter.plot()),
+                               options.picture.empty() ? "" : fmt::format("drew {}\n", shown(options.picture))));
+    }
+    flushOut();
+    if (options.quiet) return;
+    for (const std::string &note : notes)
+        printNote(note);
+}
+
 ExitCode simulate(const SimulateOptions &options) {
     Drawing drawing(options.drawing, options.picture);
     virtual_plotter::VirtualPlotter plotter(plotterOptions(options), drawing.sink(), drawing.sheet().hardClip);
@@ -139,7 +165,7 @@ ExitCode simulate(const SimulateOptions &options) {
     {
         StopOnSignal signals;
         PortLink link(options.link, line.path());
-        printOut("{}\n", line.path());
+        printOut("{}\n", options.json ? jsonLine({{"port", line.path()}}) : line.path());
         flushOut();
         virtual_plotter::LineRules rules{.isStopped = StopOnSignal::came, .onceWithin = {}};
         if (options.once) rules.onceWithin = std::chrono::milliseconds(static_cast<int64_t>(options.linger * 1000));
@@ -147,30 +173,36 @@ ExitCode simulate(const SimulateOptions &options) {
     }
     plotter.finish();
     drawing.finish();
-    if (options.quiet) return ExitCode::Done;
-    printOut("heard {}\n{}", counted(static_cast<int64_t>(plotter.heardBytes()), "byte"), findingsText(plotter.plot()));
-    if (!options.picture.empty()) printOut("drew {}\n", shown(options.picture));
-    flushOut();
-    if (plotter.hasHungUp()) printNote("hung up, as it was told to");
-    for (const std::string &note : findingNotes(plotter.plot(), drawing.sheet()))
-        printNote(note);
-    if (!drawing.note().empty()) printNote(shown(drawing.note()));
+    tell(options, plotter, drawing);
     return ExitCode::Done;
 }
+
+constexpr const char *kAbout =
+    "Says its port's path on the first line, then plays until Ctrl-C or SIGTERM ends it, and draws what has come.\n"
+    "\n"
+    "Faults, at once or after so many bytes: hang takes nothing any more; xoff holds its host with XOFF for good;\n"
+    " hangup takes the port away and ends; rubbish answers with random bytes, and says some unasked.\n"
+    "\n"
+    "The port is a pseudo-terminal: it keeps any rate, XON/XOFF and stop bits, but always 8 bits without parity, and has "
+    "no\n"
+    "handshake lines. It takes some 20 kB at once into the system's own buffer, whatever the rate. A pace is that of the\n"
+    "plotter behind it: a program that ignores XOFF, or sends less than that, is done long before the plotter is.";
 
 } // namespace
 
 void addSimulateCommand(CLI::App &app, Typed &typed) {
     auto options = std::make_shared<SimulateOptions>();
     CLI::App *command = app.add_subcommand("simulate", "Play a plotter on a serial port in software");
+    std::vector<JsonFields> fields = findingsFields();
+    fields.insert(fields.begin(), {{"port", "alone, on a first line of its own"},
+                                   {"exitCode, message, notes", "of the report, on the last line"},
+                                   {"heardBytes, picture", "that came, and what was drawn of them"}});
     explain(typed, *command,
-            {"Says its port's path on the first line, then plays until Ctrl-C. The port takes any rate and handshake, but "
-             "only 8\n"
-             "data bits without parity: a pseudo-terminal keeps no others.",
+            {kAbout,
              {{"vectorix simulate --render drawing.pdf --link /tmp/plotter", "Draws what is printed to /tmp/plotter."},
               {"vectorix simulate --once --pace 9600 --buffer 1024", "As slow as a real one, for one program."},
               {"vectorix simulate --fault hangup:2000", "Goes away after 2000 bytes."}},
-             {}});
+             fields});
     command->add_option("--render", options->picture, "Picture to write at the end: .svg, .png or .pdf")->type_name("FILE");
     addProfileOption(*command);
     addDrawingOptions(*command, options->drawing);
@@ -187,12 +219,14 @@ void addSimulateCommand(CLI::App &app, Typed &typed) {
         ->type_name("KIND[:BYTES]");
     command->add_option("--link", options->link, "Another name for the port, while it plays")->type_name("PATH");
     command->add_flag("-q,--quiet", options->quiet, "Say nothing but the port and errors");
+    command->add_flag("--json", options->json, "Port and report as JSON objects, a line each");
     auto *once = command->add_flag("--once", options->once, "End when the program that printed has closed the port");
     command->add_option("--linger", options->linger, "Wait so long for another program first (1)")
         ->check(CLI::Range(0, 3600).description(""))
         ->type_name("SECONDS")
         ->needs(once);
     command->callback([options, command, &typed] {
+        typed.wantsJson = options->json;
         typed.run = [options, command] {
             applyProfile(*command);
             return simulate(*options);

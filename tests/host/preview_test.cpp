@@ -148,14 +148,13 @@ TEST_F(SimulateCommandTest, ReplacesAndRemovesOnlyItsOwnLink) {
 }
 
 TEST_F(SimulateCommandTest, OnceEndsWithTheProgramThatPrinted) {
-    Running simulating(simulation({"--once", "--linger", "0", "--pace", "38400"}), false);
-    std::string port = simulating.line();
+    Running simulating(simulation({"--once", "--linger", "0", "--pace", "38400", "--json"}), false);
+    std::string port = nlohmann::json::parse(simulating.line())["port"];
     std::string plot = file("plot", plotOf(200));
     EXPECT_EQ(run({"print", plot, "--port", port, "-q"}).code, 0);
     Result result = simulating.wait();
     EXPECT_EQ(result.code, 0);
-    std::string heard = "heard " + std::to_string(std::filesystem::file_size(plot)).insert(1, " ") + " bytes\n";
-    EXPECT_NE(result.out.find(heard), std::string::npos) << result.out;
+    EXPECT_EQ(nlohmann::json::parse(result.out)["heardBytes"], std::filesystem::file_size(plot));
     ASSERT_EQ(run({"preview", plot, "-o", path("p.svg")}).code, 0);
     EXPECT_TRUE(contents(path("p.svg")) == contents(path("arrived.svg")));
 }
