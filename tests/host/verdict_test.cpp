@@ -95,6 +95,7 @@ TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
         host::Verdict verdict = host::judge(outcome);
         EXPECT_EQ(verdict.code, row.code);
         EXPECT_NE(verdict.message.find(row.says), std::string::npos) << verdict.message;
+        EXPECT_EQ(host::callFailed(outcome), row.stopReason != kORB_StopNotASCII) << "what was foretold is no failure";
         if (row.isUsb) {
             EXPECT_EQ(verdict.message.rfind("0b75:0402@01080000: ", 0), 0U) << verdict.message;
             outcome.isGone = true;
