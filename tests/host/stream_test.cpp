@@ -37,7 +37,6 @@ TEST_F(StreamTest, SayWhatIsWrongWithThem) {
         const char *says;
     } kRows[] = {
         {"nothing came", ": | \"$0\" print - --capture x", 7, "standard input: the plot file is empty"},
-        {"nothing to draw", ": | \"$0\" preview - -o x.svg", 7, "standard input: the plot file is empty"},
         {"unfit", "printf 'IN;PU' | \"$0\" print - --capture x", 7, "standard input: "},
         {"nowhere to keep it", "printf 'IN;' | TMPDIR=/none \"$0\" print - --capture x", 1, "set TMPDIR"},
         {"no room", "ulimit -f 1; trap '' XFSZ; head -c 9999999 /dev/zero | \"$0\" print - --capture x", 1, "set TMPDIR"},

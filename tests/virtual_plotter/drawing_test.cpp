@@ -39,26 +39,6 @@ TEST(StrokeFont, EveryCharacterIsDrawnWithinItsCellAndLikeNoOther) {
     EXPECT_TRUE(glyph(' ').empty());
 }
 
-TEST(StrokeFont, LettersStandOnTheirLines) {
-    const auto extent = [](unsigned char c) {
-        const auto [low, high] = std::ranges::minmax(glyph(c), {}, &GlyphPoint::y);
-        return std::pair<int, int>(low.y, high.y);
-    };
-    for (char c : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789bdfhkl"))
-        EXPECT_EQ(extent(static_cast<unsigned char>(c)), std::pair(0, kCapHeight)) << c;
-    for (char c : std::string_view("acemnorsuvwxz"))
-        EXPECT_EQ(extent(static_cast<unsigned char>(c)), std::pair(0, 14)) << c;
-    for (char c : std::string_view("gpqy"))
-        EXPECT_EQ(extent(static_cast<unsigned char>(c)), std::pair(-7, 14)) << c;
-}
-
-TEST(StrokeFont, OtherCharactersAreAnEmptyBox) {
-    const auto box = pointsOf(0x7F);
-    EXPECT_EQ(box.size(), 5U);
-    for (int c : {0x00, 0x1F, 0x80, 0xFF})
-        EXPECT_EQ(pointsOf(static_cast<unsigned char>(c)), box) << c;
-}
-
 TEST(Sheet, Sizes) {
     constexpr struct {
         const char *text;

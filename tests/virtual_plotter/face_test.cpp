@@ -88,27 +88,6 @@ TEST(VirtualPlotterTest, AnswersEachFamilyInItsForm) {
     }
 }
 
-TEST(VirtualPlotterTest, CuttingTheBytesMakesNoDifference) {
-    for (bool isPaced : {false, true}) {
-        for (Fault fault : {Fault::none, Fault::rubbish, Fault::xoff, Fault::hang}) {
-            PlotterOptions options = faulty(fault, 30, isPaced ? paced(512) : PlotterOptions{});
-            Played whole(options);
-            whole.plotter.hear(kPlot, {});
-            whole.pass(milliseconds(1000));
-            for (size_t piece = 1; piece < 9; ++piece) {
-                SCOPED_TRACE(testing::Message() << "paced " << isPaced << " fault " << int(fault) << " piece " << piece);
-                Played cut(options);
-                for (size_t at = 0; at < kPlot.size(); at += piece)
-                    cut.plotter.hear(kPlot.substr(at, piece), {});
-                cut.pass(milliseconds(1000));
-                EXPECT_EQ(cut.said, whole.said);
-                EXPECT_EQ(cut.sink.text(), whole.sink.text());
-                EXPECT_EQ(cut.plotter.heardBytes(), whole.plotter.heardBytes());
-            }
-        }
-    }
-}
-
 /// One byte a millisecond out of 16: held when fewer than 4 are free, let go when 12 are.
 TEST(VirtualPlotterTest, HoldsItsHostWhileTheBufferIsNearlyFull) {
     Played played(paced(16));
@@ -140,17 +119,6 @@ TEST(VirtualPlotterTest, TellsItsFreeBufferAheadOfWhatWaits) {
     EXPECT_EQ(played.plotter.takeSaid(), "88\r");
     played.pass(milliseconds(1000));
     EXPECT_EQ(played.said, "40,40\r");
-}
-
-TEST(VirtualPlotterTest, PaceChangesTheTimeAndNotTheDrawing) {
-    Played fast({}), slow(paced(16));
-    fast.tell(kPlot);
-    slow.tell(kPlot, 5);
-    fast.plotter.finish();
-    slow.plotter.finish();
-    EXPECT_EQ(slow.sink.text(), fast.sink.text());
-    EXPECT_FALSE(fast.sink.text().empty());
-    EXPECT_GE(slow.now, milliseconds(kPlot.size() - 16));
 }
 
 TEST(VirtualPlotterTest, HangsAndHangsUpAtTheByte) {

@@ -53,7 +53,6 @@ constexpr OddCase kOdd[] = {
     {"two points, a lone sign, a strange byte", "PA1.2.3,4;PA-,5,;PA1?,2;",
      "malformed@0 PA1.2.3,4;\nmalformed@10 PA-,5,;\nmalformed@17 PA1?,2;", 3},
     {"rubbish between", "PU;!?* 12,13;\xff\xfePD;Q", "unknown@3 !?*\nunknown@7 12,13\nunknown@13 ..\nunknown@18 Q", 2},
-    {"text without an end", "PULBabc", "malformed@2 LBabc", 2},
     {"known, for what they do elsewhere", "PS4;NP8;VN;AS2;PG;CS33;SS;SA;BP;EC;NR;CR0,255,0,255,0,255;LA1,4,2,4;", "", 13},
     {"NUL, DEL and line ends are nothing", "PU\0;\x7f\r\n\0IN\0;"sv, "", 2},
 };
