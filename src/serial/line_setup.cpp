@@ -48,9 +48,9 @@ int32_t ORB_Serialsetc_cflag() {
     int32_t result = ORB_SerialgetgOriginalTTYAttrs();
     if (answer().ORB_errorID == kORB_ErrorGetAttributes) return result;
 
-    cfmakeraw(&gORB_Termios);
+    posix::cfmakeraw(&gORB_Termios);
     posix::tcsetattr(fd, TCSADRAIN, &gORB_Termios);
-    cfsetspeed(&gORB_Termios, B9600);
+    posix::cfsetspeed(&gORB_Termios, B9600);
     posix::setStatusFlags(fd, 0); // from here on reads and writes block
     ORB_SerialsetBaudrate();
     gORB_Termios.c_cflag = (gORB_Termios.c_cflag & kSpeedBits) | CREAD | CLOCAL;
@@ -90,7 +90,7 @@ void ORB_SerialsetBaudrate() {
     speed_t speed = B9600;
     for (const Rate &rate : kRates)
         if (rate.bitsPerSecond == answer().ORB_baudRate) speed = rate.speed;
-    cfsetspeed(&gORB_Termios, speed);
+    posix::cfsetspeed(&gORB_Termios, speed);
 }
 
 void ORB_SerialsetDatabits() {

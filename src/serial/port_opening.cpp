@@ -85,7 +85,7 @@ void ORB_Serial_forcePlotterHangUp() {
     const bool known = posix::tcgetattr(fd, &hungUp) == 0 && posix::tcgetattr(fd, &before) == 0;
     // Attributes that were never read are not applied.
     if (known) {
-        cfsetspeed(&hungUp, B0);
+        posix::cfsetspeed(&hungUp, B0);
         posix::tcsetattr(fd, TCSANOW, &hungUp);
     }
     posix::sleep(1);

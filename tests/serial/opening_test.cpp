@@ -148,7 +148,7 @@ TEST_F(RealTerminal, WritesToAPseudoTerminal) {
     termios line{};
     EXPECT_EQ(tcgetattr(fd, &line), 0);
     EXPECT_EQ(line.c_cflag, tcflag_t{B4800 | CS8 | CREAD | CLOCAL});
-    EXPECT_EQ(line.c_iflag, tcflag_t{IXON | IXOFF});
+    EXPECT_EQ(line.c_iflag, tcflag_t{IGNBRK | IXON | IXOFF});
     EXPECT_EQ(fcntl(fd, F_GETFL) & (O_ACCMODE | O_NONBLOCK | O_APPEND), O_RDWR);
 
     std::string heard;

@@ -61,4 +61,9 @@ int tcdrain(int fd);
 int tcflush(int fd, int queue);
 int identify(int fd, platform::DeviceIdentity *identity);
 
+/// No processing of input or output, 8 bits without parity, and a read returns with the first byte.
+void cfmakeraw(termios *attributes);
+/// Both speeds, of input and output. speed is a B constant.
+void cfsetspeed(termios *attributes, speed_t speed);
+
 } // namespace posix
