@@ -297,9 +297,12 @@ typedef int32_t (*ORB_ProgressFunction)(const ORB_JobReport *soFar, void *contex
 void ORB_hostSetProgress(ORB_ProgressFunction function, void *context);
 
 /* Ends the call in progress soon: whatever blocks returns, and whatever retries gives up. Without a call in progress it does
- * nothing. Safe in a signal handler. A stop that comes in the moment before a system call blocks may miss it: repeat the
- * stop, some times a second, until the call has returned. A signal that stops from the calling thread must be installed
- * without SA_RESTART. */
+ * nothing. Safe in a signal handler and from any thread; once is enough.
+ *
+ * A call that waits for a device borrows SIGURG (SIGWINCH when the host handles SIGURG), which after a stop interrupts the
+ * calling thread every 50 ms, whatever that thread blocks. What others send with it goes to the host's handler, and when the
+ * call returns, handler and mask are what they were. A handler that the host gives it during the call stays the host's: a
+ * stop ends pauses and waits for USB then, within 0.2 s, but no wait for a serial line. */
 void ORB_hostStop(void);
 
 /* ---- The layout ---- */

@@ -4,11 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -29,7 +29,7 @@ struct Pty {
         line = posix::open(path.c_str(), O_RDWR);
         termios raw;
         posix::tcgetattr(line, &raw);
-        cfmakeraw(&raw);
+        posix::cfmakeraw(&raw);
         posix::tcsetattr(line, TCSANOW, &raw);
     }
     ~Pty() {
@@ -40,40 +40,66 @@ struct Pty {
     std::string path;
 };
 
-/// Repeats a stop, as hosts do, until its owner has seen the end of what was to be stopped.
-class Stopper {
-public:
-    explicit Stopper(const std::function<void()> &stop)
-        : thread_([this, stop] {
-              while (!done_) {
-                  stop();
-                  ::poll(nullptr, 0, 1);
-              }
-          }) {}
-    ~Stopper() {
-        done_ = true;
-        thread_.join();
+/// How this thread and its process take signals.
+std::vector<intptr_t> signals() {
+    std::vector<intptr_t> all;
+    sigset_t mask;
+    pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+    for (int number = 1; number < NSIG; ++number) {
+        struct sigaction action = {};
+        sigaction(number, nullptr, &action);
+        const int flags = action.sa_handler == SIG_DFL || action.sa_handler == SIG_IGN ? 0 : SA_SIGINFO | SA_RESTART;
+        all.insert(all.end(),
+                   {reinterpret_cast<intptr_t>(action.sa_handler), action.sa_flags & flags, sigismember(&mask, number)});
     }
+    return all;
+}
 
-private:
-    std::atomic<bool> done_{false};
-    std::thread thread_;
-};
+/// How a child process ended that did this: 0 for what returned 0 without a failure.
+int inAChild(const std::function<int()> &act) {
+    int status = -1;
+    const pid_t child = fork();
+    if (child == 0) {
+        const int code = act();
+        _exit(testing::Test::HasFailure() ? 1 : code);
+    }
+    waitpid(child, &status, 0);
+    return status;
+}
 
-bool stopIsReadable() {
-    pollfd stop{platform::stopDescriptor(), POLLIN, 0};
-    return ::poll(&stop, 1, 0) == 1;
+std::atomic<int> handled{0};
+
+void handle(int) { ++handled; }
+
+void handleInDetail(int, siginfo_t *info, void *context) { handled += context && info->si_pid == getpid() ? 1 : 99; }
+
+void handleAll(int flags) {
+    struct sigaction action = {};
+    action.sa_flags = flags;
+    action.sa_handler = handle;
+    if ((flags & SA_SIGINFO) != 0) action.sa_sigaction = handleInDetail;
+    for (int number = 1; number < NSIG; ++number)
+        sigaction(number, &action, nullptr);
+}
+
+int nextDescriptor() {
+    const int fd = dup(STDIN_FILENO);
+    ::close(fd);
+    return fd;
 }
 
 TEST(Stop, LivesFromTheRequestToTheEndOfTheCall) {
     platform::requestStop();
     EXPECT_FALSE(platform::stopRequested()) << "no call in progress";
+    const int free = nextDescriptor();
     for (int round = 0; round < 2; ++round) {
         Call call;
-        EXPECT_FALSE(platform::stopRequested() || stopIsReadable());
+        platform::mayBlock();
+        EXPECT_FALSE(platform::stopRequested());
         platform::requestStop();
         platform::requestStop();
-        EXPECT_TRUE(platform::stopRequested() && stopIsReadable());
+        EXPECT_TRUE(platform::stopRequested());
+        EXPECT_EQ(nextDescriptor(), free) << "a host may close what it does not know, and get its number";
     }
     EXPECT_FALSE(platform::stopRequested());
 }
@@ -84,102 +110,102 @@ TEST(Stop, WhatCanBlockFailsAtOnceWithoutTouchingTheLine) {
     platform::requestStop();
     termios attributes = {};
     char c = 0;
-    const auto interrupted = [](auto result) { return result == -1 && errno == EINTR; };
-    EXPECT_TRUE(interrupted(posix::open("/dev/ttyS0", O_RDWR)));
-    EXPECT_TRUE(interrupted(posix::write(5, "x", 1)));
-    EXPECT_TRUE(interrupted(posix::read(5, &c, 1)));
-    EXPECT_TRUE(interrupted(posix::tcdrain(5)));
-    EXPECT_TRUE(interrupted(posix::tcsetattr(5, TCSADRAIN, &attributes)));
+    const auto results = {posix::open("/dev/ttyS0", O_RDWR), static_cast<int>(posix::write(5, "x", 1)),
+                          static_cast<int>(posix::read(5, &c, 1)), posix::tcdrain(5), posix::tcsetattr(5, 0, &attributes)};
+    EXPECT_EQ(std::count(results.begin(), results.end(), -1), 5);
+    EXPECT_EQ(errno, EINTR);
     posix::sleep(1000);
     EXPECT_EQ(scripted.log, scripted::Log());
 }
 
-TEST(Stop, FromAnotherThreadEndsWhatBlocks) {
+TEST(Stop, EndsWhatBlocksAlsoWhenItCameTooEarly) {
     Pty pty;
+    platform::Terminal &terminal = *platform::backends().terminal; // past the check for a stop, as if it came right behind
     const std::string text(1 << 20, 'x');
     char c;
-    const struct {
-        const char *what;
-        std::function<ssize_t()> block;
-    } cases[] = {
-        {"write", [&] { return posix::write(pty.line, text.data(), text.size()); }}, // nobody reads at the far end
-        {"write to a full line", [&] { return posix::write(pty.line, text.data(), text.size()); }},
-        {"read", [&] { return posix::read(pty.line, &c, 1); }},
-        {"sleep", [&] { return posix::sleep(1000), 0; }},
-    };
-    for (const auto &blocked : cases) {
-        Call call;
-        Stopper stopper(platform::requestStop);
-        EXPECT_LT(blocked.block(), ssize_t(text.size())) << blocked.what;
-        EXPECT_TRUE(platform::stopRequested()) << blocked.what;
-    }
-}
-
-TEST(Stop, ARepeatedRequestEndsACallThatTheFirstCameTooEarlyFor) {
-    Pty pty;
     Call call;
-    const Stopper stopper(platform::requestStop);
-    while (!platform::stopRequested())
-        ::poll(nullptr, 0, 0);
-    char c;
-    // Past the check for a stop, as if the request had come right behind it.
-    EXPECT_EQ(platform::backends().terminal->read(pty.line, &c, 1), -1);
+    platform::requestStop();
+    EXPECT_LT(terminal.write(pty.line, text.data(), text.size()), ssize_t(text.size())) << "nobody reads at the far end";
+    EXPECT_LT(terminal.write(pty.line, text.data(), text.size()), ssize_t(text.size())) << "the line is full";
+    EXPECT_EQ(terminal.read(pty.line, &c, 1), -1);
     EXPECT_EQ(errno, EINTR);
 }
 
-std::atomic<int> alarms{0};
-void (*atAlarm)() = nullptr;
-int farEnd = -1;
-
-/// Interrupts the test's thread without end. Only what act() does, at each 50th time, lets the call under test go on.
-class Alarms {
-public:
-    explicit Alarms(void (*act)()) {
-        alarms = 0;
-        atAlarm = act;
-        struct sigaction action = {};
-        action.sa_handler = [](int) {
-            const int savedErrno = errno;
-            if (++alarms % 50 == 0) atAlarm();
-            errno = savedErrno;
-        };
-        sigaction(SIGALRM, &action, nullptr);
-        const itimerval often = {{0, 300}, {0, 300}};
-        setitimer(ITIMER_REAL, &often, nullptr);
-    }
-    ~Alarms() {
-        const itimerval never = {};
-        setitimer(ITIMER_REAL, &never, nullptr);
-        signal(SIGALRM, SIG_IGN); // one that is still on its way must not end the program
-        EXPECT_GE(alarms, 50);
-    }
+struct SignalHost {
+    const char *what;
+    void (*before)(), (*during)();
+    int handled;
+    bool isWoken = true;
 };
 
-TEST(Stop, OtherSignalsInterruptNothing) {
+int stopOnce(const SignalHost &host) {
+    host.before();
+    host.during();
+    const auto expected = signals(); // what it changes during the call stays
+    host.before();
+    handled = 0;
+    Pty pty;
     {
         Call call;
-        const Alarms interruptions(platform::requestStop);
-        posix::sleep(1000);
+        platform::mayBlock();
+        host.during();
+        std::thread stopping(platform::requestStop);
+        char c;
+        if (host.isWoken)
+            EXPECT_EQ(posix::read(pty.line, &c, 1), -1);
+        else
+            posix::sleep(1000);
+        stopping.join();
+    }
+    EXPECT_TRUE(signals() == expected);
+    return handled - host.handled;
+}
+
+TEST(Stop, ReachesAllHostsAndLeavesThemAsTheyWere) {
+    constexpr auto nothing = [] {};
+    constexpr auto sendBoth = [] { raise(SIGURG), raise(SIGWINCH); };
+    constexpr auto blockAll = [] {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, nullptr);
+    };
+    for (const SignalHost &host : {
+             SignalHost{"uses no signals", nothing, nothing, 0},
+             {"blocks all", blockAll, nothing, 0},
+             {"handles all", [] { handleAll(SA_RESTART); }, sendBoth, 2},
+             {"in detail", [] { handleAll(SA_SIGINFO | SA_RESTART); }, sendBoth, 2},
+             {"handles one no more", [] { handleAll(0); }, [] { signal(SIGWINCH, SIG_IGN), raise(SIGWINCH); }, 0},
+             {"takes the signal back", nothing, [] { signal(SIGURG, SIG_DFL); }, 0},
+             {"handles it from then on", [] { signal(SIGURG, SIG_DFL); }, [] { signal(SIGURG, handle); }, 0, false},
+         })
+        EXPECT_EQ(inAChild([&] { return stopOnce(host); }), 0) << host.what;
+}
+
+/// Interrupts this thread many times, and only then lets the call under test go on.
+std::thread interrupted(const std::function<void()> &act) {
+    return std::thread([act, thread = pthread_self()] {
+        for (int i = 0; i < 50; ++i, ::poll(nullptr, 0, 1))
+            pthread_kill(thread, SIGALRM);
+        act();
+    });
+}
+
+TEST(Stop, OtherSignalsInterruptNothing) {
+    struct sigaction action = {};
+    action.sa_handler = handle;
+    sigaction(SIGALRM, &action, nullptr);
+    {
+        Call call;
+        std::thread stopping = interrupted(platform::requestStop);
+        posix::sleep(5); // seconds
+        EXPECT_TRUE(platform::stopRequested());
+        stopping.join();
     }
     Pty pty;
-    farEnd = pty.far;
-    fcntl(farEnd, F_SETFL, O_NONBLOCK);
-    {
-        char c = 0;
-        const Alarms interruptions([] { [[maybe_unused]] ssize_t ignored = ::write(farEnd, "x", 1); });
-        EXPECT_EQ(posix::read(pty.line, &c, 1), 1);
-    }
-    const Alarms interruptions([] {
-        char taken[4096];
-        while (::read(farEnd, taken, sizeof taken) > 0) {
-        }
-    });
-    const std::string text(1 << 17, 'x'); // more than the line holds
-    for (size_t sent = 0; sent < text.size();) {
-        const ssize_t count = posix::write(pty.line, text.data() + sent, text.size() - sent);
-        ASSERT_GT(count, 0) << strerror(errno);
-        sent += static_cast<size_t>(count);
-    }
+    char c = 0;
+    std::thread plotting = interrupted([&] { EXPECT_EQ(::write(pty.far, "x", 1), 1); });
+    EXPECT_EQ(posix::read(pty.line, &c, 1), 1);
+    plotting.join();
 }
 
 TEST(Stop, NoRequestReachesTheNextCall) {
@@ -194,7 +220,6 @@ TEST(Stop, NoRequestReachesTheNextCall) {
         while (i % 1000 == 0 && !platform::stopRequested())
             std::this_thread::yield();
         platform::endCall();
-        EXPECT_FALSE(stopIsReadable()) << "after the call";
         EXPECT_FALSE(platform::stopRequested());
         if (HasFailure()) break;
     }
@@ -203,20 +228,19 @@ TEST(Stop, NoRequestReachesTheNextCall) {
 }
 
 TEST(Stop, AChildProcessIsOnItsOwn) {
+    const auto atFirst = signals();
     const Call call;
-    const pid_t child = fork();
-    if (child == 0) {
-        platform::requestStop(); // no call of the child's is in progress
-        if (platform::stopRequested()) _exit(1);
-        platform::beginCall();
-        platform::requestStop();
-        _exit(platform::stopRequested() && stopIsReadable() ? 0 : 2);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    platform::mayBlock();
+    EXPECT_EQ(inAChild([&] {
+                  EXPECT_TRUE(signals() == atFirst);
+                  platform::requestStop();
+                  EXPECT_FALSE(platform::stopRequested()) << "no call of the child's is in progress";
+                  platform::beginCall();
+                  platform::requestStop();
+                  return platform::stopRequested() ? 0 : 1;
+              }),
+              0);
     EXPECT_FALSE(platform::stopRequested());
-    EXPECT_FALSE(stopIsReadable()) << "the child's stop reached its parent";
 }
 
 TEST(Terminal, OpenIsPrivateAndIdentityFollowsTheDevice) {
@@ -235,6 +259,10 @@ TEST(Terminal, OpenIsPrivateAndIdentityFollowsTheDevice) {
     EXPECT_EQ(fcntl(again, F_GETFL) & O_NONBLOCK, 0);
     EXPECT_EQ(posix::close(again), 0);
     EXPECT_EQ(posix::identify(again, &second), -1);
+    EXPECT_EQ(
+        inAChild([&] { return setsid() < 0 || posix::open(other.path.c_str(), O_RDWR) < 0 || ::open("/dev/tty", 0) >= 0; }),
+        0)
+        << "a controlling terminal hangs the host up with the line";
 }
 
 TEST(Console, AHostsFunctionTakesAllText) {

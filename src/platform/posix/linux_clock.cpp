@@ -17,13 +17,13 @@ class LinuxClock final : public Clock {
 public:
     void sleep(unsigned seconds) override {
         const auto end = steady_clock::now() + std::chrono::seconds(seconds);
-        // Without a descriptor a stop from another thread is noticed by its signal, or at the latest after one slice.
-        const milliseconds slice = stopDescriptor() < 0 ? milliseconds(200) : milliseconds(3600 * 1000);
+        // A stop interrupts the wait; where the system gave no signal for it, it is noticed after one slice.
+        constexpr milliseconds slice(200);
+        mayBlock();
         while (!stopRequested()) {
             auto left = std::chrono::ceil<milliseconds>(end - steady_clock::now());
             if (left <= milliseconds::zero()) return;
-            pollfd stop{stopDescriptor(), POLLIN, 0};
-            ::poll(&stop, 1, static_cast<int>(std::min(left, slice).count()));
+            ::poll(nullptr, 0, static_cast<int>(std::min(left, slice).count()));
         }
     }
 };

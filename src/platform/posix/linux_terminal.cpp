@@ -13,6 +13,7 @@ namespace {
 
 /// Repeats a call that a signal interrupted, unless that signal is a stop.
 template <typename Call> auto retried(Call call) {
+    mayBlock();
     for (;;) {
         auto result = call();
         if (result >= 0 || errno != EINTR || stopRequested()) return result;
@@ -25,8 +26,12 @@ public:
         return retried([&] { return ::open(path, flags | O_NOCTTY | O_CLOEXEC); });
     }
 
-    // Linux gives the descriptor up even when a signal interrupts close: a second try could close someone else's.
-    int close(int fd) override { return ::close(fd); }
+    // The last close of a port waits up to 30 s for what an adapter still holds, until a signal comes: a flush empties no
+    // adapter. Linux gives the descriptor up even then: a second try could close someone else's.
+    int close(int fd) override {
+        mayBlock();
+        return ::close(fd);
+    }
 
     ssize_t read(int fd, void *buffer, size_t size) override {
         return retried([&] { return ::read(fd, buffer, size); });

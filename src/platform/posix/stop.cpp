@@ -1,13 +1,19 @@
+// Only a signal ends a system call that blocks. So a call that is about to block borrows one from the host, and makes a
+// timer that sends it to the calling thread; a stop sets the timer off, which may be done from anywhere, and what the first
+// signal came too early for meets the next one. At the end of the call all of it is given back.
 #include "platform/posix/stop.h"
 
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
+#include <ctime>
 #include <pthread.h>
 #include <sched.h>
-#include <sys/eventfd.h>
 #include <unistd.h>
+
+#ifndef sigev_notify_thread_id
+#define sigev_notify_thread_id _sigev_un._tid // some versions of the C library have no name for it
+#endif
 
 namespace platform {
 
@@ -15,51 +21,132 @@ namespace {
 
 enum State : int { kIdle, kRunning, kStopped };
 
+// Nobody dies of these: a host that takes back what was borrowed, or that never handled it, does not notice one that comes
+// late. The first that nobody handles is borrowed, or else the last, as the rarer one.
+constexpr int kSignals[] = {SIGURG, SIGWINCH};
+
+constexpr long kAtOnce = 1;
+constexpr long kPause = 50'000'000; // nanoseconds from one signal to the next
+
 // All of it is used in signal handlers.
 std::atomic<int> state{kIdle};
-std::atomic<int> event{-1};        // made at the first call of a process
-std::atomic<pthread_t> caller{};   // the thread of the call in progress
 std::atomic<int> requests{0};      // requestStop()s under way
-std::atomic<int> wakeSignal{0};    // chosen at the first need
-std::atomic<bool> wakeSent{false}; // and not yet taken
-static_assert(std::atomic<int>::is_always_lock_free && std::atomic<pthread_t>::is_always_lock_free);
+std::atomic<bool> isLent{false};   // the signal and the timer are there
+std::atomic<sighandler_t> since{}; // what the host made of the signal after that; SIG_ERR for nothing
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<sighandler_t>::is_always_lock_free);
 
-void takeWake(int) { wakeSent = false; }
+// Written before the handler is installed, and constant as long as it is.
+int lentSignal = 0;
+struct sigaction before;
 
-/// The highest real-time signal that nobody handles, taken for a handler of our own; 0 when there is none.
-int chooseWakeSignal() noexcept {
-    for (int number = SIGRTMAX; number >= SIGRTMIN; --number) {
-        struct sigaction action;
-        if (::sigaction(number, nullptr, &action) != 0 || (action.sa_flags & SA_SIGINFO) != 0) continue;
-        if (action.sa_handler == takeWake) return number;
-        if (action.sa_handler != SIG_DFL) continue;
-        action = {};
-        action.sa_handler = takeWake; // without SA_RESTART: a blocked system call returns
-        if (::sigaction(number, &action, nullptr) == 0) return number;
+// Of the calling thread; the timer is set by others, but only while the signal is lent.
+bool hasTried = false;
+bool wasBlocked = false;
+pthread_t caller;
+timer_t timer;
+
+bool isHandled(const struct sigaction &action) noexcept {
+    return (action.sa_flags & SA_SIGINFO) != 0 || (action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN);
+}
+
+void setTimer(long nanoseconds) noexcept {
+    const itimerspec once = {{0, 0}, {0, nanoseconds}};
+    ::timer_settime(timer, 0, &once, nullptr);
+}
+
+void take(int number, siginfo_t *info, void *context) {
+    const int savedErrno = errno;
+    if (info->si_code == SI_TIMER && info->si_value.sival_ptr == &timer) {
+        // Not a repeating timer: were the signal the host's by now, it would get no more than this one.
+        if (isLent && state == kStopped) setTimer(kPause);
+    } else if (since == SIG_ERR && isHandled(before)) {
+        if ((before.sa_flags & SA_SIGINFO) != 0)
+            before.sa_sigaction(number, info, context);
+        else
+            before.sa_handler(number);
     }
-    return 0;
+    errno = savedErrno;
 }
 
+bool isOurs(const struct sigaction &action) noexcept {
+    return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == take;
+}
+
+bool install() noexcept {
+    struct sigaction action = {};
+    action.sa_sigaction = take;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK; // without SA_RESTART: a blocked system call returns
+    if (isHandled(before)) {
+        action.sa_flags |= before.sa_flags & SA_NODEFER;
+        action.sa_mask = before.sa_mask;
+    }
+    return ::sigaction(lentSignal, &action, nullptr) == 0;
+}
+
+bool isBlocked(int how) noexcept {
+    sigset_t set, old;
+    ::sigemptyset(&set);
+    ::sigaddset(&set, lentSignal);
+    return ::pthread_sigmask(how, &set, &old) == 0 && ::sigismember(&old, lentSignal) == 1;
+}
+
+/// Gives the signal what the host had, or has made of it since.
+void restoreAction() noexcept {
+    struct sigaction now;
+    if (::sigaction(lentSignal, nullptr, &now) != 0 || !isOurs(now)) return; // what the host set stays
+    struct sigaction action = {};
+    action.sa_handler = since;
+    ::sigaction(lentSignal, since == SIG_ERR ? &before : &action, nullptr);
+}
+
+void borrow() noexcept {
+    for (int number : kSignals) {
+        lentSignal = number;
+        ::sigaction(number, nullptr, &before);
+        if (!isHandled(before)) break;
+    }
+    if (isOurs(before)) before = {}; // a host put back what it had found during an earlier call
+    since = SIG_ERR;
+    if (!install()) return;
+    sigevent event = {};
+    event.sigev_notify = SIGEV_THREAD_ID;
+    event.sigev_signo = lentSignal;
+    event.sigev_notify_thread_id = ::gettid();
+    event.sigev_value.sival_ptr = &timer;
+    if (::timer_create(CLOCK_MONOTONIC, &event, &timer) != 0) return restoreAction();
+    wasBlocked = isBlocked(SIG_UNBLOCK);
+    isLent = true;
+}
+
+void giveBack() noexcept {
+    isLent = false;
+    ::timer_delete(timer);
+    // What the timer sent before comes here at the latest.
+    if (isBlocked(SIG_UNBLOCK)) wasBlocked = true;
+    restoreAction();
+    if (wasBlocked) isBlocked(SIG_BLOCK);
+}
+
+/// Sets the signals off, unless the host has given the signal a handler of its own by now.
 void wakeCaller() noexcept {
-    const pthread_t thread = caller; // it lives: its call does not end before this request has
-    // In a handler on that thread its system call is interrupted already.
-    if (::pthread_equal(thread, ::pthread_self()) != 0) return;
-    if (wakeSignal == 0) wakeSignal = chooseWakeSignal();
-    // One at a time: real-time signals queue up, and a host repeats its stop for as long as the call goes on.
-    if (wakeSignal != 0 && !wakeSent.exchange(true)) ::pthread_kill(thread, wakeSignal);
+    struct sigaction now;
+    if (::sigaction(lentSignal, nullptr, &now) != 0) return;
+    if (!isOurs(now)) {
+        if (isHandled(now)) return;
+        since = now.sa_handler;
+        if (!install()) return;
+    }
+    setTimer(kAtOnce);
 }
 
-void drainEvent() noexcept {
-    uint64_t count = 0;
-    [[maybe_unused]] ssize_t ignored = ::read(event, &count, sizeof count);
-}
-
-/// A child of fork() shares the descriptor with its parent, and takes along the counts of threads that it does not have. A
-/// call in progress is the parent's.
+/// A child of fork() has no timer of its parent's, and takes along the counts of threads that it does not have. A call in
+/// progress is the parent's.
 void forgetParent() noexcept {
     state = kIdle;
     requests = 0;
-    if (event >= 0) ::close(event.exchange(-1));
+    if (!isLent.exchange(false)) return;
+    restoreAction();
+    if (wasBlocked && ::pthread_equal(caller, ::pthread_self()) != 0) isBlocked(SIG_BLOCK);
 }
 
 } // namespace
@@ -67,39 +154,39 @@ void forgetParent() noexcept {
 void beginCall() noexcept {
     static bool watchesForks = false;
     if (!watchesForks) watchesForks = ::pthread_atfork(nullptr, nullptr, forgetParent) == 0;
-    if (event < 0) event = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    hasTried = false;
     caller = ::pthread_self();
-    wakeSent = false;
     state = kRunning;
 }
 
 void endCall() noexcept {
-    const bool stopped = state.exchange(kIdle) == kStopped;
-    // Once no request is under way, nothing of this call can reach the next one; the read also takes a signal just sent.
+    state = kIdle;
+    // Once no request is under way, nothing of this call can reach the next one.
     while (requests != 0)
         ::sched_yield();
-    if (stopped && event >= 0) drainEvent();
+    if (isLent) giveBack();
+}
+
+void mayBlock() noexcept {
+    if (state == kIdle) return;
+    if (!hasTried) {
+        hasTried = true;
+        borrow();
+    }
+    if (isLent && state == kStopped) wakeCaller(); // a stop that came before there was a signal; or the host took it away
 }
 
 void requestStop() noexcept {
     if (state == kIdle) return; // before it counts: endCall waits only for those that may have seen its call
     const int savedErrno = errno;
     ++requests;
-    if (state != kIdle) {
-        int expected = kRunning;
-        if (state.compare_exchange_strong(expected, kStopped) && event >= 0) {
-            const uint64_t one = 1;
-            [[maybe_unused]] ssize_t ignored = ::write(event, &one, sizeof one);
-        }
-        // A repeated request wakes the thread again: the signal before may have come just ahead of a blocking call.
-        if (expected != kIdle) wakeCaller();
-    }
+    int expected = kRunning;
+    state.compare_exchange_strong(expected, kStopped);
+    if (expected != kIdle && isLent) wakeCaller();
     --requests;
     errno = savedErrno;
 }
 
 bool stopRequested() noexcept { return state == kStopped; }
-
-int stopDescriptor() noexcept { return event; }
 
 } // namespace platform

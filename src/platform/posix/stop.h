@@ -7,13 +7,13 @@ namespace platform {
 void beginCall() noexcept;
 void endCall() noexcept;
 
-/// Requests a stop of the call in progress; without one it does nothing. Safe in a signal handler and from any thread: from
-/// another thread it interrupts the calling thread's system call with a real-time signal that nobody else uses.
+/// To be said on the calling thread ahead of a system call that may block: from the first time to the end of the call, a
+/// stop interrupts what this thread waits for, again and again. Costs system calls the first time only.
+void mayBlock() noexcept;
+
+/// Requests a stop of the call in progress; without one it does nothing. Safe in a signal handler and from any thread.
 void requestStop() noexcept;
 
 bool stopRequested() noexcept;
-
-/// Readable (poll) from a stop request to the end of the call; -1 when the system had none to give.
-int stopDescriptor() noexcept;
 
 } // namespace platform

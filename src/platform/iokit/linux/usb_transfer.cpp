@@ -19,11 +19,11 @@ struct TransferDeleter {
 
 void LIBUSB_CALL markDone(libusb_transfer *transfer) { *static_cast<int *>(transfer->user_data) = 1; }
 
-/// Sleeps until libusb has something to do, or a stop is requested.
-void waitForEvents(libusb_context *context, bool stopping) noexcept {
+/// Sleeps until libusb has something to do, or a stop interrupts it.
+void waitForEvents(libusb_context *context) noexcept {
     constexpr nfds_t kMost = 8; // libusb's own two and the device; were there more, the slice finds them
-    pollfd watched[kMost] = {{stopping ? -1 : stopDescriptor(), POLLIN, 0}};
-    nfds_t count = 1;
+    pollfd watched[kMost];
+    nfds_t count = 0;
     const libusb_pollfd **descriptors = libusb_get_pollfds(context);
     for (const libusb_pollfd **next = descriptors; next != nullptr && *next != nullptr && count < kMost; ++next)
         watched[count++] = {(*next)->fd, (*next)->events, 0};
@@ -58,6 +58,7 @@ IOReturn lookedAt(libusb_device_handle *handle, IOReturn code) noexcept {
 IOReturn transfer(const UsbDevice &device, libusb_device_handle *handle, const UsbEndpoint &endpoint, void *bytes, int size,
                   unsigned limit, int *moved) noexcept {
     *moved = 0;
+    mayBlock();
     if (stopRequested()) return kIOReturnAborted;
     const std::unique_ptr<libusb_transfer, TransferDeleter> made(libusb_alloc_transfer(0));
     if (!made) return kIOReturnNoMemory;
@@ -69,9 +70,8 @@ IOReturn transfer(const UsbDevice &device, libusb_device_handle *handle, const U
 
     // Until it is done, the transfer and the bytes are libusb's: there is no other way out of this loop.
     while (done == 0) {
-        const bool stopping = stopRequested();
-        if (stopping) libusb_cancel_transfer(made.get());
-        waitForEvents(device.context.get(), stopping);
+        if (stopRequested()) libusb_cancel_transfer(made.get());
+        waitForEvents(device.context.get());
         timeval now{};
         libusb_handle_events_timeout_completed(device.context.get(), &now, &done);
     }
