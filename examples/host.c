@@ -17,7 +17,6 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 enum { DONE = 0, FAILED = 1, USAGE = 2, MISSING = 3, STOPPED = 130 };
@@ -27,29 +26,19 @@ enum { SLOTS = 6, NO_SUCH_FILE = -43, USUAL_EMULATION = 17002 };
 
 static volatile sig_atomic_t stopped;
 
-/* One stop can come in the moment before a system call blocks, and be missed. So Ctrl-C starts a timer, whose signals come
- * here too and stop again. */
 static void onSignal(int number) {
-    const int savedErrno = errno;
+    (void)number;
+    stopped = 1;
     ORB_hostStop();
-    if (number == SIGINT) {
-        const struct itimerval often = {{0, 50000}, {0, 50000}};
-        stopped = 1;
-        setitimer(ITIMER_REAL, &often, NULL);
-    }
-    errno = savedErrno;
 }
 
 /* Ctrl-C ends the call, not the program; between calls it is what it was. */
 static ORB_ServiceRecord call(ORB_ServiceRecord record) {
-    const struct sigaction stop = {.sa_handler = onSignal}; /* without SA_RESTART: what waits is to return */
-    const struct itimerval never = {{0, 0}, {0, 0}};
+    const struct sigaction stop = {.sa_handler = onSignal};
     struct sigaction before;
-    sigaction(SIGALRM, &stop, NULL);
     sigaction(SIGINT, &stop, &before);
     record = ORB_getVectorixCS2(record);
     sigaction(SIGINT, &before, NULL);
-    setitimer(ITIMER_REAL, &never, NULL);
     return record;
 }
 

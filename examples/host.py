@@ -127,7 +127,7 @@ class Host:
 
     def call(self, record):
         """Python sees Ctrl-C only between its own steps, and the entry is one long step. So the entry gets a thread, and
-        this one waits for Ctrl-C, and stops the call again and again until it is gone."""
+        this one waits for Ctrl-C, and stops the call."""
         answers = []
         thread = threading.Thread(target=lambda: answers.append(self.plugin.ORB_getVectorixCS2(record)))
         before = signal.signal(signal.SIGINT, lambda *_: setattr(self, "stopped", True))
