@@ -41,7 +41,7 @@ std::string Destination::name() const {
 void Destination::settle(PrintOutcome &outcome) {
     if (lock_) {
         outcome.isGone = lock_->isGone();
-        if (outcome.stopped) lock_->discardOutput();
+        lock_.reset(); // while signals can still end its close
     }
     if (usb_) outcome.isGone = accessTo(usb_->node) == NodeAccess::NoNode;
     if (plotter_) outcome.arrivedBytes = plotter_->end();

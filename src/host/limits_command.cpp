@@ -144,7 +144,6 @@ ExitCode limits(const LimitsOptions &options) {
     QueryOutcome outcome = ask(options, usb);
     if (lock && (outcome.stopped || outcome.isGivenUp)) {
         outcome.whyHeld = whyHeld(lock->descriptor(), options.line);
-        lock->discardOutput();
         StopOnSignal::interrupt();
     }
     lock.reset();

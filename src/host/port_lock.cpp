@@ -163,6 +163,4 @@ bool PortLock::isGone() const {
     return tcgetattr(fd_, &settings) != 0;
 }
 
-void PortLock::discardOutput() { tcflush(fd_, TCOFLUSH); }
-
 } // namespace host

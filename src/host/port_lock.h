@@ -20,6 +20,7 @@ public:
     explicit PortLock(const std::string &port);
     PortLock(const PortLock &) = delete;
     PortLock &operator=(const PortLock &) = delete;
+    /// May wait for what an adapter still holds, until a signal comes.
     ~PortLock();
 
     /// Of the port, for questions to its driver.
@@ -27,9 +28,6 @@ public:
 
     /// True when the line has hung up: what was handed over last may not have arrived.
     bool isGone() const;
-
-    /// Throws away what is queued for sending, so that a stopped plotter cannot hold the close.
-    void discardOutput();
 
 private:
     int fd_;

@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 namespace host {
 
@@ -59,11 +60,12 @@ ExitCode preview(const PreviewOptions &options) {
     Drawing drawing(options.drawing, options.picture);
     virtual_plotter::PlotReader plot(languageOf(options.drawing), drawing.sink(), drawing.sheet().hardClip);
 
-    StopOnSignal signals;
+    std::optional<StopOnSignal> signals(std::in_place);
     file.readBlocks([&](std::string_view block) {
         plot.take(block);
         return !StopOnSignal::came();
     });
+    signals.reset(); // the picture is written in one go, which only the end of the process ends
     if (StopOnSignal::came()) throw Failure(ExitCode::Stopped, "stopped: nothing was written");
     plot.finish();
     if (plot.reader()->findings().instructions == 0) {

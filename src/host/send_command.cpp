@@ -55,7 +55,6 @@ const char *startTextOf(const SendOptions &options) {
 /// it has not.
 bool closePort(int fd) {
     bool isTaken = !StopOnSignal::came() && tcdrain(fd) == 0;
-    if (!isTaken) tcflush(fd, TCOFLUSH);
     close(fd);
     return isTaken;
 }
@@ -70,14 +69,13 @@ void sendToPort(const SendOptions &options, const std::string &text) {
     record.ORB_EmulationID = options.emulation;
     record.ORB_CFSTR_bsdIn_VectorixDevice = portPath.get();
     memcpy(record.ORB_writeBuffer, text.data(), text.size()); // the record was zeroed: a NUL follows
-    record = ORB_getVectorixCS2(record);
+    if (!StopOnSignal::came()) record = ORB_getVectorixCS2(record);
     bool wasOpened = record.ORB_portFD > 0;
     bool isTaken = wasOpened && closePort(record.ORB_portFD);
     std::string status = textOf(record.ORB_CFSTR_message);
     releaseStrings(record);
 
     if (StopOnSignal::came()) {
-        lock.discardOutput();
         throw Failure(ExitCode::Stopped, "stopped: the text may have been sent in part");
     }
     if (record.ORB_errorID != kORB_NoError || !wasOpened) {

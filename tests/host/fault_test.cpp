@@ -31,6 +31,7 @@ TEST_F(FaultTest, GoesOnAfterBeingSuspended) {
     ASSERT_TRUE(plotter.hasHeard());
     printing.awaitSleep();
     printing.suspend();
+    printing.signal(SIGALRM); // set by who started the command
     EXPECT_EQ(plotter.read(), plot_);
     EXPECT_EQ(printing.wait().code, 0);
 }
@@ -54,6 +55,36 @@ TEST_F(FaultTest, LeavesThePortFitForTheNextPrint) {
         EXPECT_EQ(plot_.compare(0, heard.size(), heard), 0);
         expectNextPrintWorks(plotter);
     }
+}
+
+TEST_F(FaultTest, ASignalEndsWhateverIsWaitedFor) {
+    const auto disturbed = [](const char *how, std::vector<std::string> words) {
+        words.insert(words.begin(), {"LD_PRELOAD=" DISTURBED, "ASAN_OPTIONS=verify_asan_link_order=0", how, VECTORIX});
+        return words;
+    };
+    const struct {
+        std::vector<std::string> words;
+        const char *held;
+        int secondSignal;
+    } rows[] = {{{"print", path_}, "HELD=a", 0},
+                {{"send", "IN;"}, "HELD=a", 0},
+                {{"limits"}, "HELD=a", 0},
+                {{"print", path_}, "HELD_FOR_EVER=a", SIGTERM}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.words[0] + row.held);
+        FarEnd plotter;
+        std::vector<std::string> words = disturbed(row.held, row.words);
+        words.insert(words.end(), {"--port", plotter.port()});
+        Running command(words, false, "", "/usr/bin/env");
+        ASSERT_TRUE(plotter.hasHeard());
+        command.awaitSleep();
+        command.signal(SIGINT);
+        command.signal(row.secondSignal);
+        EXPECT_EQ(command.wait().code, 130);
+    }
+    Running drawing(disturbed("HELD=a", {"preview", path_, "-o", path("p.pdf")}), false, "", "/usr/bin/env");
+    EXPECT_EQ(drawing.wait().code, -SIGINT) << "while it writes the picture";
+    EXPECT_FALSE(std::filesystem::exists(path("p.pdf")));
 }
 
 TEST_F(FaultTest, KeepsASecondCommandOut) {

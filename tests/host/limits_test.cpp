@@ -177,16 +177,4 @@ TEST_F(LimitsTest, AQuestionThatCannotLeaveIsGivenUp) {
     EXPECT_NE(host::judge(outcome).message.find("the line is held (held by XOFF"), std::string::npos);
 }
 
-TEST_F(LimitsTest, CtrlCEndsTheWaitForASilentPlotter) {
-    FarEnd plotter;
-    Running asking({"limits", "--port", plotter.port()}, true);
-    EXPECT_EQ(plotter.read(6), "IN;OH;");
-    asking.signal(SIGINT);
-    Result result = asking.wait();
-    EXPECT_EQ(result.code, 130) << result.err;
-    EXPECT_EQ(result.out, "");
-    EXPECT_NE(result.err.find("asking " + plotter.port()), std::string::npos) << result.err;
-    EXPECT_EQ(result.err.find("no reply"), std::string::npos) << result.err;
-}
-
 } // namespace

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -50,6 +51,10 @@ TEST_F(PortTest, NamesWhoHasThePortOpenAlsoThroughALink) {
         expectBusy(plotter_.port(), holder.pid());
         expectBusy(path("plotter"), holder.pid());
     }
+    // The near end of the far end's own process is no rival, but for its lock.
+    Descriptor reader(open(plotter_.port().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    flock(reader.get(), LOCK_SH);
+    expectBusy(plotter_.port(), getpid());
 }
 
 /// The calling thread's user, if that is root, is nobody for a while.

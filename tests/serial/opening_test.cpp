@@ -163,11 +163,4 @@ TEST_F(RealTerminal, WritesToAPseudoTerminal) {
     close(plotter);
 }
 
-TEST_F(RealTerminal, WhatIsNoSerialPort) {
-    answer().ORB_CFSTR_bsdIn_VectorixDevice = platform::constantString("/dev/null");
-    EXPECT_EQ(ORB_SerialopenPort(), 0);
-    EXPECT_EQ(answer().ORB_errorID, kORB_ErrorGetAttributes);
-    EXPECT_EQ(answer().ORB_portFD, -1);
-}
-
 } // namespace
