@@ -75,7 +75,7 @@ class JobReport(ctypes.Structure):
     _fields_ = [("structSize", c_uint32), ("stopReason", c_uint32), ("firstErrorID", c_int32), ("firstStatus", c_int32),
                 ("fileBytes", c_int64), ("sentBytes", c_int64), ("failedBytes", c_int64), ("withheldBytes", c_int64),
                 ("firstErrorOffset", c_int64), ("piecesSent", c_uint64), ("piecesFailed", c_uint64),
-                ("uncutChunks", c_uint64)]
+                ("uncutChunks", c_uint64), ("lastStatus", c_int32), ("reserved", c_uint32)]
 
 
 class QueryReport(ctypes.Structure):

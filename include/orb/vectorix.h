@@ -265,13 +265,16 @@ typedef struct ORB_JobReport {
     int32_t firstErrorID;     /* first failure of the job; 22007 when nothing failed */
     int32_t firstStatus;      /* its IOKit, File Manager or errno code */
     int64_t fileBytes;        /* = sentBytes + failedBytes + withheldBytes; 0 when the plot file was not opened */
-    int64_t sentBytes;        /* taken by the link; what a short write left over is failed */
-    int64_t failedBytes;      /* offered to the link and not taken */
+    int64_t sentBytes;        /* taken by the link, and not lost in it as far as this computer can tell */
+    int64_t failedBytes;      /* offered to the link and not taken; also a serial piece that did not drain, the last one of
+                               * a port that is gone, and what a stop threw out of the port's queue */
     int64_t withheldBytes;    /* never offered: behind the last mark, behind a NUL, or behind a stop */
     int64_t firstErrorOffset; /* where in the plot file the first failure lies; -1 for none, or when not in it */
-    uint64_t piecesSent;      /* wholly taken */
+    uint64_t piecesSent;      /* wholly sent */
     uint64_t piecesFailed;    /* however often a piece was tried, it counts once */
     uint64_t uncutChunks;     /* chunks without a cut, which were sent whole */
+    int32_t lastStatus;       /* of the last piece: 0 when it was sent, else as firstStatus */
+    uint32_t reserved;
 } ORB_JobReport;
 
 void ORB_hostGetJobReport(ORB_JobReport *report);

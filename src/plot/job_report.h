@@ -26,6 +26,9 @@ void noteUncutChunk() noexcept;
 /// A piece of the plot file at offset was offered to the link with so many bytes, and this is what the link did.
 void notePiece(int64_t offset, int64_t offered, const LinkWrite &outcome) noexcept;
 
+/// The serial port is closed: what was lost with the last piece has failed.
+void noteClose(const LinkClose &outcome) noexcept;
+
 /// Calls the host's progress function. True when the job is to stop, by its answer or by a stop request.
 bool hostWantsStop() noexcept;
 

@@ -192,7 +192,9 @@ extern "C" int32_t ORB_readPlotFile2Write() {
     if (record.ORB_OutputMethode == kORB_OSX_METHOD_USB) {
         if (!session.open(&status)) return status;
         converted = session.sendStart(&status);
-    } else if (record.ORB_OutputMethode != kORB_OSX_METHOD_SERIAL) {
+    } else if (record.ORB_OutputMethode == kORB_OSX_METHOD_SERIAL) {
+        if (gORB_FoundationStruct.startWrite.status != 0) noteFailedWrite(gORB_FoundationStruct.startWrite);
+    } else {
         noteFailure(kORB_ErrorInterfaceNotOpened, kIOReturnNotOpen); // the job goes on, and nothing of it goes out
         noteStop(kORB_StopNoLink);
     }

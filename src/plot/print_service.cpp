@@ -39,6 +39,7 @@ int32_t printOverSerial() {
         posix::printf("[[ORB_VectorixService17] ] & ORB_error ID %d\n", record.ORB_errorID);
     }
     result = ORB_VectorixService6();
+    plot::noteClose(gORB_FoundationStruct.lastClose);
     if (failed(result)) {
         posix::printf("[ORB_VectorixService17] [ORB_VectorixService6] returns an error %d\n", result);
         posix::printf("[[ORB_VectorixService17] ] & ORB_error ID %d\n", record.ORB_errorID);

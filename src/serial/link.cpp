@@ -4,6 +4,7 @@
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/posix/clock.h"
 #include "platform/posix/console.h"
+#include "platform/posix/stop.h"
 #include "platform/posix/terminal.h"
 #include "serial/open_ports.h"
 #include "service/state.h"
@@ -29,6 +30,15 @@ CFStringRef handshakeErrorText(int32_t error) {
                                     strerror(error), error);
 }
 
+/// A line that has hung up, or whose device was pulled out, answers everything so, and never again in another way.
+constexpr bool meansGone(int error) { return error == EIO || error == ENXIO || error == ENODEV; }
+
+/// Of a write of size bytes of which so many were taken, -1 for none and an error.
+LinkWrite outcomeOf(ssize_t taken, size_t size, int error) {
+    if (taken == -1) return {.taken = 0, .status = error, .portWasGone = meansGone(error)};
+    return {.taken = taken, .status = static_cast<size_t>(taken) < size ? EAGAIN : 0};
+}
+
 CFStringRef writeErrorText(int32_t error) { return CFStringCreateWithFormat("write returned errno %d", error); }
 
 // Deferred like every status text of a write: a job makes one for each piece, and only the last can be seen.
@@ -46,6 +56,7 @@ void reportHandshake(int fd) {
 int32_t ORB_SerialopenPort() {
     answer().ORB_portFD = -1;
     answer().ORB_errorID = kORB_NoError;
+    gORB_FoundationStruct.startWrite = {};
     const CFStringRef path = answer().ORB_CFSTR_bsdIn_VectorixDevice;
     if (CFGetTypeID(path) != CFStringGetTypeID()) {
         answer().ORB_errorID = kORB_SerialTools_errorNoBSDIn;
@@ -65,7 +76,9 @@ int32_t ORB_SerialopenPort() {
 
 void ORB_Serial_initPlotter() {
     if (answer().ORB_EmulationID != kEmulationWithStartup) return;
-    if (posix::write(answer().ORB_portFD, kStartup, sizeof kStartup) == -1) {
+    const ssize_t taken = posix::write(answer().ORB_portFD, kStartup, sizeof kStartup);
+    gORB_FoundationStruct.startWrite = outcomeOf(taken, sizeof kStartup, errno);
+    if (taken == -1) {
         answer().ORB_errorID = kORB_ErrorUnvalidPort;
         setStatus("kORB_Serial_initPlotter=>ORB_ErrorWritingPort : numBytes == -1");
     } else {
@@ -89,14 +102,17 @@ int32_t ORB_SerialwritePlotter() {
     const size_t size = strnlen(answer().ORB_writeBuffer, sizeof answer().ORB_writeBuffer);
     const ssize_t taken = posix::write(fd, answer().ORB_writeBuffer, size);
     int error = errno;
-    if (taken == -1) {
-        outcome = {0, error};
-        deferStatus(writeErrorText, error);
-    } else {
-        outcome = {taken, static_cast<size_t>(taken) < size ? EAGAIN : 0};
-    }
+    outcome = outcomeOf(taken, size, error);
+    if (taken == -1) deferStatus(writeErrorText, error);
     if (posix::tcdrain(fd) == -1) {
         error = errno;
+        // The record knows nothing of it. Of what was not seen to leave nobody can say how much did; only a stop is followed
+        // by a close that counts.
+        if (platform::stopRequested()) {
+            outcome.isPending = true;
+        } else if (taken != -1) {
+            outcome = {.taken = 0, .status = error};
+        }
         setStatus("[Vectorix Foundation] : tcdrain error at writing on serial port !");
     }
     answer().ORB_errorID = taken == -1 ? kORB_ErrorUnvalidPort : kORB_NoError;
@@ -105,15 +121,19 @@ int32_t ORB_SerialwritePlotter() {
 }
 
 int32_t ORB_SerialclosePort() {
+    LinkClose &outcome = gORB_FoundationStruct.lastClose;
+    outcome = {};
     if (portIsOpen()) {
         const int fd = answer().ORB_portFD;
         if (posix::tcdrain(fd) == -1) {
             const int error = errno;
             setStatusFormat("Error waiting for drain - %s(%d)", strerror(error), error);
+            if (!platform::stopRequested()) outcome.status = error;
         }
         posix::sleep(2);
-        posix::ioctl(fd, TIOCNXCL);
-        serial::closePort(fd);
+        // A line that hangs up ends a wait for it with success: only a later call tells.
+        if (posix::ioctl(fd, TIOCNXCL) == -1 && meansGone(errno) && outcome.status == 0) outcome.status = errno;
+        outcome.discarded = serial::closePort(fd);
         answer().ORB_errorID = kORB_NoError;
     }
     answer().ORB_portFD = -1;

@@ -18,10 +18,10 @@ int32_t ORB_Serialopen_Keyspan2Read();
 void ORB_Serial_initPlotter();
 /// Sends the NUL-terminated text of ORB_writeBuffer (0 to 255 bytes), then waits for the line to drain; blocks for as long
 /// as the plotter holds the line. ORB_errorID: 22007, or 25002 when no port is open or write() failed. Always returns 0; how
-/// much was taken is in gORB_FoundationStruct.lastWrite.
+/// much was taken, and a drain that failed, is in gORB_FoundationStruct.lastWrite.
 int32_t ORB_SerialwritePlotter();
 /// Drains, waits two seconds, ends exclusive use, closes. After a stop the queued output is discarded first, so that the
-/// close cannot hang. Always returns 0.
+/// close cannot hang. Always returns 0; what was lost is in gORB_FoundationStruct.lastClose.
 int32_t ORB_SerialclosePort();
 
 int32_t ORB_VectorixService4(); ///< opens the port

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <new>
+#include <sys/sysmacros.h>
 #include <vector>
 
 namespace serial {
@@ -26,6 +27,13 @@ std::vector<platform::DeviceIdentity> openedInThisCall;
 bool stillOurs(const Port &port) {
     platform::DeviceIdentity now;
     return posix::identify(port.fd, &now) == 0 && now == port.device;
+}
+
+bool isPseudoTerminal(int fd) {
+    constexpr unsigned kFirst = 136, kLast = 143; // the kernel's list of devices: Unix98 pseudo-terminals
+    platform::DeviceIdentity identity;
+    if (posix::identify(fd, &identity) != 0 || identity.inode != 0) return false;
+    return major(identity.device) >= kFirst && major(identity.device) <= kLast;
 }
 
 bool wasOpenedInThisCall(const platform::DeviceIdentity &device) {
@@ -63,10 +71,16 @@ int openPort(int flags) noexcept {
     return -1;
 }
 
-void closePort(int fd) noexcept {
-    if (platform::stopRequested()) posix::tcflush(fd, TCOFLUSH);
+int64_t closePort(int fd) noexcept {
+    int64_t discarded = 0;
+    if (platform::stopRequested() && !isPseudoTerminal(fd)) {
+        int queued = 0;
+        discarded = posix::ioctl(fd, TIOCOUTQ, &queued) == 0 ? queued : INT64_MAX;
+        posix::tcflush(fd, TCOFLUSH); // where a driver takes no notice of it, the close throws the bytes away
+    }
     posix::close(fd);
     noteClosed(fd);
+    return discarded;
 }
 
 void beginCall() noexcept { openedInThisCall.clear(); }

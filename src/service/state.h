@@ -8,8 +8,16 @@
 
 /// What the last write on the link did.
 struct LinkWrite {
-    int64_t taken = 0;  ///< bytes that the link took
-    int32_t status = 0; ///< errno or IOKit code of the failure, 0 for none
+    int64_t taken = 0;        ///< bytes that the link took
+    int32_t status = 0;       ///< errno or IOKit code of the failure, 0 for none
+    bool isPending = false;   ///< a stop came before the line had sent them
+    bool portWasGone = false; ///< already when they were offered: what was taken before may be lost, too
+};
+
+/// What the close of a serial port found.
+struct LinkClose {
+    int32_t status = 0;    ///< errno of a line that did not send all, or is gone; 0 for none
+    int64_t discarded = 0; ///< bytes that a stop threw away, at most
 };
 
 /// The report of a job of which nothing is done yet.
@@ -24,6 +32,8 @@ constexpr ORB_JobReport emptyJobReport() noexcept {
 struct FoundationState {
     ORB_ServiceRecord Answer{}; ///< every service reads its inputs and writes its outputs here
     LinkWrite lastWrite;
+    LinkWrite startWrite;                    ///< of the start-up bytes of the serial port opened last
+    LinkClose lastClose;                     ///< of a serial port
     ORB_JobReport report = emptyJobReport(); ///< of the last print
 };
 

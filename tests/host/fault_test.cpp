@@ -24,14 +24,13 @@ protected:
     const std::string path_ = file("plot.plt", plot_);
 };
 
-/// The signal must not be taken for a failed write.
-TEST_F(FaultTest, GoesOnAfterBeingSuspended) {
+/// One that whoever started the command had set.
+TEST_F(FaultTest, AnAlarmIsNoStop) {
     FarEnd plotter;
     Running printing({"print", path_, "--port", plotter.port()}, false);
     ASSERT_TRUE(plotter.hasHeard());
     printing.awaitSleep();
-    printing.suspend();
-    printing.signal(SIGALRM); // set by who started the command
+    printing.signal(SIGALRM);
     EXPECT_EQ(plotter.read(), plot_);
     EXPECT_EQ(printing.wait().code, 0);
 }
@@ -85,28 +84,6 @@ TEST_F(FaultTest, ASignalEndsWhateverIsWaitedFor) {
     Running drawing(disturbed("HELD=a", {"preview", path_, "-o", path("p.pdf")}), false, "", "/usr/bin/env");
     EXPECT_EQ(drawing.wait().code, -SIGINT) << "while it writes the picture";
     EXPECT_FALSE(std::filesystem::exists(path("p.pdf")));
-}
-
-TEST_F(FaultTest, KeepsASecondCommandOut) {
-    FarEnd plotter;
-    Running printing({"print", path_, "--port", plotter.port()}, false);
-    ASSERT_TRUE(plotter.hasHeard());
-    std::string holder = "busy: held by vectorix (process " + std::to_string(printing.pid()) + ")";
-    expectRefusals({{{"print", path_, "--port", plotter.port()}, 5, holder},
-                    {{"send", "IN;", "--port", plotter.port()}, 5, holder},
-                    {{"limits", "--port", plotter.port()}, 5, holder}});
-    EXPECT_EQ(plotter.read(), plot_) << "nothing of the others";
-    EXPECT_EQ(printing.wait().code, 0);
-}
-
-TEST_F(FaultTest, DoesNotTrustALineThatHungUpAtTheEnd) {
-    FarEnd plotter;
-    Running printing({"print", file("small.plt", plotOf(2)), "--port", plotter.port()}, false);
-    EXPECT_EQ(plotter.read(plotOf(2).size()), plotOf(2));
-    plotter.hangUp();
-    Result result = printing.wait();
-    EXPECT_EQ(result.code, 6) << result.err;
-    EXPECT_NE(result.err.find("may not have reached it"), std::string::npos) << result.err;
 }
 
 TEST_F(FaultTest, TellsWhatBecameOfThePlotFile) {

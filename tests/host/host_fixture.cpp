@@ -125,14 +125,6 @@ void Running::awaitSleep() const {
     }
 }
 
-void Running::suspend() const {
-    int status = 0;
-    signal(SIGSTOP); // the terminal's stop does nothing where no shell is there to continue it
-    ASSERT_EQ(waitpid(pid_, &status, WUNTRACED), pid_);
-    ASSERT_TRUE(WIFSTOPPED(status));
-    signal(SIGCONT);
-}
-
 std::string Running::line() {
     std::string text;
     for (char byte; readable(out_.get()) && read(out_.get(), &byte, 1) == 1 && byte != '\n';)

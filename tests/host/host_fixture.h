@@ -41,8 +41,6 @@ public:
     void signal(int number) const;
     /// Waits until it waits for something: in the middle of a job, for room in the line.
     void awaitSleep() const;
-    /// Suspends it, and lets it go on when it stands.
-    void suspend() const;
     /// From now on nobody reads its output.
     void ignoreOutput() { out_.reset(); }
     /// The next line of its output, which wait() does not give again.

@@ -27,18 +27,9 @@ constexpr CutCase kCuts[] = {
     {"comma-D: terminator at 11 is too near", 17030, "@", "123456789,D@", 0},
     {"comma-D: terminator at 12, mark at 10", 17036, "@", "1234567890,D@", 11},
     {"comma-D: not before D alone", 17036, "@", "1234567890D1D2D3@", 0},
-    {"ETX-D where no comma-D is", 17009, ";",
-     "LBsome text\x03"
-     "D1,1;",
-     12},
-    {"comma-D before ETX-D", 17009, ";",
-     "1234567890,D1\x03"
-     "D2;",
-     11},
-    {"a comma-D too near hides an ETX-D", 17009, ";",
-     "1,D34567890123\x03"
-     "D2;",
-     0},
+    {"ETX-D where no comma-D is", 17009, ";", "LBsome text\3D1,1;", 12},
+    {"comma-D before ETX-D", 17009, ";", "1234567890,D1\3D2;", 11},
+    {"a comma-D too near hides an ETX-D", 17009, ";", "1,D34567890123\3D2;", 0},
     {"D before the letter", 17011, ";", "U1,1;1234567D9;", 12},
     {"D: only the last counts, at 9 too near", 17012, ";", "12345678,D,,;", 0},
     {"an empty terminator finds nothing", 17002, "", "1234567890;PD1;PD2;", 0},

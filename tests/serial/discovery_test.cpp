@@ -62,7 +62,6 @@ TEST(Discovery, Outcomes) {
         {"eight", [](auto &p) { p.registry.serialPorts = ports(8); }, 0, kORB_NoError, 7, "", kSevenInSix},
         {"no name", secondWith("IOTTYDevice", ""), 0, kORB_NoError, 1, kNoName, "ttyUSB1/12 "},
         {"no callout path", secondWith("IOCalloutDevice", ""), 0, kORB_NoError, 1, "", "ttyUSB1/12 "},
-        {"no dial-in path", secondWith("IODialinDevice", ""), 0, kORB_NoError, 1, "", "ttyUSB1/12 "},
         {"a path of 39 characters", secondWith("IOCalloutDevice", wide), 0, kORB_NoError, 3, "",
          "ttyUSB1/12 ttyUSB2/40 ttyUSB3/12 "},
         {"of 40", secondWith("IODialinDevice", std::string(40, 'x')), 0, kORB_ErrorPathNameTooLong, 1, "", "ttyUSB1/12 "},

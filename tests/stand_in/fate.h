@@ -41,6 +41,8 @@ public:
     virtual void after() noexcept {}
     /// Bytes were offered to a link, and it took some. ok: the call said that it took them all.
     virtual void wrote(size_t /*offered*/, size_t /*taken*/, bool /*ok*/) {}
+    /// Bytes were thrown away that a line had taken and not yet sent.
+    virtual void discarded(size_t) {}
     /// A link gave bytes to the reader.
     virtual void said(std::string_view) {}
     /// A call that nobody should make.

@@ -1,6 +1,7 @@
 #include "stand_in/terminal.h"
 
 #include <fcntl.h>
+#include <sys/sysmacros.h>
 
 namespace stand_in {
 
@@ -21,9 +22,12 @@ const char *requestName(unsigned long request) {
     case TIOCMBIC: return "TIOCMBIC";
     case TIOCEXCL: return "TIOCEXCL";
     case TIOCNXCL: return "TIOCNXCL";
+    case TIOCOUTQ: return "TIOCOUTQ";
     default: return "unknown-request";
     }
 }
+
+bool isPseudo(const std::string &path) { return path.starts_with("/dev/pts/"); }
 
 } // namespace
 
@@ -47,6 +51,7 @@ int Terminal::close(int fd) {
     const Step step(fate_, Seam::terminal, "close");
     step.log(fd);
     const int result = outcome(step, fd);
+    discard();
     openPaths.erase(fd);
     return result;
 }
@@ -76,6 +81,7 @@ ssize_t Terminal::write(int fd, const void *bytes, size_t size) {
     const bool fails = outcome(step, fd) < 0;
     const size_t taken = fails ? 0 : step.gives() ? std::min(step.code<size_t>(), size) : size;
     written += text.substr(0, taken);
+    if (!isPseudo(openPaths[fd])) queued += taken - std::min(taken, leavesAtOnce);
     fate_.wrote(size, taken, !fails);
     return fails ? -1 : static_cast<ssize_t>(taken);
 }
@@ -99,6 +105,7 @@ int Terminal::ioctl(int fd, unsigned long request, int *argument) {
     const int result = outcome(step, fd);
     if (result == 0 && request == TIOCMGET) *argument = modemWord;
     if (result == 0 && request == TIOCMSET) modemWord = *argument;
+    if (result == 0 && request == TIOCOUTQ) *argument = static_cast<int>(queued);
     return result;
 }
 
@@ -121,13 +128,23 @@ int Terminal::tcsetattr(int fd, int when, const termios *in) {
 int Terminal::tcdrain(int fd) {
     const Step step(fate_, Seam::terminal, "tcdrain");
     if (logWrites) step.log(fd);
-    return outcome(step, fd);
+    const int result = outcome(step, fd);
+    if (result == 0) queued = 0;
+    return result;
+}
+
+void Terminal::discard() {
+    fate_.discarded(queued);
+    written.resize(written.size() - std::min(queued, written.size()));
+    queued = 0;
 }
 
 int Terminal::tcflush(int fd, int queue) {
     const Step step(fate_, Seam::terminal, "tcflush");
     step.log(fd, queue == TCOFLUSH ? "TCOFLUSH" : "?");
-    return outcome(step, fd);
+    const int result = outcome(step, fd);
+    if (result == 0) discard();
+    return result;
 }
 
 int Terminal::identify(int fd, platform::DeviceIdentity *identity) {
@@ -137,7 +154,8 @@ int Terminal::identify(int fd, platform::DeviceIdentity *identity) {
         errno = EBADF;
         return -1;
     }
-    *identity = {std::hash<std::string>{}(found->second), 1};
+    *identity = isPseudo(found->second) ? platform::DeviceIdentity{makedev(136, 0), 0}
+                                        : platform::DeviceIdentity{std::hash<std::string>{}(found->second), 1};
     return 0;
 }
 

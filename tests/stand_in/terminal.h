@@ -10,8 +10,8 @@
 
 namespace stand_in {
 
-/// Opens give descriptors from 5 up, a write takes all, a read without replies gives EAGAIN, the modem-line word reads
-/// 0x126.
+/// Opens give descriptors from 5 up, a write takes all, a drain lets all of it out (of "/dev/pts/…" it is out at once), a
+/// read without replies gives EAGAIN, the modem-line word reads 0x126.
 class Terminal : public platform::Terminal, public Wire {
 public:
     explicit Terminal(Fate &fate) : fate_(fate) {}
@@ -20,7 +20,9 @@ public:
     std::map<int, termios> attributes;    ///< what was last applied
     int modemWord = 0x126;
     int nextDescriptor = 5;
-    bool logWrites = true; ///< false for jobs of many pieces: only `written` then tells
+    size_t queued = 0;       ///< bytes that are lost with the port or its flush; `written` is without those that were
+    size_t leavesAtOnce = 0; ///< bytes of each write that do not wait in the queue
+    bool logWrites = true;   ///< false for jobs of many pieces: only `written` then tells
 
     int open(const char *path, int flags) override;
     int close(int fd) override;
@@ -38,6 +40,7 @@ public:
 private:
     /// 0 for a call on an open descriptor that is to succeed; what it returns otherwise.
     int outcome(const Step &step, int fd);
+    void discard();
 
     Fate &fate_;
 };

@@ -148,7 +148,7 @@ IOReturn Interface::WritePipe(uint8_t pipe, const void *bytes, uint32_t size, ui
     step.log(pipe, Quoted{text});
     if (registry_.onWrite) registry_.onWrite(text);
     const IOReturn result = onTransfer(step, pipe, stopped);
-    const uint32_t count = result == kIOReturnSuccess ? size : open_ && !stopped && step.failsAfter() ? size / 2 : 0;
+    const uint32_t count = result == kIOReturnSuccess ? size : open_ && !stopped && step.failsAfter() ? (size + 1) / 2 : 0;
     registry_.written += text.substr(0, count);
     if (taken != nullptr) *taken = count;
     registry_.fate.wrote(size, count, result == kIOReturnSuccess);

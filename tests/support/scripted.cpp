@@ -29,7 +29,8 @@ Ending Platform::before(Seam seam, const char *call) {
     } else {
         return {};
     }
-    if (seam == Seam::registry) return {outcome.result == 0 ? Effect::none : Effect::fails, outcome.result};
+    const Effect failure = outcome.error == 0 ? Effect::fails : Effect::after;
+    if (seam == Seam::registry) return {outcome.result == 0 ? Effect::none : failure, outcome.result};
     return outcome.result == -1 ? Ending{Effect::fails, outcome.error} : Ending{Effect::gives, outcome.result};
 }
 

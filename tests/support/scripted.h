@@ -23,6 +23,8 @@ struct Outcome {
 };
 inline Outcome fails(int error) { return {-1, error}; }
 inline Outcome gives(long result) { return {result, 0}; }
+/// Of IOKit's: it does a part of its work, and reports the code.
+inline Outcome failsAfter(long code) { return {code, 1}; }
 
 class Platform : public stand_in::Platform {
 public:

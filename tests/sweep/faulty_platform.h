@@ -16,6 +16,7 @@ public:
     stand_in::Ending before(stand_in::Seam seam, const char *call) override;
     void after() noexcept override { faults_.leave(); }
     void wrote(size_t offered, size_t taken, bool ok) override;
+    void discarded(size_t bytes) override;
     void said(std::string_view bytes) override;
 
 private:

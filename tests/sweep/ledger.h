@@ -25,6 +25,12 @@ public:
         ok_ = ok;
     }
 
+    /// The last piece is not known to have left the port, with as many bytes as that may be.
+    void lost(int64_t bytes = INT64_MAX) {
+        ok_ = ok_ && std::min(bytes, taken_) == 0;
+        taken_ -= std::min(bytes, taken_);
+    }
+
     /// Counts the last piece.
     void settle() {
         if (!pending_) return;

@@ -32,11 +32,6 @@ bool echoesIdentifier(uint32_t service) { return service == 4 || service == 10 |
 
 bool isString(CFStringRef s) { return ORB_hostGetString(s, nullptr, 0) >= 0; }
 
-/// Without the start-up bytes of the port: that they were sent in part counts as sent.
-std::string_view behindStart(std::string_view delivered) {
-    return delivered.substr(std::min(delivered.find_first_not_of(";:"), delivered.size()));
-}
-
 class Run {
 public:
     Run(const Scenario &scenario, const Injection &injection, const Outcome *clean)
@@ -184,8 +179,10 @@ void Run::checkJob() {
             "file ", report.fileBytes, " is not sent ", report.sentBytes, " + failed ", report.failedBytes, " + withheld ",
             report.withheldBytes);
     require(report.fileBytes == ledger.fileBytes, "fileBytes is ", report.fileBytes, ", not ", ledger.fileBytes);
-    require(report.sentBytes == ledger.sentBytes, "sentBytes is ", report.sentBytes, ", but the link took ",
+    require(report.sentBytes == ledger.sentBytes, "sentBytes is ", report.sentBytes, ", but the link took and kept ",
             ledger.sentBytes);
+    require(report.sentBytes <= static_cast<int64_t>(outcome_.delivered.size()), "sentBytes is ", report.sentBytes,
+            ", but the plotter got ", outcome_.delivered.size());
     if (!faults_.stopped() && scenario_.method <= kORB_OSX_METHOD_SERIAL) {
         require(report.failedBytes == ledger.failedBytes, "failedBytes is ", report.failedBytes, ", not ",
                 ledger.failedBytes);
@@ -204,8 +201,8 @@ void Run::checkJob() {
     // A transfer that failed half way is tried again with the whole text: that half comes twice.
     const bool wholeFile = report.fileBytes == static_cast<int64_t>(scenario_.plot.size()) && !ledger.tookPartAndFailed;
     if (clean_ != nullptr && nothingFailed && wholeFile && report.stopReason == kORB_StopFinished) {
-        require(behindStart(outcome_.delivered) == behindStart(clean_->delivered),
-                "a job without a failure, but the plotter got ", scripted::quoted(outcome_.delivered));
+        require(outcome_.delivered == clean_->delivered, "a job without a failure, but the plotter got ",
+                scripted::quoted(outcome_.delivered));
     }
 }
 

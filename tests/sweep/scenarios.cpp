@@ -33,21 +33,14 @@ std::string repeated(int times, const std::string &text, const std::string &end 
 const std::string kPenDown = repeated(9, "PU10,10;PD20,20,30,30;", "SP0;rest");
 const std::string kCommaD = repeated(40, "U1,1,D2,2,", "@rest");
 const std::string kNoMark = repeated(9, "U1,1,D2,2;");
-const std::string kEtxD = repeated(9, "\x03N1,1;\x03"
-                                      "D2,2,3;");
+const std::string kEtxD = repeated(9, "\3N1,1;\3D2,2,3;");
 const std::string kD = repeated(9, "M10,10;D20,20,30;");
 const std::string kUncut = std::string(100, 'x') + "\0\0;PD1;"s + std::string(60, ';');
 const std::string kForeign = kPenDown + "\xE9;PD;PD;PD;PD;PD;PD;";
 constexpr const char *kHpglReply = "0,0,15200,10800\r";
 
 const Scenario kServices[] = {
-    {"unknown", 99, 0, kSerial, Before::nothing, kPort, 0},
-    {"nothing-1", 1, 0},
     {"ghost-4", 4, 0, kSerial, Before::nothing, kPort, kHostsErrorID},
-    {"ghost-6", 6, 0},
-    {"nothing-12", 12, 0, kSerial, Before::nothing, kPort, kHostsErrorID},
-    {"identify", 14, 0, kSerial, Before::nothing, kPort, 0},
-    {"ghost-18", 18, 0, kSerial, Before::nothing, kPort, kHostsErrorID},
     {"list-plotters", 2, 0},
     {"list-ports", 3, 0},
     {"open-and-write", 5, kOpen},
@@ -93,7 +86,6 @@ const struct Query {
       {"query-usb-17009", kUsb, 17009, 1, 0x0B4D, {"120,340\r", "", "560,780\r"}, kPasses},
       {"query-usb-17009-2", kUsb, 17009, 2, 0x0B4D, {kHpglReply}},
       {"query-usb-17010", kUsb, 17010, 2, 0x0B4D, {kHpglReply}},
-      {"query-usb-17032", kUsb, 17032, 0, 0x0B75, {"0,0,15200,0\r"}},
 };
 
 /// Over both links.
@@ -109,9 +101,6 @@ const struct {
     {"17008", 17008, 0x099F, kCommaD},
     {"17009", 17009, 0x0B4D, kEtxD},
     {"17011", 17011, 0x0C30, kD},
-    {"17022", 17022, 0x0B75, kPenDown},
-    {"17030", 17030, 0x099F, kCommaD},
-    {"17032", 17032, 0x0B75, kPenDown},
     {"uncut", 17001, 0x0B75, kUncut},
     {"foreign", 17001, 0x0B75, kForeign, kORB_StopNotASCII},
     {"no-mark", 17036, 0x0B75, kNoMark, kORB_StopNoMarkInTail},

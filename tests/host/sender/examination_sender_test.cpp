@@ -61,6 +61,8 @@ TEST(ExaminationAgainstSender, SaysWhatWillBeWithheld) {
             SCOPED_TRACE(testing::Message()
                          << emulation << " \"" << terminator.xml << "\" " << testing::PrintToString(plot));
             ASSERT_EQ(report.sentBytes, found.fileBytes - found.withheldBytes);
+            const std::string sent = plot.substr(0, static_cast<size_t>(report.sentBytes));
+            ASSERT_TRUE(platform.terminal.written == sent || plot.find('\0') != std::string::npos);
             ASSERT_EQ(report.piecesSent, static_cast<uint64_t>(found.pieces));
             ASSERT_EQ(report.stopReason == kORB_StopNotASCII, found.flaw == host::Flaw::NotASCII);
             ASSERT_EQ(report.firstErrorID == kORB_ErrorNoTerminator, found.flaw == host::Flaw::NoTerminator);
