@@ -42,20 +42,30 @@ void Capture::keep() {
     // A file that cannot be written must not stop the line: what comes is read on and dropped. The read ends with an error
     // when the near end is closed and all of it has been read.
     for (ssize_t count; (count = read(line_.farEnd(), bytes.data(), bytes.size())) > 0;) {
-        if (writeError_ == 0 && !writeAll(output_, {bytes.data(), static_cast<size_t>(count)})) writeError_ = errno;
+        if (writeError_ != 0) continue;
+        if (writeAll(output_, {bytes.data(), static_cast<size_t>(count)})) {
+            written_ += count;
+        } else {
+            writeError_ = errno;
+        }
     }
 }
 
-void Capture::end() {
+int64_t Capture::end() {
     line_.releaseNearEnd();
     if (keeper_.joinable()) keeper_.join();
     line_.hangUp();
-    if (output_ >= 0 && close(output_) != 0 && writeError_ == 0) writeError_ = errno;
+    if (output_ < 0) return written_;
+    // A full disk takes the beginning of the last write, and another program may have cut the file.
+    struct stat status;
+    if (fstat(output_, &status) == 0 && S_ISREG(status.st_mode) && (writeError_ != 0 || status.st_size < written_))
+        written_ = status.st_size;
+    if (close(output_) != 0 && writeError_ == 0) writeError_ = errno;
     output_ = -1;
+    return written_;
 }
 
 void Capture::finish() {
-    end();
     if (writeError_ != 0) throw outputFailure(file_, writeError_);
 }
 

@@ -3,6 +3,7 @@
 
 #include "virtual_plotter/face/pty_line.h"
 
+#include <cstdint>
 #include <string>
 #include <thread>
 
@@ -22,16 +23,19 @@ public:
     /// The path of the near end, to be printed to.
     const std::string &port() const { return line_.path(); }
 
-    /// Takes what is still under way and closes the file. Throws Failure when not all of it could be written.
+    /// Takes what is still under way and closes the file; returns how many bytes are in it.
+    int64_t end();
+
+    /// After end(): throws Failure when not all of it could be written.
     void finish();
 
 private:
-    void end();
     void keep();
 
     std::string file_;
     virtual_plotter::PtyLine line_; ///< its near end is held, so that it lasts from before the job to its end
     int output_ = -1;
+    int64_t written_ = 0;
     int writeError_ = 0;
     std::thread keeper_;
 };

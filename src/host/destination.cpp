@@ -45,6 +45,7 @@ void Destination::settle(PrintOutcome &outcome) {
     }
     if (usb_) outcome.isGone = accessTo(usb_->node) == NodeAccess::NoNode;
     if (plotter_) outcome.arrivedBytes = plotter_->end();
+    if (capture_) outcome.arrivedBytes = capture_->end();
 }
 
 void Destination::addNotes(Verdict &verdict) const {

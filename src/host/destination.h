@@ -28,8 +28,7 @@ public:
     /// As people call it.
     std::string name() const;
 
-    /// After the call: nothing of a stopped job may hold the port any longer, and the outcome learns what became of the
-    /// device.
+    /// After the call: the outcome learns what became of the device, and what arrived at a file or a plotter in software.
     void settle(PrintOutcome &outcome);
     /// What a plotter in software found in what arrived.
     void addNotes(Verdict &verdict) const;

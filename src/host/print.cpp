@@ -22,7 +22,8 @@ namespace host {
 
 namespace {
 
-/// What the plug-in asks after each piece: draws the bar, and ends the job at its first failure.
+/// What the plug-in asks after each piece: draws the bar, and ends the job at its first failure, or at the first that no
+/// further piece can survive.
 struct ProgressWatch {
     ProgressBar &bar;
     bool keepGoing;
@@ -34,7 +35,7 @@ struct ProgressWatch {
         } catch (...) {
             // A bar that cannot be drawn is no reason to stop.
         }
-        return !self.keepGoing && soFar->firstErrorID != kORB_NoError;
+        return self.keepGoing ? endsAnyJob(soFar->lastStatus) : soFar->firstErrorID != kORB_NoError;
     }
 };
 
@@ -92,13 +93,17 @@ void callEntry(const PrintOptions &options, const PlotFile &plot, const Destinat
 }
 
 /// A file or a picture that cannot be written is part of what became of the job, and of its one report.
-void finish(Destination &destination, Verdict &verdict) {
+void finish(Destination &destination, const PrintOutcome &outcome, Verdict &verdict) {
     try {
         destination.finish();
     } catch (const Failure &failure) {
         if (verdict.code == ExitCode::Done) verdict.code = failure.code();
         if (!verdict.message.empty()) verdict.message += "; and ";
         verdict.message += failure.what();
+    }
+    if (verdict.message.empty() && isShort(outcome)) {
+        verdict.code = ExitCode::Failed;
+        verdict.message = fmt::format("{}: not all that was sent arrived", shown(outcome.destination));
     }
 }
 
@@ -153,7 +158,7 @@ ExitCode print(const PrintOptions &options) {
     Verdict verdict = judge(outcome);
     if (outcome.report.sentBytes > 0) destination.addNotes(verdict);
     if (callFailed(outcome) && !outcome.stopped) console.show();
-    finish(destination, verdict);
+    finish(destination, outcome, verdict);
     tell(options, outcome, verdict);
     return verdict.code;
 }

@@ -38,7 +38,9 @@ constexpr Row kByStatus[] = {
      "busy: another program has claimed it; wait until it is done, or end it ('vectorix plotters' shows who it is)"},
     {kUnknownPipe, ExitCode::Failed, "the out pipe {0} of this plotter is no out endpoint; it cannot be used over USB"},
     {kNotWritable, ExitCode::Failed, "the out pipe {0} of this plotter is no out endpoint; it cannot be used over USB"},
-    {kPipeStalled, ExitCode::Failed, "the plotter refuses what it is sent; switch it off and on, then try again"},
+    {kPipeStalled, ExitCode::Failed,
+     "the plotter refuses what it is sent and has halted its pipe, which the next print clears: try again, and if that does "
+     "not help, switch it off and on"},
     {kIOError, ExitCode::Failed, "a transfer failed; check the cable, then try again"},
     {kNotResponding, ExitCode::Lost, "the plotter does not answer; switch it off and on, then try again"},
     {kAborted, ExitCode::Failed, "the transfer was broken off; try again"},
@@ -58,6 +60,11 @@ template <size_t N> const Row *find(const Row (&rows)[N], uint32_t code) {
 
 } // namespace
 
+bool endsAnyUsbJob(int32_t status) {
+    constexpr uint32_t kEnds[] = {kNoDevice, kNotAttached, kPipeStalled, kUnknownPipe, kNotWritable};
+    return std::find(std::begin(kEnds), std::end(kEnds), static_cast<uint32_t>(status)) != std::end(kEnds);
+}
+
 UsbFault explainUsb(const UsbDevice &usb, bool isGone, int32_t errorID, int32_t ioStatus, uint8_t outPipe) {
     // Once the plotter is gone, that explains whatever else was reported.
     uint32_t status = isGone ? uint32_t{kNoDevice} : static_cast<uint32_t>(ioStatus);
@@ -71,7 +78,8 @@ UsbFault explainUsb(const UsbDevice &usb, bool isGone, int32_t errorID, int32_t 
 Verdict judgeUsbLink(const PrintOutcome &outcome) {
     const ORB_JobReport &report = outcome.report;
     int32_t errorID = report.firstErrorID != kORB_NoError ? report.firstErrorID : outcome.recordErrorID;
-    UsbFault fault = explainUsb(*outcome.usb, outcome.isGone, errorID, report.firstStatus, outcome.usbOutPipe);
+    int32_t status = endsAnyUsbJob(report.lastStatus) ? report.lastStatus : report.firstStatus; // by what it ended
+    UsbFault fault = explainUsb(*outcome.usb, outcome.isGone, errorID, status, outcome.usbOutPipe);
     std::string sent = report.sentBytes == 0
                            ? "sent nothing"
                            : fmt::format("sent {} of {}", grouped(report.sentBytes), counted(report.fileBytes, "byte"));

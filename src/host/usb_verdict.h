@@ -10,6 +10,9 @@ struct UsbFault {
     std::string text; ///< what happened, and the remedy
 };
 
+/// True for the IOKit status of a piece behind which no other can arrive.
+bool endsAnyUsbJob(int32_t status);
+
 /// By a call's identifier and its IOKit status; isGone says that the plotter is not there any more.
 UsbFault explainUsb(const UsbDevice &usb, bool isGone, int32_t errorID, int32_t ioStatus, uint8_t outPipe);
 

@@ -23,19 +23,28 @@ ExitCode codeOfFile(int32_t status) {
 
 Verdict fail(ExitCode code, std::string message) { return {code, std::move(message), {}}; }
 
+/// Of a serial port.
+bool meansGone(int32_t status) { return status == EIO || status == ENXIO || status == ENODEV; }
+
+Verdict judgeLostPort(const PrintOutcome &outcome) {
+    const ORB_JobReport &report = outcome.report;
+    std::string size = counted(report.fileBytes, "byte");
+    std::string when = report.sentBytes == 0 ? fmt::format(", perhaps before any of {} reached it", size)
+                                             : fmt::format(" after {} of {}, the last of which may not have reached it",
+                                                           grouped(report.sentBytes), size);
+    return fail(ExitCode::Lost, fmt::format("{}: the device was lost{}; check cable and power, then print again",
+                                            shown(outcome.destination), when));
+}
+
 Verdict judgeFailedLink(const PrintOutcome &outcome) {
     if (outcome.usb) return judgeUsbLink(outcome);
     const ORB_JobReport &report = outcome.report;
+    if (outcome.isGone || meansGone(report.firstStatus) || meansGone(report.lastStatus)) return judgeLostPort(outcome);
     std::string port = shown(outcome.destination);
     std::string where = fmt::format("after {} of {} bytes", grouped(report.sentBytes), grouped(report.fileBytes));
-    // A write that the line's hang-up finds waiting ends with EAGAIN, though the port is not non-blocking.
-    constexpr int kGone[] = {EIO, ENXIO, ENODEV, EAGAIN};
-    if (std::find(std::begin(kGone), std::end(kGone), report.firstStatus) != std::end(kGone)) {
-        return fail(ExitCode::Lost,
-                    fmt::format("{}: the device was lost {}; check cable and power, then print again", port, where));
-    }
-    if (report.firstStatus == 0) {
-        return fail(ExitCode::Failed, fmt::format("{}: took only a part of what was sent, {}; print again", port, where));
+    if (report.firstStatus == EAGAIN) { // of a write that took less than it was given
+        const char *what = report.firstErrorOffset < 0 ? "the text before the plot" : "what was sent";
+        return fail(ExitCode::Failed, fmt::format("{}: took only a part of {}, {}; print again", port, what, where));
     }
     return fail(ExitCode::Failed,
                 fmt::format("{}: writing failed {} ({}); print again", port, where, lowered(strerror(report.firstStatus))));
@@ -97,11 +106,7 @@ Verdict judgeWithheld(const PrintOutcome &outcome) {
 
 /// A job that came to its end.
 Verdict judgeFinished(const PrintOutcome &outcome) {
-    if (!outcome.usb && outcome.isGone && outcome.report.sentBytes > 0) {
-        return fail(ExitCode::Lost, fmt::format("{}: the device was lost at the end of the job; the last of {} may not have "
-                                                "reached it. Check cable and power, then print again",
-                                                shown(outcome.destination), counted(outcome.report.sentBytes, "byte")));
-    }
+    if (!outcome.usb && outcome.isGone && outcome.report.sentBytes > 0) return judgeLostPort(outcome);
     Verdict verdict = judgeWithheld(outcome);
     if (!outcome.change.text.empty()) verdict.notes.push_back(outcome.change.text);
     return verdict;
@@ -126,6 +131,12 @@ Verdict judgeTexts(const PrintOutcome &outcome) {
 
 } // namespace
 
+bool endsAnyJob(int32_t status) { return meansGone(status) || endsAnyUsbJob(status); }
+
+bool isShort(const PrintOutcome &outcome) {
+    return outcome.arrivedBytes && *outcome.arrivedBytes < outcome.report.sentBytes;
+}
+
 bool callFailed(const PrintOutcome &outcome) {
     const ORB_JobReport &report = outcome.report;
     // What the examination foretold, and was printed all the same, is the plot's doing.
@@ -140,7 +151,10 @@ Verdict judge(const PrintOutcome &outcome) {
         if (report.sentBytes == 0) return fail(ExitCode::Stopped, "stopped: nothing was sent");
         std::string what =
             fmt::format("stopped: sent {} of {}", grouped(report.sentBytes), counted(report.fileBytes, "byte"));
-        if (report.sentBytes == report.fileBytes) what += ", the last of which may not have left the port";
+        if (!outcome.arrivedBytes) {
+            what +=
+                fmt::format("; what {}the plotter still held of them is not known", outcome.usb ? "" : "the adapter and ");
+        }
         return fail(ExitCode::Stopped, what);
     }
     switch (report.stopReason) {
@@ -162,6 +176,10 @@ Verdict judge(const PrintOutcome &outcome) {
 std::string summary(const PrintOutcome &outcome) {
     const ORB_JobReport &report = outcome.report;
     auto pieces = static_cast<int64_t>(report.piecesSent);
+    if (isShort(outcome)) {
+        return fmt::format("only {} of {} arrived at {}", grouped(*outcome.arrivedBytes), counted(report.sentBytes, "byte"),
+                           shown(outcome.destination));
+    }
     std::string text = report.sentBytes == 0
                            ? fmt::format("sent nothing to {}", shown(outcome.destination))
                            : fmt::format("sent {} in {} to {} in {:.1f} s", counted(report.sentBytes, "byte"),
@@ -171,7 +189,8 @@ std::string summary(const PrintOutcome &outcome) {
                             counted(static_cast<int64_t>(report.piecesFailed), "piece"));
     }
     if (report.withheldBytes > 0) text += fmt::format("; {} not sent", counted(report.withheldBytes, "byte"));
-    if (outcome.arrivedBytes) text += fmt::format("; {} arrived", counted(*outcome.arrivedBytes, "byte"));
+    if (outcome.arrivedBytes && !isShort(outcome))
+        text += fmt::format("; {} arrived", counted(*outcome.arrivedBytes, "byte"));
     return text;
 }
 

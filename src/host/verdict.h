@@ -24,7 +24,7 @@ struct PrintOutcome {
     std::string destination; ///< the port, the USB plotter, or the capture file
     std::string terminator;
     int32_t emulation;
-    std::optional<int64_t> arrivedBytes; ///< at the plotter, when it is one in software
+    std::optional<int64_t> arrivedBytes; ///< at the file, or at the plotter when it is one in software
     std::optional<UsbDevice> usb;        ///< when it went to one
     uint8_t usbOutPipe;                  ///< the pipe reference that the plug-in wrote to
     bool isGone;                         ///< the port or the plotter is not there any more
@@ -41,6 +41,12 @@ struct Verdict {
 
 /// True when the plug-in says so itself; a plot may also be left unsent in part by a call that did not fail.
 bool callFailed(const PrintOutcome &outcome);
+
+/// True for the status of a piece behind which no other can arrive: the device is gone, or its pipe is none or is halted.
+bool endsAnyJob(int32_t status);
+
+/// True when less arrived than was sent.
+bool isShort(const PrintOutcome &outcome);
 
 Verdict judge(const PrintOutcome &outcome);
 

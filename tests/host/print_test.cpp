@@ -1,8 +1,13 @@
 // Prints through the plug-in. Each takes the two seconds that a port is given at its close.
 #include "host/host_fixture.h"
 
+#include "host/capture.h"
+#include "host/failure.h"
+
 #include <algorithm>
+#include <filesystem>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 namespace {
 
@@ -91,16 +96,23 @@ TEST_F(PrintCommandTest, DrawsItsProgressOnATerminalAndTakesItAway) {
 }
 
 TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeWritten) {
-    Result result = run({"print", file("plot", plotOf(1)), "--capture", "/dev/full"});
-    EXPECT_EQ(result.code, 1);
-    EXPECT_NE(result.err.find("/dev/full: no space left"), std::string::npos) << result.err;
-
     // One report, which knows of it.
-    result = run({"print", file("plot", plotOf(1)), "--capture", "/dev/full", "--json"});
+    Result result = run({"print", file("plot", plotOf(1)), "--capture", "/dev/full", "--json"});
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1) << result.out;
     EXPECT_EQ(result.out.find("{\"exitCode\":1,\"message\":\"/dev/full: no space left"), 0U) << result.out;
     EXPECT_NE(result.out.find("\"stopReason\":\"finished\""), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("\"arrivedBytes\":0,"), std::string::npos) << result.out;
+}
+
+TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeClosed) {
+    host::Capture capture(path("out"));
+    for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;
+        if (read_symlink(entry, gone) == path("out")) close(std::stoi(entry.path().filename()));
+    }
+    capture.end();
+    EXPECT_THROW(capture.finish(), host::Failure);
 }
 
 } // namespace

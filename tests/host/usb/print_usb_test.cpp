@@ -81,9 +81,10 @@ TEST_F(PrintUsbTest, TellsOfAPlotterUnpluggedOnTheWay) {
     std::string longPlot = file("long.plt", plotOf(60));
     plotter.takeOnly(300);
     plotter.onWait = [&] { plotter.unplug(); };
-    Result result = run({"print", longPlot, "--usb"});
+    Result result = run({"print", longPlot, "--usb", "--keep-going"}); // which has nothing to go on with
     EXPECT_EQ(result.code, 6) << result.err;
     EXPECT_NE(result.err.find(" bytes; the plotter is gone;"), std::string::npos) << result.err;
+    EXPECT_NE(result.out.find(" in 1 piece failed; "), std::string::npos) << result.out;
     EXPECT_EQ(plotter.written(), ("IN;" + contents(longPlot)).substr(0, 300));
 }
 
