@@ -43,8 +43,7 @@ void ConsoleLines::endLine() {
     if (text.empty()) return;
     text = fmt::format("plug-in: {}\n", shown(text));
     if (live_) {
-        bar_.clear();
-        writeError(text);
+        bar_.writeAbove(text);
     } else if (kept_.size() + text.size() <= kMostKept) {
         kept_ += text;
     } else {

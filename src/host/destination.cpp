@@ -38,6 +38,10 @@ std::string Destination::name() const {
     return plotter_ ? options_.picture : capture_ ? options_.capture : options_.port;
 }
 
+WatchedLine Destination::line() const {
+    return {lock_ ? lock_->descriptor() : -1, usb_.has_value(), options_.line.handshake == "hardware"};
+}
+
 void Destination::settle(PrintOutcome &outcome) {
     if (lock_) {
         outcome.isGone = lock_->isGone();

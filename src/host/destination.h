@@ -4,6 +4,7 @@
 #include "host/capture.h"
 #include "host/port_lock.h"
 #include "host/print.h"
+#include "host/progress.h"
 #include "host/usb_devices.h"
 #include "host/verdict.h"
 #include "host/virtual_line.h"
@@ -27,6 +28,8 @@ public:
     const std::optional<UsbDevice> &usb() const { return usb_; }
     /// As people call it.
     std::string name() const;
+    /// Where the progress of a job can be seen.
+    WatchedLine line() const;
 
     /// After the call: the outcome learns what became of the device, and what arrived at a file or a plotter in software.
     void settle(PrintOutcome &outcome);

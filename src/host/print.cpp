@@ -8,6 +8,7 @@
 #include "host/job_writer.h"
 #include "host/output.h"
 #include "host/plot_file.h"
+#include "host/progress.h"
 #include "host/progress_bar.h"
 #include "host/record.h"
 #include "host/stop_signals.h"
@@ -22,20 +23,18 @@ namespace host {
 
 namespace {
 
-/// What the plug-in asks after each piece: draws the bar, and ends the job at its first failure, or at the first that no
+/// What the plug-in asks after each piece: takes note of it, and ends the job at its first failure, or at the first that no
 /// further piece can survive.
-struct ProgressWatch {
-    ProgressBar &bar;
+struct PieceWatch {
+    JobProgress &progress;
     bool keepGoing;
 
     static int32_t look(const ORB_JobReport *soFar, void *context) noexcept {
-        auto &self = *static_cast<ProgressWatch *>(context);
-        try {
-            self.bar.update(soFar->sentBytes + soFar->failedBytes, soFar->fileBytes);
-        } catch (...) {
-            // A bar that cannot be drawn is no reason to stop.
-        }
-        return self.keepGoing ? endsAnyJob(soFar->lastStatus) : soFar->firstErrorID != kORB_NoError;
+        auto &self = *static_cast<PieceWatch *>(context);
+        self.progress.note(*soFar);
+        bool ends = self.keepGoing ? endsAnyJob(soFar->lastStatus) : soFar->firstErrorID != kORB_NoError;
+        if (ends) self.progress.end();
+        return ends;
     }
 };
 
@@ -73,8 +72,10 @@ void callEntry(const PrintOptions &options, const PlotFile &plot, const Destinat
     record.ORB_JobFileRef = fileReference(made ? made->path() : options.jobFile);
     record.ORB_PlotFileInRef = fileReference(plot.heldPath());
 
-    ProgressWatch watch{bar, options.keepGoing};
-    ORB_hostSetProgress(ProgressWatch::look, &watch);
+    JobProgress progress(destination.line(), plot.size(), plot.size() - outcome.examination.withheldBytes);
+    PieceWatch watch{progress, options.keepGoing};
+    ORB_hostSetProgress(PieceWatch::look, &watch);
+    bar.follow([&progress] { return progress.now(); });
     auto start = std::chrono::steady_clock::now();
     if (!StopOnSignal::came()) {
         record = ORB_getVectorixCS2(record);
@@ -82,7 +83,7 @@ void callEntry(const PrintOptions &options, const PlotFile &plot, const Destinat
     }
     outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     ORB_hostSetProgress(nullptr, nullptr);
-    bar.clear();
+    bar.stop();
 
     outcome.stopped = StopOnSignal::came();
     outcome.recordErrorID = record.ORB_errorID;

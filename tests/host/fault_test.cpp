@@ -35,6 +35,24 @@ TEST_F(FaultTest, AnAlarmIsNoStop) {
     EXPECT_EQ(printing.wait().code, 0);
 }
 
+/// The far end takes nothing: what the line shows is what it holds, but for the end of a piece under way.
+TEST_F(FaultTest, TheProgressLineIsTrueWhileThePlotterHoldsTheLine) {
+    FarEnd plotter;
+    Running printing({"print", path_, "--port", plotter.port()}, true);
+    printing.awaitError(": held by XOFF, or not taking data");
+    printing.signal(SIGINT);
+    Result result = printing.wait();
+    size_t heard = plotter.read().size();
+    EXPECT_NE(result.err.find("\r\x1B[K\x1B[31mvectorix:"), std::string::npos) << result.err;
+    const std::string shown = " of 81 791 bytes  waiting ";
+    size_t at = result.err.find(shown), from = result.err.rfind("% ", at) + 2;
+    std::string figure = result.err.substr(from, at - from);
+    std::erase(figure, ' ');
+    EXPECT_LE(std::stoul(figure), heard) << result.err;
+    EXPECT_GE(std::stoul(figure) + 64, heard) << result.err;
+    EXPECT_NE(result.err.find("the plotter still held of them is not known"), std::string::npos) << result.err;
+}
+
 TEST_F(FaultTest, LeavesThePortFitForTheNextPrint) {
     for (int signal : {SIGINT, SIGTERM, SIGHUP, SIGKILL}) {
         SCOPED_TRACE(signal);

@@ -86,15 +86,6 @@ TEST_F(PrintCommandTest, ShowsWhatIsWrongWithAJobFile) {
     EXPECT_NE(result.err.find("job.plist: the job file is unfit"), std::string::npos) << result.err;
 }
 
-TEST_F(PrintCommandTest, DrawsItsProgressOnATerminalAndTakesItAway) {
-    Result result = Running({"print", file("plot", plotOf(400)), "--capture", path("out")}, true).wait();
-    EXPECT_EQ(result.code, 0);
-    EXPECT_NE(result.err.find(" % ["), std::string::npos) << result.err;
-    constexpr std::string_view kCleared = "\r\x1B[K";
-    ASSERT_GE(result.err.size(), kCleared.size());
-    EXPECT_EQ(result.err.substr(result.err.size() - kCleared.size()), kCleared);
-}
-
 TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeWritten) {
     // One report, which knows of it.
     Result result = run({"print", file("plot", plotOf(1)), "--capture", "/dev/full", "--json"});

@@ -1,0 +1,74 @@
+// What is known of a job under way: gathered where it is learnt, told wherever somebody wants to know.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <mutex>
+#include <orb/vectorix.h>
+
+namespace host {
+
+/// Why nothing goes forward.
+enum class Wait {
+    None,
+    ForPlotter,   ///< over USB, before the first piece: it is being made ready, or takes nothing
+    NotTaking,    ///< the plotter takes no data
+    ClearToSend,  ///< the plotter holds the line with CTS
+    XoffOrNothing ///< it holds the line with XOFF, or takes no data: the two cannot be told apart from here
+};
+
+/// At one moment.
+struct Progress {
+    int64_t doneBytes = 0; ///< of the plot file, sent or failed; of the piece under way, what has left this computer
+    int64_t totalBytes = 0;
+    double seconds = 0; ///< since the start
+    double still = 0;   ///< seconds in which nothing went forward, from two on
+    Wait wait = Wait::None;
+};
+
+/// The job's link, as far as its progress shows there.
+struct WatchedLine {
+    int descriptor = -1; ///< of the serial port; -1 for none that could be asked
+    bool isUsb = false;
+    bool usesHardwareHandshake = false;
+};
+
+/// Gathers it for one job. note() and end() are for the thread that makes the call, now() for any one other.
+class JobProgress {
+public:
+    /// bytesToSend: of fileBytes, when nothing fails.
+    JobProgress(const WatchedLine &line, int64_t fileBytes, int64_t bytesToSend)
+        : line_(line), fileBytes_(fileBytes), bytesToSend_(bytesToSend) {}
+
+    /// After each piece.
+    void note(const ORB_JobReport &soFar);
+    /// No piece follows, so nothing is waited for.
+    void end();
+
+    /// Asks the port as well. Never waits for the plotter.
+    Progress now();
+
+private:
+    using Clock = std::chrono::steady_clock;
+    struct Known {
+        uint64_t notes = 0;
+        int64_t done = 0; ///< at the last note
+        bool hasEnded = false;
+    };
+    int64_t ofThePieceUnderWay(uint64_t piece);
+    Wait reason(const Known &known) const;
+
+    const WatchedLine line_;
+    const int64_t fileBytes_, bytesToSend_;
+    const Clock::time_point start_ = Clock::now();
+    std::mutex mutex_;
+    Known known_;
+
+    // Of now() alone, which asks the port without the lock: a driver may take its time.
+    uint64_t piece_ = 0;
+    int mostQueued_ = 0;                 ///< bytes of that piece, as seen in the port's queue
+    int64_t shown_ = 0;                  ///< at the last now()
+    Clock::time_point forward_ = start_; ///< when something went forward
+};
+
+} // namespace host
