@@ -1,9 +1,9 @@
 // vectorix preview to a PNG, beside bare cairo.
+#include "language/plot_reader.h"
 #include "plots.h"
 #include "process.h"
 #include "rows.h"
 #include "virtual_plotter/drawing/picture.h"
-#include "virtual_plotter/face/plot_reader.h"
 
 #include <cairo/cairo.h>
 #include <cmath>
@@ -17,13 +17,13 @@ namespace bench {
 
 namespace {
 
-using virtual_plotter::kUnitsPerMillimetre;
-using virtual_plotter::Point;
+using language::kUnitsPerMillimetre;
+using language::Point;
 
 constexpr double kDotsPerMillimetre = 200 / 25.4;
 
 /// The segments of a plot, in the pieces in which they are stroked.
-class Segments final : public virtual_plotter::PenSink {
+class Segments final : public language::PenSink {
 public:
     struct Step {
         Point at;
@@ -107,7 +107,7 @@ Row previewProcessor(const Settings &settings) {
     std::string error;
     const virtual_plotter::Sheet sheet = *virtual_plotter::parseSheet("a4", error);
     Segments segments;
-    virtual_plotter::PlotReader reader(std::nullopt, segments, sheet.hardClip);
+    language::PlotReader reader(std::nullopt, segments, sheet.hardClip);
     reader.take(plot);
     reader.finish();
 

@@ -6,12 +6,12 @@ namespace bench {
 
 namespace {
 
-class NoPen final : public virtual_plotter::PenSink {
+class NoPen final : public language::PenSink {
 public:
     void setPen(int, double) override {}
-    void begin(virtual_plotter::Point) override {}
-    void line(virtual_plotter::Point) override {}
-    void fill(std::span<const virtual_plotter::Point>, std::span<const size_t>) override {}
+    void begin(language::Point) override {}
+    void line(language::Point) override {}
+    void fill(std::span<const language::Point>, std::span<const size_t>) override {}
 };
 
 } // namespace
@@ -30,7 +30,7 @@ Row pacedLine(const Settings &settings) {
     const Hasty hasty;
     NoPen pen;
     virtual_plotter::PlotterOptions options;
-    options.language = virtual_plotter::Language::hpgl;
+    options.language = language::Language::hpgl;
     options.perByte = std::chrono::nanoseconds(static_cast<int64_t>(1e9 / kBytesPerSecond));
     virtual_plotter::VirtualPlotter plotter(options, pen, {{0, 0}, {10900, 7650}});
     const Plot plot(settings.quick ? 8'000 : 64'000);

@@ -1,10 +1,10 @@
 // Job files: any bytes, read by the plug-in and by the command's check. What the check calls fit, the plug-in must read.
 #include "plot/job_file.h"
 
-#include "host/failure.h"
-#include "host/job_reader.h"
+#include "host/job/job_reader.h"
+#include "host/terminal/failure.h"
 #include "platform/corefoundation/corefoundation.h"
-#include "service/state.h"
+#include "record/state.h"
 #include "support/input.h"
 #include "support/platform.h"
 

@@ -1,17 +1,17 @@
 // Plotter languages: the first byte chooses how the rest is cut into pieces. The cuts must make no difference.
+#include "language/plot_reader.h"
 #include "support/input.h"
 #include "support/sheet_sink.h"
-#include "virtual_plotter/face/plot_reader.h"
 
 #include <cmath>
 
 namespace {
 
-using virtual_plotter::Findings;
+using language::Findings;
 
 struct Drawn {
     fuzz::SheetSink sink;
-    virtual_plotter::PlotReader plot{std::nullopt, sink, fuzz::kSheet};
+    language::PlotReader plot{std::nullopt, sink, fuzz::kSheet};
 
     const Findings &of(std::string_view text, size_t piece) {
         for (; !text.empty(); text.remove_prefix(std::min(piece, text.size())))

@@ -1,8 +1,8 @@
 // Pictures: the first byte chooses the file format, the second the sheet; the rest is the plot. A picture is made whole, or
 // not at all.
 #include "virtual_plotter/drawing/picture.h"
+#include "language/plot_reader.h"
 #include "support/input.h"
-#include "virtual_plotter/face/plot_reader.h"
 
 #include <filesystem>
 #include <string>

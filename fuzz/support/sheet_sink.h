@@ -1,17 +1,17 @@
 // A pen sink that draws nothing: it holds the strokes to their contract, and keeps a sum of them.
 #pragma once
 
+#include "language/pen_sink.h"
 #include "support/input.h"
-#include "virtual_plotter/pen_sink.h"
 
 #include <bit>
 #include <cmath>
 
 namespace fuzz {
 
-inline constexpr virtual_plotter::Rectangle kSheet{{0, 0}, {10900, 7650}};
+inline constexpr language::Rectangle kSheet{{0, 0}, {10900, 7650}};
 
-class SheetSink final : public virtual_plotter::PenSink {
+class SheetSink final : public language::PenSink {
 public:
     /// Changes with every stroke, pen and fill, and with their order.
     uint64_t sum = 0;
@@ -21,18 +21,18 @@ public:
         add(static_cast<uint64_t>(pen));
         add(width);
     }
-    void begin(virtual_plotter::Point at) override {
+    void begin(language::Point at) override {
         add(uint64_t{1});
         add(at);
         begun_ = true;
     }
-    void line(virtual_plotter::Point to) override {
+    void line(language::Point to) override {
         require(begun_, "a line goes on with a stroke");
         add(to);
     }
-    void fill(std::span<const virtual_plotter::Point> points, std::span<const size_t> ends) override {
+    void fill(std::span<const language::Point> points, std::span<const size_t> ends) override {
         add(uint64_t{2});
-        for (const virtual_plotter::Point &point : points)
+        for (const language::Point &point : points)
             add(point);
         size_t last = 0;
         for (size_t end : ends) {
@@ -44,7 +44,7 @@ public:
 private:
     void add(uint64_t value) { sum = (std::rotl(sum, 7) ^ value) * 0x9E3779B97F4A7C15; }
     void add(double value) { add(std::bit_cast<uint64_t>(value)); }
-    void add(virtual_plotter::Point p) {
+    void add(language::Point p) {
         constexpr double kRounding = 1e-6;
         require(p.x >= kSheet.lower.x - kRounding && p.x <= kSheet.upper.x + kRounding &&
                     p.y >= kSheet.lower.y - kRounding && p.y <= kSheet.upper.y + kRounding,

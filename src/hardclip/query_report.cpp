@@ -1,6 +1,6 @@
 #include "hardclip/query_report.h"
 
-#include "service/state.h"
+#include "record/state.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "hardclip/reply.h"
 
 #include "platform/posix/console.h"
-#include "service/status_text.h"
+#include "record/status_text.h"
 
 #include <algorithm>
 

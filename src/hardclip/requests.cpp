@@ -1,8 +1,8 @@
 #include "hardclip/requests.h"
 
+#include "link/write_buffer.h"
 #include "platform/corefoundation/corefoundation.h"
-#include "plot/write_buffer.h"
-#include "service/state.h"
+#include "record/state.h"
 
 #include <iterator>
 

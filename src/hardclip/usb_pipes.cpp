@@ -1,7 +1,7 @@
 #include "hardclip/usb_pipes.h"
 
 #include "platform/posix/console.h"
-#include "service/state.h"
+#include "record/state.h"
 #include "usb/interface.h"
 
 #include <iterator>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "hardclip/reply.h"
-#include "service/state.h"
+#include "record/state.h"
 
 namespace hardclip {
 

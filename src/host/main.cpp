@@ -1,3 +1,3 @@
-#include "host/command_line.h"
+#include "host/commands/command_line.h"
 
 int main(int count, char **words) { return host::runCommandLine(count, words); }

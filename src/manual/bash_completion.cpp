@@ -1,12 +1,12 @@
-#include "host/command_line.h"
 #include "manual/completion.h"
 #include "manual/declared_option.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 namespace manual {
+
+using host::Command;
 
 namespace {
 
@@ -65,13 +65,13 @@ std::string actionOf(const DeclaredOption &option) {
 } // namespace manual
 
 /// What may follow an option of the command.
-std::string valueRows(const CLI::App &command) {
+std::string valueRows(const Command &command) {
     std::string rows;
     for (const DeclaredOption &option : optionsOf(command)) {
         if (option.isPositional() || option.kind == ValueKind::None || option.isValueOptional) continue;
         std::vector<std::string> patterns;
         for (const std::string &name : option.names)
-            patterns.push_back(quoted(host::fullName(command) + " " + name));
+            patterns.push_back(quoted(command.fullName() + " " + name));
         rows +=
             fmt::format("    {})\n        {}\n        return\n        ;;\n", fmt::join(patterns, " | "), actionOf(option));
     }
@@ -79,30 +79,30 @@ std::string valueRows(const CLI::App &command) {
 }
 
 /// What may stand anywhere else: options, sub-commands, and the positional value.
-std::string wordRow(const CLI::App &command) {
+std::string wordRow(const Command &command) {
     std::vector<std::string> words, names;
     std::string action = ":";
     for (const DeclaredOption &option : optionsOf(command)) {
         names.insert(names.end(), option.names.begin(), option.names.end());
         if (option.isPositional()) action = actionOf(option);
     }
-    for (const CLI::App *below : command.get_subcommands([](const CLI::App *) { return true; }))
-        words.push_back(below->get_name());
+    for (const Command &below : command.below())
+        words.push_back(below.name());
     if (!words.empty()) action = fmt::format("_vectorix_words {}", quoted(fmt::format("{}", fmt::join(words, " "))));
     return fmt::format("    {})\n        if [[ $word == -* ]]; then\n            _vectorix_words {}\n        else\n"
                        "            {}\n        fi\n        ;;\n",
-                       quoted(host::fullName(command)), quoted(fmt::format("{}", fmt::join(names, " "))), action);
+                       quoted(command.fullName()), quoted(fmt::format("{}", fmt::join(names, " "))), action);
 }
 
 } // namespace
 
-std::string bashCompletion(const CLI::App &app) {
+std::string bashCompletion(const Command &root) {
     std::vector<std::string> below;
     std::string values, words;
-    for (const CLI::App *command : commandsFrom(app)) {
-        if (command != &app) below.push_back(quoted(host::fullName(*command)));
-        values += valueRows(*command);
-        words += wordRow(*command);
+    for (const Command &command : commandsFrom(root)) {
+        if (!(command == root)) below.push_back(quoted(command.fullName()));
+        values += valueRows(command);
+        words += wordRow(command);
     }
     return fmt::format("{}        {}) command+=\" ${{COMP_WORDS[at]}}\" ;;\n        esac\n    done\n"
                        "    case \"$command $before\" in\n{}    esac\n    case $command in\n{}    esac\n}}\n\n"

@@ -1,15 +1,13 @@
 // Completions of what is typed in a shell.
 #pragma once
 
-#include <string>
+#include "host/terminal/command.h"
 
-namespace CLI {
-class App;
-}
+#include <string>
 
 namespace manual {
 
-std::string bashCompletion(const CLI::App &app);
-std::string zshCompletion(const CLI::App &app);
+std::string bashCompletion(const host::Command &root);
+std::string zshCompletion(const host::Command &root);
 
 } // namespace manual

@@ -1,6 +1,5 @@
 #include "manual/declared_option.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 #include <sstream>
@@ -49,38 +48,33 @@ void findValues(DeclaredOption &option, const std::string &name) {
     option.kind = option.words.empty() ? ValueKind::Text : ValueKind::Words;
 }
 
-DeclaredOption declared(const CLI::Option &option) {
+DeclaredOption declared(const host::Option &option) {
     DeclaredOption result;
-    for (const std::string &name : option.get_snames())
-        result.names.push_back("-" + name);
-    for (const std::string &name : option.get_lnames())
-        result.names.push_back("--" + name);
-    result.help = option.get_description();
-    result.group = option.get_group();
-    result.isRequired = option.get_required();
-    result.valueName = result.isPositional() ? option.get_name(true) : option.get_type_name();
-    bool takesValue = option.get_items_expected_max() > 0;
-    if (!takesValue) result.valueName.clear();
-    result.isRepeatable = option.get_items_expected_max() > 1;
-    result.isValueOptional = takesValue && option.get_items_expected_min() == 0;
-    if (takesValue) findValues(result, result.valueName);
+    result.names = option.names();
+    result.help = option.help();
+    result.group = option.heading();
+    result.isRequired = option.isRequired();
+    result.valueName = option.placeholder();
+    result.isRepeatable = option.isRepeatable();
+    result.isValueOptional = option.isValueOptional();
+    if (option.takesValue()) findValues(result, result.valueName);
     return result;
 }
 
 } // namespace
 
-std::vector<DeclaredOption> optionsOf(const CLI::App &command) {
+std::vector<DeclaredOption> optionsOf(const host::Command &command) {
     std::vector<DeclaredOption> options;
-    for (const CLI::Option *option : command.get_options()) {
-        if (!option->get_group().empty()) options.push_back(declared(*option)); // without a group it is hidden
+    for (const host::Option &option : command.options()) {
+        if (!option.heading().empty()) options.push_back(declared(option)); // without a heading it is hidden
     }
     return options;
 }
 
-std::vector<const CLI::App *> commandsFrom(const CLI::App &command) {
-    std::vector<const CLI::App *> commands = {&command};
-    for (const CLI::App *below : command.get_subcommands([](const CLI::App *) { return true; })) {
-        for (const CLI::App *each : commandsFrom(*below))
+std::vector<host::Command> commandsFrom(const host::Command &command) {
+    std::vector<host::Command> commands = {command};
+    for (const host::Command &below : command.below()) {
+        for (const host::Command &each : commandsFrom(below))
             commands.push_back(each);
     }
     return commands;

@@ -1,13 +1,10 @@
 // What the declaration of an option tells: its names, and what may stand for its value.
 #pragma once
 
+#include "host/terminal/command.h"
+
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-class Option;
-} // namespace CLI
 
 namespace manual {
 
@@ -28,9 +25,9 @@ struct DeclaredOption {
 };
 
 /// In the order of their declaration, with the help option.
-std::vector<DeclaredOption> optionsOf(const CLI::App &command);
+std::vector<DeclaredOption> optionsOf(const host::Command &command);
 
 /// The command and all below it, from above.
-std::vector<const CLI::App *> commandsFrom(const CLI::App &command);
+std::vector<host::Command> commandsFrom(const host::Command &command);
 
 } // namespace manual

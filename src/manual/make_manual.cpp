@@ -1,11 +1,9 @@
 // Writes the manual pages and the shell completions of the command, from the declarations of its options.
-#include "host/command_line.h"
-#include "host/commands.h"
+#include "host/commands/command_line.h"
 #include "manual/completion.h"
 #include "manual/declared_option.h"
 #include "manual/man_page.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
 #include <fmt/format.h>
@@ -30,14 +28,13 @@ int main(int count, char **words) {
         return 2;
     }
     try {
-        CLI::App app;
-        host::Typed typed;
-        host::declareCommandLine(app, typed);
+        const std::unique_ptr<host::CommandLine> line = host::declaredCommandLine();
+        const host::Command root = line->root();
         std::filesystem::path folder = words[2];
-        for (const CLI::App *command : manual::commandsFrom(app))
-            write(folder / "man" / (manual::pageName(*command) + ".1"), manual::manPage(typed, *command, words[1]));
-        write(folder / "bash" / app.get_name(), manual::bashCompletion(app));
-        write(folder / "zsh" / ("_" + app.get_name()), manual::zshCompletion(app));
+        for (const host::Command &command : manual::commandsFrom(root))
+            write(folder / "man" / (manual::pageName(command) + ".1"), manual::manPage(command, words[1]));
+        write(folder / "bash" / root.name(), manual::bashCompletion(root));
+        write(folder / "zsh" / ("_" + root.name()), manual::zshCompletion(root));
         return 0;
     } catch (const std::exception &error) {
         fmt::print(stderr, "make_manual: {}\n", error.what());

@@ -1,25 +1,24 @@
 #include "manual/man_page.h"
 
-#include "host/command_line.h"
-#include "host/commands.h"
-#include "host/text.h"
+#include "host/terminal/text.h"
 #include "manual/declared_option.h"
 #include "manual/roff.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 namespace manual {
 
+using host::Command;
+
 namespace {
 
-std::string reference(const CLI::App &command) { return fmt::format(".BR {} (1)", roff(pageName(command))); }
+std::string reference(const Command &command) { return fmt::format(".BR {} (1)", roff(pageName(command))); }
 
 /// A description as it stands behind the name.
-std::string purpose(const CLI::App &command) {
-    std::string text = host::lowered(command.get_description());
+std::string purpose(const Command &command) {
+    std::string text = host::lowered(command.help());
     if (text.ends_with('.')) text.pop_back();
     return text;
 }
@@ -33,9 +32,9 @@ std::string optionHead(const DeclaredOption &option) {
     return fmt::format("{}{}", fmt::join(names, ", "), value);
 }
 
-std::string synopsis(const CLI::App &command, const std::vector<DeclaredOption> &options) {
-    std::string line = bold(host::fullName(command)) + " [" + italic("OPTION") + "]...";
-    if (command.get_require_subcommand_min() > 0) line += " " + italic("COMMAND") + " ...";
+std::string synopsis(const Command &command, const std::vector<DeclaredOption> &options) {
+    std::string line = bold(command.fullName()) + " [" + italic("OPTION") + "]...";
+    if (command.requiresSubcommand()) line += " " + italic("COMMAND") + " ...";
     for (const DeclaredOption &option : options) {
         if (option.isPositional() || option.isRequired) line += " " + optionHead(option);
     }
@@ -57,10 +56,10 @@ std::string optionSection(const std::vector<DeclaredOption> &options) {
     return text;
 }
 
-std::string commandSection(const CLI::App &command) {
+std::string commandSection(const Command &command) {
     std::string text;
-    for (const CLI::App *below : command.get_subcommands([](const CLI::App *) { return true; })) {
-        text += fmt::format(".TP\n{}\n{}; see\n{}\n", bold(below->get_name()), roff(purpose(*below)), reference(*below));
+    for (const Command &below : command.below()) {
+        text += fmt::format(".TP\n{}\n{}; see\n{}\n", bold(below.name()), roff(purpose(below)), reference(below));
     }
     return text.empty() ? text : ".SH COMMANDS\n" + text;
 }
@@ -96,14 +95,13 @@ std::string environmentSection() {
            "otherwise\n.IR /tmp .\n";
 }
 
-std::string neighbours(const CLI::App &command) {
+std::string neighbours(const Command &command) {
     std::vector<std::string> references;
-    const CLI::App *above = command.get_parent();
+    std::optional<Command> above = command.above();
     if (above) references.push_back(reference(*above));
-    const CLI::App &family =
-        above && command.get_subcommands([](const CLI::App *) { return true; }).empty() ? *above : command;
-    for (const CLI::App *each : family.get_subcommands([](const CLI::App *) { return true; })) {
-        if (each != &command) references.push_back(reference(*each));
+    const Command family = above && command.below().empty() ? *above : command;
+    for (const Command &each : family.below()) {
+        if (!(each == command)) references.push_back(reference(each));
     }
     if (references.empty()) return {};
     return fmt::format(".SH \"SEE ALSO\"\n{}\n", fmt::join(references, " ,\n"));
@@ -111,27 +109,24 @@ std::string neighbours(const CLI::App &command) {
 
 } // namespace
 
-std::string pageName(const CLI::App &command) {
-    std::string name = host::fullName(command);
+std::string pageName(const Command &command) {
+    std::string name = command.fullName();
     std::replace(name.begin(), name.end(), ' ', '-');
     return name;
 }
 
-std::string manPage(const host::Typed &typed, const CLI::App &command, const std::string &date) {
+std::string manPage(const Command &command, const std::string &date) {
     std::string name = pageName(command), title = name;
     std::transform(title.begin(), title.end(), title.begin(), [](unsigned char c) { return std::toupper(c); });
-    const CLI::App *root = &command;
-    while (root->get_parent())
-        root = root->get_parent();
-    host::Manual manual = host::manualOf(typed, command);
+    host::Manual manual = command.manual();
     std::vector<DeclaredOption> options = optionsOf(command);
 
-    std::string page = fmt::format(".TH {} 1 \"{}\" \"{}\" \"User Commands\"\n", roff(title), date, roff(root->version()));
+    std::string page = fmt::format(".TH {} 1 \"{}\" \"{}\" \"User Commands\"\n", roff(title), date, roff(command.version()));
     page += fmt::format(".SH NAME\n{} \\- {}\n", roff(name), roff(purpose(command)));
     page += synopsis(command, options);
     if (!manual.about.empty()) page += ".SH DESCRIPTION\n" + paragraphs(manual.about);
     page += commandSection(command) + optionSection(options) + exampleSection(manual) + jsonSection(manual) + exitSection();
-    if (root == &command) page += environmentSection();
+    if (!command.above()) page += environmentSection();
     return page + neighbours(command);
 }
 

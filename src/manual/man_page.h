@@ -1,21 +1,16 @@
 // Manual pages, in the language of the man macros.
 #pragma once
 
-#include <string>
+#include "host/terminal/command.h"
 
-namespace CLI {
-class App;
-}
-namespace host {
-struct Typed;
-}
+#include <string>
 
 namespace manual {
 
 /// "vectorix-print".
-std::string pageName(const CLI::App &command);
+std::string pageName(const host::Command &command);
 
 /// The page of one command. date stands at its foot.
-std::string manPage(const host::Typed &typed, const CLI::App &command, const std::string &date);
+std::string manPage(const host::Command &command, const std::string &date);
 
 } // namespace manual

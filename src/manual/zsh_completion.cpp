@@ -1,13 +1,13 @@
-#include "host/command_line.h"
 #include "manual/completion.h"
 #include "manual/declared_option.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 namespace manual {
+
+using host::Command;
 
 namespace {
 
@@ -47,8 +47,8 @@ std::string quoted(const std::string &text) {
     return result + "'";
 }
 
-std::string functionName(const CLI::App &command) {
-    std::string name = "_" + host::fullName(command);
+std::string functionName(const Command &command) {
+    std::string name = "_" + command.fullName();
     std::replace(name.begin(), name.end(), ' ', '_');
     return name;
 }
@@ -64,7 +64,7 @@ std::string actionOf(const DeclaredOption &option) {
     }
 }
 
-std::vector<std::string> argumentsOf(const CLI::App &command) {
+std::vector<std::string> argumentsOf(const Command &command) {
     std::vector<std::string> arguments;
     for (const DeclaredOption &option : optionsOf(command)) {
         std::string value = fmt::format("{}:{}", escaped(option.valueName), actionOf(option));
@@ -81,19 +81,19 @@ std::vector<std::string> argumentsOf(const CLI::App &command) {
     return arguments;
 }
 
-std::string functionOf(const CLI::App &command) {
+std::string functionOf(const Command &command) {
     std::vector<std::string> arguments = argumentsOf(command);
     std::string name = functionName(command);
-    auto below = command.get_subcommands([](const CLI::App *) { return true; });
+    std::vector<Command> below = command.below();
     if (below.empty()) {
         return fmt::format("\n{}() {{\n    _arguments -s \\\n        {}\n}}\n", name, fmt::join(arguments, " \\\n        "));
     }
     arguments.push_back("':command:->command'");
     arguments.push_back("'*::argument:->rest'");
     std::string commands, rows;
-    for (const CLI::App *each : below) {
-        commands += fmt::format("            {}\n", quoted(each->get_name() + ":" + each->get_description()));
-        rows += fmt::format("        {}) {} ;;\n", each->get_name(), functionName(*each));
+    for (const Command &each : below) {
+        commands += fmt::format("            {}\n", quoted(each.name() + ":" + each.help()));
+        rows += fmt::format("        {}) {} ;;\n", each.name(), functionName(each));
     }
     return fmt::format(
         "\n{}() {{\n    local curcontext=$curcontext state line\n    local -a commands\n"
@@ -105,11 +105,11 @@ std::string functionOf(const CLI::App &command) {
 
 } // namespace
 
-std::string zshCompletion(const CLI::App &app) {
+std::string zshCompletion(const Command &root) {
     std::string text = kHead;
-    auto commands = commandsFrom(app);
+    auto commands = commandsFrom(root);
     for (auto command = commands.rbegin(); command != commands.rend(); ++command)
-        text += functionOf(**command);
+        text += functionOf(*command);
     return text + "\n_vectorix \"$@\"\n";
 }
 

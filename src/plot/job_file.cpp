@@ -1,12 +1,12 @@
 #include "plot/job_file.h"
 
+#include "emulations/cut.h"
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/files/file_manager.h"
 #include "platform/posix/console.h"
-#include "plot/cut.h"
 #include "plot/open_fork.h"
-#include "service/state.h"
-#include "service/status_text.h"
+#include "record/state.h"
+#include "record/status_text.h"
 
 #include <cstddef>
 #include <cstring>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "orb/vectorix.h"
-#include "service/state.h"
+#include "record/state.h"
 
 #include <cstdint>
 

@@ -1,16 +1,16 @@
 #include "plot/plot_sender.h"
 
+#include "emulations/cut.h"
+#include "link/link_switch.h"
+#include "link/write_buffer.h"
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/posix/console.h"
 #include "platform/posix/stop.h"
-#include "plot/cut.h"
 #include "plot/job_file.h"
 #include "plot/job_report.h"
-#include "plot/link_switch.h"
 #include "plot/open_fork.h"
 #include "plot/usb_start.h"
-#include "plot/write_buffer.h"
-#include "service/state.h"
+#include "record/state.h"
 #include "usb/interface.h"
 
 #include <algorithm>

@@ -4,8 +4,8 @@
 #include "platform/posix/console.h"
 #include "plot/job_report.h"
 #include "plot/plot_sender.h"
+#include "record/state.h"
 #include "serial/link.h"
-#include "service/state.h"
 #include "usb/device.h"
 #include "usb/interface.h"
 

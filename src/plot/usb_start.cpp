@@ -1,13 +1,13 @@
 #include "plot/usb_start.h"
 
+#include "link/link_switch.h"
+#include "link/write_buffer.h"
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/posix/clock.h"
 #include "platform/posix/console.h"
 #include "plot/job_report.h"
-#include "plot/link_switch.h"
-#include "plot/write_buffer.h"
-#include "service/io_error.h"
-#include "service/state.h"
+#include "record/io_error.h"
+#include "record/state.h"
 #include "usb/interface.h"
 #include "usb/link.h"
 

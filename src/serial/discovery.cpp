@@ -2,8 +2,8 @@
 
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/posix/console.h"
-#include "service/service_search.h"
-#include "service/state.h"
+#include "record/service_search.h"
+#include "record/state.h"
 
 #include <algorithm>
 

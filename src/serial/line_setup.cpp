@@ -2,8 +2,8 @@
 #include "serial/line_setup.h"
 
 #include "platform/posix/terminal.h"
-#include "service/state.h"
-#include "service/status_text.h"
+#include "record/state.h"
+#include "record/status_text.h"
 
 #include <cerrno>
 

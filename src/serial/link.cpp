@@ -6,9 +6,9 @@
 #include "platform/posix/console.h"
 #include "platform/posix/stop.h"
 #include "platform/posix/terminal.h"
+#include "record/state.h"
+#include "record/status_text.h"
 #include "serial/open_ports.h"
-#include "service/state.h"
-#include "service/status_text.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,8 +1,8 @@
 // The modem lines and the exclusive use of the port in ORB_portFD.
 #include "platform/posix/terminal.h"
+#include "record/state.h"
+#include "record/status_text.h"
 #include "serial/line_setup.h"
-#include "service/state.h"
-#include "service/status_text.h"
 
 #include <cerrno>
 #include <cstring>

@@ -2,7 +2,7 @@
 
 #include "platform/posix/stop.h"
 #include "platform/posix/terminal.h"
-#include "service/state.h"
+#include "record/state.h"
 
 #include <algorithm>
 #include <cerrno>

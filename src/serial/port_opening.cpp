@@ -5,11 +5,11 @@
 #include "platform/posix/clock.h"
 #include "platform/posix/console.h"
 #include "platform/posix/terminal.h"
+#include "record/state.h"
+#include "record/status_text.h"
 #include "serial/line_setup.h"
 #include "serial/link.h"
 #include "serial/open_ports.h"
-#include "service/state.h"
-#include "service/status_text.h"
 
 #include <fcntl.h>
 

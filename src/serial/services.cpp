@@ -1,8 +1,8 @@
 // The services of the serial link.
 #include "serial/link.h"
 
-#include "service/state.h"
-#include "service/status_text.h"
+#include "record/state.h"
+#include "record/status_text.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include "platform/posix/clock.h"
 #include "platform/posix/console.h"
 #include "platform/posix/stop.h"
-#include "service/service_search.h"
-#include "service/state.h"
+#include "record/service_search.h"
+#include "record/state.h"
 #include "usb/no_interface.h"
 
 #include <limits>

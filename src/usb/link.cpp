@@ -1,8 +1,8 @@
 #include "usb/link.h"
 
 #include "platform/posix/console.h"
-#include "service/io_error.h"
-#include "service/state.h"
+#include "record/io_error.h"
+#include "record/state.h"
 #include "usb/interface.h"
 
 #include <algorithm>

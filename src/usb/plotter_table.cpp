@@ -1,8 +1,8 @@
 #include "usb/plotter_table.h"
 
 #include "platform/corefoundation/corefoundation.h"
-#include "service/service_search.h"
-#include "service/state.h"
+#include "record/service_search.h"
+#include "record/state.h"
 
 namespace {
 

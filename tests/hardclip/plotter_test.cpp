@@ -1,8 +1,8 @@
 // Services 7 and 11 against the plotter in software: each emulation's questions, and the numbers that come of its answers.
-#include "service/state.h"
+#include "language/recording_sink.h"
+#include "record/state.h"
 #include "support/job.h"
 #include "virtual_plotter/face/plotter.h"
-#include "virtual_plotter/recording_sink.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@ namespace {
 
 using virtual_plotter::VirtualPlotter;
 
-constexpr virtual_plotter::Rectangle kSheet{{100, 200}, {10000, 8000}};
+constexpr language::Rectangle kSheet{{100, 200}, {10000, 8000}};
 constexpr uint32_t kVariants = 10; // 0 and those past the last among them
 
 class PlotterQuery : public testing::Test {
@@ -48,7 +48,7 @@ protected:
     scripted::Platform platform;
 
 private:
-    virtual_plotter::RecordingSink sink_;
+    language::RecordingSink sink_;
     std::optional<VirtualPlotter> plotter_;
 };
 

@@ -1,7 +1,7 @@
 // Services 7 and 11 in virtual time.
 #include "hardclip/requests.h"
 #include "platform/posix/stop.h"
-#include "service/state.h"
+#include "record/state.h"
 #include "support/job.h"
 #include "usb/interface.h"
 

@@ -1,6 +1,6 @@
 #include "hardclip/reply.h"
 
-#include "service/state.h"
+#include "record/state.h"
 #include "support/scripted.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // What makes a plot file unfit, and how that is told.
 #include "host/host_fixture.h"
 
-#include "host/examination.h"
+#include "host/examination/examination.h"
 #include "host/failure_of.h"
-#include "host/text.h"
+#include "host/terminal/text.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // What a call fails with.
 #pragma once
 
-#include "host/failure.h"
+#include "host/terminal/failure.h"
 
 #include <string>
 #include <utility>

@@ -2,7 +2,7 @@
 #include "host/host_fixture.h"
 
 #include "host/failure_of.h"
-#include "host/job_reader.h"
+#include "host/job/job_reader.h"
 
 #include <array>
 #include <filesystem>

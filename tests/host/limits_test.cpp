@@ -1,10 +1,10 @@
 // Queries for the limits: what a report comes to, and two plotters at the far end of a line.
 #include "host/host_fixture.h"
 
-#include "host/line_settings.h"
-#include "host/query_verdict.h"
-#include "host/query_watch.h"
-#include "host/record.h"
+#include "host/options/line_settings.h"
+#include "host/plugin/query_watch.h"
+#include "host/plugin/record.h"
+#include "host/print/query_verdict.h"
 
 #include <csignal>
 #include <cstring>

@@ -1,5 +1,5 @@
 // A serial port that somebody else holds, and one that nobody does: both seen through "send".
-#include "host/holders.h"
+#include "host/devices/holders.h"
 #include "host/host_fixture.h"
 
 #include <fcntl.h>

@@ -1,5 +1,5 @@
 // The rows of the port list, from what udev tells of made-up terminals.
-#include "host/serial_ports.h"
+#include "host/devices/serial_ports.h"
 
 #include <gtest/gtest.h>
 #include <optional>

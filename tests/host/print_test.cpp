@@ -1,8 +1,8 @@
 // Prints through the plug-in. Each takes the two seconds that a port is given at its close.
 #include "host/host_fixture.h"
 
-#include "host/capture.h"
-#include "host/failure.h"
+#include "host/print/capture.h"
+#include "host/terminal/failure.h"
 
 #include <algorithm>
 #include <filesystem>

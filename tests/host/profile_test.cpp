@@ -2,10 +2,9 @@
 #include "host/host_fixture.h"
 
 #include "host/failure_of.h"
-#include "host/profile.h"
-#include "host/profile_option.h"
+#include "host/options/apply_profile.h"
+#include "host/options/profile.h"
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -83,20 +82,28 @@ TEST_F(ProfileTest, ShowsWhatItWasGiven) {
 
 /// The options of a command that takes profiles, without one that does anything.
 std::string merged(const std::string &typed) {
-    CLI::App app;
+    host::CommandLine line("print", "", "");
+    const host::Command command = line.root();
     host::ProfileOptions options;
-    std::string capture;
-    std::string job;
-    host::addProfileOption(app);
-    host::addProfileOptions(app, options);
-    app.add_option("--capture", capture)->excludes("--port")->excludes("--usb");
-    app.add_option("--job", job)->excludes("--emulation")->excludes("--terminator")->excludes("--tool");
-    app.parse(typed);
-    host::applyProfile(app);
+    std::string capture, job;
+    host::addProfileOption(command);
+    host::addProfileOptions(command, options);
+    auto option = [&](const char *name) { return *command.find(name); };
+    command.option("--capture", capture, "").excludes(option("--port")).excludes(option("--usb"));
+    command.option("--job", job, "")
+        .excludes(option("--emulation"))
+        .excludes(option("--terminator"))
+        .excludes(option("--tool"));
+    std::vector<const char *> words = {"print"};
+    std::istringstream stream(typed);
+    std::vector<std::string> kept(std::istream_iterator<std::string>(stream), {});
+    for (const std::string &word : kept)
+        words.push_back(word.c_str());
+    line.parse(static_cast<int>(words.size()), words.data());
+    host::applyProfile(command);
     return fmt::format("port={} usb={} id={} baud={} emulation={} variant={} terminator={} tools={}", options.port,
-                       app.get_option("--usb")->count() > 0 ? "[" + options.usbChoice + "]" : "", options.plotterID,
-                       options.line.baud, options.job.emulation, options.variant, options.job.terminator,
-                       fmt::join(options.job.tools, "|"));
+                       option("--usb").isTyped() ? "[" + options.usbChoice + "]" : "", options.plotterID, options.line.baud,
+                       options.job.emulation, options.variant, options.job.terminator, fmt::join(options.job.tools, "|"));
 }
 
 TEST_F(ProfileTest, WhatIsTypedWins) {

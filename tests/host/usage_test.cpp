@@ -1,7 +1,7 @@
 // What is refused before anything is opened: the exit code, and a message that names the thing and the remedy.
 #include "host/host_fixture.h"
 
-#include "host/text.h"
+#include "host/terminal/text.h"
 
 #include <filesystem>
 #include <nlohmann/json.hpp>

@@ -1,10 +1,10 @@
 // USB plotters as the command sees them: in a made-up sysfs, and on the command line.
 #include "host/host_fixture.h"
 
+#include "host/devices/usb_access.h"
 #include "host/failure_of.h"
-#include "host/text.h"
-#include "host/usb_access.h"
-#include "host/usb_target.h"
+#include "host/plugin/usb_target.h"
+#include "host/terminal/text.h"
 
 #include <cstdlib>
 #include <fcntl.h>

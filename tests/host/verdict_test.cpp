@@ -1,8 +1,8 @@
 // What a report comes to, for the outcomes that no healthy plug-in can be brought to here.
 #include "host/host_fixture.h"
 
-#include "host/text.h"
-#include "host/verdict.h"
+#include "host/print/verdict.h"
+#include "host/terminal/text.h"
 
 #include <cerrno>
 #include <sys/stat.h>

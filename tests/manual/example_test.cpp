@@ -1,11 +1,10 @@
 // The commands that README, help and manual pages show. All are parsed. Those that need no device are run as well, in a
 // folder where the files they name are; a serial port is a pseudo-terminal there, and a print to it is a dry run.
-#include "host/command_line.h"
-#include "host/commands.h"
+#include "host/commands/command_line.h"
+#include "host/commands/commands.h"
 #include "host/host_fixture.h"
 #include "manual/declared_option.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
@@ -31,12 +30,10 @@ std::vector<std::string> readmeLines() {
 }
 
 std::vector<std::string> declaredLines() {
-    CLI::App app;
-    host::Typed typed;
-    host::declareCommandLine(app, typed);
+    std::unique_ptr<host::CommandLine> commands = host::declaredCommandLine();
     std::vector<std::string> lines;
-    for (const CLI::App *command : manual::commandsFrom(app)) {
-        for (const host::Example &example : host::manualOf(typed, *command).examples)
+    for (const host::Command &command : manual::commandsFrom(commands->root())) {
+        for (const host::Example &example : command.manual().examples)
             lines.push_back(example.line);
     }
     return lines;
@@ -100,11 +97,9 @@ TEST_F(ExampleTest, AreUnderstoodAndDoWhatIsSaid) {
         std::vector<std::string> words = wordsOf(line);
         std::vector<const char *> arguments(words.size());
         std::transform(words.begin(), words.end(), arguments.begin(), [](const std::string &word) { return word.c_str(); });
-        CLI::App app;
-        host::Typed typed;
-        host::declareCommandLine(app, typed);
-        EXPECT_NO_THROW(app.parse(static_cast<int>(arguments.size()), arguments.data()));
-        EXPECT_TRUE(typed.run);
+        std::unique_ptr<host::CommandLine> commands = host::declaredCommandLine();
+        EXPECT_EQ(commands->parse(static_cast<int>(arguments.size()), arguments.data()), host::ExitCode::Done);
+        EXPECT_TRUE(commands->run());
 
         auto holds = [&](std::string_view part) { return line.find(part) != std::string::npos; };
         if (std::any_of(std::begin(kNotRun), std::end(kNotRun), holds)) continue;

@@ -1,12 +1,11 @@
 // The manual pages: that they are clean, and that nothing declared is missing from them.
-#include "host/command_line.h"
-#include "host/commands.h"
+#include "host/commands/command_line.h"
+#include "host/commands/commands.h"
 #include "host/host_fixture.h"
 #include "manual/declared_option.h"
 #include "manual/man_page.h"
 #include "manual/roff.h"
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 
 namespace {
@@ -21,15 +20,13 @@ class ManPageTest : public HostTest {};
 TEST_F(ManPageTest, ShowsAllThatIsDeclaredWithoutAWarning) {
     constexpr const char *kGroff = "/usr/bin/groff";
     bool canShow = std::filesystem::exists(kGroff);
-    CLI::App app;
-    host::Typed typed;
-    host::declareCommandLine(app, typed);
-    for (const CLI::App *command : manual::commandsFrom(app)) {
-        std::string name = manual::pageName(*command);
+    std::unique_ptr<host::CommandLine> commands = host::declaredCommandLine();
+    for (const host::Command &command : manual::commandsFrom(commands->root())) {
+        std::string name = manual::pageName(command);
         SCOPED_TRACE(name);
         EXPECT_TRUE(std::filesystem::exists(MADE "/man/" + name + ".1.gz"));
-        std::string page = manual::manPage(typed, *command, "1 Jan 2000");
-        for (const manual::DeclaredOption &option : manual::optionsOf(*command)) {
+        std::string page = manual::manPage(command, "1 Jan 2000");
+        for (const manual::DeclaredOption &option : manual::optionsOf(command)) {
             for (const std::string &word : option.names)
                 EXPECT_NE(page.find(manual::bold(word)), std::string::npos) << word;
             EXPECT_EQ(option.valueName.find(" in "), std::string::npos) << "not meant for people: " << option.valueName;

@@ -1,4 +1,4 @@
-#include "plot/cut.h"
+#include "emulations/cut.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "plot/job_file.h"
 
-#include "service/state.h"
+#include "record/state.h"
 #include "support/job.h"
 
 #include <gtest/gtest.h>

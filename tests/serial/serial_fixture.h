@@ -2,8 +2,8 @@
 #pragma once
 
 #include "platform/corefoundation/corefoundation.h"
+#include "record/state.h"
 #include "serial/open_ports.h"
-#include "service/state.h"
 #include "support/scripted.h"
 
 #include <cerrno>

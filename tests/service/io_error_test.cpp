@@ -1,7 +1,7 @@
-#include "service/io_error.h"
+#include "record/io_error.h"
 
 #include "platform/iokit/io_return.h"
-#include "service/state.h"
+#include "record/state.h"
 #include "support/scripted.h"
 
 #include <gtest/gtest.h>

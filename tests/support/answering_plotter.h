@@ -1,9 +1,9 @@
 // A plotter of an emulation on the bus: a USB device that answers as the plotter in software does.
 #pragma once
 
+#include "language/recording_sink.h"
 #include "support/usb_plotter.h"
 #include "virtual_plotter/face/plotter.h"
-#include "virtual_plotter/recording_sink.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ namespace bed {
 class AnsweringPlotter {
 public:
     AnsweringPlotter(DeviceBed &bed, const PlotterShape &shape, int32_t emulation)
-        : face_(optionsOf(emulation), sink_, virtual_plotter::kTestSheet), usb_(bed, shape) {
+        : face_(optionsOf(emulation), sink_, language::kTestSheet), usb_(bed, shape) {
         usb_.onText = [this](std::string_view text) {
             EXPECT_EQ(face_.hear(text, {}), text.size());
             if (std::string said = face_.takeSaid(); !said.empty()) usb_.reply(said);
@@ -30,7 +30,7 @@ private:
         return options;
     }
 
-    virtual_plotter::RecordingSink sink_;
+    language::RecordingSink sink_;
     virtual_plotter::VirtualPlotter face_;
     UsbPlotter usb_;
 };

@@ -1,6 +1,6 @@
 #include "sweep/run.h"
 
-#include "service/state.h"
+#include "record/state.h"
 #include "support/job.h"
 #include "sweep/bench.h"
 #include "sweep/faulty_platform.h"

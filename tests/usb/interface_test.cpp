@@ -1,6 +1,6 @@
 #include "usb/interface.h"
 
-#include "service/state.h"
+#include "record/state.h"
 #include "support/scripted.h"
 #include "usb/link.h"
 

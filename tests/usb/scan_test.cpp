@@ -1,4 +1,4 @@
-#include "service/state.h"
+#include "record/state.h"
 #include "support/scripted.h"
 #include "usb/plotter_table.h"
 

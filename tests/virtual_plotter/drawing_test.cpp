@@ -1,5 +1,5 @@
+#include "language/stroke_font.h"
 #include "virtual_plotter/drawing/sheet.h"
-#include "virtual_plotter/stroke_font.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The plotter in software in virtual time.
+#include "language/recording_sink.h"
 #include "virtual_plotter/face/plotter.h"
-#include "virtual_plotter/recording_sink.h"
 
 #include <gtest/gtest.h>
 #include <optional>

@@ -1,7 +1,7 @@
 // USB serial adapters: those without a port, and programs that take theirs.
+#include "host/devices/usb_access.h"
 #include "host/doctor/checks.h"
-#include "host/text.h"
-#include "host/usb_access.h"
+#include "host/terminal/text.h"
 
 #include <algorithm>
 #include <fmt/format.h>

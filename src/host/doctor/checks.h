@@ -1,10 +1,10 @@
 // Looks at one link. Nothing is opened, claimed or set: the line stays as it is.
 #pragma once
 
+#include "host/devices/serial_ports.h"
+#include "host/devices/usb_devices.h"
 #include "host/doctor/link_report.h"
 #include "host/doctor/system.h"
-#include "host/serial_ports.h"
-#include "host/usb_devices.h"
 
 namespace host {
 

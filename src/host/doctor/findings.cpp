@@ -1,7 +1,7 @@
 // The table is long because there is one row for each finding.
 #include "host/doctor/findings.h"
 
-#include "host/text.h"
+#include "host/terminal/text.h"
 
 #include <algorithm>
 #include <cctype>

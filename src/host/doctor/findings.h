@@ -1,7 +1,7 @@
 // What may stand between this computer and a plotter: one row for each finding, with what mends it.
 #pragma once
 
-#include "host/failure.h"
+#include "host/terminal/failure.h"
 
 #include <string>
 #include <utility>

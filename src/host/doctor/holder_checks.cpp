@@ -1,8 +1,8 @@
 // Who holds a serial port. Several signs are read, for a user who is not root does not see them all.
+#include "host/devices/holders.h"
 #include "host/doctor/checks.h"
 #include "host/doctor/system_files.h"
-#include "host/holders.h"
-#include "host/text.h"
+#include "host/terminal/text.h"
 
 #include <algorithm>
 #include <fmt/format.h>

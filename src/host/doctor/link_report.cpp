@@ -1,18 +1,16 @@
 #include "host/doctor/link_report.h"
+#include "host/terminal/json.h"
 
-#include "host/output.h"
-#include "host/text.h"
+#include "host/terminal/output.h"
+#include "host/terminal/text.h"
 
 #include <algorithm>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 #include <string_view>
 
 namespace host {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr size_t kWordWidth = 19; // "may be in the way" and what separates it
 
@@ -77,7 +75,7 @@ void printReportsAsJson(const std::vector<LinkReport> &reports) {
     for (const LinkReport &report : reports)
         links.push_back(jsonOf(report));
     Json object = {{"exitCode", static_cast<int>(exitCodeOf(reports))}, {"links", links}};
-    printOut("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace));
+    printOut("{}\n", object.text());
 }
 
 std::vector<JsonFields> reportFields() {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/doctor/findings.h"
-#include "host/manual.h"
+#include "host/terminal/manual.h"
 
 namespace host {
 

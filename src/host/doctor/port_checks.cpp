@@ -1,7 +1,7 @@
 // A serial port: its node, the right to it, print queues and modem lines.
 #include "host/doctor/checks.h"
 #include "host/doctor/system_files.h"
-#include "host/text.h"
+#include "host/terminal/text.h"
 
 #include <algorithm>
 #include <fmt/format.h>

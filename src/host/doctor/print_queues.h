@@ -1,7 +1,7 @@
 // The print system's queues, and where they send to.
 #pragma once
 
-#include "host/usb_devices.h"
+#include "host/devices/usb_devices.h"
 
 #include <filesystem>
 #include <string>

@@ -1,6 +1,6 @@
 #include "host/doctor/processes.h"
 
-#include "host/small_file.h"
+#include "host/devices/small_file.h"
 
 #include <optional>
 #include <sstream>

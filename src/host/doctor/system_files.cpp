@@ -1,6 +1,6 @@
 #include "host/doctor/system_files.h"
 
-#include "host/small_file.h"
+#include "host/devices/small_file.h"
 
 #include <cstdio>
 #include <fmt/format.h>

@@ -1,7 +1,7 @@
 // A USB plotter: its node, the right to it, who has it, print queues. And what concerns all links.
+#include "host/devices/usb_access.h"
 #include "host/doctor/checks.h"
-#include "host/text.h"
-#include "host/usb_access.h"
+#include "host/terminal/text.h"
 
 #include <algorithm>
 #include <fmt/format.h>

@@ -1,7 +1,7 @@
 // The person whose rights are looked at.
 #pragma once
 
-#include "host/node_access.h"
+#include "host/devices/node_access.h"
 
 #include <string>
 #include <sys/stat.h>

@@ -1,8 +1,8 @@
 // The sheet as the pens leave it, as an SVG, PNG or PDF file.
 #pragma once
 
+#include "language/pen_sink.h"
 #include "virtual_plotter/drawing/page.h"
-#include "virtual_plotter/pen_sink.h"
 
 #include <memory>
 #include <optional>

@@ -1,13 +1,15 @@
 // Sheets of paper and the area of them that the pen can reach.
 #pragma once
 
-#include "virtual_plotter/geometry.h"
+#include "language/geometry.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace virtual_plotter {
+
+using namespace language; // a plotter in software speaks in the terms of the languages that it reads
 
 /// The area is centred on the paper, so its margins are half of what the paper is larger.
 struct Sheet {

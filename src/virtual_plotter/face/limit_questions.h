@@ -1,7 +1,7 @@
 // Questions for the hard-clip limits that are no instructions of the plotter's language.
 #pragma once
 
-#include "virtual_plotter/geometry.h"
+#include "language/geometry.h"
 
 #include <array>
 #include <functional>
@@ -9,6 +9,8 @@
 #include <string_view>
 
 namespace virtual_plotter {
+
+using namespace language; // a plotter in software speaks in the terms of the languages that it reads
 
 /// Texts that ask for both corners as they stand; an empty one asks nothing.
 using LimitTexts = std::array<std::string_view, 2>;

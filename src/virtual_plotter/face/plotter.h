@@ -1,8 +1,8 @@
 // The plotter in software, without its line: what it makes of bytes, and when.
 #pragma once
 
+#include "language/plot_reader.h"
 #include "virtual_plotter/face/limit_questions.h"
-#include "virtual_plotter/face/plot_reader.h"
 #include "virtual_plotter/face/replies.h"
 
 #include <chrono>

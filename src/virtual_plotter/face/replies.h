@@ -1,13 +1,15 @@
 // What a plotter answers when it is asked.
 #pragma once
 
-#include "virtual_plotter/language/reader.h"
+#include "language/reader.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace virtual_plotter {
+
+using namespace language; // a plotter in software speaks in the terms of the languages that it reads
 
 /// What the answers are made from.
 struct Asked {

@@ -1,6 +1,6 @@
 // The examination of a plot against the sender itself: for random plots of every emulation, what it says will be withheld is
 // what the report of the print says.
-#include "host/examination.h"
+#include "host/examination/examination.h"
 #include "support/job.h"
 
 #include <filesystem>

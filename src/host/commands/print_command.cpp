@@ -1,0 +1,77 @@
+// vectorix print: a plot file to a plotter, into a file as the plotter would have got it, or to a plotter in software.
+#include "host/commands/commands.h"
+#include "host/job/job_options.h"
+#include "host/options/apply_profile.h"
+#include "host/options/plotter_options.h"
+#include "host/plugin/usb_target.h"
+#include "host/print/print.h"
+#include "host/print/verdict.h"
+
+#include <fmt/format.h>
+#include <memory>
+
+namespace host {
+
+namespace {
+
+ExitCode run(const PrintOptions &options) {
+    if (options.port.empty() && options.capture.empty() && options.picture.empty() && !options.toUsb) {
+        throw Failure(ExitCode::Usage, "print: say where to: --port DEVICE, --usb, --capture FILE, --virtual FILE, "
+                                       "or --profile NAME of one with a port or usb");
+    }
+    parseUsbChoice(options.usbChoice); // what was typed is looked at first
+    return print(options);
+}
+
+} // namespace
+
+void addPrintCommand(const Command &app) {
+    auto options = std::make_shared<PrintOptions>();
+    Command command = app.add("print", "Print a plot file");
+    command.explain(
+        {fmt::format("{}\n\nA dry run opens neither port nor plotter, and ends with the exit code that the print would have "
+                     "if nothing disturbed it.",
+                     escapeHelp()),
+         {{"vectorix print drawing.plt --port /dev/ttyUSB0", "To a plotter on a serial port."},
+          {"vectorix print drawing.plt --port /dev/ttyUSB0 --baud 2400 --bits 7 --parity even --handshake hardware",
+           "The same, for a plotter whose switches say so."},
+          {"vectorix print drawing.plt --port /dev/ttyUSB0 --dry-run", "Says what would be sent, and for how long."},
+          {"vectorix print - --port /dev/ttyUSB0 < drawing.plt", "What another program says."},
+          {"vectorix print drawing.plt --usb", "To the only plotter on USB."},
+          {"vectorix print drawing.plt --job roll.plist --port /dev/ttyUSB0", "As a job file says."},
+          {"vectorix print drawing.plt --capture drawing.out", "Into a file: what a plotter would get."},
+          {"vectorix print drawing.plt --virtual drawing.png", "To a plotter in software, whose picture is kept."}},
+         printFields()});
+    command.option("PLOT", options->plot, "Plot file; - for standard input").required().valueName("");
+    addProfileOption(command);
+    Option port = addPort(command, options->port);
+    Option capture = command.option("--capture", options->capture, "Print into a file what the plotter would get")
+                         .valueName("FILE")
+                         .excludes(port);
+    Option picture = command.option("--virtual", options->picture, "Print to a plotter in software, and draw what arrives")
+                         .valueName("FILE")
+                         .excludes(port)
+                         .excludes(capture);
+    Option usb = addUsb(command, options->usbChoice).excludes(port).excludes(capture).excludes(picture);
+    for (Option option : addDrawingOptions(command, options->drawing))
+        option.needs(picture);
+    Option job = command.option("--job", options->jobFile, "Job file that says what follows").valueName("JOB");
+    for (Option option : addJobOptions(command, options->job))
+        option.excludes(job);
+    addLineOptions(command, options->line);
+    command.flag("--dry-run", options->dryRun, "Check everything, say what would be sent, and send nothing");
+    command.flag("--force", options->force, "Print also a plot file of which a part cannot be sent");
+    command.flag("--keep-going", options->keepGoing, "Go on after a piece that the plotter did not take");
+    command.flag("-v,--verbose", options->verbose, "Show what the plug-in says");
+    command.flag("-q,--quiet", options->quiet, "Say nothing but errors");
+    command.flag("--json", options->json, "Report as one JSON object");
+    command.whenTyped(
+        [options, command, usb] {
+            applyProfile(command);
+            options->toUsb = usb.isTyped();
+            return run(*options);
+        },
+        &options->json);
+}
+
+} // namespace host

@@ -1,0 +1,176 @@
+// vectorix profile: what a plotter needs, kept under a name.
+#include "host/commands/commands.h"
+#include "host/job/job_options.h"
+#include "host/options/profile.h"
+#include "host/options/profile_folder.h"
+#include "host/terminal/json.h"
+#include "host/terminal/output.h"
+#include "host/terminal/table.h"
+#include "host/terminal/text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <memory>
+#include <unistd.h>
+
+namespace host {
+
+namespace {
+
+struct CommandOptions {
+    std::string name;
+    ProfileOptions profile;
+    bool force = false;
+    bool json = false;
+    bool namesOnly = false;
+};
+
+void printJson(const Json &object) { printOut("{}\n", object.text()); }
+
+Json jsonOf(const ProfileValue &value) {
+    switch (value.key->kind) {
+    case ProfileKind::Number: return std::stoll(value.words.front());
+    case ProfileKind::Texts: return value.words;
+    case ProfileKind::TextOrTrue:
+        if (value.words.front().empty()) return true;
+        break;
+    case ProfileKind::Text: break;
+    }
+    return value.words.front();
+}
+
+Json jsonOf(const Profile &profile) {
+    Json settings = Json::object();
+    for (const ProfileValue &value : profile.values)
+        settings[value.key->name] = jsonOf(value);
+    return {{"name", profile.name}, {"file", profile.path}, {"settings", settings}};
+}
+
+std::string settingOf(const Profile &profile, std::string_view key) {
+    for (const ProfileValue &value : profile.values) {
+        if (value.key->name == key) return shown(value.words.front());
+    }
+    return {};
+}
+
+std::string linkOf(const Profile &profile) {
+    bool isUsb = std::any_of(profile.values.begin(), profile.values.end(),
+                             [](const ProfileValue &value) { return value.key == findProfileKey("usb"); });
+    if (!isUsb) return settingOf(profile, "port");
+    std::string model = settingOf(profile, "usb");
+    return model.empty() ? "usb" : "usb " + model;
+}
+
+ExitCode add(const Command &command, const CommandOptions &options) {
+    Profile profile{options.name, profilePath(options.name), {}};
+    for (const ProfileKey &key : kProfileKeys) {
+        Option option = *command.find(optionName(key));
+        if (!option.isTyped()) continue;
+        bool isNumber = key.kind == ProfileKind::Number; // may be typed in other ways than a profile writes it
+        profile.values.push_back({&key, isNumber ? std::vector{fmt::format("{}", option.number())} : option.typed()});
+    }
+    if (profile.values.empty()) {
+        throw Failure(ExitCode::Usage, fmt::format("{}: nothing to keep in the profile; add what the plotter needs, such as "
+                                                   "--port DEVICE",
+                                                   options.name));
+    }
+    requireFit(options.profile);
+    writeProfile(profile, options.force);
+    return ExitCode::Done;
+}
+
+/// An unfit profile is told of, and hides no other.
+ExitCode list(const Command &, const CommandOptions &options) {
+    std::vector<std::vector<std::string>> rows = {{"NAME", "LINK", "EMULATION", "PLOTTER"}};
+    Json profiles = Json::array();
+    ExitCode code = ExitCode::Done;
+    for (const std::string &name : profileNames()) {
+        if (options.namesOnly) {
+            printOut("{}\n", name);
+            continue;
+        }
+        try {
+            Profile profile = readProfile(name);
+            rows.push_back({name, linkOf(profile), settingOf(profile, "emulation"), settingOf(profile, "plotter")});
+            profiles.push_back(jsonOf(profile));
+        } catch (const Failure &failure) {
+            code = failure.code();
+            printError("vectorix: {}\n", failure.what());
+            rows.push_back({name, "(unfit)", "", ""});
+            profiles.push_back({{"name", name}, {"file", profilePath(name)}, {"error", failure.what()}});
+        }
+    }
+    if (options.json) {
+        printJson({{"profiles", profiles}});
+    } else if (!options.namesOnly) {
+        printTable(rows);
+    }
+    return code;
+}
+
+ExitCode show(const Command &, const CommandOptions &options) {
+    Profile profile = readProfile(options.name);
+    if (options.json) {
+        printJson(jsonOf(profile));
+        return ExitCode::Done;
+    }
+    printOut("{}\n", shown(profile.path));
+    for (const ProfileValue &value : profile.values) {
+        std::string words = shown(fmt::format("{}", fmt::join(value.words, "  ")));
+        printOut("  {:<10}  {}\n", value.key->name, words.empty() ? "the only one" : words);
+    }
+    return ExitCode::Done;
+}
+
+ExitCode remove(const Command &, const CommandOptions &options) {
+    std::string path = profilePath(options.name);
+    if (unlink(path.c_str()) == 0) return ExitCode::Done;
+    if (errno == ENOENT) throw unknownProfile(options.name);
+    throw fileFailure(path, errno);
+}
+
+constexpr const char *kHelp =
+    "A profile is a file of its own, $XDG_CONFIG_HOME/vectorix/profiles/NAME.toml or the same below ~/.config, with a line\n"
+    "for each option: port = '/dev/ttyUSB0', baud = 2400, tool = ['P1,', 'P2,'], and usb = true for the only USB plotter.\n"
+    "A text in single quotes stands as it would be typed.\n"
+    "\n"
+    "'vectorix print PLOT -p NAME' takes from it what is not typed; so do send, limits and simulate. What is typed wins.\n"
+    "With another --emulation typed than the profile's, its terminator, tools and variant are left out.";
+
+} // namespace
+
+void addProfileCommand(const Command &app) {
+    auto options = std::make_shared<CommandOptions>();
+    Command profile = app.add("profile", "Keep under a name what a plotter needs");
+    profile.requireSubcommand();
+    profile.explain({kHelp,
+                     {{"vectorix profile add house --port /dev/ttyUSB0 --baud 2400", "Keeps port and rate."},
+                      {"vectorix print drawing.plt -p house", "Prints with them."},
+                      {"vectorix profile list", "Which profiles there are."}},
+                     {}});
+    auto addCommand = [&](const char *name, const char *help, ExitCode (*run)(const Command &, const CommandOptions &)) {
+        Command command = profile.add(name, help);
+        command.whenTyped([options, command, run] { return run(command, *options); }, &options->json);
+        return command;
+    };
+    auto addName = [&](Command command, const char *what) {
+        command.option(what, options->name, "Profile").required().valueName("");
+        return command;
+    };
+    Command adding = addName(addCommand("add", "Make a profile of the options that follow", add), "NAME");
+    addProfileOptions(adding, options->profile);
+    adding.flag("--force", options->force, "Replace a profile that exists");
+    adding.explain({fmt::format("{}\n\n{}", escapeHelp(), kHelp),
+                    {{"vectorix profile add cutter --port /dev/ttyUSB0 --baud 2400 --emulation 17008 --terminator ,",
+                      "For a plotter of another language than HP-GL."}},
+                    {}});
+    Command listing = addCommand("list", "List the profiles", list);
+    Option json = listing.flag("--json", options->json, "As one JSON object");
+    listing.flag("--names", options->namesOnly, "Their names alone, a line each").excludes(json);
+    addName(addCommand("show", "Show a profile", show), "PROFILE").flag("--json", options->json, "As one JSON object");
+    addName(addCommand("remove", "Remove a profile", remove), "PROFILE");
+}
+
+} // namespace host

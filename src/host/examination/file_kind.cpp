@@ -1,0 +1,112 @@
+#include "host/examination/file_kind.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <string_view>
+
+namespace host {
+
+using language::Findings;
+using language::Language;
+
+namespace {
+
+constexpr size_t kLookedAt = size_t{64} * 1024; // bytes: a few thousand instructions, in a millisecond
+constexpr const char *kExport = "export the drawing in the plotter's language";
+
+/// In the order in which they are tried.
+constexpr struct {
+    std::string_view start;
+    FileKind kind;
+    const char *name;
+    const char *remedy = kExport;
+} kStarts[] = {
+    {"%!", FileKind::PostScript, "a PostScript document"},
+    {"%PDF-", FileKind::Pdf, "a PDF document"},
+    {"<svg", FileKind::Svg, "an SVG drawing"},
+    {"<!DOCTYPE svg", FileKind::Svg, "an SVG drawing"},
+    {"<?xml", FileKind::Xml, "an XML document"},
+    {"<!DOCTYPE", FileKind::WebPage, "a web page"},
+    {"<html", FileKind::WebPage, "a web page"},
+    {"\x89PNG", FileKind::Picture, "a PNG picture"},
+    {"\xFF\xD8\xFF", FileKind::Picture, "a JPEG picture"},
+    {"GIF8", FileKind::Picture, "a GIF picture"},
+    {"II*", FileKind::Picture, "a TIFF picture"},
+    {"MM*", FileKind::Picture, "a TIFF picture"},
+    {"0\nSECTION", FileKind::Drawing, "a DXF drawing"},
+    {"0\r\nSECTION", FileKind::Drawing, "a DXF drawing"},
+    {"AC10", FileKind::Drawing, "a DWG drawing"},
+    {"PK\x03\x04", FileKind::Archive, "a ZIP archive", "unpack it first"},
+    {"\x1F\x8B", FileKind::Archive, "a gzip archive", "unpack it first"},
+    {"BZh", FileKind::Archive, "a bzip2 archive", "unpack it first"},
+    {"\xFD"
+     "7zXZ",
+     FileKind::Archive, "an XZ archive", "unpack it first"},
+    {"\x28\xB5\x2F\xFD", FileKind::Archive, "a Zstandard archive", "unpack it first"},
+    {"\x7F"
+     "ELF",
+     FileKind::Program, "a program"},
+    {"\xFF\xFE", FileKind::Utf16, "a text in UTF-16", "save it as plain ASCII"},
+    {"\xFE\xFF", FileKind::Utf16, "a text in UTF-16", "save it as plain ASCII"},
+};
+
+FileNature byStart(std::string_view head) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    std::string_view start = head;
+    if (start.rfind(kByteOrderMark, 0) == 0) start.remove_prefix(kByteOrderMark.size());
+    start.remove_prefix(std::min(start.find_first_not_of(" \t\r\n"), start.size()));
+    for (const auto &row : kStarts) {
+        if (start.rfind(row.start, 0) != 0) continue;
+        bool isSvg = row.kind == FileKind::Xml && head.find("<svg") != std::string_view::npos;
+        return {isSvg ? FileKind::Svg : row.kind, fmt::format("no plot, but {}", isSvg ? "an SVG drawing" : row.name),
+                row.remedy};
+    }
+    return {};
+}
+
+/// Nobody draws.
+struct NoPen final : language::PenSink {
+    void setPen(int, double) override {}
+    void begin(language::Point) override {}
+    void line(language::Point) override {}
+    void fill(std::span<const language::Point>, std::span<const size_t>) override {}
+};
+
+struct Sense {
+    uint64_t good = 0, bad = 0; ///< instructions, and what is none or malformed
+    /// A plot has next to nothing bad in it, other texts have three times as much of it as of what looks good.
+    bool isThere() const { return bad <= good; }
+};
+
+Sense senseAs(Language language, std::string_view text, bool isAll) {
+    NoPen noPen;
+    auto reader = language::makeReader(language, noPen, {{0, 0}, {1, 1}});
+    reader->take(text);
+    if (isAll) reader->finish();
+    const Findings &found = reader->findings();
+    return {found.instructions - found.malformed, found.unknown + found.malformed};
+}
+
+} // namespace
+
+FileNature natureOf(const PlotFile &file, std::optional<Language> language) {
+    std::string buffer(kLookedAt, '\0');
+    std::string_view head = file.read(0, buffer);
+    FileNature nature = byStart(head);
+    if (!nature.isPlot() || !language) return nature;
+    if (*language == Language::hpgl && language::guessLanguage(head) == Language::dmpl)
+        return {FileKind::Dmpl, "in DM/PL (it begins with \";:\"), not in HP-GL", "print it with --emulation dmpl"};
+
+    bool isAll = head.size() < kLookedAt;
+    Sense sense = senseAs(*language, head, isAll);
+    if (sense.isThere()) return {};
+    if (*language == Language::dmpl && senseAs(Language::hpgl, head, isAll).isThere())
+        return {FileKind::Hpgl, "in HP-GL, not in DM/PL", "print it with --emulation hpgl"};
+    return {FileKind::Nonsense,
+            sense.good == 0 ? "no plot: nothing at its start is an instruction"
+                            : fmt::format("no plot: {} of the {} instructions at its start make no sense", sense.bad,
+                                          sense.bad + sense.good),
+            kExport};
+}
+
+} // namespace host

@@ -1,0 +1,125 @@
+// What makes a job fit to be printed.
+#include "host/job/job_reader.h"
+
+#include "host/terminal/failure.h"
+#include "host/terminal/text.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <set>
+
+namespace host {
+
+namespace {
+
+constexpr size_t kMostFindings = 100;
+
+class Check {
+public:
+    explicit Check(const std::vector<JobLine> &job) : job_(job) {}
+
+    std::vector<Finding> run() {
+        checkEntries();
+        checkEmulation();
+        checkTerminator();
+        checkTools();
+        std::stable_sort(findings_.begin(), findings_.end(),
+                         [](const Finding &a, const Finding &b) { return a.isError > b.isError; });
+        if (findings_.size() > kMostFindings) {
+            const size_t left = findings_.size() - kMostFindings;
+            findings_.resize(kMostFindings);
+            note(0, "{} more findings are left out", grouped(static_cast<int64_t>(left)));
+        }
+        return findings_;
+    }
+
+private:
+    template <class... Values> void error(size_t line, fmt::format_string<Values...> format, Values &&...values) {
+        findings_.push_back({true, line, fmt::format(format, std::forward<Values>(values)...)});
+    }
+    template <class... Values> void note(size_t line, fmt::format_string<Values...> format, Values &&...values) {
+        findings_.push_back({false, line, fmt::format(format, std::forward<Values>(values)...)});
+    }
+
+    void checkEntries() {
+        std::set<std::string> seen;
+        for (const JobLine &entry : job_) {
+            const JobKey *row = findJobKey(entry.key);
+            if (!row) {
+                note(entry.line, "unknown key \"{}\"; it is not read", excerpt(entry.key, 60));
+                continue;
+            }
+            if (!seen.insert(entry.key).second) {
+                note(entry.line, "\"{}\" stands here again; the last one counts", entry.key);
+            }
+            bool isText = entry.value && std::holds_alternative<std::string>(*entry.value);
+            if (!entry.value || isText != (row->kind == JobKind::Text)) {
+                error(entry.line, "\"{}\" is a <{}>; it must be a {}", entry.key, entry.type,
+                      row->kind == JobKind::Text ? "<string>" : "number");
+            }
+        }
+    }
+
+    void checkEmulation() {
+        const JobLine *entry = fitting(job_, kEmulationKey);
+        emulation_ = numberOf(job_, kEmulationKey, 0);
+        if (!entry) {
+            missing(kEmulationKey);
+        } else if (emulation_ < kFirstEmulation || emulation_ > kLastEmulation) {
+            error(entry->line, "\"{}\" is {}; emulations go from {} to {}", kEmulationKey, emulation_, kFirstEmulation,
+                  kLastEmulation);
+        }
+    }
+
+    void checkTerminator() {
+        const JobLine *entry = fitting(job_, kTerminatorKey);
+        if (entry) checkPlotterText(*entry);
+        if (endsWithAt(emulation_)) return;
+        if (!entry) {
+            missing(kTerminatorKey);
+        } else if (std::get<std::string>(*entry->value).empty()) {
+            error(entry->line, "\"{}\" is empty; emulation {} needs one", kTerminatorKey, emulation_);
+        }
+    }
+
+    void checkTools() {
+        bool used = emulation_ == kToolEmulation && numberOf(job_, kUseToolsKey, 0) == 1;
+        bool noted = false;
+        for (const JobKey &row : kJobKeys) {
+            const JobLine *entry = isToolKey(row.key) ? fitting(job_, row.key) : nullptr;
+            if (!entry) continue;
+            if (used) checkPlotterText(*entry);
+            if (used || noted) continue;
+            noted = true;
+            if (emulation_ != kToolEmulation) {
+                note(entry->line, "tool strings are not used: the emulation is {}, not {}", emulation_, kToolEmulation);
+            } else {
+                note(entry->line, "tool strings are not used: \"{}\" is not 1", kUseToolsKey);
+            }
+        }
+    }
+
+    /// A key that is there with a value of another type has been reported already.
+    void missing(const char *key) {
+        bool stands = std::any_of(job_.begin(), job_.end(), [&](const JobLine &line) { return line.key == key; });
+        if (!stands) error(0, "the key \"{}\" is missing", key);
+    }
+
+    void checkPlotterText(const JobLine &entry) {
+        try {
+            requirePlotterText(std::get<std::string>(*entry.value), fmt::format("\"{}\"", entry.key));
+        } catch (const Failure &failure) {
+            error(entry.line, "{}", failure.what());
+        }
+    }
+
+    const std::vector<JobLine> &job_;
+    int64_t emulation_ = 0;
+    std::vector<Finding> findings_;
+};
+
+} // namespace
+
+std::vector<Finding> checkJob(const std::vector<JobLine> &job) { return Check(job).run(); }
+
+} // namespace host

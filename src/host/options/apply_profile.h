@@ -1,0 +1,16 @@
+// A command that takes from a profile what was not typed.
+#pragma once
+
+#include "host/terminal/command.h"
+
+namespace host {
+
+/// Adds -p, --profile.
+void addProfileOption(const Command &command);
+
+/// Gives the command's options the values of the profile that was named, if one was, as if they had been typed. What was
+/// typed wins: over the same option, over those that exclude it, and a typed emulation over what was meant for another.
+/// What the command has no option for is left out. To be called when the command line was parsed. Throws Failure.
+void applyProfile(const Command &command);
+
+} // namespace host

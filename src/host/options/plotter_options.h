@@ -1,0 +1,23 @@
+// The options that say which plotter, for every command that talks to one.
+#pragma once
+
+#include "host/terminal/command.h"
+
+#include <cstdint>
+#include <string>
+
+namespace host {
+
+/// Adds --port, a path or a name that 'ports' prints.
+Option addPort(const Command &app, std::string &port);
+
+/// Adds --usb, which may stand alone: the choice is empty then.
+Option addUsb(const Command &app, std::string &choice);
+
+/// Adds --variant, of the emulation.
+Option addVariant(const Command &app, uint32_t &variant);
+
+/// Adds --plotter-id, of a USB plotter.
+Option addPlotterID(const Command &app, int32_t &plotterID);
+
+} // namespace host

@@ -1,0 +1,209 @@
+#include "host/options/profile.h"
+
+#include "host/files/whole_file.h"
+#include "host/options/profile_folder.h"
+#include "host/terminal/near_miss.h"
+#include "host/terminal/text.h"
+
+#include <cerrno>
+#include <fmt/format.h>
+#include <sstream>
+#include <sys/stat.h>
+#include <toml++/toml.h>
+
+namespace host {
+
+namespace {
+
+constexpr const char *kFirstLine =
+    "# A plotter profile of vectorix; 'vectorix profile --help' tells what may stand here. Comments "
+    "last until\n# 'profile add --force' replaces the file.\n";
+
+/// Far more than a profile needs. Each two bytes of a file can be a table within a table, which the library takes apart by
+/// calling itself: a larger one could exhaust the stack.
+constexpr int64_t kLargest = int64_t{12} * 1024;
+
+[[noreturn]] void refuse(const std::string &path, int line, const std::string &text) {
+    throw Failure(ExitCode::Unfit, fmt::format("{}: line {}: {}", shown(path), line, shown(text)));
+}
+
+int lineOf(const toml::source_region &source) { return static_cast<int>(source.begin.line); }
+
+/// One row a kind: what it is called, and the words that a value of it means; none for a value that is not of the kind.
+using Words = std::optional<std::vector<std::string>>;
+
+Words textWords(const toml::node &node) {
+    const auto *text = node.as_string();
+    return text ? Words({text->get()}) : std::nullopt;
+}
+
+Words textsWords(const toml::node &node) {
+    std::vector<std::string> words;
+    if (!node.is_array()) return std::nullopt;
+    for (const toml::node &item : *node.as_array()) {
+        Words word = textWords(item);
+        if (!word) return std::nullopt;
+        words.push_back(word->front());
+    }
+    return words;
+}
+
+Words numberWords(const toml::node &node) {
+    const auto *number = node.as_integer();
+    return number ? Words({fmt::format("{}", number->get())}) : std::nullopt;
+}
+
+Words textOrTrueWords(const toml::node &node) {
+    const auto *truth = node.as_boolean();
+    return truth && truth->get() ? Words({""}) : textWords(node);
+}
+
+void putText(toml::table &line, const char *key, const std::vector<std::string> &words) { line.insert(key, words.front()); }
+
+void putTexts(toml::table &line, const char *key, const std::vector<std::string> &words) {
+    toml::array list;
+    for (const std::string &word : words)
+        list.push_back(word);
+    line.insert(key, list);
+}
+
+void putNumber(toml::table &line, const char *key, const std::vector<std::string> &words) {
+    line.insert(key, std::stoll(words.front()));
+}
+
+void putTextOrTrue(toml::table &line, const char *key, const std::vector<std::string> &words) {
+    if (words.front().empty()) {
+        line.insert(key, true);
+    } else {
+        putText(line, key, words);
+    }
+}
+
+/// By ProfileKind.
+constexpr struct {
+    const char *name;
+    Words (*read)(const toml::node &node);
+    void (*put)(toml::table &line, const char *key, const std::vector<std::string> &words);
+} kKinds[] = {{"a text in quotes", textWords, putText},
+              {"a list of texts, such as ['P1,', 'P2,']", textsWords, putTexts},
+              {"a whole number without quotes", numberWords, putNumber},
+              {"true, or a text in quotes", textOrTrueWords, putTextOrTrue}};
+
+const auto &kindOf(const ProfileKey &key) { return kKinds[static_cast<size_t>(key.kind)]; }
+
+toml::table parsed(const std::string &path, const std::string &text) {
+    try {
+        return toml::parse(text);
+    } catch (const toml::parse_error &error) {
+        refuse(path, lineOf(error.source()), lowered(error.description()));
+    }
+}
+
+void requireKnown(const std::string &path, const toml::table &table) {
+    std::vector<std::string> names;
+    for (const ProfileKey &key : kProfileKeys)
+        names.emplace_back(key.name);
+    for (const auto &[key, node] : table) {
+        if (findProfileKey(key.str())) continue;
+        std::string word(key.str());
+        refuse(path, lineOf(key.source()),
+               fmt::format("\"{}\" is nothing that a profile has; {}'vectorix profile add --help' lists what it may have",
+                           word, didYouMean(word, names)));
+    }
+}
+
+ProfileValue valueOf(const std::string &path, const ProfileKey &key, const toml::node &node) {
+    int line = lineOf(node.source());
+    Words words = kindOf(key).read(node);
+    if (!words) refuse(path, line, fmt::format("{} must be {}", key.name, kindOf(key).name));
+    for (const std::string &word : *words) {
+        if (word.find('\0') != std::string::npos) refuse(path, line, fmt::format("{} holds a NUL; leave it out", key.name));
+    }
+    return {&key, *words, line};
+}
+
+/// Where an option's complaint belongs: the name of the option that it starts with becomes the key's.
+[[noreturn]] void refuseFor(const Profile &profile, int line, std::string text) {
+    if (text.rfind("--", 0) == 0) text.erase(0, 2);
+    std::string name = text.substr(0, text.find(':'));
+    for (const ProfileValue &value : profile.values) {
+        if (value.key->name == name) line = value.line;
+    }
+    refuse(profile.path, line, text);
+}
+
+/// Gives the values to options of a command line that nobody typed.
+void check(const Profile &profile) {
+    CommandLine line("profile", "", "");
+    ProfileOptions options;
+    addProfileOptions(line.root(), options);
+    for (const ProfileValue &value : profile.values) {
+        Option option = *line.root().find(optionName(*value.key));
+        for (const Option &other : option.excluded()) {
+            if (other.isTyped())
+                refuseFor(profile, value.line,
+                          fmt::format("{} and {} exclude each other", value.key->name, other.name().substr(2)));
+        }
+        for (const Option &other : option.needed()) {
+            if (!other.isTyped())
+                refuseFor(profile, value.line, fmt::format("{} needs {}", value.key->name, other.name().substr(2)));
+        }
+        try {
+            option.give(value.words);
+        } catch (const Failure &mistake) {
+            refuseFor(profile, value.line, mistake.what());
+        }
+    }
+    try {
+        requireFit(options);
+    } catch (const Failure &failure) {
+        refuseFor(profile, profile.values.front().line, failure.what());
+    }
+}
+
+} // namespace
+
+Failure unknownProfile(const std::string &name) {
+    return {ExitCode::Missing, fmt::format("{}: no such profile; {}'vectorix profile list' shows those that there are", name,
+                                           didYouMean(name, profileNames()))};
+}
+
+Profile readProfile(const std::string &name) {
+    Profile profile{name, profilePath(name), {}};
+    struct stat status;
+    if (lstat(profile.path.c_str(), &status) != 0 && errno == ENOENT) throw unknownProfile(name);
+    toml::table table = parsed(profile.path, readWhole(profile.path, "profile", kLargest));
+    requireKnown(profile.path, table);
+    for (const ProfileKey &key : kProfileKeys) {
+        const toml::node *node = table.get(key.name);
+        if (!node) continue;
+        ProfileValue value = valueOf(profile.path, key, *node);
+        if (!value.words.empty()) profile.values.push_back(value);
+    }
+    check(profile);
+    return profile;
+}
+
+void writeProfile(const Profile &profile, bool force) {
+    std::ostringstream text;
+    text << kFirstLine;
+    for (const ProfileValue &value : profile.values) {
+        for (const std::string &word : value.words) {
+            if (!isUtf8(word)) {
+                throw Failure(ExitCode::Usage, fmt::format("{}: {} is not UTF-8 text; type it in plain letters",
+                                                           optionName(*value.key), excerpt(word, 60)));
+            }
+        }
+        toml::table line;
+        kindOf(*value.key).put(line, value.key->name, value.words);
+        text << line << '\n';
+    }
+    if (static_cast<int64_t>(text.str().size()) > kLargest) {
+        throw Failure(ExitCode::Usage, fmt::format("{}: more than the {} bytes that a profile may have; shorten its texts",
+                                                   profile.name, grouped(kLargest)));
+    }
+    makeProfileFolder();
+    writeWhole(profile.path, text.str(), force);
+}
+
+} // namespace host

@@ -1,0 +1,30 @@
+#include "host/options/profile_keys.h"
+
+#include "host/options/plotter_options.h"
+#include "host/plugin/usb_target.h"
+
+#include <algorithm>
+
+namespace host {
+
+const ProfileKey *findProfileKey(std::string_view name) {
+    const auto *row = std::find_if(std::begin(kProfileKeys), std::end(kProfileKeys),
+                                   [&](const ProfileKey &candidate) { return candidate.name == name; });
+    return row == std::end(kProfileKeys) ? nullptr : row;
+}
+
+void addProfileOptions(const Command &app, ProfileOptions &options) {
+    Option port = addPort(app, options.port);
+    Option usb = addUsb(app, options.usbChoice).excludes(port);
+    addPlotterID(app, options.plotterID).needs(usb);
+    addVariant(app, options.variant);
+    addLineOptions(app, options.line);
+    addJobOptions(app, options.job);
+}
+
+void requireFit(const ProfileOptions &options) {
+    parseUsbChoice(options.usbChoice);
+    jobOf(options.job);
+}
+
+} // namespace host

@@ -1,0 +1,59 @@
+// What a profile may hold: a row for each option that it can stand in for.
+#pragma once
+
+#include "host/job/job_options.h"
+#include "host/options/line_settings.h"
+#include "host/terminal/command.h"
+
+#include <string>
+#include <string_view>
+
+namespace host {
+
+enum class ProfileKind { Text, Texts, Number, TextOrTrue };
+
+struct ProfileKey {
+    const char *name; ///< in the file; with "--" before it, the option
+    ProfileKind kind;
+    bool isOfLanguage = false; ///< makes no sense to another emulation than the profile's
+};
+
+/// In the order in which they are written and put on a command: what an option needs stands before it.
+inline constexpr ProfileKey kProfileKeys[] = {
+    {"port", ProfileKind::Text},
+    {"usb", ProfileKind::TextOrTrue},
+    {"plotter-id", ProfileKind::Number},
+    {"baud", ProfileKind::Number},
+    {"bits", ProfileKind::Number},
+    {"parity", ProfileKind::Text},
+    {"stop-bits", ProfileKind::Number},
+    {"handshake", ProfileKind::Text},
+    {"emulation", ProfileKind::Number},
+    {"variant", ProfileKind::Number, true},
+    {"terminator", ProfileKind::Text, true},
+    {"tool", ProfileKind::Texts, true},
+    {"project", ProfileKind::Text},
+    {"plotter", ProfileKind::Text},
+};
+
+struct ProfileOptions {
+    std::string port;
+    std::string usbChoice;
+    int32_t plotterID = 0;
+    uint32_t variant = 1;
+    LineSettings line;
+    JobOptions job;
+};
+
+/// nullptr for a key that no profile has.
+const ProfileKey *findProfileKey(std::string_view name);
+
+inline std::string optionName(const ProfileKey &key) { return std::string("--") + key.name; }
+
+/// Adds an option for each row.
+void addProfileOptions(const Command &app, ProfileOptions &options);
+
+/// The checks that the options do not make by themselves. Throws Failure (usage), whose text starts with the option.
+void requireFit(const ProfileOptions &options);
+
+} // namespace host

@@ -1,0 +1,141 @@
+#include "host/picture/plot_findings.h"
+#include "host/terminal/json.h"
+
+#include "host/terminal/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace host {
+
+using language::Findings;
+using language::kUnitsPerMillimetre;
+using language::Language;
+using language::Oddity;
+using language::PlotReader;
+
+namespace {
+
+constexpr size_t kOdditiesShown = 5;
+
+/// Plotter units as millimetres. A plot may ask for what no sheet has: such numbers are not written out in full.
+std::string millimetres(double units) {
+    double value = units / kUnitsPerMillimetre;
+    return std::abs(value) < 1e7 ? fmt::format("{:.1f}", value) : fmt::format("{:.2g}", value);
+}
+
+std::string metres(double length) {
+    return length < 1000 ? fmt::format("{:.0f} mm", length) : fmt::format("{:.2f} m", length / 1000);
+}
+
+std::vector<int> pensOf(const Findings &findings) {
+    std::vector<int> pens;
+    for (size_t pen = 0; pen < findings.pens.size(); ++pen) {
+        if (findings.pens[pen]) pens.push_back(static_cast<int>(pen));
+    }
+    return pens;
+}
+
+const char *nameOf(Oddity::Kind kind) { return kind == Oddity::unknown ? "unknown" : "malformed"; }
+
+int64_t signedOf(uint64_t number) { return static_cast<int64_t>(number); }
+
+std::string oddityLines(const Findings &findings) {
+    uint64_t all = findings.unknown + findings.malformed;
+    if (all == 0) return {};
+    std::string text = fmt::format("not understood: {} unknown, {} malformed\n", grouped(signedOf(findings.unknown)),
+                                   grouped(signedOf(findings.malformed)));
+    size_t count = std::min(findings.oddities.size(), kOdditiesShown);
+    for (size_t i = 0; i < count; ++i) {
+        const Oddity &oddity = findings.oddities[i];
+        text += fmt::format("  {} at offset {}: \"{}\"\n", nameOf(oddity.kind), oddity.offset, shown(oddity.text));
+    }
+    if (all > count) text += fmt::format("  and {} more\n", grouped(signedOf(all - count)));
+    return text;
+}
+
+} // namespace
+
+std::string findingsText(const PlotReader &plot) {
+    const Findings &findings = plot.reader()->findings();
+    std::string text =
+        fmt::format("{}: {}, {}\n", plot.language() == Language::dmpl ? "DM/PL" : "HP-GL",
+                    counted(signedOf(findings.bytes), "byte"), counted(signedOf(findings.instructions), "instruction"));
+    if (findings.anyDemand) {
+        const auto &box = findings.demand;
+        text += fmt::format("size: {} x {} mm, from {}, {} to {}, {} mm\n", millimetres(box.upper.x - box.lower.x),
+                            millimetres(box.upper.y - box.lower.y), millimetres(box.lower.x), millimetres(box.lower.y),
+                            millimetres(box.upper.x), millimetres(box.upper.y));
+    }
+    if (findings.strokes > 0) {
+        std::vector<int> pens = pensOf(findings);
+        text += fmt::format("pen {}: {} drawn in {}, {} lifted, about {}\n", fmt::join(pens, ", "),
+                            metres(findings.downMillimetres), counted(signedOf(findings.strokes), "stroke"),
+                            metres(findings.upMillimetres), duration(findings.seconds));
+    }
+    return text + oddityLines(findings);
+}
+
+std::vector<std::string> findingNotes(const PlotReader &plot, const virtual_plotter::Sheet &sheet) {
+    const Findings &findings = plot.reader()->findings();
+    std::vector<std::string> notes;
+    if (findings.outsideHardClip) {
+        const auto &area = sheet.hardClip;
+        notes.push_back(fmt::format("the drawing leaves the {} x {} mm that the pen reaches on this sheet; what is outside "
+                                    "is not drawn",
+                                    millimetres(area.upper.x - area.lower.x), millimetres(area.upper.y - area.lower.y)));
+    }
+    if (!findings.anyDemand) notes.emplace_back("nothing in it draws");
+    if (findings.lostVertices > 0) {
+        notes.push_back(
+            fmt::format("{} did not fit into the polygon buffer", counted(signedOf(findings.lostVertices), "corner")));
+    }
+    if (findings.refused > 0)
+        notes.push_back(fmt::format("{} left out as too much work", counted(signedOf(findings.refused), "fill")));
+    return notes;
+}
+
+void addFindings(Json &object, const PlotReader &plot) {
+    const Findings &findings = plot.reader()->findings();
+    object["language"] = plot.language() == Language::dmpl ? "dmpl" : "hpgl";
+    object["bytes"] = findings.bytes;
+    object["instructions"] = findings.instructions;
+    object["unknown"] = findings.unknown;
+    object["malformed"] = findings.malformed;
+    auto &oddities = object["oddities"] = Json::array();
+    for (const Oddity &oddity : findings.oddities)
+        oddities.push_back({{"kind", nameOf(oddity.kind)}, {"offset", oddity.offset}, {"text", oddity.text}});
+    object["box"] = nullptr;
+    if (findings.anyDemand) {
+        const auto &box = findings.demand;
+        object["box"] = std::vector{box.lower.x / kUnitsPerMillimetre, box.lower.y / kUnitsPerMillimetre,
+                                    box.upper.x / kUnitsPerMillimetre, box.upper.y / kUnitsPerMillimetre};
+    }
+    object["leavesSheet"] = findings.outsideHardClip;
+    object["strokes"] = findings.strokes;
+    object["downMillimetres"] = findings.downMillimetres;
+    object["upMillimetres"] = findings.upMillimetres;
+    object["seconds"] = findings.seconds;
+    object["pens"] = pensOf(findings);
+    object["lostCorners"] = findings.lostVertices;
+    object["leftOut"] = findings.refused;
+}
+
+std::vector<JsonFields> findingsFields() {
+    return {
+        {"language, bytes, instructions", "of the plot"},
+        {"unknown, malformed", "instructions not understood"},
+        {"oddities", "the first of them: kind, offset, text"},
+        {"box", "left, lower, right, upper in mm from the corner of the pen's area, of all\n"
+                "that was to be drawn; null for nothing"},
+        {"leavesSheet", "whether some of it lies outside that area"},
+        {"strokes, pens", "what was drawn, with which pens"},
+        {"downMillimetres, upMillimetres", "the way of the pen down and up"},
+        {"seconds", "that a plotter takes"},
+        {"lostCorners, leftOut", "what the plotter had no room or time for"},
+    };
+}
+
+} // namespace host

@@ -1,0 +1,64 @@
+#include "host/plugin/progress.h"
+
+#include <algorithm>
+#include <sys/ioctl.h>
+
+namespace host {
+
+namespace {
+
+constexpr std::chrono::seconds kSoon(2); // a plotter that thinks about a command for so long is no news
+constexpr int64_t kLongestPiece = 255;   // bytes
+
+} // namespace
+
+void JobProgress::note(const ORB_JobReport &soFar) {
+    std::lock_guard guard(mutex_);
+    ++known_.notes;
+    known_.done = soFar.sentBytes + soFar.failedBytes;
+}
+
+void JobProgress::end() {
+    std::lock_guard guard(mutex_);
+    known_.hasEnded = true;
+}
+
+/// How long the piece is nobody says here; but what was seen in the queue and is no more has gone out. Some drivers count in
+/// blocks of their own.
+int64_t JobProgress::ofThePieceUnderWay(uint64_t piece) {
+    int queued = 0;
+    if (line_.descriptor < 0 || ioctl(line_.descriptor, TIOCOUTQ, &queued) != 0) return 0;
+    mostQueued_ = piece == piece_ ? std::max(mostQueued_, queued) : queued;
+    piece_ = piece;
+    return std::min<int64_t>(mostQueued_ - queued, kLongestPiece);
+}
+
+Wait JobProgress::reason(const Known &known) const {
+    if (line_.isUsb) return known.notes > 0 ? Wait::NotTaking : Wait::ForPlotter;
+    if (!line_.usesHardwareHandshake) return Wait::XoffOrNothing;
+    int lines = 0;
+    bool isKnown = line_.descriptor >= 0 && ioctl(line_.descriptor, TIOCMGET, &lines) == 0;
+    return isKnown && (lines & TIOCM_CTS) == 0 ? Wait::ClearToSend : Wait::NotTaking;
+}
+
+Progress JobProgress::now() {
+    Known known;
+    {
+        std::lock_guard guard(mutex_);
+        known = known_;
+    }
+    Progress progress;
+    progress.totalBytes = fileBytes_;
+    progress.doneBytes = std::min(known.done + ofThePieceUnderWay(known.notes), fileBytes_);
+    auto time = Clock::now();
+    progress.seconds = std::chrono::duration<double>(time - start_).count();
+    if (progress.doneBytes != shown_ || known.hasEnded || progress.doneBytes >= bytesToSend_) forward_ = time;
+    shown_ = progress.doneBytes;
+    if (time - forward_ >= kSoon) {
+        progress.still = std::chrono::duration<double>(time - forward_).count();
+        progress.wait = reason(known);
+    }
+    return progress;
+}
+
+} // namespace host

@@ -1,0 +1,48 @@
+// What a query for the hard-clip limits came to: its exit code, and what to tell about it.
+#pragma once
+
+#include "host/devices/usb_devices.h"
+#include "host/print/verdict.h"
+
+#include <array>
+#include <optional>
+#include <orb/vectorix.h>
+#include <string>
+
+namespace host {
+
+/// A query that is over.
+struct QueryOutcome {
+    ORB_QueryReport report;
+    std::array<double, 4> values; ///< of the record, in the order of the reply
+    bool stopped;                 ///< by the user
+    bool isGivenUp;               ///< the command ended it: it took longer than was announced, or the plotter is gone
+    std::string whyHeld;          ///< of a serial line, when it was given up
+    double seconds;
+    std::string source; ///< the port or the USB plotter
+    int32_t emulation;
+    std::optional<UsbDevice> usb; ///< when it was one
+    uint8_t usbOutPipe;
+    bool isUsbGone; ///< it is not there any more
+};
+
+/// The query report decides; the record's identifier is the close's.
+Verdict judge(const QueryOutcome &outcome);
+
+/// True when the values are HP-GL's: lower left and upper right corner, in units of 0.025 mm.
+bool isHpgl(int32_t emulation);
+
+/// What the plotter was sent and what it said, safe to print.
+std::string requestShown(const ORB_QueryReport &report);
+std::string replyShown(const ORB_QueryReport &report);
+
+/// The limits in lines: corners as the plotter said them.
+std::string limitLines(const QueryOutcome &outcome);
+
+/// The outcome as a JSON object, on one line.
+std::string json(const QueryOutcome &outcome, const Verdict &verdict);
+
+/// Its fields.
+std::vector<JsonFields> queryFields();
+
+} // namespace host

@@ -1,0 +1,155 @@
+// The command line as it is declared: commands, their options, and what is told of each.
+//
+// Help, parsing, manual pages and shell completions all come from these declarations, so that an option is described once.
+// The library that parses stands behind this header, in command.cpp alone: it is large, and each source that sees it would
+// take seconds longer to compile.
+#pragma once
+
+#include "host/terminal/failure.h"
+#include "host/terminal/manual.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
+
+namespace host {
+
+class CommandLine;
+
+/// What the command line takes for a number, hexadecimal ones included; none for anything else.
+std::optional<double> typedNumber(const std::string &text);
+
+/// An option, or a word that stands without one. A reference: copies mean the same option.
+class Option {
+public:
+    /// What is wrong with a value, as a sentence; empty when nothing is.
+    using Check = std::function<std::string(const std::string &value)>;
+
+    explicit Option(CLI::Option *option) : option_(option) {}
+
+    // What it is. Each returns the option itself.
+    Option valueName(const std::string &name) const; ///< in the help: "FILE", "none|even|odd"; "" for none
+    Option describe(const std::string &help) const;  ///< in place of what it was declared with
+    Option group(const std::string &heading) const;  ///< of the help
+    Option required() const;
+    Option repeatable(int most) const; ///< typed up to so many times
+    Option mayStandAlone() const;      ///< its value may be left out
+    Option excludes(Option other) const;
+    Option needs(Option other) const;
+    Option check(Check fault) const;
+    Option oneOf(const std::vector<std::string> &values) const;
+    Option between(int least, int most) const; ///< whole numbers
+    Option within(double least, double most) const;
+    Option rewrite(std::function<void(std::string &value)> change) const; ///< before it is checked
+
+    // What was typed.
+    bool isTyped() const;
+    std::vector<std::string> typed() const;
+    std::string value() const; ///< the last one typed, or as it was rewritten
+    int64_t number() const;    ///< the same of an option that takes a whole number
+    /// Gives it values as if they were typed. Throws Failure (usage) for those that do not fit: "--option: why".
+    void give(const std::vector<std::string> &words) const;
+
+    // What is told of it.
+    std::string name() const;               ///< "--port", or "PLOT" of one that stands alone
+    std::vector<std::string> names() const; ///< "-v", "--verbose"; of one that stands alone none
+    std::string help() const;
+    std::string heading() const;
+    std::string placeholder() const; ///< what stands for its value; empty when it takes none
+    bool takesValue() const;
+    bool isRequired() const;
+    bool isRepeatable() const;
+    bool isValueOptional() const;
+    std::vector<Option> excluded() const;
+    std::vector<Option> needed() const;
+
+private:
+    CLI::Option *option_;
+};
+
+/// A command with its options, or one of its sub-commands. A reference: it lives as long as its command line.
+class Command {
+public:
+    Command(CommandLine &line, CLI::App *app) : line_(&line), app_(app) {}
+
+    Command add(const std::string &name, const std::string &help) const;
+    void requireSubcommand() const;
+
+    /// names: "-v,--verbose", or "PLOT" for a word without an option. What is typed is written to the variable, which must
+    /// outlive the command line, when the command line is parsed.
+    Option option(const std::string &names, std::string &value, const std::string &help) const;
+    Option option(const std::string &names, std::vector<std::string> &values, const std::string &help) const;
+    Option option(const std::string &names, std::optional<std::string> &value, const std::string &help) const;
+    Option option(const std::string &names, int32_t &value, const std::string &help) const;
+    Option option(const std::string &names, uint32_t &value, const std::string &help) const;
+    Option option(const std::string &names, uint64_t &value, const std::string &help) const;
+    Option option(const std::string &names, double &value, const std::string &help) const;
+    Option option(const std::string &names, std::optional<double> &value, const std::string &help) const;
+    /// One whose value is asked for when it is needed.
+    Option option(const std::string &names, const std::string &help) const;
+    /// Hands on what is typed.
+    Option option(const std::string &names, void (*take)(std::string_view), const std::string &help) const;
+    Option flag(const std::string &names, bool &value, const std::string &help) const;
+
+    /// Tells it at the end of the command's help, before the exit codes, and on its manual page.
+    void explain(Manual manual) const;
+    /// What to do when the command was typed. wantsJson, which may be nullptr, says whether failures go to standard output
+    /// as JSON as well.
+    void whenTyped(std::function<ExitCode()> run, const bool *wantsJson = nullptr) const;
+
+    std::string name() const;
+    std::string fullName() const; ///< as it is typed, behind those above it: "vectorix job write"
+    std::string help() const;
+    std::string version() const; ///< of the whole command line
+    bool requiresSubcommand() const;
+    std::optional<Command> above() const;
+    std::vector<Command> below() const;
+    /// In the order of their declaration, with the help option.
+    std::vector<Option> options() const;
+    /// By its name, such as "--port".
+    std::optional<Option> find(const std::string &name) const;
+    /// What was told. Of a command of which nothing was, what the one above it is about.
+    Manual manual() const;
+
+    bool operator==(const Command &other) const { return app_ == other.app_; }
+
+private:
+    CommandLine *line_;
+    CLI::App *app_;
+};
+
+/// The whole of it.
+class CommandLine {
+public:
+    /// version: what --version prints.
+    CommandLine(const std::string &name, const std::string &help, const std::string &version);
+    CommandLine(const CommandLine &) = delete;
+    CommandLine &operator=(const CommandLine &) = delete;
+    ~CommandLine();
+
+    Command root();
+    /// Prints help, or what is wrong with what was typed. Done, with something to run, when a command was typed.
+    ExitCode parse(int count, const char *const *words);
+    const std::function<ExitCode()> &run() const { return run_; }
+    bool wantsJson() const { return wantsJson_; }
+
+private:
+    friend class Command;
+
+    std::unique_ptr<CLI::App> app_;
+    std::map<const CLI::App *, Manual> manuals_;
+    std::function<ExitCode()> run_;
+    bool wantsJson_ = false;
+};
+
+} // namespace host

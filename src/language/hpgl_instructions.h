@@ -1,0 +1,42 @@
+// HP-GL's instructions as data: what follows each mnemonic, and what it does.
+#pragma once
+
+#include "language/hpgl_plotter.h"
+
+#include <string_view>
+
+namespace language::hpgl {
+
+/// What stands behind a mnemonic.
+enum class Form : uint8_t {
+    numbers,    ///< up to the terminator or the next letter
+    groups,     ///< the same, any number of them: carried out group by group as they come
+    remark,     ///< numbers and texts in quotation marks, which are skipped
+    comment,    ///< the same, or a text without quotation marks up to the semicolon
+    label,      ///< characters up to the label terminator
+    text,       ///< the same, but nothing is drawn
+    terminator, ///< one character, then numbers: the label terminator
+    symbol,     ///< one character: what marks each point
+    polyline,   ///< encoded
+    strokes,    ///< numbers, carried out one by one: a character that the plot itself makes
+    request,    ///< a question to the plotter
+};
+
+using Handler = bool (*)(Plotter &, Numbers);
+
+constexpr uint8_t kAny = 255;
+constexpr size_t kMostNumbers = 24; // beyond them, numbers are only counted
+
+struct Instruction {
+    std::string_view name;
+    Handler handler = nullptr;      ///< null: known, and nothing to do for a drawing
+    uint8_t least = 0, most = kAny; ///< numbers
+    bool draws = false;             ///< cannot stand within the definition of a polygon
+    Form form = Form::numbers;
+    uint8_t group = 2; ///< numbers that are carried out at a time
+};
+
+/// Null when there is none. Lower case is as good as upper case.
+const Instruction *findInstruction(unsigned char first, unsigned char second) noexcept;
+
+} // namespace language::hpgl

@@ -1,0 +1,294 @@
+#include "language/hpgl_reader.h"
+
+#include <algorithm>
+
+namespace language {
+
+using hpgl::Form;
+using hpgl::Numbers;
+
+namespace {
+
+constexpr unsigned char kEscape = 0x1b;
+constexpr unsigned char kLineFeed = 10;
+
+bool isLetter(unsigned char byte) { return (byte | 0x20u) - 'a' < 26u; }
+bool isDigit(unsigned char byte) { return byte - unsigned{'0'} < 10u; }
+/// Blanks, line ends, and the control bytes that plotters pass over.
+bool isBlank(unsigned char byte) { return byte <= ' ' || byte == 127; }
+
+} // namespace
+
+HpglReader::HpglReader(PenSink &sink, const Rectangle &hardClip) : plotter_(sink, hardClip, findings_) {}
+
+void HpglReader::take(std::string_view bytes) {
+    for (char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (state_ == State::numbers && isDigit(byte)) {
+            number_.digit(byte - unsigned{'0'}); // most bytes of most jobs
+            keep(byte);
+        } else {
+            step(byte);
+        }
+        ++findings_.bytes;
+    }
+}
+
+void HpglReader::finish() {
+    if (state_ == State::escape) state_ = resumed_;
+    if (state_ == State::label || state_ == State::quoted || state_ == State::character) broken_ = true;
+    endWhatIsOpen();
+    state_ = State::between;
+}
+
+void HpglReader::step(unsigned char byte) {
+    if (byte == kEscape && state_ != State::escape) {
+        resumed_ = state_;
+        escape_.begin();
+        state_ = State::escape;
+        return;
+    }
+    switch (state_) {
+    case State::between: startAt(byte); break;
+    case State::second:
+        if (isLetter(byte)) {
+            keep(byte);
+            beginInstruction(byte);
+        } else if (!isBlank(byte)) {
+            state_ = State::rubbish;
+            rubbishByte(byte);
+        }
+        break;
+    case State::numbers: numbersByte(byte); break;
+    case State::quoted:
+        if (byte == '"') state_ = State::numbers;
+        break;
+    case State::comment:
+        if (isBlank(byte)) return keep(byte);
+        state_ = byte == '"' || byte == ';' ? State::numbers : State::remark;
+        if (state_ == State::numbers) return numbersByte(byte);
+        [[fallthrough]];
+    case State::remark:
+        keep(byte);
+        if (byte == ';') endInstruction();
+        break;
+    case State::character: characterByte(byte); break;
+    case State::label: labelByte(byte); break;
+    case State::polyline:
+        keep(byte);
+        if (byte == ';')
+            endInstruction();
+        else if (!hpgl::polylineByte(plotter_, byte))
+            broken_ = true;
+        break;
+    case State::rubbish: rubbishByte(byte); break;
+    case State::escape: escapeByte(byte); break;
+    case State::foreign: break;
+    case State::jobStart:
+        if (byte == '@')
+            state_ = State::jobLine;
+        else
+            startAt(byte);
+        break;
+    case State::jobLine:
+        if (byte == kLineFeed) state_ = State::jobStart;
+        break;
+    }
+}
+
+/// A run of it counts once.
+void HpglReader::rubbishByte(unsigned char byte) {
+    if (!isBlank(byte) && !isLetter(byte) && byte != ';') return keep(byte);
+    note(Oddity::unknown);
+    startAt(byte);
+}
+
+/// At a place where an instruction may begin.
+void HpglReader::startAt(unsigned char byte) {
+    state_ = State::between;
+    if (isBlank(byte) || byte == ';' || byte == ',') return;
+    offset_ = findings_.bytes;
+    textLength_ = 0;
+    keep(byte);
+    letter_ = byte;
+    state_ = isLetter(byte) ? State::second : State::rubbish;
+}
+
+void HpglReader::beginInstruction(unsigned char second) {
+    state_ = State::numbers;
+    instruction_ = hpgl::findInstruction(letter_, second);
+    number_.reset();
+    count_ = 0;
+    broken_ = false;
+    if (instruction_ == nullptr) return;
+    switch (instruction_->form) {
+    case Form::groups: instruction_->handler(plotter_, {}); break;
+    case Form::terminator:
+    case Form::symbol: state_ = State::character; break;
+    case Form::label:
+    case Form::text: state_ = State::label; break;
+    case Form::comment:
+        // In small letters it is rather a word of something that is no plot, and the semicolon far away.
+        if (((letter_ | second) & 0x20u) == 0) state_ = State::comment;
+        break;
+    case Form::strokes: hpgl::beginOwnCharacter(plotter_); break;
+    case Form::polyline:
+        hpgl::beginPolyline(plotter_);
+        state_ = State::polyline;
+        break;
+    default: break;
+    }
+}
+
+void HpglReader::numbersByte(unsigned char byte) {
+    if (isLetter(byte)) {
+        endInstruction();
+        startAt(byte);
+        return;
+    }
+    keep(byte);
+    if (isDigit(byte)) {
+        number_.digit(byte - unsigned{'0'});
+    } else if (byte == ',' || isBlank(byte)) {
+        completeNumber();
+    } else if (byte == ';') {
+        endInstruction();
+    } else if (byte == '-' || byte == '+') {
+        completeNumber();
+        number_.sign(byte == '-');
+    } else if (byte == '.') {
+        if (!number_.point()) broken_ = true;
+    } else if (byte == '"' && instruction_ != nullptr &&
+               (instruction_->form == Form::remark || instruction_->form == Form::comment)) {
+        completeNumber();
+        state_ = State::quoted;
+    } else {
+        broken_ = true;
+    }
+}
+
+void HpglReader::completeNumber() {
+    if (!number_.active()) return;
+    if (!number_.complete()) {
+        broken_ = true;
+        number_.reset();
+        return;
+    }
+    const double value = number_.take();
+    if (instruction_ == nullptr) return;
+    if (instruction_->form == Form::strokes) return hpgl::ownCharacterNumber(plotter_, value);
+    if (count_ < numbers_.size()) numbers_[count_] = value;
+    ++count_;
+    if (instruction_->form == Form::groups && count_ == instruction_->group) {
+        instruction_->handler(plotter_, Numbers(numbers_.data(), count_));
+        count_ = 0;
+    }
+}
+
+void HpglReader::endInstruction() {
+    state_ = State::between;
+    completeNumber();
+    if (instruction_ == nullptr) return note(Oddity::unknown);
+    ++findings_.instructions;
+    bool good = !broken_;
+    switch (instruction_->form) {
+    case Form::groups: good = good && count_ == 0; break;
+    case Form::label: hpgl::endLabel(plotter_); break;
+    case Form::strokes: good = hpgl::endOwnCharacter(plotter_) && good; break;
+    case Form::polyline: good = hpgl::endPolyline(plotter_) && good; break;
+    case Form::terminator: plotter_.lettering.printsTerminator = count_ > 0 && numbers_[0] == 0; break;
+    case Form::request:
+        if (onRequest) onRequest(instruction_->name);
+        break;
+    default: {
+        const bool barred = instruction_->draws && plotter_.defining;
+        if (barred || count_ < instruction_->least) {
+            good = false;
+        } else if (instruction_->handler != nullptr) {
+            const size_t most = std::min<size_t>(instruction_->most, numbers_.size());
+            good = good && count_ <= most;
+            good = instruction_->handler(plotter_, Numbers(numbers_.data(), std::min(count_, most))) && good;
+        }
+    }
+    }
+    if (!good) note(Oddity::malformed);
+}
+
+/// The character of DT or SM; a semicolon in its place restores the default.
+void HpglReader::characterByte(unsigned char byte) {
+    keep(byte);
+    hpgl::Lettering &lettering = plotter_.lettering;
+    const bool none = byte == ';';
+    state_ = State::numbers;
+    if (instruction_->form == Form::symbol) {
+        lettering.symbol = byte > ' ' && byte < 127 && !none ? byte : 0;
+    } else if (byte == 0 || byte == kLineFeed) {
+        broken_ = true; // these can end no label
+    } else {
+        lettering.terminator = none ? hpgl::Lettering::kEtx : byte;
+    }
+    if (none) endInstruction();
+}
+
+void HpglReader::labelByte(unsigned char byte) {
+    keep(byte);
+    const bool drawn = instruction_->form == Form::label && !plotter_.defining;
+    const bool last = byte == plotter_.lettering.terminator;
+    if (drawn && (!last || plotter_.lettering.printsTerminator)) hpgl::label(plotter_, byte);
+    if (!last) return;
+    if (instruction_->draws && plotter_.defining) broken_ = true;
+    endInstruction();
+}
+
+void HpglReader::escapeByte(unsigned char byte) {
+    const auto step = escape_.take(byte);
+    if (step == hpgl::EscapeScanner::Step::more) return;
+    using Meaning = hpgl::EscapeScanner::Meaning;
+    const Meaning meaning = escape_.meaning();
+    state_ = resumed_;
+    if (meaning == Meaning::request) {
+        if (onRequest) onRequest(escape_.text());
+    } else if (meaning != Meaning::deviceControl && state_ != State::foreign) {
+        endWhatIsOpen();
+        state_ = State::between;
+    }
+    if (meaning == Meaning::enter) state_ = State::between;
+    if (meaning == Meaning::leave) state_ = State::foreign;
+    if (meaning == Meaning::exit) state_ = State::jobStart;
+    if (meaning == Meaning::reset && state_ == State::between) hpgl::initialize(plotter_);
+    if (step == hpgl::EscapeScanner::Step::doneAway) this->step(byte);
+}
+
+void HpglReader::endWhatIsOpen() {
+    switch (state_) {
+    case State::second:
+    case State::rubbish: note(Oddity::unknown); break;
+    case State::numbers:
+    case State::quoted:
+    case State::comment:
+    case State::remark:
+    case State::character:
+    case State::label:
+    case State::polyline: endInstruction(); break;
+    default: break;
+    }
+}
+
+void HpglReader::keep(unsigned char byte) {
+    if (textLength_ < text_.size()) text_[textLength_++] = static_cast<char>(byte);
+}
+
+void HpglReader::note(Oddity::Kind kind) { findings_.note(kind, offset_, {text_.data(), textLength_}); }
+
+PenStatus HpglReader::status() const {
+    const Rectangle all = plotter_.frame.area();
+    return {.at = plotter_.at,
+            .atUser = plotter_.frame.toUser(plotter_.at),
+            .down = plotter_.down,
+            .pen = plotter_.carriage.pen(),
+            .scalingPoints = {plotter_.frame.p1(), plotter_.frame.p2()},
+            .window = plotter_.window.value_or(all),
+            .hardClip = all};
+}
+
+} // namespace language

@@ -1,0 +1,26 @@
+// What a plotter's pen does on the sheet: the joint between the languages, which say it, and what draws or measures it.
+#pragma once
+
+#include "language/geometry.h"
+
+#include <cstddef>
+#include <span>
+
+namespace language {
+
+/// Receives strokes as they are made and keeps none of the memory that it is handed. Every point lies within the area that
+/// the pen can reach: what is outside has been clipped away, and line types have been cut into their dashes.
+class PenSink {
+public:
+    virtual ~PenSink() = default;
+    /// The pen (1 .. 8 and up; 0 puts it away) and its width in millimetres for all that follows.
+    virtual void setPen(int pen, double widthMillimetres) = 0;
+    /// Lifts the pen and puts it down at a point: begins a stroke. A stroke of one point is a dot.
+    virtual void begin(Point at) = 0;
+    /// Draws on from the stroke's last point.
+    virtual void line(Point to) = 0;
+    /// Fills closed contours with the pen's colour, by the even-odd rule. ends: index behind each contour's last point.
+    virtual void fill(std::span<const Point> points, std::span<const size_t> ends) = 0;
+};
+
+} // namespace language

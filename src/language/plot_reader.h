@@ -1,0 +1,39 @@
+// Reads plots whose language is not known beforehand.
+#pragma once
+
+#include "language/reader.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace language {
+
+/// A reader that is chosen when the first bytes have told the language, unless it is given.
+class PlotReader {
+public:
+    /// The sink must live as long as the reader.
+    PlotReader(std::optional<Language> language, PenSink &sink, const Rectangle &hardClip);
+
+    void take(std::string_view bytes);
+    void finish();
+
+    /// What to do with the reader that has been chosen, before it reads.
+    std::function<void(Reader &)> onChoice;
+
+    /// The reader; nullptr while the language is not known. After finish() there is one.
+    const Reader *reader() const { return reader_.get(); }
+    /// Has a meaning when there is a reader.
+    Language language() const { return language_.value_or(Language::hpgl); }
+
+private:
+    void choose();
+
+    std::optional<Language> language_;
+    PenSink &sink_;
+    Rectangle hardClip_;
+    std::string head_; ///< what came before the choice; at most kLongestHead bytes
+    std::unique_ptr<Reader> reader_;
+};
+
+} // namespace language

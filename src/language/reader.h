@@ -1,0 +1,96 @@
+// Readers of plotter languages: bytes in, pen strokes out.
+#pragma once
+
+#include "language/pen_sink.h"
+
+#include <bitset>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace language {
+
+enum class Language : uint8_t { hpgl, dmpl };
+
+/// An instruction that the reader could not follow. It went on behind it.
+struct Oddity {
+    enum Kind : uint8_t {
+        unknown,   ///< no instruction of that name, or bytes that are none at all
+        malformed, ///< known, but its parameters make no sense, or are too many or too few
+    };
+    Kind kind;
+    uint64_t offset;  ///< of its first byte
+    std::string text; ///< how it begins, at most 24 bytes; a dot stands for a byte that does not print
+};
+
+/// What the bytes so far asked for and what came of it. Lengths and time are those of the pen on the sheet.
+struct Findings {
+    static constexpr size_t kMaxOddities = 20;
+
+    uint64_t bytes = 0;
+    uint64_t instructions = 0; ///< known ones, malformed or not
+    uint64_t unknown = 0;
+    uint64_t malformed = 0;
+    std::vector<Oddity> oddities; ///< the first kMaxOddities of them
+
+    bool anyDemand = false;       ///< whether demand has a meaning
+    Rectangle demand;             ///< bounds of all that was to be drawn, before any clipping
+    bool outsideHardClip = false; ///< something was to be drawn outside the area that the pen can reach
+
+    double downMillimetres = 0; ///< drawn; dashes without their gaps, a solid fill as strokes one pen width apart
+    double upMillimetres = 0;   ///< straight from the end of each stroke to the next
+    uint64_t strokes = 0;       ///< how often the pen was put down
+    std::bitset<256> pens;      ///< that drew something
+    double seconds = 0;         ///< estimate: see Carriage
+
+    uint64_t lostVertices = 0; ///< that the polygon buffer had no room for
+    uint64_t refused = 0;      ///< fills, outlines and dashings given up as far too much work for so few bytes
+
+    void note(Oddity::Kind kind, uint64_t offset, std::string_view text);
+};
+
+/// What a plotter answers its host's questions from. Positions are in plotter units.
+struct PenStatus {
+    Point at;
+    Point atUser; ///< in user units, when they are in effect
+    bool down = false;
+    int pen = 0;
+    Rectangle scalingPoints; ///< P1, P2
+    Rectangle window;
+    Rectangle hardClip;
+};
+
+/// Reads one language. How the bytes are cut into calls makes no difference. Nothing in them is fatal; the memory stays
+/// within some tens of megabytes (a full polygon buffer) and the time within a fixed amount per byte, whatever they hold.
+class Reader {
+public:
+    Reader() = default;
+    Reader(const Reader &) = delete;
+    Reader &operator=(const Reader &) = delete;
+    virtual ~Reader() = default;
+
+    virtual void take(std::string_view bytes) = 0;
+    /// The bytes end here: carries out what was still waiting for its end.
+    virtual void finish() = 0;
+    virtual PenStatus status() const = 0;
+    const Findings &findings() const noexcept { return findings_; }
+
+    /// Called for what a plotter would answer, after everything before it has been carried out: an HP-GL instruction as its
+    /// mnemonic ("OH"), a device-control escape as its bytes ("\x1b.B"), for DM/PL area, unit and question ("EH,ECN,ER").
+    /// The text is valid during the call. The function must not call the reader's take or finish.
+    std::function<void(std::string_view)> onRequest;
+
+protected:
+    Findings findings_;
+};
+
+/// The sink must live as long as the reader. hardClip is the area that the pen can reach, lower below upper.
+std::unique_ptr<Reader> makeReader(Language language, PenSink &sink, const Rectangle &hardClip);
+
+/// By the first bytes of a file or job: DM/PL begins with ";:" (blanks and line ends before it do not count).
+Language guessLanguage(std::string_view firstBytes) noexcept;
+
+} // namespace language

@@ -1,0 +1,155 @@
+// HP-GL's moves, coordinate systems, pens, line types, arcs and encoded polylines.
+#include "language/recording_sink.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace language {
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr StrokeCase kMoves[] = {
+    {"pen down with pairs", "PU10,10;PD20,10,20,20;PU;", "10,10 20,10 20,20"},
+    {"lower case, blanks and line ends", "pa 100 200 pd\r\n 300\n400 ;", "100,200 300,400"},
+    {"fractions, bare points, zeros in front", "PU.5,1.PD0002.250,1.75000", "0.5,1 2.25,1.75"},
+    {"relative, and back", "PU100,100;PR;PD50,0,0,50;PA0,0", "100,100 150,100 150,150 0,0"},
+    {"PA and PR draw with the pen as it is", "PA5,5;PD;PA6,6;PR1,1;PU;PR9,9", "5,5 6,6 7,7"},
+    {"a dot", "PU5,5;PD;PU;PU7,7;PD7,7", "5,5 | 7,7"},
+    {"pens; none draws nothing", "SP2;PU1,1PD2,2;SP;PD3,3;SP3PD4,4", "[2 0.35] 1,1 2,2 [0 0.35] [3 0.35] 3,3 4,4"},
+    {"a job without pens after one that put it away", "SP0;IN;PU1,1PD2,2", "[0 0.35] [1 0.35] 1,1 2,2"},
+    {"widths: for all pens, for one, of no width, in percent", "PW1;PU1,1PD2,2;PW.5,2;PD3,3;SP2;PW0;WU1;PW1;",
+     "[1 1] 1,1 2,2 3,3 [2 0.5] [2 0.05] [2 0.32] [2 3.2]"},
+    {"clipped", "PU-100,50PD200,50,200,9000,300,9000,300,7000", "0,50 200,50 200,8000 | 300,8000 300,7000"},
+    {"numbers beyond all measure", "PU5,5PD99999999999999999999999,5,5,5,5,-99999999999999999999999", "5,5 10000,5 5,5 5,0"},
+    {"window", "IW100,100,200,200PU0,150PD300,150;IW;PD300,160", "100,150 200,150 | 300,150 300,160"},
+    {"window given from the other corners, beyond the sheet", "IW20000,9000,9000,7000;PU0,7500PD30000,7500",
+     "9000,7500 10000,7500"},
+    {"ticks", "TL1,2;PU500,500;XT;YT;TL1;XT;TL;YT", "500,340 500,580 | 300,500 600,500 | 500,500 500,580 | 450,500 550,500"},
+    {"a new start leaves nothing behind", "SC0,9,0,9;RO90;LT2;PR;IW5,5,6,6;PD;IN;PU1,1PD2,1", "1,1 2,1"},
+};
+
+constexpr StrokeCase kScales[] = {
+    {"by P1 and P2, at first the hard-clip area", "SC0,100,0,80;PU10,10PD20,20;SC;PD5,5", "1000,1000 2000,2000 5,5"},
+    {"P2 follows P1", "IP1000,1000,2000,3000;IP0,0;SC0,10,0,10;PU0,0PD10,10", "0,0 1000,2000"},
+    {"IP after SC moves the units", "SC0,10,0,10;IP0,0,100,100;PU1,1PD2,2;IP;PD0,1", "10,10 20,20 0,800"},
+    {"y downwards", "SC0,100,80,0;PU0,0PD10,10", "0,8000 1000,7000"},
+    {"equal units, to the left, y downwards", "SC0,100,100,0,1,0,50;PU0,0PD100,100", "0,8000 8000,0"},
+    {"steps are scaled too", "SC-50,50,0,80;PU0,10;PR;PD10,10", "5000,1000 6000,2000"},
+    {"in percent of the area", "IR10,10,20,20;SC0,1,0,1;PU0,0PD1,1;IR0,50;PU0,0PD1,1",
+     "1000,800 2000,1600 | 0,4000 1000,4800"},
+    {"turned by 90 degrees", "RO90;PU0,0PD100,50", "10000,0 9950,100"},
+    {"turning leaves the pen in place", "PU300,200;RO90;PR;PD10,0;RO;PD10,0", "300,200 300,210 310,210"},
+    {"P2 of the turned area", "RO90;IP;SC0,1,0,1;PU0,0PD1,1", "10000,0 0,8000"},
+    {"nonsense changes nothing", "SC0,100,0,80;SC5,5,1,2;SC1,2,3;IP5,5,5,9;RO45;PU1,1PD2,2", "100,100 200,200"},
+};
+
+constexpr StrokeCase kLineTypes[] = {
+    {"halves of 10 mm", "LT2,10,1;PU0,0PD1000,0", "0,0 200,0 | 400,0 600,0 | 800,0 1000,0"},
+    {"round a corner", "LT2,10,1;PU0,0PD500,0,500,500", "0,0 200,0 | 400,0 500,0 500,100 | 500,300 500,500"},
+    {"what is clipped counts", "LT2,10,1;PU-100,0PD700,0", "0,0 100,0 | 300,0 500,0"},
+    {"a move begins the pattern again", "LT2,10,1;PU0,0PD100,0PU0,9PD300,9", "0,0 100,0 | 0,9 200,9"},
+    {"in percent of the diagonal", "IP0,0,300,400;LT2,80;PU0,0PD500,0", "0,0 200,0 | 400,0 500,0"},
+    {"dots", "LT1,10,1;PU0,0PD1000,0", "0,0 | 400,0 | 800,0"},
+    {"dash and dot", "LT4,10,1;PU0,0PD500,0", "0,0 320,0 | 360,0 | 400,0 500,0"},
+    {"adaptive", "LT-2,10,1;PU0,0PD1000,0", "0,0 250,0 | 500,0 750,0"},
+    {"dots at the ends", "LT0;PU0,0PD100,0,200,0", "0,0 | 100,0 | 200,0"},
+    {"of one's own, and back", "UL2,3,1;LT2,10,1;PU0,0PD500,0;UL2;PU0,9PD300,9", "0,0 300,0 | 400,0 500,0 | 0,9 200,9"},
+    {"no pattern below 1 mm", "LT2,0.0001,1;PU0,0PD100,0", "0,0 20,0 | 40,0 60,0 | 80,0 100,0"},
+};
+
+constexpr StrokeCase kArcs[] = {
+    {"circle in four chords; draws with the pen up", "PU500,500CI100,90;PD510,500",
+     "600,500 500,600 400,500 500,400 600,500 | 500,500 510,500"},
+    {"counterclockwise through a point", "PU600,500PDAT500,600,400,500,90", "600,500 500,600 400,500"},
+    {"clockwise through a point, the long way", "PU600,500PDRT-200,0,-100,100,90", "600,500 500,400 400,500 500,600"},
+    {"through a point, and back to where it began", "PU600,500PDAT400,500,600,500,90",
+     "600,500 500,600 400,500 500,400 600,500"},
+    {"through a point on the line", "PU100,100PDAT200,200,400,400;RT0,0,10,0", "100,100 400,400 410,400"},
+    {"through a point, round in user units", "SC0,100,0,400;PU60,200PDAT50,210,40,200,90", "6000,4000 5000,4200 4000,4000"},
+    {"curve", "PU100,100PDBZ102,100,102,104,104,104", "100,100 101.48,101.04 102.52,102.96 104,104"},
+    {"straight curve, and one that follows; relative to where each begins", "PDBR1,1,2,2,3,3,1,0,2,0,3,0PD9,9",
+     "0,0 3,3 6,3 9,9"},
+    {"round in user units", "SC0,100,0,400;PU50,200CI10,90", "6000,4000 5000,4200 4000,4000 5000,3800 6000,4000"},
+    {"chords by deviation", "CT1;PU500,500CI100,29.2893218813", "600,500 500,600 400,500 500,400 600,500"},
+    {"clipped", "PU50,50CI120,90", "170,50 50,170 0,120 | 120,0 170,50"},
+};
+
+TEST(HpglLines, StrokeTables) {
+    for (std::span<const StrokeCase> table : {std::span<const StrokeCase>(kMoves), std::span<const StrokeCase>(kScales),
+                                              std::span<const StrokeCase>(kLineTypes), std::span<const StrokeCase>(kArcs)}) {
+        for (const StrokeCase &c : table)
+            EXPECT_EQ(Job(c.text).strokes(), c.strokes) << c.what << ": " << c.text;
+    }
+}
+
+TEST(HpglLines, ChordsOfACircle) {
+    constexpr struct {
+        std::string_view text;
+        std::ptrdiff_t chords;
+    } kCases[] = {{"CI100", 72},   {"CI100,10", 36},          {"CI100,-10", 36},
+                  {"CI100,7", 52}, {"CI100,0.0000001", 1000}, {"CI100,999", 2}};
+    for (const auto &c : kCases) {
+        const std::string strokes = Job("PU500,500" + std::string(c.text)).strokes();
+        EXPECT_EQ(std::count(strokes.begin(), strokes.end(), ' '), c.chords) << c.text;
+        EXPECT_TRUE(strokes.starts_with("600,500 ") && strokes.ends_with(" 600,500")) << strokes;
+    }
+}
+
+/// A number of an encoded polyline.
+std::string encoded(int64_t value, int base) {
+    uint64_t rest = static_cast<uint64_t>(value < 0 ? -value * 2 + 1 : value * 2);
+    const auto radix = static_cast<uint64_t>(base);
+    std::string text;
+    for (; rest >= radix; rest /= radix)
+        text += static_cast<char>(63 + rest % radix);
+    return text + static_cast<char>((base == 64 ? 191 : 95) + rest);
+}
+
+TEST(HpglLines, EncodedPolylines) {
+    for (int base : {64, 32}) {
+        const std::string head = base == 32 ? "PE7" : "PE";
+        auto pair = [base](int64_t x, int64_t y) { return encoded(x, base) + encoded(y, base); };
+        const struct {
+            const char *what;
+            std::string text;
+            std::string_view strokes;
+        } cases[] = {
+            {"relative, drawn", head + pair(100, 200) + pair(-50, 3000) + ";", "0,0 100,200 50,3200"},
+            {"up, absolute", head + "<=" + pair(100, 200) + "=" + pair(31, 0) + pair(1, 1) + ";PA40,40",
+             "100,200 31,0 32,1 40,40"},
+            {"binary places", head + ">" + encoded(2, base) + "<=" + pair(41, 2) + pair(-1, 4) + ";", "10.25,0.5 10,1.5"},
+            {"pen", head + ":" + encoded(3, base) + pair(7, 7) + ";", "[3 0.35] 0,0 7,7"},
+            {"blanks and line ends within", head + "\r\n" + pair(7, 7) + " \n" + pair(1, 1) + ";", "0,0 7,7 8,8"},
+            {"scaled", "SC0,100,0,80;" + head + "<=" + pair(10, 10) + pair(1, -1) + ";", "1000,1000 1100,900"},
+            {"a number of far too many digits", head + std::string(100, '~') + pair(0, 0) + ";PU5,5PD6,6", ""},
+        };
+        for (const auto &c : cases) {
+            Job job(c.text);
+            if (!c.strokes.empty()) {
+                EXPECT_EQ(job.strokes(), c.strokes) << c.what << ", base " << base;
+                EXPECT_EQ(job.oddities(), "") << c.what << ", base " << base;
+            }
+        }
+    }
+    EXPECT_EQ(Job("PE" + encoded(5, 64) + ";").oddities(), "malformed@0 PE.;") << "half a point";
+    EXPECT_EQ(Job("PE1" + encoded(5, 64) + encoded(5, 64) + ";").strokes(), "0,0 5,5") << "rubbish within is passed over";
+}
+
+TEST(HpglLines, Measures) {
+    Job job("VS10;PU0,0;PD4000,0;PU4000,4000;PD4000,8000,4000,12000;SP2;PD;SP0;PD9,9");
+    const Findings &f = job.findings();
+    EXPECT_DOUBLE_EQ(f.downMillimetres, 200) << "what lies outside the sheet is not drawn";
+    EXPECT_DOUBLE_EQ(f.upMillimetres, 100);
+    EXPECT_EQ(f.strokes, 2u);
+    EXPECT_NEAR(f.seconds, 2.0 + 0.2 + 0.2 + 1.0, 1e-9);
+    EXPECT_EQ(f.pens.to_ulong(), 1u << 1);
+    EXPECT_TRUE(f.outsideHardClip);
+    EXPECT_EQ(f.demand.lower, (Point{0, 0}));
+    EXPECT_EQ(f.demand.upper, (Point{4000, 12000}));
+    EXPECT_FALSE(Job("PU90000,0;PU5,5;").findings().anyDemand) << "moves demand nothing";
+}
+
+} // namespace
+} // namespace language
