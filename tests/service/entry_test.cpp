@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <random>
 
 namespace {
 
@@ -54,41 +53,6 @@ TEST(Entry, ServicesThatItAnswersItselfChangeNothingElse) {
     }
     EXPECT_EQ(gORB_verboseBasicMode, kCFBooleanTrue);
     EXPECT_EQ(gORB_verboseReadMode, kCFBooleanFalse);
-}
-
-// Any bytes as a record, any numbers as handles, services in any order: never a crash, reserved bytes as sent, nothing left
-// open.
-TEST(Entry, AnyRecord) {
-    std::mt19937 random(3);
-    scripted::Platform platform;
-    constexpr uint32_t kNumbers[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 14, 17, 17, 18, 99};
-    platform.registry.devices = {{0x0B75, 7, 5}, {0x0B4D, 8, 6}};
-    platform.registry.serialPorts = {{{"IOTTYDevice", "a"}, {"IOCalloutDevice", "/a"}, {"IODialinDevice", "/a"}}};
-    const ORB_ServiceRecord fit = jobs::printRecord(platform, jobs::simpleJob(17008, ";"), "U1,1,@");
-    for (int round = 0; round < 3000; ++round) {
-        ORB_ServiceRecord sent;
-        auto *bytes = reinterpret_cast<unsigned char *>(&sent);
-        for (size_t i = 0; i < sizeof sent; ++i)
-            bytes[i] = static_cast<unsigned char>(random());
-        sent.ORB_serviceNumber = kNumbers[random() % std::size(kNumbers)];
-        if (random() % 4) sent.ORB_OutputMethode = 1 + static_cast<uint32_t>(random() % 2);
-        if (random() % 2) sent.ORB_USBlocationID = 5 + static_cast<uint32_t>(random() % 2);
-        if (random() % 2) sent.ORB_USBidVendor = random() % 2 ? 0x0B75 : 0x0B4D;
-        if (random() % 2) sent.ORB_interfaceOpen = static_cast<uint32_t>(random() % 2);
-        if (random() % 4 == 0) platform.registry.replies = {"1,2,3,4\r", "5,6\r"};
-        if (random() % 2) sent.ORB_CFSTR_bsdIn_VectorixDevice = fit.ORB_CFSTR_bsdIn_VectorixDevice;
-        if (random() % 2) sent.ORB_JobFileRef = fit.ORB_JobFileRef;
-        if (random() % 2) sent.ORB_PlotFileInRef = fit.ORB_PlotFileInRef;
-        ORB_ServiceRecord returned = ORB_getVectorixCS2(sent);
-        ASSERT_EQ(memcmp(returned.reserved1, sent.reserved1, sizeof sent.reserved1), 0);
-        ASSERT_EQ(memcmp(returned.reserved15, sent.reserved15, sizeof sent.reserved15), 0);
-        ASSERT_LE(platform.terminal.openPaths.size(), 1U);
-        ASSERT_EQ(memcmp(returned.reserved9, sent.reserved9, sizeof sent.reserved9), 0);
-        platform.log.clear();
-        platform.console.out.clear();
-        ORB_hostReleaseString(returned.ORB_CFSTR_message);
-        ORB_hostReleaseString(returned.ORB_CFSTR_PlotfileTerminator);
-    }
 }
 
 TEST(Host, Strings) {
