@@ -1,4 +1,8 @@
 // How large the chunks of a plot file are, where one may be cut, and where the plot file ends, by the plotter's emulation.
+//
+// A piece ends where a command of the plot does, wherever the chunk holds such a place: then a stopped job has sent whole
+// ones. These rules are a room of their own because vectorix needs them, too: it tells before a print what the plug-in would
+// leave unsent, and must not go by other rules.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// The services that the entry answers by itself.
+// Services 1 and 14, which concern no subsystem: they only write the record. All others are declared by their subject.
 #pragma once
 
 #include <cstdint>

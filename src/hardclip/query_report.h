@@ -1,4 +1,7 @@
 // The query report: what the last hard-clip query said and heard.
+//
+// The record has room for four numbers and an identifier, and the close that ends a query sets that identifier anew. This
+// keeps what a user must see to tell a silent plotter from a wrong setting: the request, the reply, and the failure.
 #pragma once
 
 #include "orb/vectorix.h"

@@ -9,7 +9,7 @@ namespace hardclip {
 
 namespace {
 
-constexpr double kFirstPairMark = 111.0; // in the fourth value: the first pair is in, the second still to come
+constexpr double kFirstPairMark = 111.0; // stored as the fourth value when only the first pair was read
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 

@@ -1,4 +1,6 @@
-// The texts that ask a plotter for its hard-clip limits.
+// The texts that ask a plotter for its hard-clip limits. Over a serial line the emulation decides which; over USB the maker
+// does first, for there the vendor is known. So the two differ in their texts and in the fields of the record that they
+// read.
 #pragma once
 
 namespace hardclip {

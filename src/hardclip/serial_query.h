@@ -1,4 +1,7 @@
 // The hard-clip query over a serial line.
+//
+// The query alone opens the link as well, for hosts may call it by itself, and then also over USB. So service 7 opens the
+// port twice; the first descriptor is closed when the call of the entry ends (serial/open_ports.h).
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,7 @@
 // The pipes of the plotter's interface before a query: cleared of stalls, and listed on the console.
+//
+// The listing is not for the eye alone: the last in pipe that it meets is the one that the reply is read from. That is
+// why a query does this and a print, which reads nothing, does not.
 #pragma once
 
 namespace hardclip {

@@ -1,4 +1,7 @@
 // The hard-clip query over USB.
+//
+// It tries longer than the serial one: each pass waits a second more than the one before, up to about a minute when nothing
+// comes. A request that could not be sent does not end it; the query report tells of it when no reply came either.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The hard-clip values of the record.
+// How the record gets its four hard-clip values, in both queries.
 #pragma once
 
 #include "hardclip/reply.h"

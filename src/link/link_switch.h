@@ -1,4 +1,5 @@
-// The link switch: hands ORB_writeBuffer to the writer of the link that ORB_OutputMethode selects.
+// The link switch: hands ORB_writeBuffer to the writer of the link that ORB_OutputMethode selects. Those who send a text
+// need not know where it goes.
 #pragma once
 
 #include <cstdint>

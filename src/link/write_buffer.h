@@ -1,4 +1,7 @@
-// The record's ORB_writeBuffer as the sender fills it.
+// The record's ORB_writeBuffer as senders fill it: both links write what stands there, up to the first NUL.
+//
+// Texts (requests, tools, start-up) come as strings, which may be unfit: too long, or not ASCII. Pieces of the plot file
+// come as bytes that were checked already; for them nothing is converted and the buffer is not cleared each time.
 #pragma once
 
 #include "orb/vectorix.h"

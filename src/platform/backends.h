@@ -1,4 +1,7 @@
-// The platform in use: one backend per seam class. The process starts with Linux's; tests install scripted ones.
+// The platform in use: one backend for each kind of call. The process starts with Linux's; tests put stand-ins in their
+// place.
+//
+// This is the only switch between the two. There is none at compile time, so that what is tested is the library as it ships.
 #pragma once
 
 namespace platform {

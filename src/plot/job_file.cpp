@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int64_t kLargestJobFile = int64_t{16} << 20; // what a job of a few dozen lines will never need
+constexpr int64_t kLargestJobFile = int64_t{16} << 20; // bytes; job files are of a few dozen lines, and are read whole
 
 enum class Kind {
     String,    ///< a copy of the string

@@ -1,4 +1,7 @@
 // The job file: an XML property list that describes a print job.
+//
+// Which key fills which field of the record, and as what type, is a table. A value of the wrong type counts as absent; a
+// string without memory makes the job unfit, for a job without its tool or terminator is another job.
 #pragma once
 
 #include <cstdint>

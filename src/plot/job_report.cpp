@@ -29,7 +29,7 @@ void takeBack(int64_t bytes) noexcept {
     last.sent -= bytes;
     report().sentBytes -= bytes;
     report().failedBytes += bytes;
-    // A stop lies where the plot ends, and so does a write that took a part.
+    // These two stand at the end of what was sent, which now lies further back.
     const int32_t errorID = report().firstErrorID;
     if (errorID == kORB_ErrorStopped || errorID == kORB_ErrorUnvalidPort)
         report().firstErrorOffset = std::min(report().firstErrorOffset, last.offset + last.sent);

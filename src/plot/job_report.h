@@ -1,4 +1,7 @@
 // The job report: what a print did, kept as it goes, and the host's progress function.
+//
+// In the record each step overwrites the identifier of the one before, and a close that goes well makes a failed job look
+// done. The report keeps the first failure, and counts every byte of the plot file as sent, failed or withheld.
 #pragma once
 
 #include "orb/vectorix.h"

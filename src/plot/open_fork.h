@@ -1,4 +1,5 @@
-// A data fork open for reading: closed when its owner goes, read with the retries that both readers of forks make.
+// A data fork open for reading: closed when its owner goes, read with the retries that both readers of forks make (the job
+// file's and the plot file's).
 #pragma once
 
 #include "platform/files/file_manager.h"

@@ -99,7 +99,7 @@ private:
             posix::puts("[ORB_readPlotFile2Write] readLength == 0 !");
             return;
         }
-        status_ = 0; // of the tail alone from here on, whether or not anything of it goes out
+        status_ = 0; // from here on the result is that of the tail alone
         if (!read(length, kORB_ErrorReadingTail, kORB_ErrorTailUnreadable)) return;
         size_t end = findEnd(text_, terminator_, rule_);
         if (end == 0) {

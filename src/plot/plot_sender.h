@@ -1,4 +1,7 @@
 // The plot file sender: streams the plot file to the plotter in pieces cut at command boundaries.
+//
+// Where a piece may be cut is the emulation's matter (emulations/cut.h), how it goes out the link's (link/link_switch.h). A
+// failed write does not end a job, it is reported; a chunk that cannot be read or is not ASCII, or a stop, does end it.
 #pragma once
 
 #include "orb/vectorix.h"

@@ -28,7 +28,7 @@ int32_t printOverSerial() {
     }
     CFStringGetCString(record.ORB_CFSTR_bsdIn_VectorixDevice, gORB_bsdPath, sizeof gORB_bsdPath, kCFStringEncodingASCII);
     if (!portIsOpen()) {
-        // The path is not ASCII. The record says nothing of it: the report does.
+        // The path is not ASCII. The record shows no error for that; the report does.
         noteFailure(kORB_ErrorPathNameTooLong, 0);
         noteStop(kORB_StopUnconvertible);
         return 0;
@@ -60,7 +60,7 @@ int32_t printOverUSB() {
     ORB_ServiceRecord &record = answer();
     int32_t result = ORB_VectorixService8();
     if (showFailure("ORB_VectorixService8", result)) {
-        // A device that could not be asked shows in the result alone, when a plotter was found before it.
+        // When a plotter was found, and a later device could not be examined, only the result tells of that.
         const int32_t errorID = record.ORB_errorID;
         noteFailure(errorID == kORB_NoError ? kORB_ErrorPlugIn : errorID, result);
         noteStop(kORB_StopNoLink);

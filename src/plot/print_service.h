@@ -1,4 +1,5 @@
-// The print service.
+// The print service: makes the link ready, has the job sent, and ends it. The links differ in this: a serial port is opened
+// and closed here; over USB the device is prepared here, and the sender opens and closes its interface.
 #pragma once
 
 #include <cstdint>

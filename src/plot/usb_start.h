@@ -1,4 +1,5 @@
-// The start of a job on the USB link.
+// The start of a job on the USB link, and its end: the interface is closed on each of the sender's many ways out. There is
+// no such file for the serial link, whose start-up bytes are part of opening the port.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
-// Reports of IOKit return codes.
+// IOKit return codes in words, on the console and in the record. The blanks and line ends of these texts differ from code to
+// code, and hosts know them so: they are data in the .cpp file, not to be tidied.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,7 @@
-// A search through the registry's services of one class. Everything that it obtains is released when it ends.
+// A search through the registry's services of one class, for serial ports, USB devices and USB interfaces alike.
+//
+// A search obtains a port, an iterator and a service for each step, and may fail at each of them: here they are released on
+// every way out, and the identifiers of its failures are set in one place.
 #pragma once
 
 #include "platform/iokit/registry.h"

@@ -1,4 +1,7 @@
 // The state of the plug-in: the record in work, and what lives beside it for the life of the process.
+//
+// The operations are exported under names of their own, and hardly one takes arguments: what they work on has to be global.
+// It is for one call at a time. What the record has no field for (how much a link took, what a close lost) stands beside it.
 #pragma once
 
 #include "orb/vectorix.h"

@@ -1,4 +1,7 @@
-// The status text of the record, ORB_CFSTR_message.
+// The status text of the record, ORB_CFSTR_message, and the rule by which strings of the record change hands.
+//
+// A host may keep a string that it was handed, so only one that no host can have seen is freed here. A print sets the status
+// text for each of its pieces, of which a host sees the last: so a text may be deferred, and costs nothing until then.
 #pragma once
 
 #include "orb/vectorix.h"

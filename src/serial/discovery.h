@@ -1,4 +1,6 @@
-// The list of the system's RS-232 serial ports.
+// The list of the system's RS-232 serial ports, in the three lists of six that the record has room for.
+//
+// It comes from the registry alone: opening a port to look at it raises DTR, which a plotter may take for a start.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,8 @@
 // Line setup of the serial port in ORB_portFD, and the small operations on its modem lines and exclusive use.
 //
-// Attributes are built in gORB_Termios from the record's line parameters. Failures go to ORB_errorID, some also leave a
-// status text. No operation takes arguments.
+// Attributes are built in gORB_Termios from the record's line parameters: the single setters change them there, and only
+// ORB_Serialsetc_cflag hands them to the port. No operation takes arguments, for each is exported, and a host may call it by
+// itself. Failures go to ORB_errorID, some also leave a status text.
 #pragma once
 
 #include <cstdint>

@@ -30,10 +30,10 @@ CFStringRef handshakeErrorText(int32_t error) {
                                     strerror(error), error);
 }
 
-/// A line that has hung up, or whose device was pulled out, answers everything so, and never again in another way.
+/// What every call on a line gives once it has hung up or its device was pulled out. There is no way back from these.
 constexpr bool meansGone(int error) { return error == EIO || error == ENXIO || error == ENODEV; }
 
-/// Of a write of size bytes of which so many were taken, -1 for none and an error.
+/// The outcome of a write of size bytes. taken is what write() returned; error is its errno when that is -1.
 LinkWrite outcomeOf(ssize_t taken, size_t size, int error) {
     if (taken == -1) return {.taken = 0, .status = error, .portWasGone = meansGone(error)};
     return {.taken = taken, .status = static_cast<size_t>(taken) < size ? EAGAIN : 0};
@@ -106,8 +106,8 @@ int32_t ORB_SerialwritePlotter() {
     if (taken == -1) deferStatus(writeErrorText, error);
     if (posix::tcdrain(fd) == -1) {
         error = errno;
-        // The record knows nothing of it. Of what was not seen to leave nobody can say how much did; only a stop is followed
-        // by a close that counts.
+        // Kept out of ORB_errorID. After a stop the close finds out how many bytes were still queued; otherwise nobody can
+        // tell how many left, and none of them counts as sent.
         if (platform::stopRequested()) {
             outcome.isPending = true;
         } else if (taken != -1) {
@@ -131,7 +131,7 @@ int32_t ORB_SerialclosePort() {
             if (!platform::stopRequested()) outcome.status = error;
         }
         posix::sleep(2);
-        // A line that hangs up ends a wait for it with success: only a later call tells.
+        // A drain or a pause during which the line hangs up still succeeds: only a later call on the line tells.
         if (posix::ioctl(fd, TIOCNXCL) == -1 && meansGone(errno) && outcome.status == 0) outcome.status = errno;
         outcome.discarded = serial::closePort(fd);
         answer().ORB_errorID = kORB_NoError;

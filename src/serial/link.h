@@ -1,6 +1,8 @@
 // The serial link: opens the port that ORB_CFSTR_bsdIn_VectorixDevice names, writes ORB_writeBuffer, closes the port.
 //
-// The open port's descriptor lives in ORB_portFD; -1 and 0 mean none. Outcomes are in ORB_errorID.
+// Each write waits until the line has sent it. That is slower than filling the queue, but of all pieces before the last it
+// is then known that they went out. The descriptor lives in ORB_portFD (-1 and 0: none), and so outlasts a call of the
+// entry. Outcomes are in ORB_errorID.
 #pragma once
 
 #include <cstdint>

@@ -14,7 +14,7 @@ constexpr int kCTSRounds = 10'000'000;
 /// False, with lines untouched, when the request fails.
 bool readLines(int *lines) { return posix::ioctl(answer().ORB_portFD, TIOCMGET, lines) != -1; }
 
-/// The modem-line word, or what is taken for it when it cannot be read.
+/// The modem-line word; unknown when it cannot be read.
 int32_t linesOr(int32_t unknown) {
     int lines = unknown;
     readLines(&lines);

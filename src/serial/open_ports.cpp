@@ -23,7 +23,7 @@ struct Port {
 std::vector<Port> openPorts;
 std::vector<platform::DeviceIdentity> openedInThisCall;
 
-/// False when the host has closed the descriptor, and perhaps got its number for something of its own.
+/// False when the host has closed the descriptor; its number may then stand for something else of the host's.
 bool stillOurs(const Port &port) {
     platform::DeviceIdentity now;
     return posix::identify(port.fd, &now) == 0 && now == port.device;

@@ -1,13 +1,15 @@
-// The serial descriptors that the plug-in has opened. The open sequence forgets a port that is still open; at the end of a
-// call that opened a port, what was forgotten on the same device is closed, so that nothing leaks and the port is not held.
+// The serial descriptors that the plug-in has opened.
+//
+// Opening a port overwrites ORB_portFD, whatever it held. So all descriptors are noted here, and at the end of a call that
+// opened a device its other descriptors are closed: else they would leak, and hold the port against other programs.
 #pragma once
 
 #include <cstdint>
 
 namespace serial {
 
-/// Opens gORB_bsdPath and notes the descriptor. -1 with errno on failure; a descriptor that the 16 bits of ORB_portFD cannot
-/// hold, or that cannot be noted, is closed, and the open has failed with EMFILE or ENOMEM.
+/// Opens gORB_bsdPath and notes the descriptor. -1 with errno on failure. A descriptor beyond the 16 bits of ORB_portFD, or
+/// one that there is no memory to note, is closed again: EMFILE, ENOMEM.
 int openPort(int flags) noexcept;
 /// Closes what openPort gave, or what the record holds. After a stop the queued output is discarded first: the system would
 /// wait for it, for as long as the plotter holds the line. Not on a pseudo-terminal, which waits for nothing, and whose far

@@ -1,4 +1,7 @@
 // The chosen plotter's USB device: opened, configured and closed again.
+//
+// A device has interfaces only in a configuration. It is put into one before each print, and then let go of: transfers go
+// over the interface (usb/interface.h), which is opened by itself.
 #pragma once
 
 #include <cstdint>

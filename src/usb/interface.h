@@ -1,4 +1,7 @@
 // The plotter's USB interface: its lookup, its pipes, and the procedure that opens it before a transfer.
+//
+// A print and a query open it alike, by the location that the plotter table left in the record. It is global because the
+// operations on it are exported and take no arguments.
 #pragma once
 
 #include "platform/iokit/registry.h"

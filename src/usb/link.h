@@ -1,4 +1,5 @@
-// The USB link: writes ORB_writeBuffer on the out pipe, closes the interface.
+// The USB link: writes ORB_writeBuffer on the out pipe, closes the interface. The counterpart of serial/link.h; what opens
+// the interface is in usb/interface.h, for a query needs that as well.
 #pragma once
 
 #include <cstdint>

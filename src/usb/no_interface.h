@@ -1,4 +1,5 @@
-// What a call on the plotter's interface meets when there is none.
+// What a call on the plotter's interface meets when there is none: so that callers need no case for it, and report it as
+// they do any failed call.
 #pragma once
 
 #include "platform/iokit/usb_interfaces.h"

@@ -1,4 +1,7 @@
-// The table of USB plotters: the scan that fills it, and the choice of one entry.
+// The table of USB plotters in the record: the scan that fills it, and the choice of one entry.
+//
+// A plotter is a device of the vendor and product that the host asks for; no models are listed here. The choice copies an
+// entry into the fields that all else over USB goes by, above all the location.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,7 @@
 // What befalls the calls on the stand-ins of the platform: each of them is a step, and asks here how it is to end.
+//
+// The stand-ins are shared by the tests, the fault sweep and the fuzz targets. These derive from Fate and differ in the
+// answer: it comes from a script, from the sweep's turn to fail, or from the fuzzer's bytes.
 #pragma once
 
 #include <cerrno>
@@ -35,7 +38,7 @@ public:
     Fate(const Fate &) = delete;
     Fate &operator=(const Fate &) = delete;
 
-    /// A call begins. What gives something back has given it back, however it ends.
+    /// A call begins. One that closes or releases something has done so even if it then reports a failure.
     virtual Ending before(Seam, const char *) { return {}; }
     /// It ends.
     virtual void after() noexcept {}

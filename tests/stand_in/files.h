@@ -1,4 +1,5 @@
-// Files in memory, by path. Real file references lead here whether the path exists on disk or not.
+// Files in memory, by path. Nothing is looked up on disk: a file reference made for a path that does not exist there
+// (platform::internFSRef) leads here all the same.
 #pragma once
 
 #include "platform/files/file_manager.h"

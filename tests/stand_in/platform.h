@@ -1,4 +1,5 @@
-// A platform of data: devices and files in memory, and time that does not pass.
+// A platform of data: devices and files in memory, and time that does not pass. All that the plug-in can reach is in here,
+// so that a test sees each call and no call leaves the process.
 #pragma once
 
 #include "platform/backends.h"

@@ -73,7 +73,7 @@ IOReturn Registry::release(io_object_t object) {
 CFTypeRef Registry::createProperty(io_object_t service, const char *key) {
     const Step step(fate, Seam::registry, "IORegistryEntryCreateCFProperty");
     if (step.fails()) return 0;
-    if (step.gives()) { // a text of that length, or what is none
+    if (step.gives()) { // a text of that length, or for 0 a number instead of a text
         const auto length = step.code<size_t>();
         return length == 0 ? CFNumberCreateInt64(0) : CFStringCreateWithUTF8(std::string(length, 'x'));
     }
@@ -86,7 +86,7 @@ CFTypeRef Registry::createProperty(io_object_t service, const char *key) {
 IOReturn Registry::createPlugIn(io_object_t service, const UUIDBytes &, IOCFPlugInInterface **plugIn) {
     const Step step(fate, Seam::registry, "IOCreatePlugIn");
     if (step.fails()) return step.code<IOReturn>();
-    if (step.gives()) return kIOReturnSuccess; // and no plug-in
+    if (step.gives()) return kIOReturnSuccess; // but hands out no plug-in
     *plugIn = new PlugIn(*this, *services_.at(service).device);
     ++outstanding;
     return step.result<IOReturn>();

@@ -1,4 +1,5 @@
-// A registry of devices as data: USB plotters and serial ports.
+// A registry of devices as data: USB plotters and serial ports. It counts what it hands out: whatever was not released shows
+// as a number above 0.
 #pragma once
 
 #include "platform/iokit/registry.h"

@@ -61,7 +61,7 @@ ssize_t Terminal::read(int fd, void *buffer, size_t size) {
     ssize_t result = outcome(step, fd);
     const size_t room = step.gives() ? std::min(step.code<size_t>(), size) : size;
     if (result >= 0 && room == 0) {
-        result = 0; // the end, or what looks like it
+        result = 0; // scripted: the end of the line
     } else if (result >= 0 && replies.empty()) {
         errno = EAGAIN;
         result = -1;

@@ -1,4 +1,5 @@
-// Serial lines in memory.
+// Serial lines in memory. Beside the calls they model the line's output queue, for what a stop or a lost device leaves in it
+// is what a job report must not count as sent.
 #pragma once
 
 #include "platform/posix/terminal.h"

@@ -130,7 +130,7 @@ private:
         if (!open_) return kIOReturnNotOpen;
         return pipe == 0 || pipe > registry_.endpoints.size() ? IOReturn{kIOUSBUnknownPipeErr} : step.result<IOReturn>();
     }
-    /// Of a transfer; stopped: there was a stop before it.
+    /// The result of a transfer. stopped: a stop was requested before it began.
     IOReturn onTransfer(const Step &step, uint8_t pipe, bool stopped) const {
         const IOReturn result = onPipe(step, pipe);
         return stopped && result == kIOReturnSuccess ? kIOReturnAborted : result;
@@ -177,7 +177,7 @@ IOReturn Interface::ReadPipe(uint8_t pipe, void *buffer, uint32_t *size) {
 int32_t PlugIn::QueryInterface(const UUIDBytes &id, IOUnknown **interface) {
     const Step step(registry_.fate, Seam::registry, "QueryInterface");
     if (step.fails()) return step.code<int32_t>();
-    if (step.gives()) return kIOReturnSuccess; // and no interface
+    if (step.gives()) return kIOReturnSuccess; // but hands out no interface
     if (id == kIOUSBInterfaceInterfaceID245) {
         *interface = new Interface(registry_, device_.location);
     } else {

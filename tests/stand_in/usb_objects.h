@@ -1,4 +1,5 @@
-// What the registry's plug-ins hand out.
+// What the registry's plug-ins hand out: devices and interfaces that check how they are used, such as a device released
+// while it is open.
 #pragma once
 
 #include "stand_in/registry.h"

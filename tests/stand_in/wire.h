@@ -1,4 +1,4 @@
-// The plotter's end of a link.
+// The plotter's end of a link, the same for a serial line and for USB pipes: what came, and what it says.
 #pragma once
 
 #include <algorithm>

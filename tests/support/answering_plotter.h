@@ -1,4 +1,5 @@
-// A plotter of an emulation on the bus: a USB device that answers as the plotter in software does.
+// A plotter of an emulation on the bus: a USB device that answers as the plotter in software does. Queries are
+// tested over libusb with the replies that it computes, instead of replies written into the test.
 #pragma once
 
 #include "language/recording_sink.h"

@@ -1,5 +1,6 @@
 // Devices that the system believes to have: sysfs entries and nodes in a directory, served to this process and to its
-// children by umockdev's preload library.
+// children by umockdev's preload library. For tests of what the stand-ins replace, udev and libusb, and of the
+// command as a process.
 #pragma once
 
 #include <cstdint>

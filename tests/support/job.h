@@ -1,4 +1,5 @@
-// Jobs for tests: a job file made of keys, a plot file, and a record that prints them over a scripted serial line.
+// Jobs for tests: a job file made of keys, a plot file, and a record that prints them over a scripted serial line. Test
+// files of several folders print: what they have in common is here, so that each shows only what its case is about.
 #pragma once
 
 #include "orb/vectorix.h"

@@ -89,7 +89,7 @@ struct UsbPlotter::Urb {
         endpoint = head.endpoint;
         buffer.emplace(caller.data, offsetof(usbdevfs_urb, buffer), static_cast<size_t>(head.buffer_length));
     }
-    // Without data the buffer is none.
+    // A transfer of no bytes has no buffer.
     size_t size() const { return buffer->data == nullptr ? 0 : static_cast<size_t>(buffer->data->data_len); }
     const char *text() const { return size() == 0 ? "" : reinterpret_cast<const char *>(buffer->data->data); }
 
@@ -198,7 +198,7 @@ void UsbPlotter::setClaimer(UMockdevIoctlClient *client) {
     if (claimer_ != nullptr) g_object_ref(claimer_);
 }
 
-/// Who closes the node, or ends, gives up what was claimed and submitted.
+/// Drops the claim and the transfers of a program that has closed the node or has ended.
 void UsbPlotter::forgetTheDead() {
     if (claimer_ == nullptr || umockdev_ioctl_client_get_connected(claimer_)) return;
     waiting_.clear();
@@ -357,7 +357,7 @@ int UsbPlotter::submit(UMockdevIoctlClient *client) {
     return 0;
 }
 
-/// Status requests are all that it knows. The buffer begins with the 8 bytes of the request.
+/// Answers status requests, and no others. The buffer begins with the 8 bytes of the request.
 bool UsbPlotter::control(Urb &urb) {
     const auto *request = urb.buffer->data->data;
     if (refusesStatus_ || request[0] < kIn || request[1] != 0 || urb.size() < 10) return false;

@@ -1,8 +1,9 @@
 // The CoreFoundation calls that the plug-in uses, on 4-byte handles.
 //
-// A handle is a slot and a generation in one 32-bit number; 0 is NULL. A handle that is stale, made up, or of another type
-// behaves as NULL. Objects are counted: Create and Copy calls return a count of one that the caller releases, Get calls
-// return a borrowed handle. Constant objects live for ever and ignore retains and releases. One thread at a time.
+// The record has four bytes for a string, whatever a pointer takes, and hosts hand in what they please: so a handle is a
+// slot and a generation in one 32-bit number, 0 is NULL, and one that is stale, made up, or of another type behaves as NULL.
+// Objects are counted: Create and Copy calls return a count of one that the caller releases, Get calls return a borrowed
+// handle. Constant objects live for ever and ignore retains and releases. One thread at a time.
 #pragma once
 
 #include "orb/vectorix.h"

@@ -1,5 +1,6 @@
 // The objects behind the handles. A handle is 20 bits of slot and 12 bits of generation; a slot's generation changes
-// whenever its object is freed, so that a handle kept too long finds nothing.
+// whenever its object is freed, and a freed slot rests for a while, so that a handle kept too long finds nothing rather than
+// another's object. Objects of each kind are in the one table: a handle from a host says nothing of its type.
 #pragma once
 
 #include "platform/corefoundation/corefoundation.h"

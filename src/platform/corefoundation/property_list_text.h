@@ -1,4 +1,5 @@
-// The texts inside property list elements.
+// The texts inside property list elements, apart from the XML around them (property_list.cpp). Job files come from
+// elsewhere: a text that is not wholly a value of its kind is none, for half a number would be another job.
 #pragma once
 
 #include "platform/corefoundation/handle_table.h"

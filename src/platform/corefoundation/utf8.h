@@ -1,4 +1,4 @@
-// UTF-8, by the bytes.
+// UTF-8, by the bytes. Strings hold nothing else: it is checked when one is made, so that nobody who reads one has to.
 #pragma once
 
 #include <string_view>

@@ -19,7 +19,7 @@ struct RefLayout {
     char tag[8];
     uint32_t index; // of the path
     uint32_t zero;
-    uint64_t check; // of the path: a reference of another process leads nowhere unless it names the same file
+    uint64_t check; // hash of the path: a reference of another process is refused unless it names the same file
     uint8_t rest[56];
 };
 static_assert(sizeof(RefLayout) == sizeof(ORB_FSRef));
@@ -68,7 +68,7 @@ OSErr internFSRef(const std::string &absolutePath, ORB_FSRef *ref) {
         Interned &table = interned();
         auto known = table.indexes.find(absolutePath);
         if (known == table.indexes.end()) {
-            // Without memory for the second step the path stays behind, with an index that nothing names.
+            // Should the second step find no memory, the path stays in the list, unused.
             table.paths.push_back(absolutePath);
             known = table.indexes.emplace(absolutePath, static_cast<uint32_t>(table.paths.size() - 1)).first;
         }

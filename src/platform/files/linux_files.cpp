@@ -84,7 +84,7 @@ private:
     }
 
     ssize_t readAt(int64_t at, ByteCount count, char *buffer) const {
-        constexpr ByteCount kMost = 1 << 30; // more than the kernel hands out at once
+        constexpr ByteCount kMost = 1 << 30; // bytes of one call; the kernel gives at most 2 GiB less a page
         for (;;) {
             const ssize_t result = ::pread(fd_.get(), buffer, std::min(count, kMost), at);
             if (result >= 0 || errno != EINTR || stopRequested()) return result;
@@ -100,7 +100,7 @@ private:
 class LinuxFiles final : public FileStore {
 public:
     OSErr open(const std::string &path, ForkRefNum *fork) override {
-        // Looked at before it is opened: opening a device can act on it, a serial port raises its modem lines.
+        // Looked at before it is opened: opening can act on a device (a serial port raises its modem lines).
         struct stat status;
         if (::stat(path.c_str(), &status) != 0) return fileErrorOf(errno);
         if (!S_ISREG(status.st_mode)) return errFSNotAFile;

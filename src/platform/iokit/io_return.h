@@ -1,4 +1,5 @@
 // IOKit's return codes: X(name, number, description). The code is 0xE0000000 plus the number (IOKit's published constants).
+// One list, for a code's name, its value and the description that the plug-in prints have to agree.
 #pragma once
 
 #include <cstdint>

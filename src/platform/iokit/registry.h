@@ -1,4 +1,6 @@
-// The seam to the system's registry of devices, and the IOKit names under which the plug-in calls it.
+// The system's registry of devices: the class that answers for it, and the IOKit names under which the plug-in asks.
+//
+// Everything handed out is counted by the registry and has to be released; the owners at the end of this file do that.
 #pragma once
 
 #include "platform/backends.h"
@@ -13,7 +15,7 @@
 
 using io_object_t = uint32_t;                                  // 0 = none
 using mach_port_t = uint32_t;                                  // 0 = none
-using MatchingDictionary = std::map<std::string, std::string>; // of no use when empty
+using MatchingDictionary = std::map<std::string, std::string>; // a search with an empty one fails
 
 namespace platform {
 

@@ -1,4 +1,7 @@
 // The USB device and interface objects that IOKit's plug-ins hand out, as abstract classes under IOKit's method names.
+//
+// The plug-in talks to USB in these terms: pipe references, alternate settings, IOReturn codes. What fulfils them is libusb
+// (iokit/linux/) or, in tests, data.
 #pragma once
 
 #include "platform/iokit/io_return.h"

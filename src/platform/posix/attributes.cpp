@@ -1,11 +1,11 @@
-// Terminal attributes as the platform that the plug-in was designed for sets them: the C library here leaves some bits of an
-// earlier program's, which would reach into the next job.
+// Terminal attributes as the platform that the plug-in was designed for sets them. The C library's functions of these names
+// leave some bits as an earlier program set them, and those would affect the job.
 #include "platform/posix/terminal.h"
 
 namespace posix {
 
 void cfmakeraw(termios *attributes) {
-    // IXANY is not among that platform's; here it would let any byte of the plotter's take back its XOFF.
+    // That platform's does not clear IXANY; here it must go, or any byte from the plotter would undo its XOFF.
     attributes->c_iflag &= ~static_cast<tcflag_t>(BRKINT | PARMRK | INPCK | IGNPAR | ISTRIP | INLCR | IGNCR | ICRNL | IXON |
                                                   IXOFF | IXANY | IMAXBEL);
     attributes->c_iflag |= IGNBRK;
@@ -20,7 +20,7 @@ void cfmakeraw(termios *attributes) {
 
 void cfsetspeed(termios *attributes, speed_t speed) {
     ::cfsetspeed(attributes, speed);
-    // The rate of the input has bits of its own, which that call leaves; without them it is the output's.
+    // That call leaves the bits of a separate input speed; when they are 0, input has the output's speed.
     attributes->c_cflag &= ~static_cast<tcflag_t>(CIBAUD);
 }
 

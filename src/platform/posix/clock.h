@@ -1,4 +1,5 @@
-// The seam to time.
+// Time as the plug-in uses it: it only ever waits, whole seconds. A class of its own, so that tests need not wait and a stop
+// can end a pause.
 #pragma once
 
 namespace platform {

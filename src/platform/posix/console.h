@@ -1,4 +1,6 @@
-// The seam to the console, and the names under which the plug-in prints its lines.
+// The console: the class that takes the plug-in's lines, and the names under which they are printed.
+//
+// The lines are part of the plug-in's interface. They go to the process's own streams unless a host takes them over.
 #pragma once
 
 #include <string_view>

@@ -26,8 +26,9 @@ public:
         return retried([&] { return ::open(path, flags | O_NOCTTY | O_CLOEXEC); });
     }
 
-    // The last close of a port waits up to 30 s for what an adapter still holds, until a signal comes: a flush empties no
-    // adapter. Linux gives the descriptor up even then: a second try could close someone else's.
+    // The last close of a port waits up to 30 s for what a USB adapter still holds (a flush does not empty it); a stop ends
+    // that wait. Not repeated after EINTR: Linux has released the descriptor even then, and its number may be someone
+    // else's.
     int close(int fd) override {
         mayBlock();
         return ::close(fd);
@@ -37,8 +38,8 @@ public:
         return retried([&] { return ::read(fd, buffer, size); });
     }
 
-    // One write is several for the system: a signal that does not stop the job (the process suspended and continued, the
-    // machine put to sleep) ends one that waits for room, with what it had taken.
+    // A signal that is no stop (the process suspended and continued, the machine put to sleep) ends a write that waits for
+    // room, with the bytes taken so far: the rest is then written by the next one.
     ssize_t write(int fd, const void *bytes, size_t size) override {
         size_t taken = 0;
         do {
@@ -67,7 +68,7 @@ public:
 
     int tcflush(int fd, int queue) override { return ::tcflush(fd, queue); }
 
-    // A device may have several nodes: its number tells it, not the node.
+    // One device may have several nodes: devices are compared by their number, other files by their inode.
     int identify(int fd, DeviceIdentity *identity) override {
         struct stat status;
         if (::fstat(fd, &status) != 0) return -1;

@@ -1,6 +1,10 @@
-// Only a signal ends a system call that blocks. So a call that is about to block borrows one from the host, and makes a
-// timer that sends it to the calling thread; a stop sets the timer off, which may be done from anywhere, and what the first
-// signal came too early for meets the next one. At the end of the call all of it is given back.
+// A system call that blocks returns early only when its thread receives a signal. So before the first one that may block,
+// the call of the entry borrows a signal, if it can one that the host does not use, and makes a timer that sends it to the
+// calling thread.
+//
+// requestStop() sets that timer, which may be done in a signal handler and on any thread. A signal that arrives just before
+// the system call begins interrupts nothing: so each one sets the timer again, until the call of the entry ends. Then timer
+// and signal are given back.
 #include "platform/posix/stop.h"
 
 #include <atomic>
@@ -21,25 +25,25 @@ namespace {
 
 enum State : int { kIdle, kRunning, kStopped };
 
-// Nobody dies of these: a host that takes back what was borrowed, or that never handled it, does not notice one that comes
-// late. The first that nobody handles is borrowed, or else the last, as the rarer one.
+// By default the system ignores these signals: should one arrive when the host has taken it back, nothing happens. Borrowed
+// is the first that the host has no handler for; if it handles both, the last, which is sent more rarely.
 constexpr int kSignals[] = {SIGURG, SIGWINCH};
 
 constexpr long kAtOnce = 1;
 constexpr long kPause = 50'000'000; // nanoseconds from one signal to the next
 
-// All of it is used in signal handlers.
+// These are used in signal handlers.
 std::atomic<int> state{kIdle};
-std::atomic<int> requests{0};      // requestStop()s under way
-std::atomic<bool> isLent{false};   // the signal and the timer are there
-std::atomic<sighandler_t> since{}; // what the host made of the signal after that; SIG_ERR for nothing
+std::atomic<int> requests{0};      // calls of requestStop() that have not returned yet
+std::atomic<bool> isLent{false};   // the signal is borrowed, and the timer exists
+std::atomic<sighandler_t> since{}; // SIG_DFL or SIG_IGN that the host set since; SIG_ERR: none
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<sighandler_t>::is_always_lock_free);
 
-// Written before the handler is installed, and constant as long as it is.
+// The signal, and the action that the host had for it; written only while isLent is false.
 int lentSignal = 0;
 struct sigaction before;
 
-// Of the calling thread; the timer is set by others, but only while the signal is lent.
+// Used by the calling thread alone, but for the timer, which others set while isLent.
 bool hasTried = false;
 bool wasBlocked = false;
 pthread_t caller;
@@ -57,7 +61,7 @@ void setTimer(long nanoseconds) noexcept {
 void take(int number, siginfo_t *info, void *context) {
     const int savedErrno = errno;
     if (info->si_code == SI_TIMER && info->si_value.sival_ptr == &timer) {
-        // Not a repeating timer: were the signal the host's by now, it would get no more than this one.
+        // Set anew each time instead of repeating by itself: once the host has the signal again, no further one comes.
         if (isLent && state == kStopped) setTimer(kPause);
     } else if (since == SIG_ERR && isHandled(before)) {
         if ((before.sa_flags & SA_SIGINFO) != 0)
@@ -90,10 +94,10 @@ bool isBlocked(int how) noexcept {
     return ::pthread_sigmask(how, &set, &old) == 0 && ::sigismember(&old, lentSignal) == 1;
 }
 
-/// Gives the signal what the host had, or has made of it since.
+/// Gives the signal the action that the host had for it, or the one that it has set since.
 void restoreAction() noexcept {
     struct sigaction now;
-    if (::sigaction(lentSignal, nullptr, &now) != 0 || !isOurs(now)) return; // what the host set stays
+    if (::sigaction(lentSignal, nullptr, &now) != 0 || !isOurs(now)) return; // what the host set since stays
     struct sigaction action = {};
     action.sa_handler = since;
     ::sigaction(lentSignal, since == SIG_ERR ? &before : &action, nullptr);
@@ -105,7 +109,7 @@ void borrow() noexcept {
         ::sigaction(number, nullptr, &before);
         if (!isHandled(before)) break;
     }
-    if (isOurs(before)) before = {}; // a host put back what it had found during an earlier call
+    if (isOurs(before)) before = {}; // in an earlier call the host read this handler, and has set it again since
     since = SIG_ERR;
     if (!install()) return;
     sigevent event = {};
@@ -121,13 +125,13 @@ void borrow() noexcept {
 void giveBack() noexcept {
     isLent = false;
     ::timer_delete(timer);
-    // What the timer sent before comes here at the latest.
+    // A signal that the timer sent and that is still pending arrives here, while the handler is still installed.
     if (isBlocked(SIG_UNBLOCK)) wasBlocked = true;
     restoreAction();
     if (wasBlocked) isBlocked(SIG_BLOCK);
 }
 
-/// Sets the signals off, unless the host has given the signal a handler of its own by now.
+/// Starts the signals to the calling thread, unless the host has given the signal a handler of its own by now.
 void wakeCaller() noexcept {
     struct sigaction now;
     if (::sigaction(lentSignal, nullptr, &now) != 0) return;
@@ -139,8 +143,8 @@ void wakeCaller() noexcept {
     setTimer(kAtOnce);
 }
 
-/// A child of fork() has no timer of its parent's, and takes along the counts of threads that it does not have. A call in
-/// progress is the parent's.
+/// Runs in a child of fork(), which inherits this state but neither the timer nor the other threads: a call in progress is
+/// the parent's, and so are the requests that its threads have under way.
 void forgetParent() noexcept {
     state = kIdle;
     requests = 0;
@@ -161,7 +165,7 @@ void beginCall() noexcept {
 
 void endCall() noexcept {
     state = kIdle;
-    // Once no request is under way, nothing of this call can reach the next one.
+    // A request that saw this call must end before the next call begins, for it would stop that one.
     while (requests != 0)
         ::sched_yield();
     if (isLent) giveBack();
@@ -173,11 +177,11 @@ void mayBlock() noexcept {
         hasTried = true;
         borrow();
     }
-    if (isLent && state == kStopped) wakeCaller(); // a stop that came before there was a signal; or the host took it away
+    if (isLent && state == kStopped) wakeCaller(); // the stop came before the loan, or the host has reset the signal
 }
 
 void requestStop() noexcept {
-    if (state == kIdle) return; // before it counts: endCall waits only for those that may have seen its call
+    if (state == kIdle) return; // not counted in requests: endCall() need not wait for it
     const int savedErrno = errno;
     ++requests;
     int expected = kRunning;

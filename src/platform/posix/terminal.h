@@ -1,4 +1,7 @@
-// The seam to serial lines, and the POSIX names under which the plug-in calls it.
+// Serial lines: the class that carries out the calls on them, and the POSIX names under which the plug-in makes these calls.
+//
+// The names have a namespace of their own because one rule is added to POSIX: once a stop was requested, calls that could
+// block fail at once. Only close is made even then.
 #pragma once
 
 #include "platform/backends.h"
@@ -40,7 +43,7 @@ public:
     /// Blocks until all output is transmitted. A signal interrupts it only when a stop is requested.
     virtual int tcdrain(int fd) = 0;
     virtual int tcflush(int fd, int queue) = 0;
-    /// -1 when fd is not open.
+    /// Stores what the descriptor leads to; -1 with EBADF when it is not open. Never blocks.
     virtual int identify(int fd, DeviceIdentity *identity) = 0;
 };
 

@@ -1,8 +1,9 @@
+// Counts the registry's objects that are handed out by pointer and so are in no table: tests ask whether all were released.
 #pragma once
 
 namespace platform {
 
-/// The base of what the registry hands out by pointer, so that what was not released can be told.
+/// The base of such an object. live() is how many there are.
 class CountedObject {
 public:
     CountedObject(const CountedObject &) = delete;

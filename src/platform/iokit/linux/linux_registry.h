@@ -1,4 +1,5 @@
-// The registry of this system: serial ports by udev, USB by libusb.
+// The registry of this system: serial ports by udev, USB by libusb. It looks anew at each search and keeps no list in
+// between, so that what was plugged in or out since is seen.
 #pragma once
 
 #include "platform/iokit/registry.h"

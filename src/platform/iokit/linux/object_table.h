@@ -1,5 +1,6 @@
 // The objects behind handles of the registry. A handle is 16 bits of generation and 16 of slot; a slot's generation changes
-// whenever its object goes, so that a handle kept too long finds nothing.
+// whenever its object goes, so that a handle kept too long finds nothing. Simpler than CoreFoundation's table: these handles
+// never reach a host, have one owner each, and making one may throw.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
-// The codes of libusb and of the system as IOKit's.
+// The codes of libusb and of the system as IOKit's, translated here and nowhere else: what the plug-in prints and returns
+// depends on them.
 #pragma once
 
 #include "platform/iokit/io_return.h"

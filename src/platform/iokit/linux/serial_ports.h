@@ -1,4 +1,5 @@
-// The serial ports of the system, as udev knows them.
+// The serial ports of the system, as udev knows them. The nodes in /dev would not do: a board has nodes for more ports than
+// it has hardware for.
 #pragma once
 
 #include "platform/iokit/io_return.h"

@@ -1,4 +1,5 @@
-// The USB devices and interfaces of the system, as libusb knows them.
+// The USB devices and interfaces of the system, as libusb knows them: plain data that owns what it needs of libusb, so that
+// it may be kept for as long as its plug-in objects are. Nothing is opened to list them.
 #pragma once
 
 #include "platform/iokit/io_return.h"
@@ -17,7 +18,7 @@ using UsbContext = std::shared_ptr<libusb_context>;
 
 struct UsbDevice {
     UsbContext context;
-    std::shared_ptr<libusb_device> device; // goes before its context does
+    std::shared_ptr<libusb_device> device; // declared behind its context: it must be released first
     libusb_device_descriptor descriptor;
     uint32_t locationID;
 };

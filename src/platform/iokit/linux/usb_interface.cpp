@@ -144,7 +144,7 @@ private:
             return codeOnDevice(handle.get(), result);
         }
         handle_ = std::move(handle);
-        // A job that was killed took the driver away and did not give it back.
+        // Also where no driver was found: a job that was killed may have detached it, and could not put it back.
         givesBack_ = moveAside || (interface_.isPrinter && hasPrinterDriver());
         useSetting(0); // the kernel chooses it whenever an interface changes hands
         return kIOReturnSuccess;
@@ -167,8 +167,7 @@ private:
     IOReturn read(const UsbEndpoint &endpoint, unsigned char *buffer, uint32_t room, uint32_t *size) {
         Bytes &kept = kept_[endpoint.address];
         if (kept.empty() && room > 0) {
-            // A packet that does not fit its buffer is an error for all of the transfer: so only whole packets are asked
-            // for.
+            // Room for whole packets only: one that does not fit would fail the transfer. What is too much is kept.
             const size_t packet = std::max<size_t>(endpoint.maxPacketSize, 1);
             const size_t packets = (std::min(room, kMostAtOnce) + packet - 1) / packet;
             kept.resize(packets * packet);
@@ -176,7 +175,7 @@ private:
             const IOReturn code = transfer(interface_.device, handle_.get(), endpoint, kept.data(),
                                            static_cast<int>(kept.size()), kReadLimit, &moved);
             kept.resize(static_cast<size_t>(moved));
-            // What came before a failure is a reply; were the pipe at fault, the next read would meet it again.
+            // Bytes that came before a failure are a reply; a failure that lasts will show in the next read.
             if (kept.empty() || code == kIOReturnAborted) return code;
         }
         *size = std::min(room, static_cast<uint32_t>(kept.size()));
@@ -188,7 +187,7 @@ private:
     UsbInterface interface_;
     const UsbAlternateSetting *setting_ = nullptr;
     UsbHandle handle_;
-    bool givesBack_ = false;        // the printer driver, when it is closed
+    bool givesBack_ = false;        // close() attaches the printer driver again
     std::map<uint8_t, Bytes> kept_; // by endpoint address: what was read and not yet asked for
 };
 

@@ -1,4 +1,5 @@
-// The objects of devices and interfaces that plug-ins hand out.
+// The objects of devices and interfaces that plug-ins hand out. Made by functions, so that the classes, and what they need
+// of libusb, stay in their own files.
 #pragma once
 
 #include "platform/iokit/linux/usb_bus.h"

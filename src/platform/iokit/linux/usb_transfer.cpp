@@ -21,7 +21,7 @@ void LIBUSB_CALL markDone(libusb_transfer *transfer) { *static_cast<int *>(trans
 
 /// Sleeps until libusb has something to do, or a stop interrupts it.
 void waitForEvents(libusb_context *context) noexcept {
-    constexpr nfds_t kMost = 8; // libusb's own two and the device; were there more, the slice finds them
+    constexpr nfds_t kMost = 8; // libusb has two of its own and one for the device; any beyond are seen after kSlice
     pollfd watched[kMost];
     nfds_t count = 0;
     const libusb_pollfd **descriptors = libusb_get_pollfds(context);
@@ -39,8 +39,8 @@ int requestStatus(libusb_device_handle *handle, uint8_t recipient, uint16_t inde
     return result;
 }
 
-/// A device that was unplugged first shows as an input/output error, like a disturbed line; only later the system knows that
-/// it is gone. What fails to answer a status request as well is taken for gone.
+/// An unplugged device at first gives an input/output error, as a disturbed line does; the system learns only later that it
+/// is gone. So the device is asked for its status: one that does not answer counts as gone.
 bool isGone(libusb_device_handle *handle) noexcept {
     uint16_t status;
     const int result = requestStatus(handle, LIBUSB_RECIPIENT_DEVICE, 0, &status);
@@ -48,7 +48,7 @@ bool isGone(libusb_device_handle *handle) noexcept {
 }
 
 IOReturn lookedAt(libusb_device_handle *handle, IOReturn code) noexcept {
-    // kIOReturnError: libusb has no other name for what the requests that the kernel makes for it meet on the bus.
+    // kIOReturnError as well: libusb reports bus errors of requests that the kernel makes for it as "other error".
     const bool doubtful = code == kIOReturnIOError || code == kIOReturnError;
     return doubtful && isGone(handle) ? kIOReturnNoDevice : code;
 }

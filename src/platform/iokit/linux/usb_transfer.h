@@ -1,4 +1,5 @@
-// Transfers and status requests on an open device.
+// Transfers and status requests on an open device. Transfers are libusb's asynchronous ones, waited for here, because its
+// blocking calls cannot be ended by a stop.
 #pragma once
 
 #include "platform/iokit/linux/usb_bus.h"
