@@ -42,12 +42,12 @@ Holder processNamed(pid_t pid) {
 
 bool isPty(dev_t device) { return major(device) >= kFirstPtyMajor && major(device) <= kLastPtyMajor; }
 
-/// Equal device numbers are one device, except for pseudo-terminals of several mounts of their file system.
+/// Equal device numbers are one device; but each mount of devpts counts its pseudo-terminals from 0.
 bool sameDevice(const struct stat &a, const struct stat &b) {
     return S_ISCHR(a.st_mode) && a.st_rdev == b.st_rdev && (!isPty(a.st_rdev) || a.st_dev == b.st_dev);
 }
 
-/// The pseudo-terminal whose far end a descriptor of the multiplexer is; -1 when the system does not tell.
+/// For a descriptor of /dev/ptmx, a far end: the N of the near end /dev/pts/N; -1 when the system does not tell.
 int terminalIndex(const fs::path &process, const std::string &descriptor) {
     std::string info = smallFile(process / "fdinfo" / descriptor).value_or("");
     constexpr std::string_view kLabel = "tty-index:";
@@ -55,7 +55,7 @@ int terminalIndex(const fs::path &process, const std::string &descriptor) {
     return at == std::string::npos ? -1 : numberAt<int>(std::string_view(info).substr(at + kLabel.size()));
 }
 
-/// Looks through one process's descriptors; true when one is the device.
+/// Looks through one process's descriptors; true when one is the device. isFarEnd becomes true when one is its far end.
 bool holds(const fs::path &process, const struct stat &device, bool &isFarEnd) {
     bool found = false;
     int index = isPty(device.st_rdev)
@@ -77,7 +77,7 @@ bool holds(const fs::path &process, const struct stat &device, bool &isFarEnd) {
 pid_t lockOwner(const std::string &file) {
     constexpr size_t kMost = 512; // number, line end, and the names of program and user that some add
     std::string text = smallFile(file, kMost).value_or("");
-    // The least number that four bytes of text make is past any process's.
+    // Four bytes that are all digits or blanks are text: as an int they would be more than any process number.
     bool isText = text.find_first_not_of("0123456789 \t\r\n") == std::string::npos;
     if (text.size() == sizeof(int32_t) && !isText) {
         int32_t binary;

@@ -52,7 +52,7 @@ Failure busy(const std::string &port, const Holder &holder) {
     return portFailure(ExitCode::Busy, port, "busy: held by {}; wait until it is done, or end it", describe(holder));
 }
 
-/// When the system hides the holder.
+/// For a holder that the system does not show to this user.
 Failure busy(const std::string &port) {
     return portFailure(ExitCode::Busy, port, "busy: held by another program; 'sudo fuser -v {}' names it", shown(port));
 }
@@ -88,7 +88,7 @@ struct stat requireSerialDevice(const std::string &port) {
     return device;
 }
 
-/// What the kernel says of the device; of a pseudo-terminal it says nothing.
+/// Throws Failure for a device that the kernel counts to another subsystem. Pseudo-terminals, which it does not list, pass.
 void requireTerminal(const std::string &port, const struct stat &device) {
     std::error_code error;
     std::filesystem::path subsystem = std::filesystem::read_symlink(

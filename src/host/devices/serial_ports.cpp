@@ -79,8 +79,8 @@ std::string SerialPort::hardware() const {
 }
 
 std::optional<SerialPort> portOf(const TerminalFacts &facts) {
-    // Pseudo-terminals and consoles hang on no device, and a board's spare 8250 ports are of type 0: the same are left out
-    // by the plug-in.
+    // Pseudo-terminals and consoles have no device above them, and a board's unused 8250 ports are of type 0. The plug-in
+    // leaves out the same ones.
     if (facts.parents.empty() || facts.type == kNoChip || facts.name.empty() || facts.node.empty()) return {};
     SerialPort port;
     port.name = facts.name;

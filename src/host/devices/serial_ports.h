@@ -1,4 +1,6 @@
-// The serial ports of the system, as udev and sysfs show them: what a service record has no room for.
+// The serial ports of the system, as udev and sysfs show them. The plug-in lists ports too, but its record has six slots,
+// for names and paths alone; people tell adapters apart by maker and stable name. TerminalFacts stands between udev and the
+// choice of what is a port, so that the choice can be tested without devices.
 #pragma once
 
 #include <filesystem>
@@ -22,9 +24,9 @@ struct TerminalFacts {
     std::string name;                ///< "ttyUSB0"
     std::string node;                ///< "/dev/ttyUSB0"
     std::string links;               ///< paths with blanks between them
-    std::optional<std::string> type; ///< the attribute of that name, of a port with a UART
+    std::optional<std::string> type; ///< the sysfs attribute "type", which only ports with a UART have
     std::vector<PortParent> parents;
-    std::set<std::string> modemMarks; ///< as the port's
+    std::set<std::string> modemMarks; ///< as in SerialPort
 };
 
 struct SerialPort {
@@ -40,7 +42,7 @@ struct SerialPort {
     std::string hardware() const;
 };
 
-/// The port; none for a terminal that is no serial port with hardware.
+/// The port that a terminal device is; none when it is no serial port with hardware.
 std::optional<SerialPort> portOf(const TerminalFacts &facts);
 
 /// All ports in natural order. None is opened. Throws Failure when the system does not tell.

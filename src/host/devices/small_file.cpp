@@ -10,7 +10,7 @@ namespace host {
 
 namespace {
 
-/// Published files have no size, so that only reading tells where they end.
+/// The size of files in /proc is told as 0, so that only reading tells where they end.
 std::optional<std::string> contents(int fd, size_t most) {
     struct stat status;
     if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return {};

@@ -1,4 +1,5 @@
-// Small files that other programs make and take away again: what the kernel publishes of processes, and lock files.
+// Small files that come and go without our doing: what the kernel publishes of processes, and lock files. One that vanishes
+// before it is read is no failure, so there is a text or none.
 #pragma once
 
 #include <optional>

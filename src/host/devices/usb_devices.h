@@ -1,4 +1,6 @@
-// The USB devices of the system, as sysfs shows them: what a service record has no room for.
+// The USB devices of the system, as sysfs shows them. The plug-in finds only plotters whose vendor and product it is given;
+// the command has to find out first what is connected, and may tell names, drivers and holders besides. Location IDs are
+// computed as the plug-in computes them, so that both mean the same device.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +23,7 @@ struct UsbDevice {
     std::string driver;               ///< of the first interface; usbfs for a program; empty for none
     std::optional<dev_t> printerNode; ///< of the kernel's printer driver on the first interface
     std::string interface;            ///< the first one, by its name in sysfs: "1-2.3:1.0"
-    bool isPrinter = false;           ///< by the class of that
+    bool isPrinter = false;           ///< that interface is of the printer class
     bool isPlotter = false;           ///< may be one: a bulk out endpoint, and a printer interface or a known vendor
 
     /// "0b75:0402@01080000", which --usb understands.
@@ -30,7 +32,7 @@ struct UsbDevice {
     std::string title() const;
 };
 
-/// True for the vendors that the plug-in has pipes or questions of their own for.
+/// True for the vendors to whose devices the plug-in gives pipes or questions of their own.
 bool isPlotterVendor(uint16_t vendor);
 
 /// The location ID of a device by its name in sysfs: "usb1" is a bus, "1-2.3" port 3 of the hub at port 2 of bus 1. None

@@ -15,7 +15,7 @@ namespace {
 
 constexpr size_t kBlock = size_t{64} * 1024;
 
-/// A descriptor of the file.
+/// A descriptor of the file, which the caller closes; fills status. Throws Failure.
 int openInput(const std::string &path, const char *what, struct stat &status) {
     // Looked at before it is opened: the open of a pipe waits for a writer, that of a device may do something to it.
     if (stat(path.c_str(), &status) != 0) throw fileFailure(path, errno);
@@ -86,8 +86,8 @@ PlotChange PlotFile::change() const {
     }
     if (stat(path_.c_str(), &named) != 0 || named.st_ino != opened_.st_ino || named.st_dev != opened_.st_dev)
         return {false, "the plot file was replaced or removed meanwhile; what was printed is the plot as it was before"};
-    // Whoever writes can set the time of writing back, but not that of the last change of any kind. Other changes than
-    // writing, which explain it: rights, owner, another name.
+    // Who writes to the file can set its mtime back afterwards, but not its ctime. A new ctime has an innocent cause when
+    // mode, owner or number of links are new as well; otherwise it is taken for such a write.
     bool isOtherwiseSame = now.st_mode == opened_.st_mode && now.st_uid == opened_.st_uid && now.st_gid == opened_.st_gid &&
                            now.st_nlink == opened_.st_nlink;
     if (!isSame(now.st_ctim, opened_.st_ctim) && isOtherwiseSame) {

@@ -1,4 +1,6 @@
-// The plot file: held open from its examination to the end of the job, so that both see the same file.
+// The plot file, held open from its examination to the end of the job. The plug-in is handed heldPath(), so that what was
+// examined is what is printed, also when the file's name is given to another meanwhile. Nothing keeps other programs from
+// writing to the file itself: that is found afterwards, by change().
 #pragma once
 
 #include <cstdint>
@@ -9,7 +11,7 @@
 
 namespace host {
 
-/// Throws Failure unless there is a file with something in it that may be read. what names its kind: "plot file".
+/// Throws Failure unless path is a file that may be read and is not empty. what names its kind: "plot file".
 void requireInputFile(const std::string &path, const char *what);
 
 /// What became of a plot file since it was opened.
@@ -20,7 +22,8 @@ struct PlotChange {
 
 class PlotFile {
 public:
-    /// Reads a stream (host/plot_stream.h) to its end. Throws Failure when it cannot be opened for reading, or is no file.
+    /// Opens a file; a stream (files/plot_stream.h) is read to its end. Throws Failure when path cannot be opened for
+    /// reading, or is neither.
     explicit PlotFile(const std::string &path);
     PlotFile(const PlotFile &) = delete;
     PlotFile &operator=(const PlotFile &) = delete;
@@ -29,9 +32,10 @@ public:
     /// Throws Failure (unfit) when it is empty.
     void requireContents() const;
 
-    /// As people call it.
+    /// For messages: the path as typed, or "standard input".
     const std::string &path() const { return path_; }
-    /// A path of this very file in this process, also when its own name is gone or names another.
+    /// A path by which this process can open this very file again, also when its own name is gone or names another. Valid
+    /// while the object exists.
     std::string heldPath() const;
     /// Bytes, when it was opened.
     int64_t size() const { return opened_.st_size; }
@@ -41,6 +45,7 @@ public:
     /// Reads it block by block to its present end, until look returns false. Throws Failure.
     void readBlocks(const std::function<bool(std::string_view block)> &look) const;
 
+    /// Compares the file with what it was when it was opened. A stream never changes: nobody else can write to its copy.
     PlotChange change() const;
 
 private:

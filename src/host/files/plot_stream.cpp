@@ -18,7 +18,7 @@ namespace host {
 
 namespace {
 
-/// Closed at the end, unless it is given away.
+/// Closes its descriptor at the end, but for standard input and one that was released.
 class OpenFile {
 public:
     explicit OpenFile(int fd) : fd_(fd) {}
@@ -42,7 +42,7 @@ std::string temporaryFolder() {
 int unnamedFile(const std::string &folder) {
     int fd = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
     if (fd >= 0 || (errno != EOPNOTSUPP && errno != EISDIR)) return fd;
-    // Not every file system has files without a name from the start.
+    // Not every file system can make a file that never had a name.
     std::string path = folder + "/vectorix-XXXXXX";
     fd = mkostemp(path.data(), O_CLOEXEC);
     if (fd >= 0) unlink(path.c_str());

@@ -1,4 +1,6 @@
-// A plot that comes through a pipe: kept in a file without a name, for a plot is read more than once.
+// A plot that comes through a pipe. A plot is read more than once, for its examination and for the print, and a pipe can be
+// read only once: so it is copied to its end into a temporary file. That has no name, so that nothing is left behind however
+// the process ends.
 #pragma once
 
 #include <string>
@@ -8,11 +10,12 @@ namespace host {
 /// "-", for standard input, or the path of a named pipe.
 bool isPlotStream(const std::string &path);
 
-/// As people call it.
+/// For messages: "standard input", or the path.
 std::string streamName(const std::string &path);
 
-/// A descriptor of a file with all that came until the stream's end. The file is in the folder for temporary files, and gone
-/// with its last descriptor, however the process ends; a signal ends it here as it ends any program. Throws Failure.
+/// A descriptor, which the caller closes, of a file below $TMPDIR or /tmp with all that came until the stream's end. Blocks
+/// until then, and a signal with a handler does not end that: to be called before StopOnSignal holds Ctrl-C. Throws Failure,
+/// also when standard input is a terminal.
 int keepPlotStream(const std::string &path);
 
 } // namespace host

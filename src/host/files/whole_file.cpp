@@ -29,7 +29,8 @@ bool writeAndClose(int fd, const std::string &contents) {
     return whole;
 }
 
-/// Gives the file its name. Not every file system can refuse to replace; there the look before has to do.
+/// Gives the file its name; without force not one that is in use (EEXIST). Where the file system cannot refuse to replace
+/// (EINVAL), the look that writeWhole() takes beforehand has to do.
 bool rename(const std::string &from, const std::string &to, bool force) {
     if (!force && renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
     if (!force && errno != EINVAL) return false;
@@ -41,7 +42,7 @@ Failure exists(const std::string &path) {
             fmt::format("{}: exists already; add --force to replace it, or choose another name", shown(path))};
 }
 
-/// Where the links lead that the path may be, also when nothing is there yet.
+/// The path that path leads to when it is a symbolic link, whether there is a file or not; otherwise path. Throws Failure.
 std::string behindLinks(const std::string &path) {
     fs::path end = path;
     std::error_code error;

@@ -1,4 +1,6 @@
-// Small files that are read and written as a whole.
+// Job files and profiles, which are small enough to be read and written as a whole. A new one is written beside the old one,
+// brought to the disk and then given the name, so that a full disk or a power cut leaves the old file or the new one, and
+// never a half.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +10,7 @@ namespace host {
 
 inline constexpr int64_t kLargestJobFile = int64_t{16} * 1024 * 1024; // what the plug-in reads of one
 
-/// The bytes of a file of at most so many. what names its kind: "job file". Throws Failure.
+/// The bytes of a file. what names its kind: "job file". Throws Failure, also for a file of more than most bytes.
 std::string readWhole(const std::string &path, const char *what, int64_t most);
 
 /// Writes a file that is either wholly there or not at all. Throws Failure; without force also when the file exists.

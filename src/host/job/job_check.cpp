@@ -1,4 +1,4 @@
-// What makes a job fit to be printed.
+// Whether a job can be printed as it is: its keys, the types of their values, and texts that can be sent to a plotter.
 #include "host/job/job_reader.h"
 
 #include "host/terminal/failure.h"
@@ -99,7 +99,7 @@ private:
         }
     }
 
-    /// A key that is there with a value of another type has been reported already.
+    /// Reports a key that the file does not have. One with a value of the wrong type is there: checkEntries() reported it.
     void missing(const char *key) {
         bool stands = std::any_of(job_.begin(), job_.end(), [&](const JobLine &line) { return line.key == key; });
         if (!stands) error(0, "the key \"{}\" is missing", key);

@@ -1,4 +1,5 @@
-// The keys of a job file, as the command writes, reads and names them.
+// The keys of a job file, spelled as the plug-in reads them, blank and colon included. Writer, check, JSON report and the
+// options of "job write" all go by this one table, so that a key is one row.
 #pragma once
 
 #include <array>
@@ -22,7 +23,7 @@ struct JobKey {
 inline constexpr size_t kToolCount = 8;
 inline constexpr int kFirstEmulation = 17001;
 inline constexpr int kLastEmulation = 17037;
-/// Those whose language has a name of its own.
+/// The emulations that can be typed by name.
 inline constexpr struct {
     const char *name;
     int emulation;

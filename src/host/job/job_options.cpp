@@ -13,7 +13,7 @@ namespace {
 constexpr const char *kGroup = "Job";
 constexpr const char *kEmulationValue = "hpgl|dmpl|N";
 
-/// In place of an emulation's name its number; anything else stays.
+/// Replaces an emulation's name by its number; leaves any other text as it is.
 void numberOfName(std::string &text) {
     for (const auto &row : kNamedEmulations) {
         if (text == row.name) text = fmt::format("{}", row.emulation);

@@ -1,4 +1,6 @@
-// What a job is, as options say it.
+// A job as it is typed, and the entries of the job file that it comes to. The plug-in takes a job from a file alone; with
+// these options "print" needs none written before, and "job write" makes one of the same options. Texts are tried here,
+// ahead of any device, for what a plotter cannot be sent.
 #pragma once
 
 #include "host/job/job_keys.h"
@@ -13,11 +15,11 @@ namespace host {
 
 struct JobOptions {
     int emulation = 17002;
-    std::string terminator = ";"; ///< as typed, with escapes
-    std::vector<std::string> tools;
+    std::string terminator = ";";   ///< as typed, with escapes
+    std::vector<std::string> tools; ///< the same
     std::optional<std::string> project;
     std::optional<std::string> plotter;
-    std::array<std::optional<double>, std::size(kJobKeys)> details; ///< of the keys with an option of their own
+    std::array<std::optional<double>, std::size(kJobKeys)> details; ///< by index in kJobKeys, for keys with an option
 };
 
 /// Adds --emulation alone; returns it.
@@ -26,15 +28,15 @@ Option addEmulation(const Command &app, int &emulation);
 /// Adds --emulation, --terminator, --tool, --project and --plotter; returns them.
 std::vector<Option> addJobOptions(const Command &app, JobOptions &options);
 
-/// What their texts may hold, for the help.
+/// The sentence of the help on the escapes in terminators and tool strings.
 const char *escapeHelp();
 
-/// Adds the options of the remaining keys.
+/// Adds the options that kJobKeys names: those of "job write" alone.
 void addJobDetails(const Command &app, JobOptions &options);
 
 struct JobEntry {
     const JobKey *key;
-    std::string value; ///< as it stands in the file, but for the escaping
+    std::string value; ///< as in the file, before XML's escapes
 };
 
 /// The bytes that the terminator means. Throws Failure (usage).

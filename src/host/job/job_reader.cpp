@@ -13,12 +13,12 @@ namespace host {
 
 namespace {
 
-constexpr size_t kLongestName = 60; // of what a message repeats
-constexpr size_t kMostDepth = 512;  // what the plug-in reads
+constexpr size_t kLongestName = 60; // bytes of a name in a message
+constexpr size_t kMostDepth = 512;  // as deep as the plug-in reads
 
 std::string nameOf(pugi::xml_node element) { return excerpt(element.name(), kLongestName); }
 
-/// Reads one document; knows its text, to name lines.
+/// Reads one document. Keeps its text, to tell in which line something stands.
 class Reader {
 public:
     Reader(const std::string &path, const std::string &text) : path_(path), text_(text) {}
@@ -53,8 +53,8 @@ private:
 
     static size_t offsetOf(pugi::xml_node node) { return static_cast<size_t>(std::max<ptrdiff_t>(node.offset_debug(), 0)); }
 
-    /// Entries come in the file's order: their lines are counted on from the last one, for a file may hold a million of
-    /// them.
+    /// Counts on from the line that was asked for last, and not from the start: entries come in the file's order, and a file
+    /// may hold a million of them.
     size_t lineAt(size_t offset) const {
         const Place from = offset < last_.offset ? Place{} : last_;
         last_.offset = std::min(offset, text_.size());
@@ -106,7 +106,7 @@ private:
         if (type == "string") return textOf(node);
         if (type == "integer") return number<int64_t>(node);
         if (type == "real") return number<double>(node);
-        // The rest means nothing in a job, but a list that holds an unfit one is unfit as a whole.
+        // Other values mean nothing in a job, but the plug-in refuses the whole file for a malformed one.
         if (type == "array" || type == "dict") {
             if (depth == kMostDepth) refuse(node, "nested too deep");
             lookInto(node, depth + 1);
@@ -160,7 +160,7 @@ private:
         return text;
     }
 
-    /// With XML's own five entities and character references in plain.
+    /// Appends the part with the characters that its entities and character references stand for.
     void appendResolved(std::string &text, pugi::xml_node part) const {
         std::string_view rest = part.value();
         for (size_t at; (at = rest.find('&')) != std::string_view::npos;) {

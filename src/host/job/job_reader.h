@@ -1,4 +1,6 @@
-// Reading a job file, to show it and to judge it.
+// Reading a job file, to show it and to judge it. The plug-in makes a dictionary of the file, in which order, lines, keys
+// that it does not know and keys that stand twice are lost: just what a check has to tell of. So the command reads the file
+// itself, and refuses what the plug-in refuses.
 #pragma once
 
 #include "host/job/job_keys.h"
@@ -9,12 +11,12 @@
 
 namespace host {
 
-/// One key of the file. A value that is no string and no number is nothing to the plug-in: it has none here.
+/// One key of the file with its value. Only strings and numbers are kept: the plug-in makes no use of other values.
 struct JobLine {
     std::string key;
-    std::optional<JobValue> value;
-    std::string type; ///< the element's name
-    size_t line;      ///< in the file, from 1
+    std::optional<JobValue> value; ///< none for what is no string and no number
+    std::string type;              ///< the element's name
+    size_t line;                   ///< in the file, from 1
 };
 
 /// The file's entries in its order. Throws Failure: unfit, with the line, when it is no property list with a dictionary.
@@ -27,12 +29,16 @@ struct Finding {
     std::string text;
 };
 
+/// Whether the job can be printed as it is: what hinders first, then notes. After 100 findings a note tells how many more
+/// there are.
 std::vector<Finding> checkJob(const std::vector<JobLine> &job);
 
-/// The entry of a key that holds a value of the key's type; nullptr for none. Of several the last one counts.
+/// The last entry of the key, which is the one that counts; nullptr when there is none or its value is of another type. It
+/// belongs to job.
 const JobLine *fitting(const std::vector<JobLine> &job, std::string_view key);
 
-/// Its number, or otherwise when there is none.
+/// That entry's number, without its fraction; otherwise when there is none, or for a real number of 1e9 or more, or -1e9 or
+/// less.
 int64_t numberOf(const std::vector<JobLine> &job, std::string_view key, int64_t otherwise);
 
 } // namespace host

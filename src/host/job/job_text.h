@@ -1,4 +1,5 @@
-// The texts inside a job file's elements, taken as strictly as the plug-in takes them.
+// The texts inside a job file's elements, taken just as strictly as the plug-in takes them: a looser check would pass a file
+// that then fails to print, a stricter one would refuse a file that prints.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +13,10 @@ std::string characterNamed(std::string_view name);
 
 /// False unless the whole text is a number, with white space around it or none.
 bool readNumber(std::string_view text, double &value);
-/// The same; in hexadecimal behind "0x".
+/// The same for a whole number; hexadecimal behind "0x".
 bool readNumber(std::string_view text, int64_t &value);
 
+/// True for white space alone, or nothing.
 bool isSpace(std::string_view text);
 /// YYYY-MM-DDThh:mm:ssZ, with white space around it or none.
 bool isDate(std::string_view text);

@@ -14,7 +14,7 @@ namespace host {
 
 namespace {
 
-/// Control characters, and a blank at the start, go as references: parsers may change or drop them otherwise.
+/// Control characters, and a blank at the start, become character references: parsers may change or drop them otherwise.
 std::string escaped(const std::string &text) {
     std::string result;
     for (char c : text) {

@@ -1,4 +1,5 @@
-// What the plug-in prints during its calls.
+// What the plug-in prints during its calls. It is more than somebody who prints wants to read, so it is kept, and shown only
+// when the call failed or with -v; and on a terminal it must not run into the progress bar.
 #pragma once
 
 #include "host/plugin/progress_bar.h"
@@ -9,16 +10,17 @@
 
 namespace host {
 
-/// Takes the plug-in's console while it lives. One at a time.
+/// While it exists, the plug-in's console lines come here instead of to the standard streams. One object at a time.
 class ConsoleLines {
 public:
-    /// live: shows each line on standard error as it comes, past the bar; otherwise keeps them.
+    /// live: writes each line to standard error as it comes, above the bar; otherwise keeps the first 16 KB. bar must
+    /// outlive the object.
     ConsoleLines(bool live, ProgressBar &bar);
     ConsoleLines(const ConsoleLines &) = delete;
     ConsoleLines &operator=(const ConsoleLines &) = delete;
     ~ConsoleLines();
 
-    /// Shows the lines that were kept: a call failed.
+    /// Writes the lines that were kept to standard error, after a call that failed.
     void show();
 
 private:
@@ -30,7 +32,7 @@ private:
     ProgressBar &bar_;
     std::string line_; ///< not ended yet
     std::string kept_;
-    uint64_t dropped_ = 0; ///< lines past what is kept
+    uint64_t dropped_ = 0; ///< lines for which kept_ had no room
 };
 
 } // namespace host

@@ -7,7 +7,7 @@ namespace host {
 
 namespace {
 
-constexpr std::chrono::seconds kSoon(2); // a plotter that thinks about a command for so long is no news
+constexpr std::chrono::seconds kSoon(2); // shorter rests, while a plotter carries out a command, are usual
 constexpr int64_t kLongestPiece = 255;   // bytes
 
 } // namespace
@@ -23,8 +23,8 @@ void JobProgress::end() {
     known_.hasEnded = true;
 }
 
-/// How long the piece is nobody says here; but what was seen in the queue and is no more has gone out. Some drivers count in
-/// blocks of their own.
+/// Bytes of the piece under way that have left this computer. Its length is not known here, so they are what has gone of the
+/// most that was seen in the port's queue; at most a whole piece, as some drivers count in blocks of their own.
 int64_t JobProgress::ofThePieceUnderWay(uint64_t piece) {
     int queued = 0;
     if (line_.descriptor < 0 || ioctl(line_.descriptor, TIOCOUTQ, &queued) != 0) return 0;

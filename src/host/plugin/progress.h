@@ -1,4 +1,6 @@
-// What is known of a job under way: gathered where it is learnt, told wherever somebody wants to know.
+// How far a job has come, and why it stands still. The plug-in's call blocks and tells of a piece only when it is through,
+// and a plotter may hold a piece for minutes: what happens meanwhile is asked of the port, its queue and its modem lines.
+// Two threads meet here, the one that makes the call and the one that shows the progress.
 #pragma once
 
 #include <chrono>
@@ -11,7 +13,7 @@ namespace host {
 /// Why nothing goes forward.
 enum class Wait {
     None,
-    ForPlotter,   ///< over USB, before the first piece: it is being made ready, or takes nothing
+    ForPlotter,   ///< over USB, before the first piece: the plotter is being made ready, or takes nothing
     NotTaking,    ///< the plotter takes no data
     ClearToSend,  ///< the plotter holds the line with CTS
     XoffOrNothing ///< it holds the line with XOFF, or takes no data: the two cannot be told apart from here
@@ -22,7 +24,7 @@ struct Progress {
     int64_t doneBytes = 0; ///< of the plot file, sent or failed; of the piece under way, what has left this computer
     int64_t totalBytes = 0;
     double seconds = 0; ///< since the start
-    double still = 0;   ///< seconds in which nothing went forward, from two on
+    double still = 0;   ///< seconds since anything went forward; 0 when they are less than two
     Wait wait = Wait::None;
 };
 
@@ -33,19 +35,20 @@ struct WatchedLine {
     bool usesHardwareHandshake = false;
 };
 
-/// Gathers it for one job. note() and end() are for the thread that makes the call, now() for any one other.
+/// The progress of one job. note() and end() are for the thread that makes the call, now() for one other thread.
 class JobProgress {
 public:
-    /// bytesToSend: of fileBytes, when nothing fails.
+    /// bytesToSend: how many of the plot file's fileBytes go out when nothing fails. The line's descriptor must stay open
+    /// while now() is called.
     JobProgress(const WatchedLine &line, int64_t fileBytes, int64_t bytesToSend)
         : line_(line), fileBytes_(fileBytes), bytesToSend_(bytesToSend) {}
 
-    /// After each piece.
+    /// To be called after each piece.
     void note(const ORB_JobReport &soFar);
-    /// No piece follows, so nothing is waited for.
+    /// To be called when no piece follows: from then on nothing counts as waiting.
     void end();
 
-    /// Asks the port as well. Never waits for the plotter.
+    /// The progress at this moment; asks the port as well, but never waits for the plotter.
     Progress now();
 
 private:
@@ -64,7 +67,7 @@ private:
     std::mutex mutex_;
     Known known_;
 
-    // Of now() alone, which asks the port without the lock: a driver may take its time.
+    // Used by now() alone, which asks the port without the lock, as a driver may take its time.
     uint64_t piece_ = 0;
     int mostQueued_ = 0;                 ///< bytes of that piece, as seen in the port's queue
     int64_t shown_ = 0;                  ///< at the last now()

@@ -1,4 +1,6 @@
-// The progress of a job, on one line of a terminal.
+// The progress of a job, on one line of a terminal. It is drawn by a thread of its own, because the plug-in's call blocks:
+// also a plotter that takes nothing must be seen to be waited for. Whoever else writes to standard error meanwhile does so
+// through writeAbove(), or their lines would mix.
 #pragma once
 
 #include "host/plugin/progress.h"
@@ -15,8 +17,7 @@ namespace host {
 /// What the line says, at most so many columns wide.
 std::string progressLine(const Progress &progress, size_t width);
 
-/// Draws on standard error, five times a second: a job that waits is told as well as one that goes on. One that is off
-/// draws nothing.
+/// Draws on standard error, five times a second. One that is off draws nothing.
 class ProgressBar {
 public:
     /// True when standard error is a terminal that can redraw a line.
@@ -27,12 +28,13 @@ public:
     ProgressBar &operator=(const ProgressBar &) = delete;
     ~ProgressBar() { stop(); }
 
-    /// Draws what it is told there, on a thread of its own that gets no signals, until stop().
+    /// Draws what source returns until stop(). source is called on the bar's own thread, which gets no signals. Without a
+    /// thread to be had, nothing is drawn.
     void follow(std::function<Progress()> source);
-    /// Takes the line away for good.
+    /// Ends the thread and takes the line away; source is not called any more.
     void stop();
 
-    /// For others on standard error: whole lines, which stay above this one.
+    /// Writes whole lines to standard error, which stay above the bar.
     void writeAbove(std::string_view text);
 
 private:

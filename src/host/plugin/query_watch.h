@@ -1,4 +1,5 @@
-// Ends a query that would outlast what was announced.
+// Ends a query that takes longer than was announced. The plug-in's call returns when the query is over, which may be never
+// while a plotter holds the line, and late when it was unplugged; so another thread has to stop it.
 #pragma once
 
 #include <chrono>
@@ -9,17 +10,17 @@
 
 namespace host {
 
-/// While it lives, a thread of its own looks at the query four times a second. After the time that it has, or once it has
-/// nothing left to wait for, it stops the plug-in's call until that has returned.
+/// While it exists, its thread checks four times a second whether the time is over or the query hopeless. From then on it
+/// stops the plug-in's call, again and again until end().
 class QueryWatch {
 public:
-    /// isHopeless is called on that thread.
+    /// time: for the whole query, from now on. isHopeless is called on the watch's thread; true ends the query early.
     QueryWatch(std::chrono::milliseconds time, std::function<bool()> isHopeless);
     QueryWatch(const QueryWatch &) = delete;
     QueryWatch &operator=(const QueryWatch &) = delete;
     ~QueryWatch() { end(); }
 
-    /// After the call: no stop reaches a later one. True when it was stopped.
+    /// To be called when the plug-in's call has returned, so that no stop reaches a later one. True when it was stopped.
     bool end();
 
 private:

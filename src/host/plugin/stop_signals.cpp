@@ -23,8 +23,8 @@ void setTimer(long microseconds) {
     setitimer(ITIMER_REAL, &interval, nullptr);
 }
 
-/// Closes everything first. At the end of a process no timer ticks any more, and nothing would cut the wait of a port's last
-/// close for what an adapter holds.
+/// Closes all descriptors itself, while the timer ticks: the last close of a port waits for what an adapter holds, and
+/// inside _exit() nothing would interrupt that wait.
 [[noreturn]] void endProcess() {
     constexpr char kText[] = "vectorix: stopped by a second signal, before it could say what was done\n";
     struct sigaction action = {};
@@ -42,14 +42,14 @@ void setTimer(long microseconds) {
 void onSignal(int signal) {
     int errorNumber = errno;
     if (signal != SIGALRM) {
-        if (ticksToTheEnd == 0) setTimer(kTick); // not anew each time: who hammers on it would keep it from ever ticking
+        if (ticksToTheEnd == 0) setTimer(kTick); // signals in quick succession would else put off each tick
         if (stopCame != 0 && ticksToTheEnd == 0) ticksToTheEnd = kGraceTicks;
         stopCame = 1;
     } else if (ticksToTheEnd > 0) {
         ticksToTheEnd = ticksToTheEnd - 1;
         if (ticksToTheEnd == 0) endProcess();
     }
-    // Without a stop an alarm is not of this timer: one that was set before the command was started comes through, too.
+    // An alarm without a stop before it asks for none: it is interrupt()'s, or was set before the command was started.
     if (stopCame != 0) ORB_hostStop();
     errno = errorNumber;
 }

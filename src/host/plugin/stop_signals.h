@@ -1,4 +1,6 @@
-// Ctrl-C and its kin end the plug-in's call, not the process.
+// Ctrl-C, a hang-up and a request to terminate end the plug-in's call, not the process: a process that just ended would
+// leave the plotter in the middle of a command and nobody knowing how much was drawn. The call returns early instead, the
+// port is closed, and the command reports as after any job. A second signal is for those who cannot wait.
 #pragma once
 
 #include <array>
@@ -6,10 +8,10 @@
 
 namespace host {
 
-/// While it lives, SIGINT, SIGTERM and SIGHUP stop the call of the entry in progress, again every 50 ms until it is gone,
-/// and interrupt what this thread waits for: also the close of a port that it closed itself, so a lock on one goes first.
-/// One at a time. A signal that the process was told to ignore stays ignored. Once one came, the command is ending: a second
-/// one, then or later, ends the process after another second, should it still be there.
+/// While it exists, SIGINT, SIGTERM and SIGHUP stop the plug-in's call in progress, again every 50 ms, and interrupt what
+/// the thread blocks in. That ends the close of a port, too: a PortLock is to be destroyed first. A signal that the process
+/// was started to ignore stays ignored. A second signal, even when the object is gone by then, ends the process a second
+/// later, should it still be there. One object at a time.
 class StopOnSignal {
 public:
     StopOnSignal();
@@ -17,10 +19,10 @@ public:
     StopOnSignal &operator=(const StopOnSignal &) = delete;
     ~StopOnSignal();
 
-    /// From now on whatever this thread waits for is interrupted every 50 ms.
+    /// From now on, until the object is gone, what the thread blocks in is interrupted every 50 ms, as after a signal.
     static void interrupt();
 
-    /// True once such a signal came.
+    /// True once SIGINT, SIGTERM or SIGHUP came; the next object begins anew.
     static bool came();
 
 private:

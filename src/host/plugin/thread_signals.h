@@ -1,11 +1,12 @@
-// Signals are for the thread that makes the plug-in's call.
+// Keeps signals away from helper threads. A signal stops a job by interrupting what the thread of the plug-in's call blocks
+// in; the kernel may deliver it to any thread that lets it through, and there it would interrupt nothing.
 #pragma once
 
 #include <csignal>
 
 namespace host {
 
-/// A thread that is started while it lives gets no signals.
+/// A thread that is started while it exists gets no signals. The starting thread gets them when it is gone.
 class SignalsBlocked {
 public:
     SignalsBlocked() {

@@ -15,7 +15,8 @@ namespace {
 
 constexpr size_t kHelpColumn = 34; // where what an option does begins
 
-/// Options with the name of their value alone; which exclude each other is said when they do.
+/// Lists an option with the name of its value and nothing more. Which options exclude each other is told only to those who
+/// type both.
 class HelpFormat : public CLI::Formatter {
 public:
     HelpFormat() { column_width(kHelpColumn); }
@@ -26,7 +27,7 @@ public:
     }
 };
 
-/// The command that was typed, as far as it is known.
+/// The innermost known command among the words that were typed; app itself when there is none.
 const CLI::App &typedCommand(const CLI::App &app) {
     const CLI::App *at = &app;
     while (!at->get_subcommands().empty())
@@ -54,7 +55,8 @@ std::vector<std::string> commandsOf(const CLI::App &app) {
     return names;
 }
 
-/// What is wrong with what was typed: a word that nobody knows explains other mistakes, and goes first.
+/// The message for what is wrong with what was typed. An unknown word is named before all else: other mistakes mostly
+/// follow from it.
 std::string mistakeText(const CLI::App &app, const CLI::ParseError &mistake) {
     const CLI::App &command = typedCommand(app);
     std::vector<std::string> commands = commandsOf(command);

@@ -29,7 +29,7 @@ class CommandLine;
 /// What the command line takes for a number, hexadecimal ones included; none for anything else.
 std::optional<double> typedNumber(const std::string &text);
 
-/// An option, or a word that stands without one. A reference: copies mean the same option.
+/// An option, or a word that stands without one. A reference into the command line: copies mean the same option.
 class Option {
 public:
     /// What is wrong with a value, as a sentence; empty when nothing is.
@@ -39,8 +39,8 @@ public:
 
     // What it is. Each returns the option itself.
     Option valueName(const std::string &name) const; ///< in the help: "FILE", "none|even|odd"; "" for none
-    Option describe(const std::string &help) const;  ///< in place of what it was declared with
-    Option group(const std::string &heading) const;  ///< of the help
+    Option describe(const std::string &help) const;  ///< replaces the help that it was declared with
+    Option group(const std::string &heading) const;  ///< the heading under which the help lists it
     Option required() const;
     Option repeatable(int most) const; ///< typed up to so many times
     Option mayStandAlone() const;      ///< its value may be left out
@@ -60,7 +60,7 @@ public:
     /// Gives it values as if they were typed. Throws Failure (usage) for those that do not fit: "--option: why".
     void give(const std::vector<std::string> &words) const;
 
-    // What is told of it.
+    // What help and manual page tell of it.
     std::string name() const;               ///< "--port", or "PLOT" of one that stands alone
     std::vector<std::string> names() const; ///< "-v", "--verbose"; of one that stands alone none
     std::string help() const;
@@ -95,16 +95,16 @@ public:
     Option option(const std::string &names, uint64_t &value, const std::string &help) const;
     Option option(const std::string &names, double &value, const std::string &help) const;
     Option option(const std::string &names, std::optional<double> &value, const std::string &help) const;
-    /// One whose value is asked for when it is needed.
+    /// Writes to no variable: value() and typed() tell what was typed.
     Option option(const std::string &names, const std::string &help) const;
-    /// Hands on what is typed.
+    /// Calls take with the value when the command line is parsed.
     Option option(const std::string &names, void (*take)(std::string_view), const std::string &help) const;
     Option flag(const std::string &names, bool &value, const std::string &help) const;
 
-    /// Tells it at the end of the command's help, before the exit codes, and on its manual page.
+    /// Gives the command this text: at the end of its help, ahead of the exit codes, and on its manual page.
     void explain(Manual manual) const;
-    /// What to do when the command was typed. wantsJson, which may be nullptr, says whether failures go to standard output
-    /// as JSON as well.
+    /// What to run when the command was typed. wantsJson says whether a failure goes to standard output as JSON as well; it
+    /// is read when the command line is parsed. nullptr: it does not.
     void whenTyped(std::function<ExitCode()> run, const bool *wantsJson = nullptr) const;
 
     std::string name() const;
@@ -118,7 +118,7 @@ public:
     std::vector<Option> options() const;
     /// By its name, such as "--port".
     std::optional<Option> find(const std::string &name) const;
-    /// What was told. Of a command of which nothing was, what the one above it is about.
+    /// As given to explain(). For a command that was given none: the paragraphs of the command above it, and nothing else.
     Manual manual() const;
 
     bool operator==(const Command &other) const { return app_ == other.app_; }
@@ -128,7 +128,7 @@ private:
     CLI::App *app_;
 };
 
-/// The whole of it.
+/// Owns what was declared. Commands and options refer into it and must not outlive it.
 class CommandLine {
 public:
     /// version: what --version prints.
@@ -138,7 +138,8 @@ public:
     ~CommandLine();
 
     Command root();
-    /// Prints help, or what is wrong with what was typed. Done, with something to run, when a command was typed.
+    /// Reads the words of main(). Prints help or version when they are asked for (Done), or what is wrong with the words
+    /// (Usage). After Done, run() is what the typed command is to do, and empty when only help or version was asked for.
     ExitCode parse(int count, const char *const *words);
     const std::function<ExitCode()> &run() const { return run_; }
     bool wantsJson() const { return wantsJson_; }

@@ -1,4 +1,7 @@
-// How the command ends: its exit codes, and the failure that carries one up to main.
+// How a command ends. Scripts decide by the exit code whether to print again, wait or call somebody, so the codes are few,
+// documented and stable. A Failure carries one with its message up from any depth; what nobody catches on the way is
+// printed in one place, runCommandLine(). Codes of file calls are translated here, so that each gives the same exit code
+// and remedy in all commands.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +10,7 @@
 
 namespace host {
 
-/// Documented and stable.
+/// Documented and stable: none is given another meaning.
 enum class ExitCode {
     Done = 0,
     Failed = 1,     ///< the job failed or was not wholly sent
@@ -50,7 +53,7 @@ private:
     ExitCode code_;
 };
 
-/// For an errno code of a file call on the thing named.
+/// The failure that an errno code of a file call means; thing names the file in the message.
 Failure fileFailure(const std::string &thing, int errorNumber);
 
 /// The same for a file that was to be written.

@@ -1,4 +1,4 @@
-// Values of the reports for programs.
+// The values that --json reports are made of.
 //
 // An object keeps the order in which it was filled, so that a report reads from the outcome to the details. The library that
 // writes JSON stands behind this header, in json.cpp alone: each source that sees it would take seconds longer to compile.
@@ -37,9 +37,9 @@ public:
     static Json array() { return Json(Items()); }
     static Json object() { return Json(Members()); }
 
-    /// A member of an object, made when it is not there. Null becomes an object.
+    /// A member of an object, made (as null) when it is not there. On null, which becomes an object, or on an object only.
     Json &operator[](std::string_view name);
-    /// To the end of a list.
+    /// Adds to the end of a list.
     void push_back(Json item);
 
     /// Bytes that are not UTF-8 become the replacement character.

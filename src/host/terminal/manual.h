@@ -1,4 +1,5 @@
-// What is told of a command beside its options: in its help, and on its manual page.
+// What is told of a command beside its options: paragraphs, examples, and the fields of its --json report. Kept as data, as
+// it is set twice: in plain text at the end of --help (helpText), and by make_manual as a manual page.
 #pragma once
 
 #include <string>
@@ -23,7 +24,8 @@ struct Manual {
     std::vector<JsonFields> json; ///< empty for a command without a report
 };
 
-/// The end of the command's help: all of it, and the exit codes.
+/// The text that --help prints behind the options: all of the manual, and the exit codes. Its paragraphs are as wide as the
+/// terminal, its examples and fields as they are.
 std::string helpText(const Manual &manual);
 
 } // namespace host

@@ -33,7 +33,7 @@ bool hasColour(int stream) {
 
 constexpr int kRed = 31, kGreen = 32, kYellow = 33;
 
-/// Columns of a terminal; 0 for what is none.
+/// Characters in a line of the stream's terminal; 0 when it is no terminal.
 size_t columnsOf(int stream) {
     winsize size{};
     return isatty(stream) && ioctl(stream, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
@@ -78,7 +78,7 @@ void printLines(std::string_view text) noexcept { writeOut(wrapped(text, outputC
 void holdStandardStreams() {
     signal(SIGPIPE, SIG_IGN); // a reader that leaves must not leave the port open
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-        // The lowest free number is the one that is missing.
+        // open() gives the lowest free descriptor, which is this one.
         if (fcntl(fd, F_GETFD) == -1) [[maybe_unused]]
             int opened = open("/dev/null", O_RDWR);
     }
@@ -87,7 +87,7 @@ void holdStandardStreams() {
 void writeOut(std::string_view text) noexcept { note(fwrite(text.data(), 1, text.size(), stdout) != text.size()); }
 
 void writeError(std::string_view text) noexcept {
-    // Nowhere is left to tell of a failure.
+    // A failure could be told nowhere.
     [[maybe_unused]] size_t written = fwrite(text.data(), 1, text.size(), stderr);
 }
 

@@ -1,5 +1,6 @@
-// Standard output and standard error. What cannot be written there must not disturb a job: nothing here throws, and the
-// loss is judged when the command ends.
+// Standard output and standard error. A full disk or a reader that has left must not end a job half-way on the plotter: so
+// writing never throws, SIGPIPE is ignored, and the first write that failed is remembered until afterOutput() makes an exit
+// code of it. Width and colour are decided here too, so that commands write the same to a terminal and to a file.
 #pragma once
 
 #include "host/terminal/failure.h"
@@ -9,7 +10,8 @@
 
 namespace host {
 
-/// Opens what the command was started without, as the null device: a port would take its number, and then get the report.
+/// To be called first. A standard stream that the command was started without (">&-") is opened as /dev/null: else the port
+/// would get its descriptor, and with it the report. Also ignores SIGPIPE.
 void holdStandardStreams();
 
 void writeOut(std::string_view text) noexcept;
@@ -23,28 +25,30 @@ template <class... Values> void printError(fmt::format_string<Values...> format,
     writeError(fmt::format(format, std::forward<Values>(values)...));
 }
 
-/// Whether what is meant for people has colour: "always", "never", or "auto": on a terminal that has it, unless NO_COLOR is
-/// set to something. The default is "auto".
+/// When text for people is in colour: "always", "never", or "auto", the default: on a terminal (but one with TERM=dumb),
+/// unless NO_COLOR is set and not empty.
 void chooseColour(std::string_view when);
 
-/// The word in its colour, if standard output has any: what hinders red, what is well green, others as they are.
+/// The word in the colour of what it says, when standard output is in colour: green for "ok" and "free", red for "no …" and
+/// "in the way". Other words come back as they are.
 std::string coloured(std::string_view word);
 
 /// On standard error, as "vectorix: note: …" and "vectorix: …".
 void printNote(std::string_view text) noexcept;
 void printFailure(std::string_view text) noexcept;
 
-/// Of the terminal that standard output is; 0 when it is none.
+/// Characters in a line of the terminal on standard output; 0 when that is no terminal.
 size_t outputColumns();
 
-/// Lines for people on standard output: as wide as the terminal, broken at blanks.
+/// Writes to standard output, broken at blanks to the width of the terminal; not broken when there is none.
 void printLines(std::string_view text) noexcept;
 
-/// Before something else is said on standard error, so that both come in their order.
+/// Writes out what is buffered for standard output. To be called before something is written to standard error that must
+/// appear behind it.
 void flushOut() noexcept;
 
-/// The command's exit code: Failed, which is said, for one that is done but could not write its output. A reader that left
-/// had enough: that is no failure.
+/// The exit code at the end of the command, given the one that it has reached. Done becomes Failed, with a message, when
+/// standard output could not be written; but not when its reader has left, who had all that was wanted.
 ExitCode afterOutput(ExitCode code);
 
 } // namespace host

@@ -1,4 +1,5 @@
-// Lists for people.
+// Lists for people, such as those of ports and profiles. Widths are counted in characters, as names from devices need not
+// be ASCII.
 #pragma once
 
 #include <string>
@@ -7,8 +8,8 @@
 
 namespace host {
 
-/// Columns on standard output, as wide as they need to be; the first row is the headings. What is empty shows as "-".
-/// The words of the column with that heading, if any, are coloured.
+/// Prints rows of one length on standard output, each column as wide as its longest entry. The first row, which must be
+/// there, holds the headings. Empty entries show as "-"; those of the column with colouredHeading, if any, are coloured().
 void printTable(std::vector<std::vector<std::string>> rows, std::string_view colouredHeading = {});
 
 } // namespace host

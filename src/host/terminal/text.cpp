@@ -33,15 +33,15 @@ size_t characterLength(std::string_view text) {
     return length;
 }
 
-/// Control characters of both sets are not for a terminal.
+/// True for DEL and the control characters below 0x20 and from U+0080 to U+009F.
 bool isControl(std::string_view character) {
     auto first = static_cast<unsigned char>(character[0]);
     return first < 0x20 || first == 0x7F || (first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0);
 }
 
-/// Of one that is too long.
+/// wrapped() for one line that is too long.
 std::string wrappedLine(std::string_view line, size_t width, size_t hang) {
-    constexpr size_t kNarrow = 4; // where there is no room for a second column
+    constexpr size_t kNarrow = 4; // the indent when there is no room for a second column
     size_t start = std::min(line.find_first_not_of(' '), line.size());
     line.remove_prefix(start);
     if (start > width / 2) start = kNarrow;

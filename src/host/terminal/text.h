@@ -1,4 +1,6 @@
-// Texts for people: escaping what a terminal must not get, numbers, and the escapes that people type.
+// Texts between people, files and devices. A file or a device can hold control characters, which would steer the terminal:
+// what came from outside is printed through shown(), and people may type the same escapes (unescaped). Numbers, durations
+// and broken lines are made here, so that they look the same in all commands.
 #pragma once
 
 #include <cstdint>
@@ -32,14 +34,15 @@ std::string counted(int64_t number, std::string_view noun);
 /// A duration as people say it: "8 s", "3 min 20 s", "2 h 5 min".
 std::string duration(double seconds);
 
-/// Lines of at most so many characters, broken at blanks only: a longer word stays whole. What is broken goes on indented:
-/// below the second column of a list, or by so much more than the line. Width 0 breaks nothing.
+/// The text in lines of at most width characters, broken at blanks only: a longer word stays whole. The rest of a broken
+/// line is indented to the line's second column, if it has one (two blanks before it), else hang characters more than the
+/// line. Width 0 breaks nothing.
 std::string wrapped(std::string_view text, size_t width, size_t hang = 2);
 
-/// Characters, of text that is UTF-8.
+/// The number of characters in UTF-8 text.
 size_t widthOf(std::string_view text);
 
-/// The text with a small first letter, as it stands inside a sentence.
+/// The text with a small first letter, to stand inside a sentence; "USB port" keeps its capitals.
 std::string lowered(std::string_view text);
 
 } // namespace host
