@@ -1,13 +1,15 @@
-// How much drawing a job may ask for.
+// How much drawing a plot may ask for. Instructions of a few bytes can ask for the same huge fill over and over, and plot
+// files come from anywhere: the work is measured against the bytes read, so that the time for a file stays in proportion to
+// its size.
 #pragma once
 
 #include <cstdint>
 
 namespace language {
 
-/// Some instructions of a few bytes repeat a lot of work: outlining or filling a large polygon again, cutting a line into
-/// dashes. Each byte read earns kPerByte units of it (a line, or an edge crossed); real jobs need a few. It counts the bytes
-/// actually reached, so that the way a job is cut into calls makes no difference.
+/// Each byte read earns kPerByte units of work (a line, or an edge crossed), besides the kAtOnce that every plot has; real
+/// jobs need a few units a byte. The bytes are the reader's own count, which must outlive this: so the way a job is cut into
+/// calls makes no difference.
 class Allowance {
 public:
     static constexpr uint64_t kAtOnce = 10'000'000;

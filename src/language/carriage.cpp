@@ -104,7 +104,8 @@ void Carriage::lineTo(Point to) {
     if (lineType_.count > 0) phase_ = std::fmod(phase_ + length, lineType_.length);
 }
 
-/// Cuts the visible part of a line of the given length, of which the first units were skipped.
+/// Draws the visible part of a dashed line of the given length; skipped: how much of the line lies before that part. Both in
+/// plotter units.
 void Carriage::drawDashes(Point from, Point to, double skipped, double length) {
     double pattern = lineType_.length;
     double position = phase_ + skipped;

@@ -1,4 +1,5 @@
-// The pen over the sheet: what the languages move, whatever their instructions are called.
+// The pen over the sheet. Whatever their instructions are called, all languages move a pen: clipping, dashes, measuring and
+// the estimate of time are done here once, and the readers need to know none of it.
 #pragma once
 
 #include "language/allowance.h"
@@ -22,23 +23,23 @@ public:
     /// Pen 0 is an empty holder: moves go on, and nothing is drawn or measured. Lifts the pen when anything changes.
     void setPen(int pen, double widthMillimetres);
     void setSpeed(double centimetresPerSecond);
-    /// A pattern is at least 1 mm long, and goes at most a thousand times along the sheet's diagonal.
+    /// Patterns shorter than 1 mm, or than a thousandth of the sheet's diagonal, are lengthened to that.
     void setLineType(const LineType &type);
     /// Nothing is drawn outside it (nor outside the hard-clip area).
     void setWindow(const Rectangle &window);
 
-    /// With the pen up.
+    /// Moves with the pen up.
     void moveTo(Point to);
     /// Puts the pen down where it is: a dot, unless a line follows.
     void touch();
-    /// With the pen down and the line type in effect.
+    /// Draws a line in the line type in effect.
     void lineTo(Point to);
-    /// With the pen down, always solid: letters and ticks.
+    /// Draws a line that is solid whatever the line type: letters and ticks.
     void strokeTo(Point to);
-    /// Even-odd, closed contours; does not count as a move.
+    /// Fills closed contours by the even-odd rule; leaves the language's pen where it is. ends: see PenSink::fill.
     void fill(std::span<const Point> points, std::span<const size_t> ends);
 
-    /// Asks for an amount of work that the bytes read may not justify: see Allowance. False: leave it.
+    /// To be asked before much work: see Allowance. False: it must not be done, and is counted as refused.
     bool afford(uint64_t work);
 
     const Rectangle &hardClip() const noexcept { return hardClip_; }

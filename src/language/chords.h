@@ -1,4 +1,5 @@
-// Arcs as chords.
+// Arcs as chords, for every instruction of every language that draws one. The sink knows straight lines only, as do the
+// clipping and the dashes before it.
 #pragma once
 
 #include "language/geometry.h"

@@ -32,7 +32,7 @@ bool clipLine(const Rectangle &area, Point &from, Point &to) noexcept {
         !edge(-step.y, start.y - area.lower.y) || !edge(step.y, area.upper.y - start.y)) {
         return false;
     }
-    // Rounding must not leave a point just outside, be it one that was thought to need no cut.
+    // Rounding must not leave a point just outside, not even one that needed no cut.
     auto within = [&](Point p) {
         return Point{std::clamp(p.x, area.lower.x, area.upper.x), std::clamp(p.y, area.lower.y, area.upper.y)};
     };
@@ -45,8 +45,8 @@ bool clipLine(const Rectangle &area, Point &from, Point &to) noexcept {
 
 namespace {
 
-/// Cuts a closed contour at one straight edge: Axis is the coordinate, and the part on the side of bound that Sign tells
-/// stays.
+/// Cuts a closed contour at a line parallel to an axis. Keeps the part where the coordinate Axis is at least bound (Sign 1)
+/// or at most bound (Sign -1).
 template <double Point::*Axis, int Sign> void cutAt(double bound, const std::vector<Point> &from, std::vector<Point> &to) {
     to.clear();
     if (from.empty()) return;

@@ -1,4 +1,5 @@
-// Cutting lines and polygons at a rectangle.
+// Cutting lines and polygons at a rectangle: a plot may draw far outside the sheet, and what receives the strokes is
+// promised points within it. Results never lie outside by a rounding error either.
 #pragma once
 
 #include "language/geometry.h"
@@ -16,7 +17,7 @@ inline bool inside(const Rectangle &area, Point p) noexcept {
 /// The rectangle between any two opposite corners.
 Rectangle rectangleOf(Point one, Point other) noexcept;
 
-/// May be empty: lower above upper.
+/// What both have in common. It may be empty: lower is above upper then.
 Rectangle intersection(const Rectangle &a, const Rectangle &b) noexcept;
 
 /// Shortens the line to its part within area; false when there is none. The ends must be finite.

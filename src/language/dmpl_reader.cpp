@@ -7,7 +7,7 @@
 
 namespace language {
 
-/// What a letter, or two, mean.
+/// A row of the table: an instruction of one or two letters, and what it does.
 struct DmplReader::Instruction {
     enum Action : uint8_t {
         ignore, ///< with any numbers behind it
@@ -30,7 +30,7 @@ struct DmplReader::Instruction {
     };
     char name[2]; // the second is 0 for none
     Action action;
-    uint8_t numbers; ///< acts on each so many of them; 0: acts at once, and reads over any numbers
+    uint8_t numbers; ///< that it takes at a time, and again for each further lot; 0: acts at once, and skips any numbers
 };
 
 namespace {
@@ -218,7 +218,7 @@ void DmplReader::completeNumber() {
     act();
 }
 
-/// On as many numbers as the instruction takes at a time.
+/// Carries the instruction out once, with the numbers that it takes at a time.
 void DmplReader::act() {
     const auto &n = numbers_;
     switch (instruction_->action) {
@@ -266,7 +266,7 @@ void DmplReader::go(Point to) {
         carriage_.moveTo(to);
 }
 
-/// With the pen down, from where it is.
+/// Draws an arc of so many degrees from where the pen is, even when the pen is up; it is put back up then.
 void DmplReader::arc(Point centre, double sweep) {
     const bool down = down_;
     const Point radius{at_.x - centre.x, at_.y - centre.y};

@@ -1,4 +1,5 @@
-// Reads DM/PL, the language that is selected by ";:".
+// Reads DM/PL, the language that is selected by ";:". It acts on each byte as it comes: a plot file may be larger than the
+// memory, and on a line bytes come a few at a time.
 #pragma once
 
 #include "language/carriage.h"

@@ -1,4 +1,5 @@
-// HP-GL's coordinate systems: user units, plotter units, and the sheet.
+// HP-GL's coordinate systems: user units, plotter units, and the sheet. A plot may change scale, scaling points and rotation
+// in any order; they are kept here together because each of them gives the others a new meaning.
 #pragma once
 
 #include "language/geometry.h"
@@ -16,9 +17,9 @@ public:
     explicit Frame(const Rectangle &hardClip) : hardClip_(hardClip) { reset(); }
 
     void reset();
-    /// Only 0, 90, 180 and 270 degrees, counter-clockwise.
+    /// Turns to 0, 90, 180 or 270 degrees, counter-clockwise; false for any other angle, and nothing changes.
     bool rotate(int degrees);
-    /// False when they have an x or y in common; then nothing changes.
+    /// False when the points have an x or y in common; then nothing changes.
     bool setScalingPoints(Point p1, Point p2);
     void defaultScalingPoints();
     /// The parameters of SC: four of type 0 or 2, or type 1 (equal units on both axes) with its margins; none for no

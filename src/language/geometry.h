@@ -1,4 +1,4 @@
-// Points and rectangles on the sheet.
+// Points and rectangles on the sheet, and the unit that all of them are in.
 #pragma once
 
 namespace language {

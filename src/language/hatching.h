@@ -1,4 +1,5 @@
-// Parallel lines across a polygon.
+// Parallel lines across a polygon, for hatched fills. They are made one at a time: a plot can ask for so many that all of
+// them would not fit into memory, and work() tells beforehand what they would cost.
 #pragma once
 
 #include "language/geometry.h"

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kOnALine = 1e-9; // sine between two directions that are the same but for rounding
 
-/// From where the pen is.
+/// Draws an arc of so many degrees that begins where the pen is.
 void drawArc(Plotter &p, Point centre, double sweep, double chord) {
     const Point unit = p.frame.stepToPlotter({1, 1});
     const Point radius{(p.at.x - centre.x) / unit.x, (p.at.y - centre.y) / unit.y};
@@ -29,8 +29,8 @@ bool arc(Plotter &p, Numbers n, bool relative) {
     return true;
 }
 
-/// Through a point between to the end. An end where the pen is makes a circle, with the point between opposite; three points
-/// on a line make a line.
+/// Draws an arc from the pen through a second point to a third. A third point where the pen is makes a circle, with the
+/// second one opposite; three points on a line make a line.
 bool arcThrough(Plotter &p, Numbers n, bool relative) {
     const Point unit = p.frame.stepToPlotter({1, 1});
     const Point end = p.placeOf({n[2], n[3]}, relative);
@@ -74,7 +74,7 @@ bool arcRelative(Plotter &p, Numbers n) { return arc(p, n, true); }
 bool arcThroughAbsolute(Plotter &p, Numbers n) { return arcThrough(p, n, false); }
 bool arcThroughRelative(Plotter &p, Numbers n) { return arcThrough(p, n, true); }
 
-/// Draws whether or not the pen is down. Into the polygon buffer it goes as a contour of its own.
+/// Draws whether or not the pen is down. In the polygon buffer a circle is a contour of its own.
 bool circle(Plotter &p, Numbers n) {
     const Point centre = p.at;
     const Point unit = p.frame.stepToPlotter({1, 1});

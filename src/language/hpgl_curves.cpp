@@ -11,10 +11,10 @@ namespace {
 constexpr double kDeviation = 0.5; // plotter units that a chord may lie beside the curve
 constexpr double kMostChords = 1000;
 
-/// How far the middle point lies from where it would be on a line at even pace.
+/// How much three control points depart from evenly spaced ones on a line: the length of their second difference.
 double bend(Point a, Point b, Point c) { return std::hypot(a.x - 2 * b.x + c.x, a.y - 2 * b.y + c.y); }
 
-/// From where the pen is; all points of a relative one are steps from there.
+/// Draws a curve from where the pen is; all points of a relative one are steps from there.
 bool curve(Plotter &p, Numbers n, bool relative) {
     if (n.empty()) return true;
     const Point a = p.at;

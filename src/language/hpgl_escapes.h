@@ -1,4 +1,5 @@
-// Escape sequences between and within HP-GL instructions.
+// Escape sequences between and within HP-GL instructions. Files for printers that know HP-GL/2 are wrapped in them, and
+// questions to a plotter may stand anywhere; read as instructions they would be reported as errors, or draw.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,6 @@
-// What HP-GL's instructions do, by family. Each takes the numbers that were given, no more and no fewer than the table of
-// instructions allows, and answers false when they make no sense; then it has changed nothing.
+// What HP-GL's instructions do, by family; the table in hpgl_instructions.cpp gives each mnemonic its function. Each takes
+// the numbers that were given, no more and no fewer than the table allows, and answers false when they make no sense; then
+// it has changed nothing.
 #pragma once
 
 #include "language/hpgl_plotter.h"

@@ -1,4 +1,6 @@
-// HP-GL's instructions as data: what follows each mnemonic, and what it does.
+// HP-GL's instructions as data: what follows each mnemonic, and what it does. The reader must know how far an instruction
+// reaches even if it draws nothing (a label's text could hold other mnemonics); so those without effect have rows, too, and
+// are not reported as unknown.
 #pragma once
 
 #include "language/hpgl_plotter.h"
@@ -36,7 +38,7 @@ struct Instruction {
     uint8_t group = 2; ///< numbers that are carried out at a time
 };
 
-/// Null when there is none. Lower case is as good as upper case.
+/// The instruction with this mnemonic, in upper or lower case; null when there is none.
 const Instruction *findInstruction(unsigned char first, unsigned char second) noexcept;
 
 } // namespace language::hpgl

@@ -12,7 +12,7 @@ namespace {
 enum : unsigned char { kBackspace = 8, kTab = 9, kLineFeed = 10, kVerticalTab = 11, kReturn = 13 };
 constexpr double kTabStop = 8; // columns
 
-/// What the attributes come to, in plotter units.
+/// The sizes and directions of letters, in plotter units, that the attributes amount to.
 struct Layout {
     Point along; // with up: unit vectors of the label
     Point up;
@@ -107,7 +107,7 @@ void control(Plotter &p, unsigned char character) {
         p.at = l.lineStart;
         l.column = 0;
         break;
-    default: break; // what remains changes character sets, or nothing
+    default: break; // all others change character sets, or do nothing
     }
 }
 

@@ -14,7 +14,7 @@ bool selectPen(Plotter &p, Numbers n) {
     return true;
 }
 
-/// Width, and the pen it is for: all without one.
+/// Takes the width and the pen that it is for; without a pen it is for all.
 bool penWidth(Plotter &p, Numbers n) {
     const double width = !n.empty() ? n[0] : p.pens.relative ? 0.1 : Carriage::kDefaultWidth;
     if (width < 0) return false;
@@ -40,11 +40,11 @@ bool velocity(Plotter &p, Numbers n) {
     return true;
 }
 
-/// Type, pattern length, and whether that is in millimetres; the last two keep their values when they are not given.
+/// Takes the type, the pattern's length, and whether that is in millimetres; the last two stay as they are when not given.
 bool lineType(Plotter &p, Numbers n) {
     Lines &lines = p.lines;
     if (!n.empty()) {
-        if (n[0] == 99) return true; // the line type before the last: plotters that have it are rare
+        if (n[0] == 99) return true; // asks for the previous line type: not done, as plotters that know it are rare
         if (std::abs(n[0]) >= static_cast<double>(lines.patterns.size())) return false;
         if (n.size() > 1 && n[1] <= 0) return false;
         if (n.size() > 2 && n[2] != 0 && n[2] != 1) return false;
@@ -57,7 +57,8 @@ bool lineType(Plotter &p, Numbers n) {
     return true;
 }
 
-/// Type and the parts of its pattern, down, up, …; without parts the type gets its own back, without anything all do.
+/// Takes a type and the parts of its pattern: down, up, …. Without parts the type gets its standard pattern back, without a
+/// type all of them do.
 bool userLineType(Plotter &p, Numbers n) {
     auto &patterns = p.lines.patterns;
     if (n.empty()) {

@@ -1,4 +1,5 @@
-// The plotter that HP-GL's instructions work on: what they set and what they share.
+// The plotter that HP-GL's instructions work on: pens, line types, fills, lettering, and where the pen is. Its members are
+// open, because the instructions of all families read and set them, each in a file of its own.
 #pragma once
 
 #include "language/carriage.h"
@@ -99,9 +100,9 @@ struct Plotter {
     double tickUp = 0.5, tickDown = 0.5; ///< percent
     bool chordsByDeviation = false;
 
-    /// To a place, with the pen as it is: a line, a move, or a vertex.
+    /// Goes to a place in plotter units with the pen as it is: a line, a move, or a vertex of a polygon.
     void go(Point to);
-    /// The same for what an instruction says in user units or, in relative mode, as a step.
+    /// The same for a place in user units or, in relative mode, a step in them.
     void goUser(Point to) { go(placeOf(to, relative)); }
     Point placeOf(Point user, bool asStep) const noexcept;
     void lower();
@@ -109,7 +110,7 @@ struct Plotter {
     /// Takes the pen, lifted, back to where the instructions have it, after something was drawn on the side.
     void resume() { carriage.moveTo(frame.toSheet(at)); }
 
-    /// After their settings, or P1 and P2, have changed.
+    /// Hand settings on to the carriage; to be called after they, or P1 and P2, have changed.
     void applyPen();
     void applyLineType();
     void applyWindow();
@@ -130,8 +131,8 @@ bool polylineByte(Plotter &plotter, unsigned char byte);
 /// False when it ends in the middle of a point.
 bool endPolyline(Plotter &plotter);
 
-/// Degrees, from what an instruction says: nothing (0) is the default, and where the plotter is set to it, a number is how
-/// far a chord may lie beside an arc of that radius.
+/// The angle of an arc's chords in degrees. chord is what the instruction says: 0 for the default, otherwise degrees or,
+/// with chordsByDeviation, how far a chord may lie beside an arc of that radius.
 double chordAngle(const Plotter &plotter, double chord, double radius) noexcept;
 
 } // namespace language::hpgl

@@ -64,7 +64,7 @@ void fill(Plotter &p) {
     switch (filling.type) {
     case 4: hatch(p, filling.angle + 90, spacing); [[fallthrough]];
     case 3: hatch(p, filling.angle, spacing); break;
-    case 10: // so much of the paper is covered as the shading says
+    case 10: // shading: hatched so that this percentage of the paper is covered
         if (filling.spacing > 0 && filling.spacing < 100)
             hatch(p, 45, penWidth * 100 / filling.spacing);
         else if (filling.spacing >= 100)
@@ -74,7 +74,7 @@ void fill(Plotter &p) {
     }
 }
 
-/// The buffer's contents are the rectangle from here on, as if it had been defined between PM0 and PM2.
+/// Replaces the buffer's contents by a rectangle, as if it had been defined between PM0 and PM2.
 void makeRectangle(Plotter &p, Point corner) {
     p.polygon.clear();
     for (Point vertex : {p.at, Point{corner.x, p.at.y}, corner, Point{p.at.x, corner.y}}) {
@@ -83,7 +83,7 @@ void makeRectangle(Plotter &p, Point corner) {
     p.polygon.close(true);
 }
 
-/// Radius (a negative one points backwards), start and sweep angle, chord.
+/// Replaces them by a wedge. Takes radius (a negative one points backwards), start and sweep angle, and chord.
 void makeWedge(Plotter &p, Numbers n) {
     const Point unit = p.frame.stepToPlotter({1, 1});
     const double sweep = std::clamp(n[2], -360.0, 360.0);

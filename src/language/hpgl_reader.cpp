@@ -96,14 +96,14 @@ void HpglReader::step(unsigned char byte) {
     }
 }
 
-/// A run of it counts once.
+/// Reads over bytes that begin no instruction. A run of them counts as one oddity.
 void HpglReader::rubbishByte(unsigned char byte) {
     if (!isBlank(byte) && !isLetter(byte) && byte != ';') return keep(byte);
     note(Oddity::unknown);
     startAt(byte);
 }
 
-/// At a place where an instruction may begin.
+/// Takes a byte with which an instruction may begin.
 void HpglReader::startAt(unsigned char byte) {
     state_ = State::between;
     if (isBlank(byte) || byte == ';' || byte == ',') return;
@@ -128,7 +128,7 @@ void HpglReader::beginInstruction(unsigned char second) {
     case Form::label:
     case Form::text: state_ = State::label; break;
     case Form::comment:
-        // In small letters it is rather a word of something that is no plot, and the semicolon far away.
+        // In small letters it is rather part of a word in a file that is no plot, with no semicolon for a long way.
         if (((letter_ | second) & 0x20u) == 0) state_ = State::comment;
         break;
     case Form::strokes: hpgl::beginOwnCharacter(plotter_); break;

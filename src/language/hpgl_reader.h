@@ -1,4 +1,5 @@
-// Reads HP-GL, and HP-GL/2 as pen plotters know it.
+// Reads HP-GL, and HP-GL/2 as pen plotters know it. It acts on each byte as it comes, with a state for each place that a
+// byte can stand in: a plot file may be larger than the memory, and on a line bytes come a few at a time.
 #pragma once
 
 #include "language/hpgl_escapes.h"

@@ -12,13 +12,13 @@ constexpr Point kSmallLetters{1.87, 2.69};
 constexpr Point kLargeLetters{2.85, 3.75};
 constexpr double kSmallSheet = 300; // millimetres along its longer edge
 
-/// What follows from P1 and P2 beside coordinates.
+/// Widths and pattern lengths may be percentages of the distance between P1 and P2, so they change with them.
 void scalingPointsChanged(Plotter &p) {
     p.applyPen();
     p.applyLineType();
 }
 
-/// P1 at the first corner; P2 at the second or, without one, as far from it as before.
+/// Sets P1 and P2; without a P2 it moves along with P1. False, and nothing changes, for corners that span no area.
 bool setCorners(Plotter &p, Point p1, std::optional<Point> p2) {
     const Point old = p.frame.p1();
     if (!p2) p2 = Point{p1.x + p.frame.p2().x - old.x, p1.y + p.frame.p2().y - old.y};
@@ -96,7 +96,7 @@ bool relativeScalingPoints(Plotter &p, Numbers n) {
 
 bool scale(Plotter &p, Numbers n) { return p.frame.setScale(n); }
 
-/// In the units in effect, and kept in plotter units whatever becomes of the scale.
+/// Takes the corners in the units in effect, and keeps them in plotter units: a later scale does not move the window.
 bool inputWindow(Plotter &p, Numbers n) {
     if (!n.empty() && n.size() != 4) return false;
     if (n.empty())

@@ -1,4 +1,5 @@
-// Line types: solid, dots, and dash patterns.
+// Line types: solid, dots, and dash patterns. A pattern is kept as parts of its whole length, whatever units a language
+// gives it in, so that it can be stretched to a line.
 #pragma once
 
 #include <array>

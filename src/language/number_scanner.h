@@ -1,4 +1,5 @@
-// Decimal numbers, byte by byte.
+// Decimal numbers, byte by byte: the end of a block may cut a number anywhere, and it may have any number of digits. Values
+// are limited, so that nothing that is computed from them becomes infinite.
 #pragma once
 
 #include "language/geometry.h"
@@ -13,7 +14,7 @@ namespace language {
 /// No number of a plotter language is taken to lie outside +-kLargest: all that is computed from them stays finite.
 constexpr double kLargest = 1e9;
 
-/// Never NaN: that becomes the lower end.
+/// The value within +-kLargest. NaN becomes -kLargest.
 constexpr double clamped(double value) noexcept {
     return value > -kLargest ? (value < kLargest ? value : kLargest) : -kLargest;
 }

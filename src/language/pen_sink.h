@@ -1,4 +1,5 @@
-// What a plotter's pen does on the sheet: the joint between the languages, which say it, and what draws or measures it.
+// What a plotter's pen does on the sheet: the seam between the languages and what is made of a plot. A reader draws on any
+// sink: a picture, or one that draws nothing where only the findings are wanted.
 #pragma once
 
 #include "language/geometry.h"

@@ -6,7 +6,7 @@ namespace {
 
 constexpr size_t kLongestHead = 4096; // blanks without end must not fill the memory
 
-/// The two bytes that tell the language are there.
+/// True once the two bytes are there that tell the language, or so many blanks that no more are waited for.
 bool tells(std::string_view head) {
     size_t blanks = 0;
     while (blanks < head.size() && static_cast<unsigned char>(head[blanks]) <= ' ')
@@ -30,7 +30,7 @@ void PlotReader::choose() {
 void PlotReader::take(std::string_view bytes) {
     if (reader_ == nullptr && language_) choose();
     while (reader_ == nullptr && !bytes.empty()) {
-        head_ += bytes.front(); // one by one: the choice must not hang on how the bytes are cut
+        head_ += bytes.front(); // one by one: the choice must not depend on how the bytes are cut
         bytes.remove_prefix(1);
         if (tells(head_)) choose();
     }

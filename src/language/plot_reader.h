@@ -1,4 +1,5 @@
-// Reads plots whose language is not known beforehand.
+// Reads plots whose language is not known beforehand: a file, or what a program sends to a port, may be HP-GL or DM/PL. Its
+// first bytes tell, and must not be lost by being looked at.
 #pragma once
 
 #include "language/reader.h"
@@ -18,12 +19,12 @@ public:
     void take(std::string_view bytes);
     void finish();
 
-    /// What to do with the reader that has been chosen, before it reads.
+    /// Called once with the chosen reader, before it reads anything; may be empty.
     std::function<void(Reader &)> onChoice;
 
     /// The reader; nullptr while the language is not known. After finish() there is one.
     const Reader *reader() const { return reader_.get(); }
-    /// Has a meaning when there is a reader.
+    /// Valid once there is a reader.
     Language language() const { return language_.value_or(Language::hpgl); }
 
 private:

@@ -1,4 +1,5 @@
-// The polygon buffer: contours waiting to be filled or outlined.
+// HP-GL's polygon buffer: contours that wait to be filled or outlined. Its size is limited, as a plotter's is, so that a
+// definition without end cannot take all memory.
 #pragma once
 
 #include "language/geometry.h"

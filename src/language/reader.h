@@ -1,4 +1,5 @@
-// Readers of plotter languages: bytes in, pen strokes out.
+// Readers of plotter languages: bytes in, pen strokes and findings out. Examination, preview and the plotter in software all
+// read plots through this one interface, and know no language.
 #pragma once
 
 #include "language/pen_sink.h"
@@ -15,7 +16,7 @@ namespace language {
 
 enum class Language : uint8_t { hpgl, dmpl };
 
-/// An instruction that the reader could not follow. It went on behind it.
+/// An instruction that the reader could not carry out. It is reported and skipped, and reading goes on behind it.
 struct Oddity {
     enum Kind : uint8_t {
         unknown,   ///< no instruction of that name, or bytes that are none at all
@@ -34,7 +35,7 @@ struct Findings {
     uint64_t instructions = 0; ///< known ones, malformed or not
     uint64_t unknown = 0;
     uint64_t malformed = 0;
-    std::vector<Oddity> oddities; ///< the first kMaxOddities of them
+    std::vector<Oddity> oddities; ///< the first kMaxOddities of the unknown and malformed ones
 
     bool anyDemand = false;       ///< whether demand has a meaning
     Rectangle demand;             ///< bounds of all that was to be drawn, before any clipping

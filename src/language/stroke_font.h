@@ -1,4 +1,4 @@
-// A stroked font: letters as the pen draws them.
+// A stroked font: letters as the pen draws them. All are equally wide, because labels are placed in cells of one size.
 #pragma once
 
 #include <cstdint>

@@ -62,9 +62,9 @@ std::string actionOf(const DeclaredOption &option) {
     case ValueKind::Profile: return "_vectorix_profiles";
     default: return ":";
     }
-} // namespace manual
+}
 
-/// What may follow an option of the command.
+/// Rows of a shell case: what may follow each option of the command that takes a value.
 std::string valueRows(const Command &command) {
     std::string rows;
     for (const DeclaredOption &option : optionsOf(command)) {
@@ -78,7 +78,7 @@ std::string valueRows(const Command &command) {
     return rows;
 }
 
-/// What may stand anywhere else: options, sub-commands, and the positional value.
+/// A row of a shell case: what may stand anywhere else (options, sub-commands, the positional value).
 std::string wordRow(const Command &command) {
     std::vector<std::string> words, names;
     std::string action = ":";

@@ -14,7 +14,8 @@ struct KnownValue {
     std::vector<std::string> words;
 };
 
-/// The names that the command gives to values. Words for one that is not told here are those small letters in its name.
+/// The placeholders that stand for more than any text. One that is not listed gives its alternatives itself when it is
+/// written in small letters, such as "none|even|odd".
 const std::vector<KnownValue> &knownValues() {
     static const std::vector<KnownValue> rows = {
         {"DEVICE", ValueKind::Port, {}},

@@ -1,4 +1,6 @@
-// What the declaration of an option tells: its names, and what may stand for its value.
+// What the declaration of an option tells the generators of manual pages and completions. What may stand for its value is
+// told from the placeholder in its help ("FILE", "DEVICE", "none|even|odd"), so that commands declare nothing for
+// completions alone.
 #pragma once
 
 #include "host/terminal/command.h"
@@ -11,7 +13,7 @@ namespace manual {
 enum class ValueKind { None, Text, Words, File, Port, Profile };
 
 struct DeclaredOption {
-    std::vector<std::string> names; ///< "-v", "--verbose"; of a positional one none
+    std::vector<std::string> names; ///< "-v", "--verbose"; empty for a positional one
     std::string valueName;          ///< "FILE", "none|even|odd"
     std::string help;
     std::string group;
@@ -19,15 +21,15 @@ struct DeclaredOption {
     bool isRepeatable = false;
     bool isValueOptional = false;
     ValueKind kind = ValueKind::None;
-    std::vector<std::string> words; ///< that are values, or file name extensions without the dot; empty for any file
+    std::vector<std::string> words; ///< the values, or for File the extensions without the dot; empty for any file
 
     bool isPositional() const { return names.empty(); }
 };
 
-/// In the order of their declaration, with the help option.
+/// The options that are not hidden, in the order of their declaration, with the help option.
 std::vector<DeclaredOption> optionsOf(const host::Command &command);
 
-/// The command and all below it, from above.
+/// The command and all commands below it, each before its own sub-commands.
 std::vector<host::Command> commandsFrom(const host::Command &command);
 
 } // namespace manual

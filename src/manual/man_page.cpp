@@ -16,7 +16,7 @@ namespace {
 
 std::string reference(const Command &command) { return fmt::format(".BR {} (1)", roff(pageName(command))); }
 
-/// A description as it stands behind the name.
+/// The command's description as the NAME section has it: in small letters, without a full stop.
 std::string purpose(const Command &command) {
     std::string text = host::lowered(command.help());
     if (text.ends_with('.')) text.pop_back();
@@ -88,7 +88,7 @@ std::string exitSection() {
     return text;
 }
 
-/// Of the command as a whole.
+/// The same on every page.
 std::string environmentSection() {
     return ".SH ENVIRONMENT\n.TP\n.B NO_COLOR\nWhen it is set to something, nothing has colour, unless\n" + bold("--color") +
            "\nis given.\n.TP\n.B TMPDIR\nWhere a plot from standard input is kept, without a name, while it is used; " +

@@ -29,7 +29,7 @@ __vectorix_profiles() {
 }
 )shell";
 
-/// A part of what _arguments reads, whose own signs stand for themselves.
+/// Text for an argument of _arguments, with the signs escaped that mean something there.
 std::string escaped(const std::string &text) {
     std::string result;
     for (char c : text) {
@@ -39,7 +39,7 @@ std::string escaped(const std::string &text) {
     return result;
 }
 
-/// A word of the shell.
+/// The text as one word of the shell, in quotes.
 std::string quoted(const std::string &text) {
     std::string result = "'";
     for (char c : text)

@@ -1,4 +1,5 @@
-// The whole command line.
+// The whole command line. Declaring it is apart from running it, because the manual pages and shell completions are made
+// from the same declarations.
 #pragma once
 
 #include "host/terminal/command.h"
@@ -7,10 +8,10 @@
 
 namespace host {
 
-/// All options and sub-commands, with what is told of them.
+/// All options and sub-commands, with their help; nothing is parsed or run.
 std::unique_ptr<CommandLine> declaredCommandLine();
 
-/// Runs what was typed; the process's exit code.
+/// Parses and runs what was typed, and prints failures. Returns the process's exit code.
 int runCommandLine(int count, char **words);
 
 } // namespace host

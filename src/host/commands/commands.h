@@ -1,4 +1,5 @@
-// The sub-commands. Each adds itself to the command line, and says what to run when it is the one that was typed.
+// The sub-commands, a file for each. Each function adds one to the command line: its options, its help, and what to run when
+// it is the one that was typed.
 #pragma once
 
 #include "host/terminal/command.h"

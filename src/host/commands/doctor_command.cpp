@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 namespace {
 
 struct DoctorOptions {
-    bool isPort = false, isUsb = false; ///< one link alone
+    bool isPort = false, isUsb = false; ///< look at this kind of link alone
     std::string port, usbChoice;
     bool isVerbose = false;
     bool json = false;
@@ -26,7 +26,7 @@ struct DoctorOptions {
 
 using Reports = std::vector<LinkReport>;
 
-/// The port that the path means, under that path.
+/// What the system knows of the port that a path leads to. It is reported under the path as it was typed.
 SerialPort portAt(const std::string &path) {
     std::error_code ignored;
     const std::string target = fs::canonical(path, ignored);
@@ -48,7 +48,7 @@ void addAdapters(const System &system, Reports &reports) {
 Reports examinePort(const System &system, const std::string &path) {
     requirePortPath(path);
     Reports reports = {checkPort(system, portAt(path))};
-    // A port that is not there may be an adapter's that has none.
+    // A port that is not there may belong to an adapter for which the kernel has made none.
     if (!fs::exists(path)) addAdapters(system, reports);
     return reports;
 }

@@ -57,7 +57,7 @@ ORB_ServiceRecord recordOf(const LimitsOptions &options, const std::optional<Usb
     return record;
 }
 
-/// How long a question takes at most: what the pauses around it and the tries to hear a reply come to when there is none.
+/// Seconds that a question takes at most: the pauses around it, and all tries to hear a reply when there is none.
 double secondsFor(const LimitsOptions &options, bool isUsb) {
     constexpr double kSerial = 16, kSecondReply = 2; // of a language that gives two
     constexpr double kUsb = 66, kSecondUsbReply = 63;
@@ -68,7 +68,7 @@ double secondsFor(const LimitsOptions &options, bool isUsb) {
 }
 
 QueryOutcome ask(const LimitsOptions &options, const std::optional<UsbDevice> &usb) {
-    // Over USB each read has a time of its own: what is over by then would have been over by itself.
+    // Over USB each read has a time limit of its own. The margin lets a query end by itself if it can.
     constexpr double kUsbMargin = 5;
     const auto seconds = std::chrono::duration<double>(secondsFor(options, usb.has_value()) + (usb ? kUsbMargin : 0));
     QueryWatch watch(std::chrono::duration_cast<std::chrono::milliseconds>(seconds),
@@ -81,7 +81,7 @@ QueryOutcome ask(const LimitsOptions &options, const std::optional<UsbDevice> &u
 
     auto start = std::chrono::steady_clock::now();
     ORB_ServiceRecord record = recordOf(options, usb, portPath.get());
-    outcome.report.errorID = record.ORB_errorID; // when the plotter cannot be made ready there is nothing else
+    outcome.report.errorID = record.ORB_errorID; // all there is when the plotter could not be made ready
     bool isReady = !usb || record.ORB_errorID == kORB_NoError;
     outcome.isUsbGone = usb && accessTo(usb->node) == NodeAccess::NoNode;
     if (isReady && !outcome.isUsbGone && !StopOnSignal::came()) {

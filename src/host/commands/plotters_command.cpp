@@ -28,7 +28,7 @@ uint16_t modelNumber(const std::string &option, const std::string &text) {
                   fmt::format("{}: {}: type up to four hexadecimal digits, as lsusb shows them", option, shown(text)));
 }
 
-/// Those that the plug-in finds for the model; what it does not tell is taken from the system.
+/// The plotters that the plug-in finds of a model; what it does not tell of them is taken from the system.
 std::vector<UsbDevice> plottersOf(uint16_t vendor, uint16_t product) {
     ORB_ServiceRecord record = listPlotters(vendor, product);
     std::vector<UsbDevice> all = usbDevices();

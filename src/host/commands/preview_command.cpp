@@ -40,7 +40,7 @@ void tell(const PreviewOptions &options, const language::PlotReader &plot, const
     }
 }
 
-/// A language that was typed is taken as typed.
+/// Throws Failure (unfit) for a file that is no plot. A language that was typed is believed, whatever the file looks like.
 void requirePlot(const PlotFile &file, std::optional<language::Language> typed) {
     std::string head(4096, '\0');
     auto guessed = virtual_plotter::guessLanguage(file.read(0, head));
@@ -64,7 +64,7 @@ ExitCode preview(const PreviewOptions &options) {
         plot.take(block);
         return !StopOnSignal::came();
     });
-    signals.reset(); // the picture is written in one go, which only the end of the process ends
+    signals.reset(); // writing the picture asks for no stop: from here on a signal ends the process
     if (StopOnSignal::came()) throw Failure(ExitCode::Stopped, "stopped: nothing was written");
     plot.finish();
     if (plot.reader()->findings().instructions == 0) {

@@ -68,7 +68,7 @@ ExitCode add(const Command &command, const CommandOptions &options) {
     for (const ProfileKey &key : kProfileKeys) {
         Option option = *command.find(optionName(key));
         if (!option.isTyped()) continue;
-        bool isNumber = key.kind == ProfileKind::Number; // may be typed in other ways than a profile writes it
+        bool isNumber = key.kind == ProfileKind::Number; // may be typed in another form than a profile has it in
         profile.values.push_back({&key, isNumber ? std::vector{fmt::format("{}", option.number())} : option.typed()});
     }
     if (profile.values.empty()) {
@@ -81,7 +81,7 @@ ExitCode add(const Command &command, const CommandOptions &options) {
     return ExitCode::Done;
 }
 
-/// An unfit profile is told of, and hides no other.
+/// An unfit profile is reported and gives the exit code, but the others are listed all the same.
 ExitCode list(const Command &, const CommandOptions &options) {
     std::vector<std::vector<std::string>> rows = {{"NAME", "LINK", "EMULATION", "PLOTTER"}};
     Json profiles = Json::array();

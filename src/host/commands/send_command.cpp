@@ -40,7 +40,7 @@ struct SendOptions {
     bool json = false;
 };
 
-/// What the plug-in sends of itself before the text.
+/// What the plug-in sends before the text on its own account.
 const char *startTextOf(const SendOptions &options) {
     if (!options.toUsb) return options.emulation == 17008 ? ";:" : "";
     switch (options.emulation) {
@@ -50,8 +50,8 @@ const char *startTextOf(const SendOptions &options) {
     }
 }
 
-/// The service leaves the port open. Waits until the plotter has taken all of it, unless the user has had enough; false when
-/// it has not.
+/// Closes the port, which the service leaves open. Waits before until the plotter has taken all of the text, unless the user
+/// stops that. Returns false when it may not have taken all.
 bool closePort(int fd) {
     bool isTaken = !StopOnSignal::came() && tcdrain(fd) == 0;
     close(fd);

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// What adapters with a plotter's cable are made of, and the kernel's driver for each.
+/// The chips in USB serial adapters, and the kernel's driver for each.
 constexpr struct {
     uint16_t vendor, product;
     const char *driver;
@@ -26,7 +26,7 @@ constexpr struct {
 };
 constexpr char kBraille[] = "brltty";
 constexpr char kModemManager[] = "ModemManager";
-constexpr char kModemDriver[] = "cdc_acm"; // of modems first of all: the modem manager asks each of its ports
+constexpr char kModemDriver[] = "cdc_acm"; // mostly of modems: ModemManager probes all its ports
 constexpr char kClaimed[] = "usbfs";       // what the kernel calls a program that has claimed an interface
 
 const char *adapterDriver(const UsbDevice &device) {

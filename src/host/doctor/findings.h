@@ -1,4 +1,6 @@
-// What may stand between this computer and a plotter: one row for each finding, with what mends it.
+// What may stand between this computer and a plotter: one row in a table for each finding, with its words, its exit code and
+// the command that mends it. A check only names the finding and fills the placeholders, so that all texts and remedies can
+// be read in one place.
 #pragma once
 
 #include "host/terminal/failure.h"
@@ -58,14 +60,14 @@ enum class Finding {
 /// What a row's placeholders stand for, by name. Any bytes: they are made safe to print, and safe for a shell.
 using Words = std::vector<std::pair<const char *, std::string>>;
 
-/// A finding about one link, in words.
+/// A finding about one link, in words, safe to print.
 struct Found {
     const char *name; ///< for programs: "not-in-group"
     Severity severity;
-    ExitCode code;       ///< that it would end a print with; Done when it is not in the way
-    std::string text;    ///< what it is
-    std::string command; ///< that mends it; empty for none
-    std::string then;    ///< what else there is to do; may be empty
+    ExitCode code;       ///< with which it would end a print; Done when it is not in the way
+    std::string text;    ///< what is the matter
+    std::string command; ///< a shell command that mends or shows it; empty for none
+    std::string then;    ///< what the command does, or what to do after it; may be empty
 };
 
 /// The finding in words. Each placeholder of its row must be among the words.

@@ -18,7 +18,7 @@ const char *stateOf(const LinkReport &report) {
     return report.severity() == Severity::Note ? "free" : describe(report.severity());
 }
 
-/// The word, and blanks up to what it is about.
+/// The word, filled with blanks up to the column of what it is about.
 std::string wordOf(std::string_view word) { return fmt::format("{}{:{}}", coloured(word), "", kWordWidth - word.size()); }
 
 void print(const LinkReport &report, bool isVerbose) {

@@ -1,4 +1,5 @@
-// The print system's queues, and where they send to.
+// The print system's queues, and the devices that they send to: a queue on the plotter's port opens it whenever something is
+// printed. The file with their settings can be read by root alone; for all others lpstat is asked.
 #pragma once
 
 #include "host/devices/usb_devices.h"
@@ -23,10 +24,10 @@ struct PrintQueues {
 /// computer, which answers from what it remembers and touches no printer. Waits for it 5 seconds at most.
 PrintQueues printQueues(const std::filesystem::path &root);
 
-/// From the text of printers.conf.
+/// The queues in the text of printers.conf.
 std::vector<PrintQueue> parsePrinters(const std::string &text);
 
-/// From what 'lpstat -v' says in English.
+/// The queues in the output of 'lpstat -v' in English.
 std::vector<PrintQueue> parseLpstat(const std::string &text);
 
 /// True when the queue sends to a port, by its path or another of its names.

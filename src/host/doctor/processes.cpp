@@ -15,7 +15,8 @@ namespace {
 
 constexpr pid_t kKernelThreads = 2; // the parent of all of them
 
-/// The kernel's packing of a device number into 32 bits: 12 bits of the minor number's upper part, 12 of the major, 8.
+/// Unpacks a device number as the kernel writes it, in 32 bits from the highest: the minor number's upper 12 bits, 12 of the
+/// major number, the minor's lower 8.
 dev_t unpacked(unsigned number) { return makedev((number >> 8) & 0xFFF, (number & 0xFF) | ((number >> 12) & 0xFFF00)); }
 
 /// "1234 (name) S parent group session terminal …", in which the name may hold blanks and brackets.

@@ -1,4 +1,5 @@
-// The processes of the system, as far as anybody may see them.
+// The processes of the system. Which files a process has open is shown to root and to its owner alone, but its name and its
+// controlling terminal to everybody: so these are read, and which processes hide the rest is noted.
 #pragma once
 
 #include <filesystem>
@@ -11,11 +12,11 @@ namespace host {
 struct Process {
     pid_t pid = 0;
     std::string name;      ///< the program's, cut to 15 bytes by the kernel; any bytes
-    dev_t terminal = 0;    ///< that controls it; 0 for none
+    dev_t terminal = 0;    ///< the terminal that controls it; 0 for none
     bool isHidden = false; ///< this user may not see what it has open
 };
 
-/// All but this one and the kernel's own; proc is where they are published, /proc.
+/// All processes but this one and the kernel's own; proc is /proc.
 std::vector<Process> processes(const std::filesystem::path &proc);
 
 } // namespace host

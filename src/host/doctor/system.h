@@ -1,4 +1,5 @@
-// The computer as it is at one moment, as far as it is looked at: read once, for all links.
+// The state of the computer that the checks share: the user's groups, processes, udev rules, print queues. It is read once
+// for all links, so that they are judged by the same moment, and the print system, which may take seconds, is asked once.
 #pragma once
 
 #include "host/doctor/print_queues.h"
@@ -25,6 +26,7 @@ struct System {
     const Process *running(const std::string &name) const;
 };
 
+/// Reads all of it, files from below a root ("/" for this system). May wait for the print system: see printQueues().
 System lookAt(const std::filesystem::path &root);
 
 } // namespace host

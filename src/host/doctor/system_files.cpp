@@ -40,9 +40,9 @@ std::optional<std::string> modemLines(const fs::path &proc, const std::string &n
     std::istringstream ports(smallFile(proc / "tty/driver/serial").value_or(""));
     for (std::string line; std::getline(ports, line);) {
         if (line.rfind(label, 0) != 0 || line.find("tx:") == std::string::npos)
-            continue; // counts are for root, as lines are
+            continue; // without counts we are not root, and the lines are hidden as well
         size_t last = line.find_last_of(' ') + 1;
-        bool isLines = line.find(':', last) == std::string::npos; // no line is up: the last word is another field
+        bool isLines = line.find(':', last) == std::string::npos; // with no line up, the last word is another field
         return isLines ? line.substr(last) : "";
     }
     return {};

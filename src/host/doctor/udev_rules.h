@@ -1,4 +1,6 @@
-// The udev rules installed, read for what they do to a device.
+// The installed udev rules, read to explain what udev did to a device: why nobody was given the right to a USB plotter (no
+// rules, none for its maker, or applied too late), and whether an adapter is taken for a braille display. udev itself tells
+// only the outcome. No full interpreter: only terms on a USB device's numbers and texts are weighed.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +17,7 @@ struct RuleTerm {
 
 struct RulesFile {
     std::filesystem::path path;
-    std::vector<std::vector<RuleTerm>> rules; ///< without comments
+    std::vector<std::vector<RuleTerm>> rules; ///< the terms of each; comments are left out
 };
 
 /// The rules in a file's text.
@@ -33,10 +35,10 @@ struct RuleDevice {
 /// The name of the file whose rules take the device for a braille display; empty for none.
 std::string brlttyRulesFor(const std::vector<RulesFile> &files, const RuleDevice &device);
 
-/// The file with a rule that gives the device to people; empty for none.
+/// The file with a rule that gives users the right to the device (sets mode, group or tag); empty for none.
 std::filesystem::path rulesGiving(const std::vector<RulesFile> &files, const RuleDevice &device);
 
-/// True when this system's own rules for plotters are among the files.
+/// True when the rules that this package installs are among the files.
 bool hasPlotterRules(const std::vector<RulesFile> &files);
 
 } // namespace host

@@ -1,4 +1,5 @@
-// The person whose rights are looked at.
+// The user whose rights are looked at. The groups of this session and those of the account are kept apart: who was added to
+// a group only has to log in anew, and needs another remedy than somebody who is not in it.
 #pragma once
 
 #include "host/devices/node_access.h"
@@ -21,7 +22,7 @@ User currentUser();
 
 enum class Refusal { None, NotInGroup, NotInSession, NoGroup };
 
-/// Why a node's access is refused to the user, by its group.
+/// Why the user is refused access to a node, and so whether joining its group or logging in anew would help.
 Refusal refusalOf(NodeAccess access, const struct stat &node, const User &user);
 
 /// "crw-rw---- root dialout".

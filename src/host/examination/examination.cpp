@@ -28,7 +28,8 @@ bool isASCII(std::string_view text) {
     return all < 0x80;
 }
 
-/// Parts of a file, of at most the largest chunk, in rising order.
+/// Hands out parts of a file, in rising order and of at most the largest chunk, from blocks that are read at once. A part is
+/// valid until the next one is asked for. Throws Failure.
 class Window {
 public:
     explicit Window(const PlotFile &file) : file_(file) {}
@@ -80,7 +81,7 @@ public:
     }
 
 private:
-    /// What stands behind the first NUL of a piece is lost.
+    /// A piece is sent up to its first NUL: what stands behind that is lost.
     void send(std::string_view piece) {
         size_t nul = std::min(piece.find('\0'), piece.size());
         offset_ += static_cast<int64_t>(nul);

@@ -1,4 +1,6 @@
-// A look at the plot file before the first byte of it goes out: what a print would leave unsent, and why.
+// A look at the whole plot file before the first byte of it goes out: which bytes a print would not send, and why. The
+// plug-in notices such bytes only while it sends, if at all, and half a drawing costs paper. The file is cut here by the
+// plug-in's own rules, so that what is foretold is what happens.
 #pragma once
 
 #include "host/examination/file_kind.h"
@@ -20,14 +22,14 @@ struct PlotRules {
     bool hasOwnEnd() const;
 };
 
-/// Why bytes that are no mere padding are not sent.
+/// Why bytes that may draw are not sent.
 enum class Flaw {
     None,
     Empty,        ///< there are none
     NoTerminator, ///< the job names none, and its emulation needs one
-    NotASCII,     ///< the plot ends before the piece that holds such a byte
-    BehindNul,    ///< a piece ends at its first NUL
-    BehindMark,   ///< nothing that ends a plot stands behind them
+    NotASCII,     ///< a byte that is not ASCII: sending ends before the piece that holds it
+    BehindNul,    ///< they stand behind a NUL, at which their piece ends
+    BehindMark,   ///< they stand behind the last mark that can end the plot
     Blank         ///< all of it is padding
 };
 
@@ -39,10 +41,10 @@ struct Examination {
     Flaw flaw = Flaw::None;
     int64_t offset = 0;            ///< in the file, of the first byte that the flaw is about
     int64_t flawBytes = 0;         ///< that are not sent because of it
-    std::string excerpt;           ///< the first of them
-    int64_t innerPaddingBytes = 0; ///< not sent, and nothing in them draws: behind NUL bytes
-    int64_t endPaddingBytes = 0;   ///< and behind the last mark
-    std::string endPadding;        ///< what it is, when that is worth a word: "a PJL trailer"
+    std::string excerpt;           ///< those bytes, or their beginning; any bytes
+    int64_t innerPaddingBytes = 0; ///< not sent, but nothing is lost, for none of them draws: those behind NUL bytes
+    int64_t endPaddingBytes = 0;   ///< the same, behind the last terminator
+    std::string endPadding;        ///< what the latter are, where that can be told: "a PJL trailer"
     bool isFit() const { return flaw == Flaw::None && nature.isPlot(); }
 };
 
@@ -52,11 +54,11 @@ Examination examine(const PlotFile &file, const PlotRules &rules);
 /// Throws Failure (unfit), with offset and remedy, for a plot that would not be wholly sent.
 void requireFit(const Examination &examination, const PlotFile &file, const PlotRules &rules);
 
-/// For one that was printed all the same: what was not sent, why, and the remedy. Not for Flaw::None.
+/// For a plot that was printed with --force: what was not sent, why, and the remedy. Not for Flaw::None.
 std::string flawText(const Examination &examination, const PlotRules &rules);
 
 /// True when nothing in the text draws: white space, control bytes, escape sequences, and a printer's job control behind
-/// them; with questions, those of HP-GL, too.
+/// them. With hasQuestions, HP-GL's questions to the plotter ("OE") count as padding, too.
 bool isPadding(std::string_view text, bool hasQuestions = false);
 
 } // namespace host

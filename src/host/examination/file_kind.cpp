@@ -64,7 +64,7 @@ FileNature byStart(std::string_view head) {
     return {};
 }
 
-/// Nobody draws.
+/// Draws nothing: only what the reader understands is wanted.
 struct NoPen final : language::PenSink {
     void setPen(int, double) override {}
     void begin(language::Point) override {}

@@ -1,4 +1,6 @@
-// What a file is that somebody wants plotted: the one test of it, for all commands.
+// Tells a plot from the other files that people hand to a plot command by mistake: PDF, SVG, archives, plots in the other
+// language. To a plotter they would be rubbish, which it may draw. Print and preview both ask here, so that neither takes
+// what the other refuses.
 #pragma once
 
 #include "host/files/plot_file.h"
@@ -23,7 +25,7 @@ enum class FileKind {
     Utf16,
     Hpgl, ///< a plot, but in this language, not the one asked for
     Dmpl,
-    Nonsense, ///< by its first bytes nothing known, and what it holds are for the most part no instructions
+    Nonsense, ///< no known kind of file, and most of it are no instructions
 };
 
 struct FileNature {
@@ -33,8 +35,8 @@ struct FileNature {
     bool isPlot() const { return kind == FileKind::Plot; }
 };
 
-/// Reads the beginning of the file. By its first bytes; and where the language is known that it should have, by how much of
-/// it makes sense. Throws Failure when the file cannot be read.
+/// Judges the file by its first bytes and, where a language is given that it should be in, by how much of its first 64 KiB
+/// are instructions of that language. Throws Failure when the file cannot be read.
 FileNature natureOf(const PlotFile &file, std::optional<language::Language> language);
 
 } // namespace host

@@ -10,6 +10,8 @@ namespace {
 
 constexpr const char *kOption = "--profile";
 
+/// True when what was typed leaves no room for the profile's value: the option itself, or one that excludes it; or when an
+/// option that it needs is missing.
 bool isSetAside(Option option) {
     auto isThere = [](Option other) { return other.isTyped(); };
     std::vector<Option> excluding = option.excluded(), needed = option.needed();

@@ -1,4 +1,6 @@
-// The serial line's settings: options, checks, and the record's codes for them.
+// The serial line's settings: their options, their codes in the service record, and what to tell about them. The options
+// refuse every rate that the plug-in does not set, because it would silently take 9600 bit/s instead, and the plotter would
+// receive nothing that it can read.
 #pragma once
 
 #include "host/terminal/command.h"
@@ -22,15 +24,16 @@ void addLineOptions(const Command &app, LineSettings &settings);
 /// "9600 bit/s, 8 data bits, parity none, 1 stop bit, handshake xonxoff".
 std::string describe(const LineSettings &settings);
 
-/// How long the line takes for so many bytes when nobody holds it.
+/// Seconds that the line takes for so many bytes when the plotter never holds it.
 double secondsFor(int64_t bytes, const LineSettings &settings);
 
-/// Why a line takes nothing, as far as it can be told: "CTS is down", or what it may be. fd is the open port.
+/// Why a line takes no data, as far as it can be told: "CTS is down", or what else it may be. fd is the open port.
 const char *whyHeld(int fd, const LineSettings &settings);
 
-/// What to do about settings that the port's driver refused, to stand behind a semicolon.
+/// What to do about settings that the port's driver refused; a part of a sentence, to be put after "; ".
 const char *settingsRemedy(const std::string &port);
 
+/// Puts the settings into the record as the plug-in's codes, and makes the serial link its output.
 void applyLineSettings(const LineSettings &settings, ORB_ServiceRecord &record);
 
 } // namespace host

@@ -1,4 +1,5 @@
-// The options that say which plotter, for every command that talks to one.
+// The options that say which plotter is meant. They are declared here once, so that every command that talks to a plotter,
+// and the profiles, take them under the same names and with the same checks.
 #pragma once
 
 #include "host/terminal/command.h"

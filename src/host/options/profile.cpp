@@ -29,7 +29,7 @@ constexpr int64_t kLargest = int64_t{12} * 1024;
 
 int lineOf(const toml::source_region &source) { return static_cast<int>(source.begin.line); }
 
-/// One row a kind: what it is called, and the words that a value of it means; none for a value that is not of the kind.
+/// A value as the words that would be typed behind its option; none for a value that is not of the kind.
 using Words = std::optional<std::vector<std::string>>;
 
 Words textWords(const toml::node &node) {
@@ -79,7 +79,7 @@ void putTextOrTrue(toml::table &line, const char *key, const std::vector<std::st
     }
 }
 
-/// By ProfileKind.
+/// For each ProfileKind, in their order: its name in messages, and how a value is read from the file and put into it.
 constexpr struct {
     const char *name;
     Words (*read)(const toml::node &node);
@@ -122,7 +122,8 @@ ProfileValue valueOf(const std::string &path, const ProfileKey &key, const toml:
     return {&key, *words, line};
 }
 
-/// Where an option's complaint belongs: the name of the option that it starts with becomes the key's.
+/// Throws an option's complaint ("--baud: …") as one about the file ("baud: …"), with the line of that key, or with the
+/// given line when the profile has no such key.
 [[noreturn]] void refuseFor(const Profile &profile, int line, std::string text) {
     if (text.rfind("--", 0) == 0) text.erase(0, 2);
     std::string name = text.substr(0, text.find(':'));
@@ -132,7 +133,7 @@ ProfileValue valueOf(const std::string &path, const ProfileKey &key, const toml:
     refuse(profile.path, line, text);
 }
 
-/// Gives the values to options of a command line that nobody typed.
+/// Checks the values by giving them to the options of a command line that is made for this alone. Throws Failure (unfit).
 void check(const Profile &profile) {
     CommandLine line("profile", "", "");
     ProfileOptions options;

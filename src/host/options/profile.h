@@ -1,4 +1,6 @@
-// A profile: what somebody's plotter needs, under a name, in a TOML file of its own.
+// A profile: what one plotter needs (link, line settings, emulation, tools), kept under a name for --profile. It is a TOML
+// file that people may also write by hand; so reading it checks everything that typing the options would have checked, and a
+// complaint names the line of the file.
 #pragma once
 
 #include "host/options/profile_keys.h"
@@ -21,14 +23,14 @@ struct Profile {
     std::vector<ProfileValue> values; ///< in the order of kProfileKeys, each key once
 };
 
-/// Reads a profile and holds it against the checks of the options. Throws Failure: usage for what is no name, missing, or
-/// unfit with the line that is wrong.
+/// Reads a profile and checks its values as the options would. Throws Failure: usage when the name is none that a profile
+/// can have, missing when there is no such profile, unfit, with the line that is wrong, when its file is.
 Profile readProfile(const std::string &name);
 
-/// Writes a profile that is either wholly there or not at all. Throws Failure; without force also when it exists.
+/// Writes the profile's file whole or not at all. Throws Failure; without force also when there is one already.
 void writeProfile(const Profile &profile, bool force);
 
-/// There is no profile of that name.
+/// The failure (missing) for a name without a profile; it names similar ones. Throws Failure like profileNames().
 Failure unknownProfile(const std::string &name);
 
 } // namespace host

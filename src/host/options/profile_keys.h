@@ -1,4 +1,5 @@
-// What a profile may hold: a row for each option that it can stand in for.
+// What a profile may hold: one row for each option that it can stand in for. Reader, writer, 'profile add' and --profile all
+// go by these rows, so that a new key is one row here.
 #pragma once
 
 #include "host/job/job_options.h"
@@ -15,7 +16,7 @@ enum class ProfileKind { Text, Texts, Number, TextOrTrue };
 struct ProfileKey {
     const char *name; ///< in the file; with "--" before it, the option
     ProfileKind kind;
-    bool isOfLanguage = false; ///< makes no sense to another emulation than the profile's
+    bool isOfLanguage = false; ///< left out when another emulation is typed: it is written in the profile's language
 };
 
 /// In the order in which they are written and put on a command: what an option needs stands before it.
@@ -50,10 +51,10 @@ const ProfileKey *findProfileKey(std::string_view name);
 
 inline std::string optionName(const ProfileKey &key) { return std::string("--") + key.name; }
 
-/// Adds an option for each row.
+/// Adds an option for each row of kProfileKeys to a command.
 void addProfileOptions(const Command &app, ProfileOptions &options);
 
-/// The checks that the options do not make by themselves. Throws Failure (usage), whose text starts with the option.
+/// Checks what the options do not check one by one. Throws Failure (usage), whose text starts with the option's name.
 void requireFit(const ProfileOptions &options);
 
 } // namespace host

@@ -13,7 +13,7 @@ using virtual_plotter::PictureError;
 
 namespace {
 
-/// The frame shows the sheet's edge on any background.
+/// With a frame, so that the edge of the sheet can be seen on a white background.
 virtual_plotter::PictureOptions pictureOptions(const DrawingOptions &options) { return {options.dotsPerInch, true}; }
 
 Failure failureOf(const std::string &path, const PictureError &error) {

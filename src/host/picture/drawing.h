@@ -1,4 +1,6 @@
-// Pictures of plots: the options for them, and failures in the command's form.
+// What preview, simulate and "print --virtual" share when they draw: the options for sheet, resolution and language, and the
+// picture with its file. The plotter in software answers with errors of its own, since it knows nothing of the command; here
+// they become failures with the command's exit codes.
 #pragma once
 
 #include "host/terminal/command.h"
@@ -30,7 +32,7 @@ std::optional<language::Language> languageOf(const DrawingOptions &options);
 /// Throws Failure (usage) when the file to be written is one that is to be read; option names it in the message.
 void requireOtherFile(const char *option, const std::string &output, const std::string &input);
 
-/// A picture with its file. Without a path it takes strokes and makes no file.
+/// A picture with its file. With an empty path it takes strokes all the same, but there is no file.
 class Drawing {
 public:
     /// Throws Failure.
@@ -39,7 +41,7 @@ public:
     const virtual_plotter::Sheet &sheet() const { return sheet_; }
     /// A remark on how it was drawn; mostly empty.
     const std::string &note() const { return picture_.note(); }
-    /// The file appears. Throws Failure.
+    /// Gives the complete file its name. Throws Failure; a Drawing that is destroyed without this leaves no file.
     void finish();
 
 private:

@@ -1,4 +1,6 @@
-// What was found in a plot, told to people and to programs.
+// What a reader found in a plot (size, strokes, pens, time, what it did not understand), as lines for people and as JSON for
+// programs. Preview and simulate tell all of it from here, "print --virtual" the remarks. The list of the JSON fields stands
+// beside the code that writes them, because help and manual pages are made from it.
 #pragma once
 
 #include "host/terminal/json.h"
@@ -17,10 +19,10 @@ std::string findingsText(const language::PlotReader &plot);
 /// What is worth a remark: a drawing that leaves the sheet, or of which something was left out.
 std::vector<std::string> findingNotes(const language::PlotReader &plot, const virtual_plotter::Sheet &sheet);
 
-/// Adds the findings to a JSON object.
+/// Adds the findings to a JSON object, as the fields that findingsFields() lists.
 void addFindings(Json &object, const language::PlotReader &plot);
 
-/// Those fields.
+/// The names of the fields that addFindings() writes, with what each holds, for the help and the manual pages.
 std::vector<JsonFields> findingsFields();
 
 } // namespace host

@@ -1,4 +1,6 @@
-// A serial line that ends in a file: a pseudo-terminal whose far end is kept by a thread.
+// A print into a file, for --capture. The plug-in prints on a pseudo-terminal as on any serial port, and a thread writes to
+// the file what arrives at the other end: so the file holds exactly what a plotter would have received. It takes a thread
+// because the plug-in's call returns only after the job, and the line holds little until it is read.
 #pragma once
 
 #include "virtual_plotter/face/pty_line.h"
@@ -9,7 +11,7 @@
 
 namespace host {
 
-/// Throws Failure when the file could not be written; changes nothing.
+/// Throws Failure when the file could not be created or written, without touching it: for a dry run.
 void requireWritable(const std::string &file);
 
 class Capture {
@@ -23,7 +25,7 @@ public:
     /// The path of the near end, to be printed to.
     const std::string &port() const { return line_.path(); }
 
-    /// Takes what is still under way and closes the file; returns how many bytes are in it.
+    /// Waits for what is still on the line, closes line and file, and returns how many bytes are in the file.
     int64_t end();
 
     /// After end(): throws Failure when not all of it could be written.

@@ -1,4 +1,6 @@
-// Where a print goes: a serial port, a USB plotter, a file, or a plotter in software.
+// Where a print goes: a serial port, a USB plotter, a file, or a plotter in software. The four differ in what must be
+// checked and held before the job and in what is known after it; the print asks for it here. To the plug-in a file
+// and a plotter in software are serial ports.
 #pragma once
 
 #include "host/devices/port_lock.h"
@@ -17,7 +19,7 @@ namespace host {
 /// Throws Failure (usage) when the file that an option names is one that the print reads.
 void requireOutput(const char *option, const std::string &file, const PrintOptions &options);
 
-/// There, allowed and free, and held so until its end.
+/// Once made, the destination is there, the user may write to it, and nobody else has it; it stays ours until the end.
 class Destination {
 public:
     /// Throws Failure.
@@ -26,7 +28,7 @@ public:
     /// The serial port to be printed to; for a USB plotter empty.
     const std::string &port() const;
     const std::optional<UsbDevice> &usb() const { return usb_; }
-    /// As people call it.
+    /// As people call it: the port, the plotter's identifier, or the file.
     std::string name() const;
     /// Where the progress of a job can be seen.
     WatchedLine line() const;
@@ -35,7 +37,7 @@ public:
     void settle(PrintOutcome &outcome);
     /// What a plotter in software found in what arrived.
     void addNotes(Verdict &verdict) const;
-    /// The file or the picture appears. Throws Failure when it cannot.
+    /// Completes the file or the picture. Throws Failure when it could not be written.
     void finish();
 
 private:

@@ -18,7 +18,7 @@ namespace host {
 
 namespace {
 
-/// Its name.
+/// Makes the checks that a print makes of its destination, and returns its name. Throws Failure.
 std::string requireDestination(const PrintOptions &options) {
     if (options.toUsb) {
         UsbDevice device = chooseUsbDevice(usbDevices(), parseUsbChoice(options.usbChoice));

@@ -1,4 +1,6 @@
-// A print that stops before anything is opened for it: what would be sent, where to, and for how long.
+// A print that stops before anything is opened or sent: it tells what would go where, and how long the line would take. It
+// is judged by the rules of a real print, given the report of a job that nothing disturbed, and so ends with that print's
+// exit code.
 #pragma once
 
 #include "host/files/plot_file.h"
@@ -12,8 +14,8 @@ struct PlotRules;
 /// Throws Failure (unfit) for a job file with which no print would begin.
 void requireFitJob(const std::string &jobFile);
 
-/// Looks at the destination without opening it, and tells. The exit code is that of the print itself if nothing disturbs it.
-/// Throws Failure.
+/// Looks at the destination without opening it, and prints the report. Returns the exit code of the print itself if nothing
+/// disturbs it. Throws Failure.
 ExitCode dryRun(const PrintOptions &options, const PlotFile &plot, const PlotRules &rules, const Examination &examination);
 
 } // namespace host

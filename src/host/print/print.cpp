@@ -38,7 +38,8 @@ struct PieceWatch {
     }
 };
 
-/// By what the job says the plot is cut. None for a job file that cannot be read: the plug-in is left to judge it.
+/// The emulation and terminator of the job, by which the plot is cut. None for a job file that cannot be read: to judge it
+/// is left to the plug-in.
 std::optional<PlotRules> rulesOf(const PrintOptions &options) {
     if (options.jobFile.empty()) return PlotRules{options.job.emulation, terminatorOf(options.job)};
     requireInputFile(options.jobFile, "job file");

@@ -1,4 +1,6 @@
-// What a query for the hard-clip limits came to: its exit code, and what to tell about it.
+// What a query for the hard-clip limits came to: its exit code, and what to tell. The plug-in's query report decides, for
+// the record's own error identifier is that of closing the port. What the plotter said is told beside the record's values,
+// which lose signs and decimals.
 #pragma once
 
 #include "host/devices/usb_devices.h"
@@ -23,10 +25,10 @@ struct QueryOutcome {
     int32_t emulation;
     std::optional<UsbDevice> usb; ///< when it was one
     uint8_t usbOutPipe;
-    bool isUsbGone; ///< it is not there any more
+    bool isUsbGone; ///< the USB plotter is not there any more
 };
 
-/// The query report decides; the record's identifier is the close's.
+/// Judges by the query report.
 Verdict judge(const QueryOutcome &outcome);
 
 /// True when the values are HP-GL's: lower left and upper right corner, in units of 0.025 mm.
@@ -36,13 +38,14 @@ bool isHpgl(int32_t emulation);
 std::string requestShown(const ORB_QueryReport &report);
 std::string replyShown(const ORB_QueryReport &report);
 
-/// The limits in lines: corners as the plotter said them.
+/// The limits as lines for people: the corners as the plotter said them where that can be read, otherwise the record's
+/// values.
 std::string limitLines(const QueryOutcome &outcome);
 
 /// The outcome as a JSON object, on one line.
 std::string json(const QueryOutcome &outcome, const Verdict &verdict);
 
-/// Its fields.
+/// The JSON object's fields.
 std::vector<JsonFields> queryFields();
 
 } // namespace host

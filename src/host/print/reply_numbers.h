@@ -1,4 +1,5 @@
-// The numbers in a plotter's reply as people read them, to hold beside what the plug-in made of it.
+// The numbers in a plotter's reply as people read them. The plug-in reads replies without signs and decimal points; the
+// command needs the true numbers to show the corners, and to say where the record differs from what the plotter said.
 #pragma once
 
 #include <string_view>
@@ -6,7 +7,8 @@
 
 namespace host {
 
-/// Of the first line that says anything, with signs and decimals; behind a '%', those behind the last one.
+/// The numbers in the reply's first line that is not empty, with signs and decimals. In a line with a '%' only what follows
+/// its last one counts.
 std::vector<double> numbersIn(std::string_view reply);
 
 } // namespace host

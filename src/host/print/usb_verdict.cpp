@@ -78,7 +78,7 @@ UsbFault explainUsb(const UsbDevice &usb, bool isGone, int32_t errorID, int32_t 
 Verdict judgeUsbLink(const PrintOutcome &outcome) {
     const ORB_JobReport &report = outcome.report;
     int32_t errorID = report.firstErrorID != kORB_NoError ? report.firstErrorID : outcome.recordErrorID;
-    int32_t status = endsAnyUsbJob(report.lastStatus) ? report.lastStatus : report.firstStatus; // by what it ended
+    int32_t status = endsAnyUsbJob(report.lastStatus) ? report.lastStatus : report.firstStatus; // by what it ended with
     UsbFault fault = explainUsb(*outcome.usb, outcome.isGone, errorID, status, outcome.usbOutPipe);
     std::string sent = report.sentBytes == 0
                            ? "sent nothing"

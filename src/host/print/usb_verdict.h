@@ -1,4 +1,5 @@
-// What a failed call on a USB plotter came to.
+// What a failed call on a USB plotter came to, in words and with a remedy. Prints and queries for limits fail alike on USB,
+// with IOKit's codes, so that both explain them from these tables.
 #pragma once
 
 #include "host/print/verdict.h"
@@ -13,10 +14,11 @@ struct UsbFault {
 /// True for the IOKit status of a piece behind which no other can arrive.
 bool endsAnyUsbJob(int32_t status);
 
-/// By a call's identifier and its IOKit status; isGone says that the plotter is not there any more.
+/// Explains a failure by the call's error identifier and IOKit status. isGone: the plotter is not there any more, which is
+/// then the explanation. outPipe is named where the pipe is at fault.
 UsbFault explainUsb(const UsbDevice &usb, bool isGone, int32_t errorID, int32_t ioStatus, uint8_t outPipe);
 
-/// For a report with a failure of the link, in an outcome whose usb is set.
+/// The verdict on a print whose report has a failure of the link; outcome.usb must be set.
 Verdict judgeUsbLink(const PrintOutcome &outcome);
 
 } // namespace host

@@ -23,7 +23,7 @@ ExitCode codeOfFile(int32_t status) {
 
 Verdict fail(ExitCode code, std::string message) { return {code, std::move(message), {}}; }
 
-/// Of a serial port.
+/// True for an errno that writing to a serial port gives when the port has gone.
 bool meansGone(int32_t status) { return status == EIO || status == ENXIO || status == ENODEV; }
 
 Verdict judgeLostPort(const PrintOutcome &outcome) {
@@ -62,7 +62,7 @@ Verdict judgeLink(const PrintOutcome &outcome) {
         {kORB_SerialTools_errorNoBSDIn, ExitCode::Usage, "name one with --port"},
         {kORB_ErrorOpeningPort, ExitCode::Lost, "check the cable, then print again"},
         {kORB_ErrorGetAttributes, ExitCode::Lost, "check the cable, then print again"},
-        {kORB_ErrorSetAttributes, ExitCode::Failed, ""}, // by the port
+        {kORB_ErrorSetAttributes, ExitCode::Failed, ""}, // settingsRemedy() tells it, by the kind of port
         {kORB_ErrorUnvalidPort, ExitCode::Lost, "check the cable, then print again"},
     };
     const auto *row = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row &r) { return r.errorID == errorID; });

@@ -1,4 +1,6 @@
-// What a print came to: its exit code, and what to tell about it.
+// What a print came to: its exit code, and what to tell. The plug-in's error identifier is not enough for that: a call
+// without an error may have left a part of the plot unsent. So its job report is weighed together with the examination of
+// the file, what arrived, and whether the device is still there.
 #pragma once
 
 #include "host/devices/usb_devices.h"
@@ -39,7 +41,7 @@ struct Verdict {
     std::vector<std::string> notes; ///< what is worth knowing all the same
 };
 
-/// True when the plug-in says so itself; a plot may also be left unsent in part by a call that did not fail.
+/// True when the plug-in itself reports a failure. False does not mean that all of the plot was sent.
 bool callFailed(const PrintOutcome &outcome);
 
 /// True for the status of a piece behind which no other can arrive: the device is gone, or its pipe is none or is halted.
@@ -59,7 +61,7 @@ std::string json(const PrintOutcome &outcome, const Verdict &verdict);
 /// The JSON object's fields.
 std::vector<JsonFields> printFields();
 
-/// A failure before there was a report.
+/// A failure before there was a report, as a JSON object on one line.
 std::string json(const Failure &failure);
 
 } // namespace host

@@ -1,4 +1,5 @@
-// A serial line that ends in a plotter in software, played by a thread.
+// A print to a plotter in software, for --virtual. The plug-in prints on a pseudo-terminal as on any serial port, while a
+// thread plays the plotter at its other end: the plug-in's call returns only after the job.
 #pragma once
 
 #include "host/picture/drawing.h"
@@ -20,12 +21,12 @@ public:
     /// The path of the near end, to be printed to.
     const std::string &port() const { return line_.path(); }
 
-    /// Takes what is still under way; returns how many bytes have arrived. The line is closed then.
+    /// Waits for what is still on the line, closes it, and returns how many bytes have arrived.
     int64_t end();
     const language::PlotReader &plot() const { return plotter_.plot(); }
     const Drawing &drawing() const { return drawing_; }
 
-    /// After end(): the picture appears. Throws Failure when it cannot.
+    /// After end(): completes the picture. Throws Failure when it could not be written.
     void finish();
 
 private:

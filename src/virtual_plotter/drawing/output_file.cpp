@@ -50,7 +50,7 @@ bool OutputFile::named(const std::function<bool(const std::string &name)> &take)
             m_temporary = std::move(name);
             return true;
         }
-        if (errno != EEXIST) break; // else left by a process of the same number that was killed
+        if (errno != EEXIST) break; // EEXIST: left by a killed process of our number, so the next name
     }
     return false;
 }
@@ -65,7 +65,7 @@ int OutputFile::write(const void *bytes, size_t size) {
 int OutputFile::commit() {
     if (m_file == nullptr) return m_error != 0 ? m_error : EBADF;
     if (std::fflush(m_file) != 0 && m_error == 0) m_error = errno;
-    // A link replaces no file, a rename does: so it has a name for the moment between the two.
+    // A link cannot replace a file but a rename can: the file first gets a temporary name, and then the target's.
     const std::string self = "/proc/self/fd/" + std::to_string(::fileno(m_file));
     const auto link = [&](const std::string &name) {
         return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;

@@ -1,4 +1,5 @@
-// A file that appears whole or not at all.
+// A file that appears whole or not at all. A plot may be read for minutes, and be stopped, killed or run out of disk: an
+// older picture stays until the new one is complete, and no half picture is left to be taken for the plot.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +10,8 @@
 namespace virtual_plotter {
 
 /// Collects bytes in a file beside the target, which takes the target's name at the end; until then an older file of that
-/// name stays as it is. Not committed, it leaves nothing behind: it has no name, so that nothing stays of a process that is
-/// killed either, but on file systems that know no such files, where its name is hidden.
+/// name stays as it is. Not committed, it leaves nothing behind, even when the process is killed, for it has no name. Only
+/// on file systems without such files it has one, beginning with a dot, and would stay behind a killed process.
 class OutputFile {
 public:
     OutputFile() = default;

@@ -1,4 +1,5 @@
-// The page that a picture is drawn on: the joint between the picture and its file formats.
+// The page that a picture is drawn on: the seam between the picture, which knows pens and strokes, and the file formats,
+// which know paths and colours. SVG is written by our own code as it is drawn; PDF and PNG are made by a drawing library.
 #pragma once
 
 #include "virtual_plotter/drawing/output_file.h"
@@ -28,11 +29,11 @@ public:
     virtual void stroke(const Contours &contours, Colour colour, double widthMillimetres) = 0;
     /// Fills them by the even-odd rule.
     virtual void fill(const Contours &contours, Colour colour) = 0;
-    /// Writes what is still to be written. Returns what failed besides the file, or nothing.
+    /// Writes what is still to be written. Returns what failed other than writing the file, as text; empty for nothing.
     virtual std::string finish() = 0;
 };
 
-/// White pages. They write to the file, which must outlive them; its errors stay in it.
+/// White pages. They write to the file, which must outlive them and keeps its own errors (OutputFile::error).
 std::unique_ptr<Page> makeSvgPage(const Sheet &sheet, OutputFile &file);
 std::unique_ptr<Page> makePdfPage(const Sheet &sheet, OutputFile &file);
 std::unique_ptr<Page> makePngPage(const Sheet &sheet, double dotsPerInch, OutputFile &file);

@@ -78,12 +78,12 @@ void Picture::begin(Point at) {
 
 void Picture::line(Point to) {
     if (m_points.size() >= kBatchPoints) flush();
-    if (m_points.empty()) begin(m_last); // goes on with a stroke that was flushed: the round ends make it one
+    if (m_points.empty()) begin(m_last); // continues a stroke that was flushed: its round ends hide the joint
     m_points.push_back(to);
     m_last = to;
 }
 
-// The strokes of the same pen that still wait may come behind it: in one colour the order makes no difference.
+// Strokes of this pen that still wait are drawn after the fill: in one colour the order makes no difference.
 void Picture::fill(std::span<const Point> points, std::span<const size_t> ends) {
     if (m_page != nullptr && m_pen > 0) m_page->fill({points, ends}, colourOf(m_pen));
 }

@@ -1,4 +1,5 @@
-// The sheet as the pens leave it, as an SVG, PNG or PDF file.
+// The sheet as the pens leave it, as an SVG, PNG or PDF file. It takes strokes from a reader and hands them to the page in
+// batches: one by one, each would be an object of its own in the file, and very many at a time are slow to draw.
 #pragma once
 
 #include "language/pen_sink.h"
@@ -31,7 +32,8 @@ public:
     explicit Picture(const Sheet &sheet, const PictureOptions &options = {});
     ~Picture() override;
 
-    /// The format follows the path's ending: .svg, .png or .pdf, in any case. Once for each picture, before all else.
+    /// The format follows the path's ending: .svg, .png or .pdf, in any case. To be called once, before anything is drawn;
+    /// without it strokes are taken and go nowhere.
     std::optional<PictureError> open(const std::string &path);
     /// A remark for the user on how the picture was made; mostly empty.
     const std::string &note() const { return m_note; }

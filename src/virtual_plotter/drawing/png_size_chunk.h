@@ -1,4 +1,5 @@
-// A PNG file's word on the size of its dots, so that it is printed in the size of the sheet.
+// The chunk of a PNG file that tells the size of its dots. The drawing library writes none, and without it the picture would
+// not be printed in the size of the sheet.
 #pragma once
 
 #include <array>

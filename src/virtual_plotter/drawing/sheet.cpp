@@ -36,7 +36,7 @@ Sheet sheetOf(const NamedSheet &named) {
     return sheet;
 }
 
-bool fits(double side) { return side >= kShortest && side <= kLongest; } // no for what is not a number
+bool fits(double side) { return side >= kShortest && side <= kLongest; } // false for NaN
 
 // False when the text is no number or holds anything beside it.
 bool readSide(std::string_view text, double &side) {

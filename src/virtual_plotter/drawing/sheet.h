@@ -1,4 +1,5 @@
-// Sheets of paper and the area of them that the pen can reach.
+// Sheets of paper, and the area of them that the pen can reach. No pen reaches the edge: a drawing that fits the paper may
+// still be cut, so both sizes are kept.
 #pragma once
 
 #include "language/geometry.h"
@@ -9,7 +10,7 @@
 
 namespace virtual_plotter {
 
-using namespace language; // a plotter in software speaks in the terms of the languages that it reads
+using namespace language; // Point, Rectangle and the plotter unit are used all over this folder
 
 /// The area is centred on the paper, so its margins are half of what the paper is larger.
 struct Sheet {

@@ -1,4 +1,6 @@
-// Questions for the hard-clip limits that are no instructions of the plotter's language.
+// Questions for the hard-clip limits that are no instructions of the plotter's language. Hosts ask some plotters with an
+// escape sequence, in another language, or with single bytes: the reader would report these as errors, so they are taken out
+// of the stream before it.
 #pragma once
 
 #include "language/geometry.h"
@@ -10,14 +12,14 @@
 
 namespace virtual_plotter {
 
-using namespace language; // a plotter in software speaks in the terms of the languages that it reads
+using namespace language; // Point, Rectangle and the plotter unit are used all over this folder
 
-/// Texts that ask for both corners as they stand; an empty one asks nothing.
+/// Up to two texts that each ask for both corners; an empty one is not used.
 using LimitTexts = std::array<std::string_view, 2>;
 
-/// Takes the questions out of what the plotter hears. A text that only begins like one stays in the plot. In pairs, "[" asks
-/// for the lower corner, and "U" right behind it for the upper one; each may be sent twice to fill a USB packet, and is
-/// answered once.
+/// Takes the questions out of what the plotter hears and answers them; all else goes on as the plot, also a text that only
+/// begins like a question. With inPairs, "[" asks for the lower corner, and "U" right behind it for the upper one; each may
+/// be sent twice to fill a USB packet, and is answered once. Both functions must be set before take().
 class LimitQuestions {
 public:
     LimitQuestions(bool inPairs, const LimitTexts &texts, const Rectangle &hardClip);
@@ -26,7 +28,7 @@ public:
     std::function<void(std::string_view reply)> onReply;
 
     void take(std::string_view bytes);
-    /// What looked like the beginning of a question was none.
+    /// No more bytes come: what was held back as the beginning of a question goes on as plot.
     void finish();
 
 private:

@@ -1,4 +1,6 @@
-// The plotter in software, without its line: what it makes of bytes, and when.
+// The plotter in software without its line: what it makes of the bytes that it hears, and when. It has a buffer, a pace, XON
+// and XOFF, replies, and faults on demand, so that a host can be tried on what a real plotter does to it. It is handed the
+// time instead of reading a clock: the same bytes at the same times always give the same result.
 #pragma once
 
 #include "language/plot_reader.h"
@@ -33,7 +35,7 @@ struct PlotterOptions {
     uint64_t faultAfter = 0; ///< bytes heard before it
 };
 
-/// The options' language and questions for the limits, for a plotter emulation.
+/// Sets the options' language and questions for the limits as an emulation has them; leaves them for one without a row.
 void setEmulation(PlotterOptions &options, int32_t emulation);
 
 /// Hears bytes at times and says bytes. It has no clock: time is what the caller says, from any beginning, never backwards.

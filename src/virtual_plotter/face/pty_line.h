@@ -1,4 +1,5 @@
-// A serial line in software: a pseudo-terminal of which we keep the far end.
+// A serial line in software: a pseudo-terminal of which we keep the far end. Any program can open its near end like a serial
+// port, and needs to know nothing of a plotter in software.
 #pragma once
 
 #include <string>
@@ -12,7 +13,7 @@ public:
     PtyLine &operator=(const PtyLine &) = delete;
     ~PtyLine() { hangUp(); }
 
-    /// Makes it, in raw mode. Returns 0 or an errno.
+    /// Makes the line, in raw mode. Returns 0 or an errno.
     int open();
 
     /// The near end's path, for the program that sends.

@@ -1,4 +1,5 @@
-// What a plotter answers when it is asked.
+// What a plotter answers when it is asked, apart from when: the texts depend only on the state that is handed in. Emulations
+// differ in the form of the hard-clip limits alone.
 #pragma once
 
 #include "language/reader.h"
@@ -9,7 +10,7 @@
 
 namespace virtual_plotter {
 
-using namespace language; // a plotter in software speaks in the terms of the languages that it reads
+using namespace language; // Point, Rectangle and the plotter unit are used all over this folder
 
 /// What the answers are made from.
 struct Asked {
