@@ -50,6 +50,9 @@ TEST_F(DryRunTest, EndsAsThePrintWould) {
     std::string badJob = file("job", "<plist><dict><key>X Tile :</key><integer>12x</integer></dict></plist>");
     std::string bareJob =
         file("bare", "<plist><dict><key>Plotter emulation ID :</key><integer>17002</integer></dict></plist>");
+    std::string oddJob = file("odd", "<plist><dict><key>Plotter emulation ID :</key><integer>17002</integer>"
+                                     "<key>Plotfile terminator :</key><string>;</string>"
+                                     "<key>X Tile :</key><string>a</string></dict></plist>");
     FarEnd plotter, held;
     Bystander holder(held.port(), true);
     const struct {
@@ -60,7 +63,8 @@ TEST_F(DryRunTest, EndsAsThePrintWould) {
     } kRows[] = {
         {"an unfit plot all the same", {part, "--port", plotter.port(), "--force"}, 1, "5 bytes at the end not sent"},
         {"an unfit job", {plot, "--port", plotter.port(), "--job", badJob}, 7, "\"12x\" is no integer"},
-        {"a job without a terminator", {plot, "--port", plotter.port(), "--job", bareJob}, 7, "the job file is unfit: "},
+        {"a job without a terminator", {plot, "--port", plotter.port(), "--job", bareJob}, 7, "names no terminator"},
+        {"a job of which not all is read", {plot, "--port", plotter.port(), "--job", oddJob}, 0, "must be a number"},
         {"a port that is held", {plot, "--port", held.port()}, 5, "busy: held by"},
         {"a file", {plot, "--capture", path("o")}, 0, ""},
         {"a picture", {plot, "--virtual", path("o.svg")}, 0, ""},

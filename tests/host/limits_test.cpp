@@ -75,7 +75,8 @@ TEST(LimitsVerdict, ReportsBecomeExitCodes) {
         EXPECT_EQ(verdict.code, row.code);
         EXPECT_EQ(verdict.message.empty(), row.code == ExitCode::Done);
         EXPECT_NE(verdict.message.find(row.says), std::string::npos) << verdict.message;
-        EXPECT_EQ(nlohmann::json::parse(host::json(outcome, verdict)).contains("values"), row.code == ExitCode::Done);
+        EXPECT_EQ(nlohmann::json::parse(host::queryJson(outcome, verdict).line()).contains("values"),
+                  row.code == ExitCode::Done);
         outcome.stopped = true;
         EXPECT_EQ(host::judge(outcome).code, ExitCode::Stopped) << "the user's stop explains everything";
     }

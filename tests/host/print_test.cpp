@@ -77,15 +77,6 @@ TEST_F(PrintCommandTest, PrintsTheJobFileThatItWrote) {
     EXPECT_EQ(contents(path("out")), ";:H,LBtext\x03@") << "the port opens with the job's own start-up bytes";
 }
 
-TEST_F(PrintCommandTest, ShowsWhatIsWrongWithAJobFile) {
-    std::string job = file("job.plist", "<plist>\n<dict>\n<key>X Tile :</key>\n<integer>12x</integer></dict></plist>");
-    Result result = run({"print", file("plot", plotOf(1)), "--capture", path("out"), "--job", job});
-    EXPECT_EQ(result.code, 7);
-    EXPECT_EQ(result.out.rfind("sent nothing", 0), 0U) << result.out;
-    EXPECT_NE(result.err.find("plug-in: line 4: "), std::string::npos) << result.err;
-    EXPECT_NE(result.err.find("job.plist: the job file is unfit"), std::string::npos) << result.err;
-}
-
 TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeWritten) {
     // One report, which knows of it.
     Result result = run({"print", file("plot", plotOf(1)), "--capture", "/dev/full", "--json"});

@@ -11,34 +11,38 @@ namespace {
 
 using host::ExitCode;
 
+struct Printed {
+    host::PrintPlan plan;
+    host::PrintReport report;
+};
+
 class VerdictTest : public HostTest {
 protected:
-    /// A report of a plot that holds the text, of which so many bytes were sent and the rest withheld.
-    host::PrintOutcome outcomeOf(const std::string &text, int64_t sent) {
-        host::PrintOutcome outcome{};
-        outcome.report.firstErrorID = kORB_NoError;
-        outcome.report.fileBytes = static_cast<int64_t>(text.size());
-        outcome.report.sentBytes = sent;
-        outcome.report.withheldBytes = outcome.report.fileBytes - sent;
-        outcome.report.firstErrorOffset = -1;
-        outcome.recordErrorID = kORB_NoError;
-        outcome.plotFile = file("plot", text);
-        outcome.destination = "/dev/ttyUSB0";
-        outcome.rules = {17002, ";"};
-        outcome.examination = host::examine(host::PlotFile(outcome.plotFile), outcome.rules);
-        return outcome;
+    /// A plot that holds the text, of which so many bytes were sent and the rest withheld.
+    Printed printed(const std::string &text, int64_t sent) {
+        host::PlotFile plot(file("plot", text));
+        const host::PlotRules rules{17002, ";"};
+        host::Examination examination = host::examine(plot, rules);
+        Printed result{
+            {.plot = std::move(plot), .jobFile = {}, .job = {}, .rules = rules, .examination = examination, .target = {}},
+            {}};
+        result.plan.target.path = "/dev/ttyUSB0";
+        result.report.job.fileBytes = examination.fileBytes;
+        result.report.job.sentBytes = sent;
+        result.report.job.withheldBytes = examination.fileBytes - sent;
+        result.report.job.firstErrorOffset = -1;
+        return result;
     }
 
-    /// The report is of a print over USB, to a plotter whose node is its owner's alone.
-    void putPlotter(host::PrintOutcome &outcome) const {
-        outcome.usb.emplace();
-        outcome.usb->vendor = 0x0B75;
-        outcome.usb->product = 0x0402;
-        outcome.usb->location = 0x01080000;
-        outcome.usb->node = file("node", "");
-        chmod(outcome.usb->node.c_str(), 0600);
-        outcome.usbOutPipe = 2;
-        outcome.destination = outcome.usb->id();
+    /// The print is over USB, to a plotter whose node is its owner's alone.
+    void putPlotter(Printed &printed) const {
+        host::UsbDevice &usb = printed.plan.target.usb.emplace();
+        usb.vendor = 0x0B75;
+        usb.product = 0x0402;
+        usb.location = 0x01080000;
+        usb.node = file("node", "");
+        chmod(usb.node.c_str(), 0600);
+        printed.report.usbOutPipe = 2;
     }
 };
 
@@ -84,23 +88,25 @@ TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
     };
     for (const auto &row : kRows) {
         SCOPED_TRACE(row.what);
-        host::PrintOutcome outcome = outcomeOf("PU;\xE9;;", 3);
-        outcome.jobFile = "roll.plist";
-        outcome.report.stopReason = row.stopReason;
-        outcome.report.firstErrorID = row.errorID;
-        outcome.report.firstStatus = static_cast<int32_t>(row.status);
-        if (row.isUsb) putPlotter(outcome);
-        host::Verdict verdict = host::judge(outcome);
+        Printed print = printed("PU;\xE9;;", 3);
+        print.plan.jobFile = "roll.plist";
+        print.report.job.stopReason = row.stopReason;
+        print.report.job.firstErrorID = row.errorID;
+        print.report.job.firstStatus = static_cast<int32_t>(row.status);
+        if (row.isUsb) putPlotter(print);
+        host::Verdict verdict = host::judge(print.plan, print.report);
         EXPECT_EQ(verdict.code, row.code);
         EXPECT_NE(verdict.message.find(row.says), std::string::npos) << verdict.message;
-        EXPECT_EQ(host::callFailed(outcome), row.stopReason != kORB_StopNotASCII) << "what was foretold is no failure";
+        EXPECT_EQ(host::callFailed(print.plan, print.report), row.stopReason != kORB_StopNotASCII)
+            << "what was foretold is no failure";
         if (row.isUsb) {
             EXPECT_EQ(verdict.message.rfind("0b75:0402@01080000: ", 0), 0U) << verdict.message;
-            outcome.isGone = true;
-            EXPECT_EQ(host::judge(outcome).code, ExitCode::Lost) << "a plotter that is gone explains every failure";
+            print.report.isGone = true;
+            EXPECT_EQ(host::judge(print.plan, print.report).code, ExitCode::Lost)
+                << "a plotter that is gone explains every failure";
         }
-        outcome.stopped = true;
-        EXPECT_EQ(host::judge(outcome).code, ExitCode::Stopped) << "the user's stop explains everything";
+        print.report.stopped = true;
+        EXPECT_EQ(host::judge(print.plan, print.report).code, ExitCode::Stopped) << "the user's stop explains everything";
     }
 }
 
@@ -125,10 +131,10 @@ TEST_F(VerdictTest, JudgesAFinishedJobByWhatBecameOfItsFiles) {
     };
     for (const Row &row : kRows) {
         SCOPED_TRACE(row.what);
-        host::PrintOutcome outcome = outcomeOf(row.text, row.sent);
-        outcome.isGone = row.isGone;
-        outcome.change = row.change;
-        host::Verdict verdict = host::judge(outcome);
+        Printed print = printed(row.text, row.sent);
+        print.report.isGone = row.isGone;
+        print.report.change = row.change;
+        host::Verdict verdict = host::judge(print.plan, print.report);
         EXPECT_EQ(verdict.code, row.code) << verdict.message;
         std::string said = verdict.code == ExitCode::Done && !verdict.notes.empty() ? verdict.notes[0] : verdict.message;
         EXPECT_NE(said.find(row.says ? row.says : ""), std::string::npos) << said;

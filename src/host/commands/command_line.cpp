@@ -1,7 +1,7 @@
 #include "host/commands/command_line.h"
 
 #include "host/commands/commands.h"
-#include "host/print/verdict.h"
+#include "host/terminal/json.h"
 #include "host/terminal/output.h"
 #include "host/terminal/text.h"
 
@@ -26,7 +26,10 @@ Manual overview() {
 }
 
 ExitCode complain(const Failure &failure, bool wantsJson) {
-    if (wantsJson) printOut("{}\n", json(failure));
+    if (wantsJson) {
+        const Json report = {{"exitCode", static_cast<int>(failure.code())}, {"message", failure.what()}};
+        printOut("{}\n", report.line());
+    }
     printFailure(failure.what());
     return failure.code();
 }

@@ -32,9 +32,7 @@ struct LimitsOptions {
     uint32_t variant = 1;
     int32_t plotterID = 0;
     LineSettings line;
-    bool verbose = false;
-    bool quiet = false;
-    bool json = false;
+    Telling telling;
 };
 
 /// The record of the query; a USB plotter is made ready for it.
@@ -104,20 +102,12 @@ void announce(const LimitsOptions &options, const std::string &source, bool isUs
     printError("asking {} …; this takes {} to {:.0f} seconds\n", shown(source), isUsb ? 5 : 6, secondsFor(options, isUsb));
 }
 
-void tell(const LimitsOptions &options, const QueryOutcome &outcome, const Verdict &verdict) {
-    if (options.verbose) {
+ExitCode tellLimits(const Telling &telling, const QueryOutcome &outcome, const Verdict &verdict) {
+    if (telling.verbose) {
         printError("vectorix: sent \"{}\", heard \"{}\"\n", requestShown(outcome.report), replyShown(outcome.report));
     }
-    if (options.json) {
-        printOut("{}\n", json(outcome, verdict));
-    } else if (verdict.code == ExitCode::Done) {
-        printOut("{}", limitLines(outcome));
-    }
-    flushOut();
-    for (const std::string &note : verdict.notes) {
-        if (!options.quiet) printNote(note);
-    }
-    if (!verdict.message.empty()) printFailure(verdict.message);
+    if (!telling.json && verdict.code == ExitCode::Done) printOut("{}", limitLines(outcome)); // also with --quiet
+    return tell(telling, verdict, queryJson(outcome, verdict), "");
 }
 
 ExitCode limits(const LimitsOptions &options) {
@@ -132,14 +122,14 @@ ExitCode limits(const LimitsOptions &options) {
     if (options.toUsb) {
         usb = chooseUsbDevice(usbDevices(), choice);
         requireFree(*usb);
-        if (options.verbose) printError("{}", notesOf(*usb));
+        if (options.telling.verbose) printError("{}", notesOf(*usb));
     } else {
         lock.emplace(options.port);
     }
-    if (!options.quiet) announce(options, usb ? usb->id() : options.port, usb.has_value());
+    if (!options.telling.quiet) announce(options, usb ? usb->id() : options.port, usb.has_value());
 
     ProgressBar noBar(false);
-    ConsoleLines console(options.verbose, noBar);
+    ConsoleLines console(options.telling.verbose, noBar);
     QueryOutcome outcome = ask(options, usb);
     if (lock && (outcome.stopped || outcome.isGivenUp)) {
         outcome.whyHeld = whyHeld(lock->descriptor(), options.line);
@@ -147,9 +137,7 @@ ExitCode limits(const LimitsOptions &options) {
     }
     lock.reset();
     signals.reset();
-    Verdict verdict = judge(outcome);
-    tell(options, outcome, verdict);
-    return verdict.code;
+    return tellLimits(options.telling, outcome, judge(outcome));
 }
 
 } // namespace
@@ -173,16 +161,16 @@ void addLimitsCommand(const Command &app) {
     addVariant(command, options->variant);
     addPlotterID(command, options->plotterID).needs(usb);
     addLineOptions(command, options->line);
-    command.flag("-v,--verbose", options->verbose, "Show what is said and heard, and what the plug-in says");
-    command.flag("-q,--quiet", options->quiet, "Say nothing but the limits and errors");
-    command.flag("--json", options->json, "Report as one JSON object");
+    addTelling(command, options->telling,
+               {.verbose = "Show what is said and heard, and what the plug-in says",
+                .quiet = "Say nothing but the limits and errors"});
     command.whenTyped(
         [options, command, usb] {
             applyProfile(command);
             options->toUsb = usb.isTyped();
             return limits(*options);
         },
-        &options->json);
+        &options->telling.json);
 }
 
 } // namespace host

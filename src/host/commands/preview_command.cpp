@@ -5,8 +5,7 @@
 #include "host/picture/drawing.h"
 #include "host/picture/plot_findings.h"
 #include "host/plugin/stop_signals.h"
-#include "host/terminal/json.h"
-#include "host/terminal/output.h"
+#include "host/terminal/telling.h"
 #include "host/terminal/text.h"
 
 #include <fmt/format.h>
@@ -21,23 +20,16 @@ struct PreviewOptions {
     std::string plot;
     std::string picture;
     DrawingOptions drawing;
-    bool quiet = false;
-    bool json = false;
+    Telling telling;
 };
 
-void tell(const PreviewOptions &options, const language::PlotReader &plot, const std::vector<std::string> &notes) {
-    if (options.json) {
-        Json object = {
-            {"exitCode", 0}, {"message", ""}, {"notes", notes}, {"plotFile", options.plot}, {"picture", options.picture}};
-        addFindings(object, plot);
-        printOut("{}\n", object.line());
-    } else if (!options.quiet) {
-        printLines(fmt::format("{}drew {}\n", findingsText(plot), shown(options.picture)));
-    }
-    flushOut();
-    for (const std::string &note : notes) {
-        if (!options.quiet) printNote(note);
-    }
+ExitCode tellPreview(const PreviewOptions &options, const language::PlotReader &plot, std::vector<std::string> notes) {
+    const Verdict verdict{ExitCode::Done, "", std::move(notes)};
+    Json report = jsonOf(verdict);
+    report["plotFile"] = options.plot;
+    report["picture"] = options.picture;
+    addFindings(report, plot);
+    return tell(options.telling, verdict, report, fmt::format("{}drew {}\n", findingsText(plot), shown(options.picture)));
 }
 
 /// Throws Failure (unfit) for a file that is no plot. A language that was typed is believed, whatever the file looks like.
@@ -74,8 +66,7 @@ ExitCode preview(const PreviewOptions &options) {
     drawing.finish();
     std::vector<std::string> notes = findingNotes(plot, drawing.sheet());
     if (!drawing.note().empty()) notes.push_back(shown(drawing.note()));
-    tell(options, plot, notes);
-    return ExitCode::Done;
+    return tellPreview(options, plot, std::move(notes));
 }
 
 } // namespace
@@ -95,10 +86,9 @@ void addPreviewCommand(const Command &app) {
     command.option("PLOT", options->plot, "Plot file; - for standard input").required().valueName("");
     command.option("-o,--output", options->picture, "Picture to write: .svg, .png or .pdf").required().valueName("FILE");
     addLanguage(command, options->drawing);
-    command.flag("-q,--quiet", options->quiet, "Say nothing but errors");
-    command.flag("--json", options->json, "Report as one JSON object");
+    addTelling(command, options->telling, {.verbose = nullptr});
     addDrawingOptions(command, options->drawing);
-    command.whenTyped([options] { return preview(*options); }, &options->json);
+    command.whenTyped([options] { return preview(*options); }, &options->telling.json);
 }
 
 } // namespace host

@@ -4,8 +4,8 @@
 #include "host/options/apply_profile.h"
 #include "host/options/plotter_options.h"
 #include "host/plugin/usb_target.h"
+#include "host/print/dry_run.h"
 #include "host/print/print.h"
-#include "host/print/verdict.h"
 
 #include <fmt/format.h>
 #include <memory>
@@ -14,19 +14,28 @@ namespace host {
 
 namespace {
 
-ExitCode run(const PrintOptions &options) {
+struct TypedPrint {
+    PrintOptions options;
+    bool dryRun = false;
+    Telling telling;
+};
+
+ExitCode run(const TypedPrint &typed) {
+    const PrintOptions &options = typed.options;
     if (options.port.empty() && options.capture.empty() && options.picture.empty() && !options.toUsb) {
         throw Failure(ExitCode::Usage, "print: say where to: --port DEVICE, --usb, --capture FILE, --virtual FILE, "
                                        "or --profile NAME of one with a port or usb");
     }
     parseUsbChoice(options.usbChoice); // what was typed is looked at first
-    return print(options);
+    const PrintPlan plan = planOf(options);
+    return typed.dryRun ? tellPlan(plan, typed.telling) : print(plan, typed.telling);
 }
 
 } // namespace
 
 void addPrintCommand(const Command &app) {
-    auto options = std::make_shared<PrintOptions>();
+    auto typed = std::make_shared<TypedPrint>();
+    PrintOptions *options = &typed->options;
     Command command = app.add("print", "Print a plot file");
     command.explain(
         {fmt::format("{}\n\nA dry run opens neither port nor plotter, and ends with the exit code that the print would have "
@@ -59,19 +68,17 @@ void addPrintCommand(const Command &app) {
     for (Option option : addJobOptions(command, options->job))
         option.excludes(job);
     addLineOptions(command, options->line);
-    command.flag("--dry-run", options->dryRun, "Check everything, say what would be sent, and send nothing");
+    command.flag("--dry-run", typed->dryRun, "Check everything, say what would be sent, and send nothing");
     command.flag("--force", options->force, "Print also a plot file of which a part cannot be sent");
     command.flag("--keep-going", options->keepGoing, "Go on after a piece that the plotter did not take");
-    command.flag("-v,--verbose", options->verbose, "Show what the plug-in says");
-    command.flag("-q,--quiet", options->quiet, "Say nothing but errors");
-    command.flag("--json", options->json, "Report as one JSON object");
+    addTelling(command, typed->telling);
     command.whenTyped(
-        [options, command, usb] {
+        [typed, command, usb] {
             applyProfile(command);
-            options->toUsb = usb.isTyped();
-            return run(*options);
+            typed->options.toUsb = usb.isTyped();
+            return run(*typed);
         },
-        &options->json);
+        &typed->telling.json);
 }
 
 } // namespace host

@@ -11,8 +11,7 @@
 #include "host/plugin/record.h"
 #include "host/plugin/stop_signals.h"
 #include "host/plugin/usb_target.h"
-#include "host/print/verdict.h"
-#include "host/terminal/json.h"
+#include "host/print/print.h"
 #include "host/terminal/output.h"
 #include "host/terminal/text.h"
 
@@ -35,9 +34,7 @@ struct SendOptions {
     int emulation = 17002;
     int32_t plotterID = 0;
     LineSettings line;
-    bool verbose = false;
-    bool quiet = false;
-    bool json = false;
+    Telling telling;
 };
 
 /// What the plug-in sends before the text on its own account.
@@ -78,7 +75,7 @@ void sendToPort(const SendOptions &options, const std::string &text) {
         throw Failure(ExitCode::Stopped, "stopped: the text may have been sent in part");
     }
     if (record.ORB_errorID != kORB_NoError || !wasOpened) {
-        if (options.verbose) printError("plug-in: {}\n", shown(status));
+        if (options.telling.verbose) printError("plug-in: {}\n", shown(status));
         bool refused = record.ORB_errorID == kORB_ErrorSetAttributes;
         throw Failure(refused ? ExitCode::Failed : ExitCode::Lost,
                       fmt::format("{}: {}; {}", shown(options.port), errorText(record.ORB_errorID),
@@ -109,49 +106,34 @@ JobOptions jobFor(const SendOptions &options, const std::string &text) {
 
 /// Throws Failure unless all of the text was taken.
 void sendToUsb(const SendOptions &options, const UsbDevice &device, const std::string &text) {
-    const TemporaryJob job(propertyList(jobOf(jobFor(options, text)))), plot(text);
-    PrintOutcome outcome{};
-    outcome.report.structSize = sizeof outcome.report;
-    outcome.plotFile = "TEXT";
-    outcome.destination = device.id();
-    outcome.usb = device;
-    {
-        StopOnSignal signals;
-        ORB_ServiceRecord record = recordFor(device);
-        record.ORB_serviceNumber = kORB_ServicePrint;
-        record.ORB_EmulationID = options.emulation;
-        record.ORB_JobFileRef = fileReference(job.path());
-        record.ORB_PlotFileInRef = fileReference(plot.path());
-        if (!StopOnSignal::came()) {
-            record = ORB_getVectorixCS2(record);
-            ORB_hostGetJobReport(&outcome.report);
-        }
-        outcome.stopped = StopOnSignal::came();
-        outcome.recordErrorID = record.ORB_errorID;
-        outcome.usbOutPipe = record.ORB_USB_PIPEOUT;
-        releaseStrings(record);
-    }
-    outcome.isGone = accessTo(device.node) == NodeAccess::NoNode;
-    Verdict verdict = judge(outcome);
+    const JobOptions job = jobFor(options, text);
+    const TemporaryJob plot(text);
+    const PrintPlan plan{.plot = PlotFile(plot.path(), "TEXT"),
+                         .jobFile = {},
+                         .job = propertyList(jobOf(job)),
+                         .rules = {job.emulation, terminatorOf(job)},
+                         .target = {.kind = Target::Kind::Usb, .path = {}, .line = {}, .usb = device, .drawing = {}}};
+    StopOnSignal signals;
+    Destination destination(plan.target);
+    if (options.telling.verbose) printError("{}", notesOf(device));
+    ProgressBar noBar(false);
+    const Verdict verdict = judge(plan, carryOut(plan, destination, noBar));
     if (verdict.code != ExitCode::Done) throw Failure(verdict.code, verdict.message);
 }
 
-void tell(const SendOptions &options, const std::string &destination, size_t bytes, double seconds) {
+ExitCode tellSent(const SendOptions &options, const std::string &destination, size_t bytes, double seconds) {
     const std::string start = startTextOf(options);
-    if (options.json) {
-        Json object = {{"exitCode", 0},
-                       {"message", ""},
-                       {"notes", Json::array()},
-                       {"destination", destination},
-                       {"emulation", options.emulation},
-                       {"seconds", seconds},
-                       {"sentBytes", bytes},
-                       {"startText", start}};
-        printOut("{}\n", object.line());
-    } else if (!options.quiet) {
-        printOut("sent {} to {}{}\n", counted(static_cast<int64_t>(bytes), "byte"), shown(destination),
-                 start.empty() ? "" : fmt::format(", behind the start of emulation {}: {}", options.emulation, start));
-    }
+    const Verdict done;
+    Json report = jsonOf(done);
+    report["destination"] = destination;
+    report["emulation"] = options.emulation;
+    report["seconds"] = seconds;
+    report["sentBytes"] = bytes;
+    report["startText"] = start;
+    return tell(
+        options.telling, done, report,
+        fmt::format("sent {} to {}{}\n", counted(static_cast<int64_t>(bytes), "byte"), shown(destination),
+                    start.empty() ? "" : fmt::format(", behind the start of emulation {}: {}", options.emulation, start)));
 }
 
 ExitCode send(const SendOptions &options) {
@@ -164,20 +146,18 @@ ExitCode send(const SendOptions &options) {
     }
     const UsbChoice choice = parseUsbChoice(options.usbChoice);
     ProgressBar noBar(false);
-    ConsoleLines console(options.verbose, noBar);
+    ConsoleLines console(options.telling.verbose, noBar);
     const auto start = std::chrono::steady_clock::now();
     std::string destination = options.port;
     if (options.toUsb) {
         const UsbDevice device = chooseUsbDevice(usbDevices(), choice);
-        requireFree(device);
-        if (options.verbose) printError("{}", notesOf(device));
         destination = device.id();
         sendToUsb(options, device, text);
     } else {
         sendToPort(options, text);
     }
-    tell(options, destination, text.size(), std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-    return ExitCode::Done;
+    return tellSent(options, destination, text.size(),
+                    std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
 }
 
 std::vector<JsonFields> sendFields() {
@@ -211,16 +191,14 @@ void addSendCommand(const Command &app) {
     addEmulation(command, options->emulation);
     addPlotterID(command, options->plotterID).needs(usb);
     addLineOptions(command, options->line);
-    command.flag("-v,--verbose", options->verbose, "Show what the plug-in says");
-    command.flag("-q,--quiet", options->quiet, "Say nothing but errors");
-    command.flag("--json", options->json, "Report as one JSON object");
+    addTelling(command, options->telling);
     command.whenTyped(
         [options, command, usb] {
             applyProfile(command);
             options->toUsb = usb.isTyped();
             return send(*options);
         },
-        &options->json);
+        &options->telling.json);
 }
 
 } // namespace host

@@ -5,8 +5,8 @@
 #include "host/picture/drawing.h"
 #include "host/picture/plot_findings.h"
 #include "host/plugin/stop_signals.h"
-#include "host/terminal/json.h"
 #include "host/terminal/output.h"
+#include "host/terminal/telling.h"
 #include "host/terminal/text.h"
 #include "virtual_plotter/face/line_loop.h"
 
@@ -32,8 +32,7 @@ struct SimulateOptions {
     size_t bufferBytes = 1024;
     std::string fault;
     std::string link;
-    bool quiet = false;
-    bool json = false;
+    Telling telling;
     bool once = false;
     double linger = 1;
 };
@@ -132,26 +131,19 @@ private:
     struct stat made_ {};
 };
 
-std::string jsonLine(const Json &object) { return object.line(); }
-
-void tell(const SimulateOptions &options, const virtual_plotter::VirtualPlotter &plotter, const Drawing &drawing) {
-    std::vector<std::string> notes = findingNotes(plotter.plot(), drawing.sheet());
-    if (!drawing.note().empty()) notes.push_back(shown(drawing.note()));
-    if (plotter.hasHungUp()) notes.insert(notes.begin(), "hung up, as it was told to");
-    if (options.json) {
-        Json report = {{"exitCode", 0}, {"message", ""}, {"notes", notes}, {"picture", options.picture}};
-        report["heardBytes"] = plotter.heardBytes();
-        addFindings(report, plotter.plot());
-        printOut("{}\n", jsonLine(report));
-    } else if (!options.quiet) {
-        printLines(fmt::format("heard {}\n{}{}", counted(static_cast<int64_t>(plotter.heardBytes()), "byte"),
-                               findingsText(plotter.plot()),
-                               options.picture.empty() ? "" : fmt::format("drew {}\n", shown(options.picture))));
-    }
-    flushOut();
-    if (options.quiet) return;
-    for (const std::string &note : notes)
-        printNote(note);
+ExitCode tellSimulation(const SimulateOptions &options, const virtual_plotter::VirtualPlotter &plotter,
+                        const Drawing &drawing) {
+    Verdict verdict{ExitCode::Done, "", findingNotes(plotter.plot(), drawing.sheet())};
+    if (!drawing.note().empty()) verdict.notes.push_back(shown(drawing.note()));
+    if (plotter.hasHungUp()) verdict.notes.insert(verdict.notes.begin(), "hung up, as it was told to");
+    Json report = jsonOf(verdict);
+    report["picture"] = options.picture;
+    report["heardBytes"] = plotter.heardBytes();
+    addFindings(report, plotter.plot());
+    return tell(options.telling, verdict, report,
+                fmt::format("heard {}\n{}{}", counted(static_cast<int64_t>(plotter.heardBytes()), "byte"),
+                            findingsText(plotter.plot()),
+                            options.picture.empty() ? "" : fmt::format("drew {}\n", shown(options.picture))));
 }
 
 ExitCode simulate(const SimulateOptions &options) {
@@ -162,7 +154,7 @@ ExitCode simulate(const SimulateOptions &options) {
     {
         StopOnSignal signals;
         PortLink link(options.link, line.path());
-        printOut("{}\n", options.json ? jsonLine({{"port", line.path()}}) : line.path());
+        printOut("{}\n", options.telling.json ? Json{{"port", line.path()}}.line() : line.path());
         flushOut();
         virtual_plotter::LineRules rules{.isStopped = StopOnSignal::came, .onceWithin = {}};
         if (options.once) rules.onceWithin = std::chrono::milliseconds(static_cast<int64_t>(options.linger * 1000));
@@ -170,8 +162,7 @@ ExitCode simulate(const SimulateOptions &options) {
     }
     plotter.finish();
     drawing.finish();
-    tell(options, plotter, drawing);
-    return ExitCode::Done;
+    return tellSimulation(options, plotter, drawing);
 }
 
 constexpr const char *kAbout =
@@ -213,8 +204,10 @@ void addSimulateCommand(const Command &app) {
         .check(checkFault)
         .valueName("KIND[:BYTES]");
     command.option("--link", options->link, "Another name for the port, while it plays").valueName("PATH");
-    command.flag("-q,--quiet", options->quiet, "Say nothing but the port and errors");
-    command.flag("--json", options->json, "Port and report as JSON objects, a line each");
+    addTelling(command, options->telling,
+               {.verbose = nullptr,
+                .quiet = "Say nothing but the port and errors",
+                .json = "Port and report as JSON objects, a line each"});
     Option once = command.flag("--once", options->once, "End when the program that printed has closed the port");
     command.option("--linger", options->linger, "Wait so long for another program first (1)")
         .within(0, 3600)
@@ -225,7 +218,7 @@ void addSimulateCommand(const Command &app) {
             applyProfile(command);
             return simulate(*options);
         },
-        &options->json);
+        &options->telling.json);
 }
 
 } // namespace host

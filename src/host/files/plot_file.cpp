@@ -1,6 +1,5 @@
 #include "host/files/plot_file.h"
 
-#include "host/files/plot_stream.h"
 #include "host/terminal/failure.h"
 #include "host/terminal/text.h"
 
@@ -15,16 +14,16 @@ namespace {
 
 constexpr size_t kBlock = size_t{64} * 1024;
 
-/// A descriptor of the file, which the caller closes; fills status. Throws Failure.
-int openInput(const std::string &path, const char *what, struct stat &status) {
+/// Opens the file; fills status. Throws Failure.
+UniqueFd openInput(const std::string &path, const char *what, struct stat &status) {
     // Looked at before it is opened: the open of a pipe waits for a writer, that of a device may do something to it.
     if (stat(path.c_str(), &status) != 0) throw fileFailure(path, errno);
     if (S_ISDIR(status.st_mode)) throw fileFailure(path, EISDIR);
     if (!S_ISREG(status.st_mode)) {
         throw Failure(ExitCode::Unfit, fmt::format("{}: no file; name a {}", shown(path), what));
     }
-    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd < 0 || fstat(fd, &status) != 0) throw fileFailure(path, errno);
+    UniqueFd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (fd.get() < 0 || fstat(fd.get(), &status) != 0) throw fileFailure(path, errno);
     return fd;
 }
 
@@ -38,30 +37,28 @@ bool isSame(const timespec &a, const timespec &b) { return a.tv_sec == b.tv_sec 
 
 void requireInputFile(const std::string &path, const char *what) {
     struct stat status;
-    close(openInput(path, what, status));
+    openInput(path, what, status);
     if (status.st_size == 0) throw emptyFailure(path, what);
 }
 
-PlotFile::PlotFile(const std::string &path)
-    : path_(streamName(path)), isStream_(isPlotStream(path)),
+PlotFile::PlotFile(const std::string &path, std::string name)
+    : path_(path), name_(std::move(name)), isStream_(isPlotStream(path)),
       fd_(isStream_ ? keepPlotStream(path) : openInput(path, "plot file", opened_)) {
-    if (isStream_) fstat(fd_, &opened_);
+    if (isStream_) fstat(fd_.get(), &opened_);
 }
-
-PlotFile::~PlotFile() { close(fd_); }
 
 void PlotFile::requireContents() const {
-    if (size() == 0) throw emptyFailure(path_, "plot file");
+    if (size() == 0) throw emptyFailure(name_, "plot file");
 }
 
-std::string PlotFile::heldPath() const { return fmt::format("/proc/self/fd/{}", fd_); }
+std::string PlotFile::heldPath() const { return fmt::format("/proc/self/fd/{}", fd_.get()); }
 
 std::string_view PlotFile::read(int64_t offset, std::string &buffer) const {
     ssize_t count;
     do {
-        count = pread(fd_, buffer.data(), buffer.size(), offset);
+        count = pread(fd_.get(), buffer.data(), buffer.size(), offset);
     } while (count < 0 && errno == EINTR);
-    if (count < 0) throw fileFailure(path_, errno);
+    if (count < 0) throw fileFailure(name_, errno);
     return {buffer.data(), static_cast<size_t>(count)};
 }
 
@@ -74,7 +71,7 @@ void PlotFile::readBlocks(const std::function<bool(std::string_view block)> &loo
 
 PlotChange PlotFile::change() const {
     struct stat now, named;
-    if (isStream_ || fstat(fd_, &now) != 0) return {};
+    if (isStream_ || fstat(fd_.get(), &now) != 0) return {};
     if (now.st_size != opened_.st_size) {
         return {true, fmt::format("its size changed while it was printed, from {} to {} bytes; print it again once it is "
                                   "finished",

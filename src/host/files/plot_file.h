@@ -3,6 +3,9 @@
 // writing to the file itself: that is found afterwards, by change().
 #pragma once
 
+#include "host/files/plot_stream.h"
+#include "host/files/unique_fd.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -22,18 +25,17 @@ struct PlotChange {
 
 class PlotFile {
 public:
-    /// Opens a file; a stream (files/plot_stream.h) is read to its end. Throws Failure when path cannot be opened for
+    /// Opens a file; a stream is read to its end. Throws Failure when path cannot be opened for
     /// reading, or is neither.
-    explicit PlotFile(const std::string &path);
-    PlotFile(const PlotFile &) = delete;
-    PlotFile &operator=(const PlotFile &) = delete;
-    ~PlotFile();
+    explicit PlotFile(const std::string &path) : PlotFile(path, streamName(path)) {}
+    /// The same, of a file that messages call otherwise.
+    PlotFile(const std::string &path, std::string name);
 
     /// Throws Failure (unfit) when it is empty.
     void requireContents() const;
 
-    /// For messages: the path as typed, or "standard input".
-    const std::string &path() const { return path_; }
+    /// For messages: the path as typed, "standard input", or the name that it was given.
+    const std::string &path() const { return name_; }
     /// A path by which this process can open this very file again, also when its own name is gone or names another. Valid
     /// while the object exists.
     std::string heldPath() const;
@@ -49,10 +51,10 @@ public:
     PlotChange change() const;
 
 private:
-    std::string path_;
+    std::string path_, name_;
     bool isStream_;
-    int fd_;
     struct stat opened_;
+    UniqueFd fd_;
 };
 
 } // namespace host

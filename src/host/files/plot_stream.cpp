@@ -12,27 +12,10 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 namespace host {
 
 namespace {
-
-/// Closes its descriptor at the end, but for standard input and one that was released.
-class OpenFile {
-public:
-    explicit OpenFile(int fd) : fd_(fd) {}
-    OpenFile(const OpenFile &) = delete;
-    OpenFile &operator=(const OpenFile &) = delete;
-    ~OpenFile() {
-        if (fd_ > STDIN_FILENO) close(fd_);
-    }
-    int get() const { return fd_; }
-    int release() { return std::exchange(fd_, -1); }
-
-private:
-    int fd_;
-};
 
 std::string temporaryFolder() {
     const char *folder = getenv("TMPDIR");
@@ -63,23 +46,23 @@ bool isPlotStream(const std::string &path) {
 
 std::string streamName(const std::string &path) { return path == "-" ? "standard input" : path; }
 
-int keepPlotStream(const std::string &path) {
+UniqueFd keepPlotStream(const std::string &path) {
     std::string name = streamName(path);
     bool isInput = path == "-";
     if (isInput && isatty(STDIN_FILENO)) {
         throw Failure(ExitCode::Usage,
                       "standard input: a terminal; send a plot into the command with '|' or '<', or name a file");
     }
-    OpenFile from(isInput ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const UniqueFd from(isInput ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (from.get() < 0) throw fileFailure(name, errno);
     std::string folder = temporaryFolder();
-    OpenFile kept(unnamedFile(folder));
+    UniqueFd kept(unnamedFile(folder));
     if (kept.get() < 0) throw cannotKeep(name, folder, errno);
 
     std::string buffer(size_t{64} * 1024, '\0');
     for (;;) {
         ssize_t count = read(from.get(), buffer.data(), buffer.size());
-        if (count == 0) return kept.release();
+        if (count == 0) return kept;
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) throw fileFailure(name, errno);
         if (!writeAll(kept.get(), std::string_view(buffer).substr(0, static_cast<size_t>(count))))

@@ -3,6 +3,8 @@
 // the process ends.
 #pragma once
 
+#include "host/files/unique_fd.h"
+
 #include <string>
 
 namespace host {
@@ -13,9 +15,9 @@ bool isPlotStream(const std::string &path);
 /// For messages: "standard input", or the path.
 std::string streamName(const std::string &path);
 
-/// A descriptor, which the caller closes, of a file below $TMPDIR or /tmp with all that came until the stream's end. Blocks
+/// A file below $TMPDIR or /tmp with all that came until the stream's end. Blocks
 /// until then, and a signal with a handler does not end that: to be called before StopOnSignal holds Ctrl-C. Throws Failure,
 /// also when standard input is a terminal.
-int keepPlotStream(const std::string &path);
+UniqueFd keepPlotStream(const std::string &path);
 
 } // namespace host

@@ -52,14 +52,9 @@ std::string propertyList(const std::vector<JobEntry> &job) {
 }
 
 TemporaryJob::TemporaryJob(const std::string &contents) : fd_(memfd_create("vectorix job", MFD_CLOEXEC)) {
-    if (fd_ >= 0 && writeAll(fd_, contents)) return;
-    Failure failure = fileFailure("job file in memory", errno);
-    if (fd_ >= 0) close(fd_);
-    throw failure;
+    if (fd_.get() < 0 || !writeAll(fd_.get(), contents)) throw fileFailure("job file in memory", errno);
 }
 
-TemporaryJob::~TemporaryJob() { close(fd_); }
-
-std::string TemporaryJob::path() const { return fmt::format("/proc/self/fd/{}", fd_); }
+std::string TemporaryJob::path() const { return fmt::format("/proc/self/fd/{}", fd_.get()); }
 
 } // namespace host

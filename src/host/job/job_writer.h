@@ -2,6 +2,7 @@
 // one is made in memory, so that a print leaves nothing behind and needs no folder that can be written to.
 #pragma once
 
+#include "host/files/unique_fd.h"
 #include "host/job/job_options.h"
 
 #include <string>
@@ -17,14 +18,11 @@ class TemporaryJob {
 public:
     /// Throws Failure when there is no memory or descriptor for it.
     explicit TemporaryJob(const std::string &contents);
-    TemporaryJob(const TemporaryJob &) = delete;
-    TemporaryJob &operator=(const TemporaryJob &) = delete;
-    ~TemporaryJob();
     /// A path by which this process alone can open it, while the object exists.
     std::string path() const;
 
 private:
-    int fd_;
+    UniqueFd fd_;
 };
 
 } // namespace host

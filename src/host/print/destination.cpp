@@ -2,54 +2,44 @@
 
 #include "host/devices/usb_access.h"
 #include "host/picture/plot_findings.h"
-#include "host/plugin/usb_target.h"
-#include "host/terminal/output.h"
 #include "host/terminal/text.h"
 
 namespace host {
 
-void requireOutput(const char *option, const std::string &file, const PrintOptions &options) {
-    requireOtherFile(option, file, options.plot);
-    requireOtherFile(option, file, options.jobFile);
+void requireFree(const Target &target) {
+    switch (target.kind) {
+    case Target::Kind::Port: return requireFreePort(target.path);
+    case Target::Kind::Usb: return requireFree(*target.usb);
+    case Target::Kind::File: return requireWritable(target.path);
+    case Target::Kind::Picture: Drawing unfinished(target.drawing, target.path); // its file never appears
+    }
 }
 
-Destination::Destination(const PrintOptions &options) : options_(options) {
-    if (options.toUsb) {
-        usb_ = chooseUsbDevice(usbDevices(), parseUsbChoice(options.usbChoice));
-        requireFree(*usb_);
-        if (options.verbose) printError("{}", notesOf(*usb_));
-    } else if (!options.port.empty()) {
-        lock_.emplace(options.port);
-    } else if (!options.picture.empty()) {
-        requireOutput("--virtual", options.picture, options);
-        plotter_.emplace(options.drawing, options.picture);
-    } else {
-        requireOutput("--capture", options.capture, options);
-        capture_.emplace(options.capture);
+Destination::Destination(const Target &target) : target_(target) {
+    switch (target.kind) {
+    case Target::Kind::Port: lock_.emplace(target.path); break;
+    case Target::Kind::Usb: requireFree(*target.usb); break;
+    case Target::Kind::File: capture_.emplace(target.path); break;
+    case Target::Kind::Picture: plotter_.emplace(target.drawing, target.path); break;
     }
 }
 
 const std::string &Destination::port() const {
-    return plotter_ ? plotter_->port() : capture_ ? capture_->port() : options_.port;
-}
-
-std::string Destination::name() const {
-    if (usb_) return usb_->id();
-    return plotter_ ? options_.picture : capture_ ? options_.capture : options_.port;
+    return plotter_ ? plotter_->port() : capture_ ? capture_->port() : target_.path;
 }
 
 WatchedLine Destination::line() const {
-    return {lock_ ? lock_->descriptor() : -1, usb_.has_value(), options_.line.handshake == "hardware"};
+    return {lock_ ? lock_->descriptor() : -1, target_.usb.has_value(), target_.line.handshake == "hardware"};
 }
 
-void Destination::settle(PrintOutcome &outcome) {
+void Destination::settle(PrintReport &report) {
     if (lock_) {
-        outcome.isGone = lock_->isGone();
+        report.isGone = lock_->isGone();
         lock_.reset(); // while signals can still end its close
     }
-    if (usb_) outcome.isGone = accessTo(usb_->node) == NodeAccess::NoNode;
-    if (plotter_) outcome.arrivedBytes = plotter_->end();
-    if (capture_) outcome.arrivedBytes = capture_->end();
+    if (target_.usb) report.isGone = accessTo(target_.usb->node) == NodeAccess::NoNode;
+    if (plotter_) report.arrivedBytes = plotter_->end();
+    if (capture_) report.arrivedBytes = capture_->end();
 }
 
 void Destination::addNotes(Verdict &verdict) const {

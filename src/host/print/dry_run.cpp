@@ -1,75 +1,34 @@
 #include "host/print/dry_run.h"
-#include "host/terminal/json.h"
 
-#include "host/devices/usb_access.h"
-#include "host/examination/examination.h"
-#include "host/job/job_reader.h"
-#include "host/plugin/usb_target.h"
-#include "host/print/capture.h"
 #include "host/print/destination.h"
-#include "host/print/verdict.h"
-#include "host/terminal/output.h"
 #include "host/terminal/text.h"
 
-#include <algorithm>
 #include <fmt/format.h>
 
 namespace host {
 
 namespace {
 
-/// Makes the checks that a print makes of its destination, and returns its name. Throws Failure.
-std::string requireDestination(const PrintOptions &options) {
-    if (options.toUsb) {
-        UsbDevice device = chooseUsbDevice(usbDevices(), parseUsbChoice(options.usbChoice));
-        requireFree(device);
-        return device.id();
-    }
-    if (!options.port.empty()) {
-        requireFreePort(options.port);
-        return options.port;
-    }
-    if (!options.picture.empty()) {
-        requireOutput("--virtual", options.picture, options);
-        Drawing unfinished(options.drawing, options.picture); // its file never appears
-        return options.picture;
-    }
-    requireOutput("--capture", options.capture, options);
-    requireWritable(options.capture);
-    return options.capture;
-}
-
 /// The print as it ends when nothing disturbs it.
-PrintOutcome undisturbed(const PrintOptions &options, const PlotFile &plot, const PlotRules &rules,
-                         const Examination &examination) {
-    PrintOutcome outcome{};
-    outcome.plotFile = plot.path();
-    outcome.jobFile = options.jobFile;
-    outcome.destination = requireDestination(options);
-    outcome.emulation = rules.emulation;
-    outcome.terminator = rules.terminator;
-    outcome.rules = rules;
-    outcome.examination = examination;
-    outcome.report.firstErrorID = kORB_NoError;
-    outcome.report.stopReason = kORB_StopFinished;
-    outcome.report.fileBytes = examination.fileBytes;
-    outcome.report.withheldBytes = examination.withheldBytes;
-    outcome.report.sentBytes = examination.fileBytes - examination.withheldBytes;
-    return outcome;
+PrintReport undisturbed(const PrintPlan &plan) {
+    PrintReport report;
+    report.job.stopReason = kORB_StopFinished;
+    report.job.fileBytes = plan.examination.fileBytes;
+    report.job.withheldBytes = plan.examination.withheldBytes;
+    report.job.sentBytes = plan.examination.fileBytes - plan.examination.withheldBytes;
+    return report;
 }
 
-std::string text(const PrintOutcome &outcome, const LineSettings *line) {
-    const ORB_JobReport &report = outcome.report;
-    std::string lines = fmt::format("would send {} in {} to {}\n", counted(report.sentBytes, "byte"),
-                                    counted(outcome.examination.pieces, "piece"), shown(outcome.destination));
-    if (report.withheldBytes > 0) lines += fmt::format("not sent    {}\n", counted(report.withheldBytes, "byte"));
-    lines += fmt::format("emulation   {}\nterminator  \"{}\"\n", outcome.emulation, shown(outcome.terminator));
-    if (line) {
-        lines +=
-            fmt::format("line        {}\ntime        {} at the line's rate; a plotter that holds the line takes longer\n",
-                        describe(*line), duration(secondsFor(report.sentBytes, *line)));
-    }
-    return lines;
+std::string lines(const PrintPlan &plan, const ORB_JobReport &job) {
+    std::string text = fmt::format("would send {} in {} to {}\n", counted(job.sentBytes, "byte"),
+                                   counted(plan.examination.pieces, "piece"), shown(plan.target.name()));
+    if (job.withheldBytes > 0) text += fmt::format("not sent    {}\n", counted(job.withheldBytes, "byte"));
+    text += fmt::format("emulation   {}\nterminator  \"{}\"\n", plan.rules.emulation, shown(plan.rules.terminator));
+    if (plan.target.kind != Target::Kind::Port) return text;
+    const LineSettings &line = plan.target.line;
+    return text +
+           fmt::format("line        {}\ntime        {} at the line's rate; a plotter that holds the line takes longer\n",
+                       describe(line), duration(secondsFor(job.sentBytes, line)));
 }
 
 Json jsonOf(const LineSettings &line) {
@@ -80,49 +39,30 @@ Json jsonOf(const LineSettings &line) {
             {"handshake", line.handshake}};
 }
 
-std::string json(const PrintOutcome &outcome, const Verdict &verdict, const LineSettings *line) {
-    Json object = {{"exitCode", static_cast<int>(verdict.code)},
-                   {"message", verdict.message},
-                   {"notes", verdict.notes},
-                   {"dryRun", true},
-                   {"plotFile", outcome.plotFile},
-                   {"destination", outcome.destination},
-                   {"emulation", outcome.emulation},
-                   {"terminator", outcome.terminator},
-                   {"fileBytes", outcome.report.fileBytes},
-                   {"bytesToSend", outcome.report.sentBytes},
-                   {"piecesToSend", outcome.examination.pieces},
-                   {"withheldBytes", outcome.report.withheldBytes}};
-    object["line"] = line ? jsonOf(*line) : Json();
-    object["estimatedSeconds"] = line ? Json(secondsFor(outcome.report.sentBytes, *line)) : Json();
-    return object.line();
+Json planJson(const PrintPlan &plan, const ORB_JobReport &job, const Verdict &verdict) {
+    const bool isLine = plan.target.kind == Target::Kind::Port;
+    Json object = jsonOf(verdict);
+    object["dryRun"] = true;
+    object["plotFile"] = plan.plot.path();
+    object["destination"] = plan.target.name();
+    object["emulation"] = plan.rules.emulation;
+    object["terminator"] = plan.rules.terminator;
+    object["fileBytes"] = job.fileBytes;
+    object["bytesToSend"] = job.sentBytes;
+    object["piecesToSend"] = plan.examination.pieces;
+    object["withheldBytes"] = job.withheldBytes;
+    object["line"] = isLine ? jsonOf(plan.target.line) : Json();
+    object["estimatedSeconds"] = isLine ? Json(secondsFor(job.sentBytes, plan.target.line)) : Json();
+    return object;
 }
 
 } // namespace
 
-void requireFitJob(const std::string &jobFile) {
-    std::vector<Finding> findings = checkJob(readJob(jobFile));
-    auto error = std::find_if(findings.begin(), findings.end(), [](const Finding &finding) { return finding.isError; });
-    if (error == findings.end()) return;
-    throw Failure(ExitCode::Unfit, fmt::format("{0}: the job file is unfit: {1}; 'vectorix job check {0}' says more",
-                                               shown(jobFile), error->text));
-}
-
-ExitCode dryRun(const PrintOptions &options, const PlotFile &plot, const PlotRules &rules, const Examination &examination) {
-    PrintOutcome outcome = undisturbed(options, plot, rules, examination);
-    Verdict verdict = judge(outcome);
-    const LineSettings *line = options.port.empty() ? nullptr : &options.line;
-    if (options.json) {
-        printOut("{}\n", json(outcome, verdict, line));
-    } else if (!options.quiet) {
-        printLines(text(outcome, line));
-    }
-    flushOut();
-    for (const std::string &note : verdict.notes) {
-        if (!options.quiet) printNote(note);
-    }
-    if (!verdict.message.empty()) printFailure(verdict.message);
-    return verdict.code;
+ExitCode tellPlan(const PrintPlan &plan, const Telling &telling) {
+    requireFree(plan.target);
+    const PrintReport report = undisturbed(plan);
+    const Verdict verdict = judge(plan, report);
+    return tell(telling, verdict, planJson(plan, report.job, verdict), lines(plan, report.job));
 }
 
 } // namespace host

@@ -3,19 +3,13 @@
 // exit code.
 #pragma once
 
-#include "host/files/plot_file.h"
-#include "host/print/print.h"
+#include "host/print/plan.h"
+#include "host/terminal/telling.h"
 
 namespace host {
 
-struct Examination;
-struct PlotRules;
-
-/// Throws Failure (unfit) for a job file with which no print would begin.
-void requireFitJob(const std::string &jobFile);
-
-/// Looks at the destination without opening it, and prints the report. Returns the exit code of the print itself if nothing
+/// Looks at the plan's target without opening it, and tells the plan. Returns the exit code of the print itself if nothing
 /// disturbs it. Throws Failure.
-ExitCode dryRun(const PrintOptions &options, const PlotFile &plot, const PlotRules &rules, const Examination &examination);
+ExitCode tellPlan(const PrintPlan &plan, const Telling &telling);
 
 } // namespace host

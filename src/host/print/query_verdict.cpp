@@ -1,5 +1,4 @@
 #include "host/print/query_verdict.h"
-#include "host/terminal/json.h"
 
 #include "host/options/line_settings.h"
 #include "host/print/reply_numbers.h"
@@ -176,12 +175,9 @@ std::string limitLines(const QueryOutcome &outcome) {
     return lines;
 }
 
-std::string json(const QueryOutcome &outcome, const Verdict &verdict) {
+Json queryJson(const QueryOutcome &outcome, const Verdict &verdict) {
     const ORB_QueryReport &report = outcome.report;
-    Json object;
-    object["exitCode"] = static_cast<int>(verdict.code);
-    object["message"] = verdict.message;
-    object["notes"] = verdict.notes;
+    Json object = jsonOf(verdict);
     object["source"] = outcome.source;
     object["emulation"] = outcome.emulation;
     object["seconds"] = outcome.seconds;
@@ -200,7 +196,7 @@ std::string json(const QueryOutcome &outcome, const Verdict &verdict) {
     object["errorID"] = report.errorID;
     object["errorText"] = errorText(report.errorID);
     object["errorStatus"] = report.status;
-    return object.line();
+    return object;
 }
 
 std::vector<JsonFields> queryFields() {

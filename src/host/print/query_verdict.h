@@ -4,7 +4,8 @@
 #pragma once
 
 #include "host/devices/usb_devices.h"
-#include "host/print/verdict.h"
+#include "host/terminal/manual.h"
+#include "host/terminal/telling.h"
 
 #include <array>
 #include <optional>
@@ -42,8 +43,8 @@ std::string replyShown(const ORB_QueryReport &report);
 /// values.
 std::string limitLines(const QueryOutcome &outcome);
 
-/// The outcome as a JSON object, on one line.
-std::string json(const QueryOutcome &outcome, const Verdict &verdict);
+/// The outcome as a JSON object.
+Json queryJson(const QueryOutcome &outcome, const Verdict &verdict);
 
 /// The JSON object's fields.
 std::vector<JsonFields> queryFields();

@@ -75,15 +75,15 @@ UsbFault explainUsb(const UsbDevice &usb, bool isGone, int32_t errorID, int32_t 
     return {ExitCode::Failed, errorText(errorID) + (status == kNoError ? "" : fmt::format(" (code 0x{:08X})", status))};
 }
 
-Verdict judgeUsbLink(const PrintOutcome &outcome) {
-    const ORB_JobReport &report = outcome.report;
-    int32_t errorID = report.firstErrorID != kORB_NoError ? report.firstErrorID : outcome.recordErrorID;
-    int32_t status = endsAnyUsbJob(report.lastStatus) ? report.lastStatus : report.firstStatus; // by what it ended with
-    UsbFault fault = explainUsb(*outcome.usb, outcome.isGone, errorID, status, outcome.usbOutPipe);
-    std::string sent = report.sentBytes == 0
+Verdict judgeUsbLink(const PrintPlan &plan, const PrintReport &report) {
+    const ORB_JobReport &job = report.job;
+    int32_t errorID = job.firstErrorID != kORB_NoError ? job.firstErrorID : report.recordErrorID;
+    int32_t status = endsAnyUsbJob(job.lastStatus) ? job.lastStatus : job.firstStatus; // by what it ended with
+    UsbFault fault = explainUsb(*plan.target.usb, report.isGone, errorID, status, report.usbOutPipe);
+    std::string sent = job.sentBytes == 0
                            ? "sent nothing"
-                           : fmt::format("sent {} of {}", grouped(report.sentBytes), counted(report.fileBytes, "byte"));
-    return {fault.code, fmt::format("{}: {}; {}", shown(outcome.destination), sent, fault.text), {}};
+                           : fmt::format("sent {} of {}", grouped(job.sentBytes), counted(job.fileBytes, "byte"));
+    return {fault.code, fmt::format("{}: {}; {}", shown(plan.target.name()), sent, fault.text), {}};
 }
 
 } // namespace host

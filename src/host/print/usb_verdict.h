@@ -18,7 +18,7 @@ bool endsAnyUsbJob(int32_t status);
 /// then the explanation. outPipe is named where the pipe is at fault.
 UsbFault explainUsb(const UsbDevice &usb, bool isGone, int32_t errorID, int32_t ioStatus, uint8_t outPipe);
 
-/// The verdict on a print whose report has a failure of the link; outcome.usb must be set.
-Verdict judgeUsbLink(const PrintOutcome &outcome);
+/// The verdict on a print to a USB plotter whose report has a failure of the link.
+Verdict judgeUsbLink(const PrintPlan &plan, const PrintReport &report);
 
 } // namespace host

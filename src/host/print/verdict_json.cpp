@@ -1,5 +1,4 @@
 #include "host/print/verdict.h"
-#include "host/terminal/json.h"
 
 namespace host {
 
@@ -8,40 +7,30 @@ namespace {
 constexpr const char *kStopReasons[] = {"finished", "stoppedByHost", "notASCII", "noMarkInTail",
                                         "noLink",   "plotFile",      "jobFile",  "unconvertible"};
 
-/// A path may hold any bytes; in JSON those that are no text are replaced.
-std::string dump(const Json &object) { return object.line(); }
-
 } // namespace
 
-std::string json(const PrintOutcome &outcome, const Verdict &verdict) {
-    const ORB_JobReport &report = outcome.report;
-    Json object;
-    object["exitCode"] = static_cast<int>(verdict.code);
-    object["message"] = verdict.message;
-    object["notes"] = verdict.notes;
-    object["plotFile"] = outcome.plotFile;
-    object["destination"] = outcome.destination;
-    object["emulation"] = outcome.emulation;
-    object["terminator"] = outcome.terminator;
-    object["seconds"] = outcome.seconds;
-    object["stopReason"] = report.stopReason < std::size(kStopReasons) ? kStopReasons[report.stopReason] : "unknown";
-    object["fileBytes"] = report.fileBytes;
-    object["sentBytes"] = report.sentBytes;
-    object["failedBytes"] = report.failedBytes;
-    object["withheldBytes"] = report.withheldBytes;
-    if (outcome.arrivedBytes) object["arrivedBytes"] = *outcome.arrivedBytes;
-    object["piecesSent"] = report.piecesSent;
-    object["piecesFailed"] = report.piecesFailed;
-    object["uncutChunks"] = report.uncutChunks;
-    object["errorID"] = report.firstErrorID;
-    object["errorText"] = errorText(report.firstErrorID);
-    object["errorStatus"] = report.firstStatus;
-    object["errorOffset"] = report.firstErrorOffset;
-    return dump(object);
-}
-
-std::string json(const Failure &failure) {
-    return dump({{"exitCode", static_cast<int>(failure.code())}, {"message", failure.what()}});
+Json printJson(const PrintPlan &plan, const PrintReport &report, const Verdict &verdict) {
+    const ORB_JobReport &job = report.job;
+    Json object = jsonOf(verdict);
+    object["plotFile"] = plan.plot.path();
+    object["destination"] = plan.target.name();
+    object["emulation"] = report.emulation;
+    object["terminator"] = report.terminator;
+    object["seconds"] = report.seconds;
+    object["stopReason"] = job.stopReason < std::size(kStopReasons) ? kStopReasons[job.stopReason] : "unknown";
+    object["fileBytes"] = job.fileBytes;
+    object["sentBytes"] = job.sentBytes;
+    object["failedBytes"] = job.failedBytes;
+    object["withheldBytes"] = job.withheldBytes;
+    if (report.arrivedBytes) object["arrivedBytes"] = *report.arrivedBytes;
+    object["piecesSent"] = job.piecesSent;
+    object["piecesFailed"] = job.piecesFailed;
+    object["uncutChunks"] = job.uncutChunks;
+    object["errorID"] = job.firstErrorID;
+    object["errorText"] = errorText(job.firstErrorID);
+    object["errorStatus"] = job.firstStatus;
+    object["errorOffset"] = job.firstErrorOffset;
+    return object;
 }
 
 std::vector<JsonFields> printFields() {

@@ -1,0 +1,64 @@
+// A print before its first byte: what was typed, turned once into what shall go where, and by which rules it is cut. All
+// that can be known beforehand is looked at here, and refused here. The dry run tells a plan, the print carries it out, the
+// verdict judges it beside its report; none of them knows what was typed.
+#pragma once
+
+#include "host/devices/usb_devices.h"
+#include "host/examination/examination.h"
+#include "host/files/plot_file.h"
+#include "host/job/job_options.h"
+#include "host/options/line_settings.h"
+#include "host/picture/drawing.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// As typed.
+struct PrintOptions {
+    std::string plot;
+    std::string jobFile;
+    JobOptions job;
+    std::string port;
+    std::string capture;
+    std::string picture; ///< the file of --virtual; of port, capture, picture and toUsb one is set
+    DrawingOptions drawing;
+    bool toUsb = false;
+    std::string usbChoice;
+    LineSettings line;
+    bool force = false;     ///< print whatever is wrong with the plot file
+    bool keepGoing = false; ///< after a piece that the link did not take
+};
+
+/// Where a print goes. Two of the four are plotters; a file gets what a plotter would have got, and a picture is what a
+/// plotter in software has drawn.
+struct Target {
+    enum class Kind { Port, Usb, File, Picture };
+    Kind kind = Kind::Port;
+    std::string path;             ///< of the port, or of the file to be written
+    LineSettings line;            ///< of a port
+    std::optional<UsbDevice> usb; ///< set when it is one
+    DrawingOptions drawing;       ///< of a picture
+
+    /// As people call it: the port, the plotter's identifier, or the file.
+    std::string name() const { return usb ? usb->id() : path; }
+};
+
+struct PrintPlan {
+    PlotFile plot;       ///< held open, so that what was examined is what is printed
+    std::string jobFile; ///< empty when the job was typed
+    std::string job;     ///< the property list of a job that was typed
+    PlotRules rules;     ///< by which the job has the plot cut
+    Examination examination = {};
+    Target target;
+    bool keepGoing = false;
+    std::vector<std::string> notes = {}; ///< what is worth knowing beforehand
+};
+
+/// Reads what is to be printed, a stream to its end, and looks at it and at the job. Whether the target is free is not
+/// asked: that may change until the print takes it. Throws Failure.
+PrintPlan planOf(const PrintOptions &options);
+
+} // namespace host
