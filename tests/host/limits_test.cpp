@@ -62,7 +62,7 @@ TEST(LimitsVerdict, ReportsBecomeExitCodes) {
         {"a plotter hung", true, kORB_ErrorPipe, kNotResponding, "", 9, ExitCode::Lost, "does not answer"},
         {"a plotter that cannot reply", true, kORB_ErrorUSBNotOpen, kNotResponding, "", 9, ExitCode::Lost,
          "perhaps it gives none over USB"},
-        {"a pipe that is none", true, kORB_ErrorPipe, kNotWritable, "", 9, ExitCode::Failed, "is no out endpoint"},
+        {"a pipe that is none", true, kORB_ErrorPipe, kNotWritable, "", 9, ExitCode::Failed, "is not an out endpoint"},
         {"a plotter not made ready", true, kORB_ErrorDeviceNotOpened, 0, "", 0, ExitCode::Failed, "cannot be opened", ""},
     };
     for (const auto &row : kRows) {
@@ -136,11 +136,11 @@ TEST_F(LimitsTest, RefusesWhatContradictsItself) {
     expectRefusals({
         {{"limits"}, 2, "--port DEVICE, --usb"},
         {{"limits", "--port", "x", "--usb"}, 2, "excludes"},
-        {{"limits", "--port", "x", "--variant", "9"}, 2, "9 is no whole number from 1 to 8"},
+        {{"limits", "--port", "x", "--variant", "9"}, 2, "9 is not a whole number from 1 to 8"},
         {{"limits", "--port", "x", "--emulation", "17038"}, 2, "17001 to 17037"},
         {{"limits", "--usb", "plotter"}, 2, "V:P@LOCATION"},
         {{"limits", "--port", "x", "--plotter-id", "20596"}, 2, "--usb"},
-        {{"limits", "--usb", "--plotter-id", "20596x"}, 2, "--plotter-id: 20596x is no whole number"},
+        {{"limits", "--usb", "--plotter-id", "20596x"}, 2, "--plotter-id: 20596x is not a whole number"},
         {{"limits", "--port", "/dev/ttyNONE7"}, 3, "/dev/ttyNONE7: no such device"},
         {{"ports", "ttyS0"}, 2, "ttyS0"},
     });

@@ -85,9 +85,9 @@ TEST_F(PreviewCommandTest, SaysWhyThereIsNoPicture) {
         {{"simulate", "--fault", "fire"}, 2, "fire"},
         {{"simulate", "--fault", "hang:x"}, 2, "hang:x"},
         {{"simulate", "--pace", "1"}, 2, "--pace"},
-        {{"preview", file("a.pdf", "%PDF-1.4\nIN;PD;"), "-o", picture}, 7, "no plot, but a PDF document; export"},
+        {{"preview", file("a.pdf", "%PDF-1.4\nIN;PD;"), "-o", picture}, 7, "not a plot, but a PDF document; export"},
         {{"preview", file("note", "Hello, this is a note;"), "-o", picture}, 7, "or draw it all the same with --language"},
-        {{"simulate", "--link", good}, 2, "is there already, and is no link that"},
+        {{"simulate", "--link", good}, 2, "is there already, and is not a link that"},
         {{"simulate", "--link", link}, 2, "is there already"},
     });
     EXPECT_FALSE(std::filesystem::exists(picture));

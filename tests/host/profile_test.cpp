@@ -143,7 +143,7 @@ TEST_F(ProfileTest, NamesTheLineOfWhatIsUnfit) {
         {"a NUL", "port = \"/dev/a\\u0000b\"", "line 1: port holds a NUL"},
         {"a rate that would become 9600", "\n\nbaud = 57600", "line 3: baud: 57600 is not a rate"},
         {"a number past its type", "usb = true\nplotter-id = 4294967296",
-         "line 2: plotter-id: 4294967296 is no whole number"},
+         "line 2: plotter-id: 4294967296 is not a whole number"},
         {"two links", "usb = true\nport = '/dev/a'", "line 1: usb and port exclude each other"},
         {"an identifier without its link", "\nplotter-id = 1", "line 2: plotter-id needs usb"},
         {"nine tools", "tool = ['1','2','3','4','5','6','7','8','9']", "line 1: tool: "},

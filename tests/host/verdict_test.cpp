@@ -82,7 +82,7 @@ TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
          true},
         {"gone by its own word", kORB_StopByHost, kORB_ErrorPlotterGone, 0, ExitCode::Lost, "is gone", true},
         {"a pipe that is none", kORB_StopByHost, kORB_ErrorPipe, 0xE0004061, ExitCode::Failed,
-         "the out pipe 2 of this plotter is no out endpoint", true},
+         "the out pipe 2 of this plotter is not an out endpoint", true},
         {"stalled", kORB_StopByHost, kORB_ErrorPipe, 0xE000404F, ExitCode::Failed, "halted its pipe", true},
         {"an unknown code", kORB_StopByHost, kORB_ErrorPipe, 0xE0004099, ExitCode::Failed, "(code 0xE0004099)", true},
     };

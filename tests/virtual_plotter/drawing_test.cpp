@@ -61,7 +61,7 @@ TEST(Sheet, Sizes) {
 }
 
 TEST(Sheet, Refusals) {
-    constexpr const char *kNoSheet = "is no sheet: a0, a1, a2, a3, a4, letter, tabloid";
+    constexpr const char *kNoSheet = "use a0, a1, a2, a3, a4, letter, tabloid";
     constexpr const char *kSides = "each side must be 10 to 20000 millimetres long";
     const struct {
         const char *text, *error;

@@ -65,7 +65,8 @@ std::string checkFault(const std::string &text) {
     uint64_t after;
     return readFault(text, fault, after)
                ? std::string()
-               : text + " is no fault; they are hang, hangup, rubbish and xoff, each with :BYTES behind it for later";
+               : fmt::format("unknown fault: {}; use hang, hangup, rubbish or xoff, each with :BYTES behind it for later",
+                             text);
 }
 
 /// Bits that a byte is on the line: a start bit, eight of data, a stop bit.
@@ -74,7 +75,7 @@ constexpr int kBitsPerByte = 10;
 std::string checkPace(const std::string &text) {
     int rate = 0;
     if (text == "full" || (readWhole(text, rate) && rate >= 50 && rate <= 1'000'000)) return {};
-    return text + " is no pace; give full, or a rate in bit/s from 50 to 1000000";
+    return fmt::format("unknown pace: {}; use full, or a rate in bit/s from 50 to 1000000", text);
 }
 
 virtual_plotter::PlotterOptions plotterOptions(const SimulateOptions &options) {
@@ -110,10 +111,11 @@ public:
             return;
         }
         if (errno != EEXIST) throw outputFailure(path, errno);
-        throw Failure(ExitCode::Usage,
-                      fmt::format("--link: {} is there already, and is no link that 'vectorix simulate' left; remove it, or "
-                                  "choose another name",
-                                  shown(path)));
+        throw Failure(
+            ExitCode::Usage,
+            fmt::format("--link: {} is there already, and is not a link that 'vectorix simulate' left; remove it, or "
+                        "choose another name",
+                        shown(path)));
     }
     PortLink(const PortLink &) = delete;
     PortLink &operator=(const PortLink &) = delete;

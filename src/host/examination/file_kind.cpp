@@ -58,7 +58,7 @@ FileNature byStart(std::string_view head) {
     for (const auto &row : kStarts) {
         if (start.rfind(row.start, 0) != 0) continue;
         bool isSvg = row.kind == FileKind::Xml && head.find("<svg") != std::string_view::npos;
-        return {isSvg ? FileKind::Svg : row.kind, fmt::format("no plot, but {}", isSvg ? "an SVG drawing" : row.name),
+        return {isSvg ? FileKind::Svg : row.kind, fmt::format("not a plot, but {}", isSvg ? "an SVG drawing" : row.name),
                 row.remedy};
     }
     return {};
@@ -103,8 +103,8 @@ FileNature natureOf(const PlotFile &file, std::optional<Language> language) {
     if (*language == Language::dmpl && senseAs(Language::hpgl, head, isAll).isThere())
         return {FileKind::Hpgl, "in HP-GL, not in DM/PL", "print it with --emulation hpgl"};
     return {FileKind::Nonsense,
-            sense.good == 0 ? "no plot: nothing at its start is an instruction"
-                            : fmt::format("no plot: {} of the {} instructions at its start make no sense", sense.bad,
+            sense.good == 0 ? "not a plot: nothing at its start is an instruction"
+                            : fmt::format("not a plot: {} of the {} instructions at its start make no sense", sense.bad,
                                           sense.bad + sense.good),
             kExport};
 }

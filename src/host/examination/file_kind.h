@@ -30,7 +30,7 @@ enum class FileKind {
 
 struct FileNature {
     FileKind kind = FileKind::Plot;
-    std::string what = {};   ///< "no plot, but a PDF document"; empty for a plot
+    std::string what = {};   ///< "not a plot, but a PDF document"; empty for a plot
     std::string remedy = {}; ///< "unpack it first"
     bool isPlot() const { return kind == FileKind::Plot; }
 };

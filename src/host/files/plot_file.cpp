@@ -20,7 +20,7 @@ UniqueFd openInput(const std::string &path, const char *what, struct stat &statu
     if (stat(path.c_str(), &status) != 0) throw fileFailure(path, errno);
     if (S_ISDIR(status.st_mode)) throw fileFailure(path, EISDIR);
     if (!S_ISREG(status.st_mode)) {
-        throw Failure(ExitCode::Unfit, fmt::format("{}: no file; name a {}", shown(path), what));
+        throw Failure(ExitCode::Unfit, fmt::format("{}: not a file; name a {}", shown(path), what));
     }
     UniqueFd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (fd.get() < 0 || fstat(fd.get(), &status) != 0) throw fileFailure(path, errno);

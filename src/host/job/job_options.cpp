@@ -39,7 +39,7 @@ Option addEmulation(const Command &app, int &emulation) {
         std::optional<double> value = typedNumber(text);
         bool known = value && std::nearbyint(*value) == *value && *value >= kFirstEmulation && *value <= kLastEmulation;
         return known ? std::string()
-                     : fmt::format("{} is no emulation; they are hpgl, dmpl, and {} to {}", text, kFirstEmulation,
+                     : fmt::format("unknown emulation: {}; use hpgl, dmpl, or {} to {}", text, kFirstEmulation,
                                    kLastEmulation);
     };
     return app.option("--emulation", emulation, "Plotter emulation: hpgl (17002), dmpl (17008), or 17001 to 17037 (hpgl)")

@@ -36,8 +36,8 @@ constexpr Row kByStatus[] = {
     {kNotAttached, ExitCode::Lost, "the plotter is gone; check cable and power, then try again"},
     {kExclusiveAccess, ExitCode::Busy,
      "busy: another program has claimed it; wait until it is done, or end it ('vectorix plotters' shows who it is)"},
-    {kUnknownPipe, ExitCode::Failed, "the out pipe {0} of this plotter is no out endpoint; it cannot be used over USB"},
-    {kNotWritable, ExitCode::Failed, "the out pipe {0} of this plotter is no out endpoint; it cannot be used over USB"},
+    {kUnknownPipe, ExitCode::Failed, "the out pipe {0} of this plotter is not an out endpoint; it cannot be used over USB"},
+    {kNotWritable, ExitCode::Failed, "the out pipe {0} of this plotter is not an out endpoint; it cannot be used over USB"},
     {kPipeStalled, ExitCode::Failed,
      "the plotter refuses what it is sent and has halted its pipe, which the next print clears: try again, and if that does "
      "not help, switch it off and on"},

@@ -138,7 +138,7 @@ Option Option::between(int least, int most) const {
     return check([least, most](const std::string &text) {
         int64_t number = 0;
         if (CLI::detail::lexical_cast(text, number) && number >= least && number <= most) return std::string();
-        return fmt::format("{} is no whole number from {} to {}", text, least, most);
+        return fmt::format("{} is not a whole number from {} to {}", text, least, most);
     });
 }
 

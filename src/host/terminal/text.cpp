@@ -127,7 +127,7 @@ std::string unescaped(std::string_view text, std::string_view what) {
         const char *end = digits + std::min<size_t>(2, static_cast<size_t>(text.data() + text.size() - digits));
         auto [stop, error] = std::from_chars(digits, end, value, 16);
         if (letter != 'x' || error != std::errc() || stop != digits + 2) {
-            throw Failure(ExitCode::Usage, fmt::format("{}: \"{}\" is no escape; use \\n \\r \\t \\e \\xNN or \\\\", what,
+            throw Failure(ExitCode::Usage, fmt::format("{}: unknown escape \"{}\"; use \\n \\r \\t \\e \\xNN or \\\\", what,
                                                        shown(text.substr(i - 1, letter == 'x' ? 4 : 2))));
         }
         result += static_cast<char>(value);

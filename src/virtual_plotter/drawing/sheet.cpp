@@ -70,8 +70,8 @@ std::optional<Sheet> parseSheet(std::string_view text, std::string &error) {
     NamedSheet custom = {};
     if (cross == std::string::npos || !readSide(std::string_view(lower).substr(0, cross), custom.width) ||
         !readSide(std::string_view(lower).substr(cross + 1), custom.height)) {
-        error = '"' + std::string(text) +
-                "\" is no sheet: a0, a1, a2, a3, a4, letter, tabloid (each also with -portrait), or WIDTHxHEIGHT in "
+        error = "unknown sheet \"" + std::string(text) +
+                "\"; use a0, a1, a2, a3, a4, letter, tabloid (each also with -portrait), or WIDTHxHEIGHT in "
                 "millimetres, as in 297x210";
         return std::nullopt;
     }

@@ -72,7 +72,7 @@ TEST_F(PrintUsbTest, NamesThePipeThatIsNone) {
     Result result = run({"print", plot_, "--usb"});
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(plotter.written(), "");
-    EXPECT_NE(result.err.find("the out pipe 2 of this plotter is no out endpoint"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("the out pipe 2 of this plotter is not an out endpoint"), std::string::npos) << result.err;
     EXPECT_EQ(result.out.rfind("sent nothing to 0c30:0402@01080000", 0), 0U) << result.out;
 }
 
