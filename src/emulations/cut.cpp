@@ -2,34 +2,11 @@
 
 #include <cstring>
 
-namespace plot {
+namespace emulations {
 
 namespace {
 
 constexpr size_t kMarkBehind = 9; // a mark counts only at a position greater than this
-
-constexpr CutRule kCommaD{{",D", 1}, {}, 11, "@"};
-constexpr CutRule kCommaDOrEtxD{{",D", 1},
-                                {"\x03"
-                                 "D",
-                                 1},
-                                11,
-                                {}};
-constexpr CutRule kD{{"D", 0}, {}, 11, {}};
-constexpr CutRule kPenDown{{";PD", 1}, {}, 9, {}};
-
-constexpr struct {
-    int32_t emulation;
-    const CutRule &rule;
-} kFamilies[] = {
-    {17008, kCommaD}, {17030, kCommaD}, {17036, kCommaD}, {17009, kCommaDOrEtxD}, {17011, kD}, {17012, kD},
-};
-
-constexpr int64_t kUsualChunkSize = 64;
-constexpr struct {
-    int32_t emulation;
-    int64_t size;
-} kChunkSizes[] = {{17008, 255}, {17032, 255}, {17022, 16}, {17037, 16}};
 
 /// The last position of text in bytes; npos when there is none, or text is empty.
 size_t findLast(std::string_view bytes, std::string_view text) noexcept {
@@ -46,20 +23,6 @@ size_t findLast(std::string_view bytes, std::string_view text) noexcept {
 }
 
 } // namespace
-
-const CutRule &cutRule(int32_t emulation) noexcept {
-    for (const auto &family : kFamilies) {
-        if (family.emulation == emulation) return family.rule;
-    }
-    return kPenDown;
-}
-
-int64_t chunkSizeOf(int32_t emulation) noexcept {
-    for (const auto &row : kChunkSizes) {
-        if (row.emulation == emulation) return row.size;
-    }
-    return kUsualChunkSize;
-}
 
 size_t findCut(std::string_view chunk, std::string_view terminator, const CutRule &rule) noexcept {
     size_t end = findLast(chunk, terminator);
@@ -81,4 +44,4 @@ size_t findEnd(std::string_view tail, std::string_view terminator, const CutRule
     return at == std::string_view::npos ? 0 : at + end.size();
 }
 
-} // namespace plot
+} // namespace emulations

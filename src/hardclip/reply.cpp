@@ -208,23 +208,24 @@ void readPair(std::string_view reply, Link link, ReplyPart part, Reading &readin
 
 } // namespace
 
-int leadingCommas(int32_t emulation) noexcept { return emulation == 17008 || emulation == 17030 ? 4 : 0; }
+Reading readingOf(ReplyForm form) noexcept { return {.skip = form == ReplyForm::behindFields ? 4 : 0}; }
 
 bool holdsDigit(std::string_view reply, char lowest) noexcept {
     return std::any_of(reply.begin(), reply.end(), [lowest](char c) { return c >= lowest && c <= '9'; });
 }
 
-void readReply(std::string_view reply, int32_t emulation, Link link, ReplyPart part, Reading &reading) {
+void readReply(std::string_view reply, ReplyForm form, Link link, ReplyPart part, Reading &reading) {
     if (link == Link::usb) reading.complete = false;
-    switch (emulation) {
-    case 17005:
+    switch (form) {
+    case ReplyForm::blanks:
         // Over USB any digit but 0 makes such a reply complete; values that did not come stay 0.
         if (link == Link::usb) reading.complete = holdsDigit(reply, '1');
         return readBlanks(reply, link, reading);
-    case 17008:
-    case 17030: return link == Link::serial ? readSkippedSerial(reply, reading) : readSkippedUsb(reply, reading);
-    case 17009: return readPair(reply, link, part, reading);
-    default: return readCommas(reply, link, emulation == 17032, reading);
+    case ReplyForm::behindFields:
+        return link == Link::serial ? readSkippedSerial(reply, reading) : readSkippedUsb(reply, reading);
+    case ReplyForm::pairs: return readPair(reply, link, part, reading);
+    case ReplyForm::commas: return readCommas(reply, link, false, reading);
+    case ReplyForm::commasToEnd: return readCommas(reply, link, true, reading);
     }
 }
 

@@ -4,10 +4,13 @@
 // a little by the link. They never fail: bytes that fit no rule are skipped, and what is not complete stays incomplete.
 #pragma once
 
-#include <cstdint>
+#include "emulations/emulations.h"
+
 #include <string_view>
 
 namespace hardclip {
+
+using emulations::ReplyForm;
 
 enum class Link { serial, usb };
 
@@ -21,13 +24,13 @@ struct Reading {
     int skip = 0; ///< commas to be skipped before the first value
 };
 
-/// Commas that replies of this emulation begin with.
-int leadingCommas(int32_t emulation) noexcept;
+/// A query's first reading: nothing read, and what stands before the values still to be skipped.
+Reading readingOf(ReplyForm form) noexcept;
 
 /// True when the reply holds a digit from lowest to '9'.
 bool holdsDigit(std::string_view reply, char lowest) noexcept;
 
 /// Reads one reply. Over serial lines some rules show what they find on the console and in the status text.
-void readReply(std::string_view reply, int32_t emulation, Link link, ReplyPart part, Reading &reading);
+void readReply(std::string_view reply, ReplyForm form, Link link, ReplyPart part, Reading &reading);
 
 } // namespace hardclip

@@ -5,16 +5,15 @@
 
 namespace hardclip {
 
-/// Clears ORB_writeBuffer and puts the request for ORB_EmulationID and ORB_emulationVariant there. 17009 with variant 2
-/// becomes 17010.
+/// Clears ORB_writeBuffer and puts the request for ORB_EmulationID and ORB_emulationVariant there. A variant that is
+/// answered as another emulation is sets ORB_EmulationID to that.
 void buildSerialRequest() noexcept;
 
-/// What 17009 is asked after its first reply.
+/// What is asked after the first of two replies.
 constexpr const char *kSecondSerialRequest = "U";
 constexpr const char *kSecondUsbRequest = "UU";
 
-/// Clears ORB_writeBuffer and puts the request for ORB_USBidVendor, ORB_PlotterEmulationID and ORB_emulationVariant there.
-/// For vendor 0x0B4D variant 2 can turn ORB_EmulationID into 17010.
+/// The same for ORB_USBidVendor, ORB_PlotterEmulationID and ORB_emulationVariant.
 void buildUsbRequest() noexcept;
 
 } // namespace hardclip

@@ -114,7 +114,7 @@ void showValues(const ORB_ServiceRecord &record) {
 
 /// Polls for the first reply: any bytes end the polling, as does the line's end. False, with 27005, when it is incomplete; a
 /// line that ends counts as no failure.
-bool readFirst(int fd, Reading &reading) {
+bool readFirst(int fd, ReplyForm form, Reading &reading) {
     ORB_ServiceRecord &record = answer();
     char buffer[256];
     std::string_view reply;
@@ -123,7 +123,7 @@ bool readFirst(int fd, Reading &reading) {
         if (count > 0) {
             polls += kReplyPolls;
             record.ORB_errorID = kORB_NoError;
-            readReply(reply, record.ORB_EmulationID, Link::serial, ReplyPart::first, reading);
+            readReply(reply, form, Link::serial, ReplyPart::first, reading);
             if (reading.complete) {
                 storeValues(reading);
                 showValues(record);
@@ -164,7 +164,7 @@ int32_t readSecond(Reading &reading) {
         if (count > 0) {
             polls += kReplyPolls;
             record.ORB_errorID = kORB_NoError;
-            readReply(reply, record.ORB_EmulationID, Link::serial, ReplyPart::second, reading);
+            readReply(reply, ReplyForm::pairs, Link::serial, ReplyPart::second, reading);
             record.ORB_HARDC_3 = reading.values[2];
             record.ORB_HARDC_4 = reading.values[3];
         } else {
@@ -189,19 +189,19 @@ int32_t askAndRead() {
     makeNonBlocking();
     posix::sleep(1);
     record.ORB_errorID = kORB_NoError;
-    Reading reading;
+    const ReplyForm form = emulations::of(record.ORB_EmulationID).reply;
+    Reading reading = readingOf(form);
     storeValues(reading);
-    reading.skip = leadingCommas(record.ORB_EmulationID);
     posix::sleep(1);
 
     const int fd = record.ORB_portFD;
-    if (!readFirst(fd, reading)) return 0;
+    if (!readFirst(fd, form, reading)) return 0;
     if (portIsOpen()) posix::setStatusFlags(fd, 0);
     if (!portIsOpen()) {
         record.ORB_errorID = kORB_ErrorUnvalidPort;
         return 0;
     }
-    return record.ORB_EmulationID == 17009 ? readSecond(reading) : 0;
+    return form == ReplyForm::pairs ? readSecond(reading) : 0;
 }
 
 } // namespace

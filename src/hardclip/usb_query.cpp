@@ -17,11 +17,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 
 namespace {
 
 using namespace hardclip;
+using emulations::Emulation;
 
 constexpr int kWriteAttempts = 6;
 constexpr int kFailureLimit = 10; // a failure ends the query from this pass counter on
@@ -37,10 +37,10 @@ IOReturn writeBuffer() {
                                              static_cast<uint32_t>(strlen(record.ORB_writeBuffer)));
 }
 
-/// "IN;", written once straight to the out pipe. False when it does not convert.
-bool initialise() {
+/// A reset, written once straight to the out pipe. False when it does not convert.
+bool reset(const emulations::UsbStart &start) {
     ORB_ServiceRecord &record = answer();
-    if (!plot::loadText(platform::constantString("IN;"))) {
+    if (!plot::loadText(platform::constantString(start.text))) {
         posix::printf("[ORB_readPlotFile2Write] kORB_ErrorPathNameTooLong => ORB_error ID %d\n", record.ORB_errorID);
         return false;
     }
@@ -69,10 +69,10 @@ bool initialise() {
 }
 
 /// The start of the ";:" language, twice. False when it does not convert.
-bool startLine() {
+bool startLine(const emulations::UsbStart &start) {
     ORB_ServiceRecord &record = answer();
-    if (!plot::loadText(platform::constantString(";:ECN,EF,P0,A,U,U0,0,K,"))) return false;
-    for (int time = 0; time < 2; ++time) {
+    if (!plot::loadText(platform::constantString(start.text))) return false;
+    for (int time = 0; time < start.times; ++time) {
         if (ORB_writePlotter() != 0 || record.ORB_errorID != kORB_NoError) {
             posix::printf("[S11 : ORB_readPlotFile2Write] & ORB_error ID %d\n", record.ORB_errorID);
         } else {
@@ -83,11 +83,9 @@ bool startLine() {
 }
 
 bool sendPreRequest() {
-    switch (answer().ORB_PlotterEmulationID) {
-    case 17002: return initialise();
-    case 17008: return startLine();
-    default: return true;
-    }
+    const emulations::UsbStart &start = emulations::of(answer().ORB_PlotterEmulationID).usbStart;
+    if (*start.text == '\0') return true;
+    return start.isReset ? reset(start) : startLine(start);
 }
 
 /// Sends the request, with up to six attempts; that none went well does not end the query.
@@ -145,17 +143,14 @@ bool failedRead(IOReturn result, int pass, int32_t *status) {
 }
 
 /// Reads until the first reply is complete. False when the query ends before, with *status as its result.
-bool readFirst(Reading &reading, int32_t *status) {
+bool readFirst(const Emulation &emulation, Reading &reading, int32_t *status) {
     ORB_ServiceRecord &record = answer();
-    constexpr int32_t kAnnounced[] = {17002, 17009, 17010, 17022, 17037};
     char buffer[256];
     std::string_view reply;
     for (int pass = 2;; ++pass) {
         record.ORB_errorID = kORB_NoError;
         reading.complete = false;
-        if (std::find(std::begin(kAnnounced), std::end(kAnnounced), record.ORB_EmulationID) != std::end(kAnnounced)) {
-            posix::puts("[S11] sleep just before ReadPipe;");
-        }
+        if (emulation.announcesReads) posix::puts("[S11] sleep just before ReadPipe;");
         posix::sleep(static_cast<unsigned>(pass));
         IOReturn result = readPipe(buffer, &reply);
         posix::printf("[S11] do : ReadPipe, kernResult = %08x\n", static_cast<unsigned>(result));
@@ -166,7 +161,7 @@ bool readFirst(Reading &reading, int32_t *status) {
             if (reply.empty()) {
                 record.ORB_errorID = kORB_ErrorReadingReply;
             } else {
-                readReply(reply, record.ORB_EmulationID, Link::usb, ReplyPart::first, reading);
+                readReply(reply, emulation.reply, Link::usb, ReplyPart::first, reading);
             }
         }
         if (reading.complete || pass >= kPassLimit) {
@@ -201,7 +196,7 @@ int32_t readSecond(Reading &reading) {
         if (result == kIOReturnSuccess && reply.empty()) {
             record.ORB_errorID = kORB_ErrorReadingReply;
         } else if (result == kIOReturnSuccess && holdsDigit(reply, '1')) {
-            readReply(reply, record.ORB_EmulationID, Link::usb, ReplyPart::second, reading);
+            readReply(reply, ReplyForm::pairs, Link::usb, ReplyPart::second, reading);
             storeValues(reading);
             record.ORB_errorID = kORB_NoError;
             return 0;
@@ -253,9 +248,9 @@ extern "C" int32_t ORB_USBreadHardClip() {
         return status;
     }
     buildUsbRequest();
-    Reading reading;
-    reading.skip = leadingCommas(record.ORB_EmulationID);
     sendRequest();
-    if (!readFirst(reading, &status)) return status;
-    return record.ORB_EmulationID == 17009 ? readSecond(reading) : 0;
+    const Emulation &emulation = emulations::of(record.ORB_EmulationID);
+    Reading reading = readingOf(emulation.reply);
+    if (!readFirst(emulation, reading, &status)) return status;
+    return emulation.reply == ReplyForm::pairs ? readSecond(reading) : 0;
 }

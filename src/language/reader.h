@@ -2,6 +2,7 @@
 // read plots through this one interface, and know no language.
 #pragma once
 
+#include "language/language.h"
 #include "language/pen_sink.h"
 
 #include <bitset>
@@ -13,8 +14,6 @@
 #include <vector>
 
 namespace language {
-
-enum class Language : uint8_t { hpgl, dmpl };
 
 /// An instruction that the reader could not carry out. It is reported and skipped, and reading goes on behind it.
 struct Oddity {

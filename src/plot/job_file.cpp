@@ -1,6 +1,6 @@
 #include "plot/job_file.h"
 
-#include "emulations/cut.h"
+#include "emulations/emulations.h"
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/files/file_manager.h"
 #include "platform/posix/console.h"
@@ -35,7 +35,7 @@ struct JobKey {
 
 void showUseTools() { posix::printf("\nkORB_USETOOLS (= ORB_UseTools) read : %d\n", answer().ORB_UseTools & 0xFF); }
 
-void chooseChunkSize() { answer().ORB_PlotChunkSize = plot::chunkSizeOf(answer().ORB_PlotterEmulationID); }
+void chooseChunkSize() { answer().ORB_PlotChunkSize = emulations::of(answer().ORB_PlotterEmulationID).chunkSize; }
 
 #define FIELD(name) offsetof(ORB_ServiceRecord, name)
 constexpr JobKey kJobKeys[] = {
@@ -138,6 +138,8 @@ int32_t unfit(int32_t result) {
 
 } // namespace
 
+bool plot::jobHasTools() { return emulations::of(answer().ORB_PlotterEmulationID).hasTools && answer().ORB_UseTools == 1; }
+
 extern "C" int32_t ORB_readJobFile() {
     ORB_FSRef jobFile = answer().ORB_JobFileRef;
     presetJob();
@@ -174,6 +176,5 @@ extern "C" int32_t ORB_readJobFile() {
     if (CFGetTypeID(job.get()) != CFDictionaryGetTypeID()) return unfit(0);
 
     if (!storeAll(kJobKeys, job.get())) return unfit(0);
-    const bool hasTools = answer().ORB_PlotterEmulationID == 17008 && answer().ORB_UseTools == 1;
-    return !hasTools || storeAll(kToolKeys, job.get()) ? 0 : unfit(0);
+    return !plot::jobHasTools() || storeAll(kToolKeys, job.get()) ? 0 : unfit(0);
 }

@@ -6,6 +6,13 @@
 
 #include <cstdint>
 
+namespace plot {
+
+/// True when the job in the record has tool strings that are to be sent.
+bool jobHasTools();
+
+} // namespace plot
+
 extern "C" {
 
 /// Reads the file that ORB_JobFileRef names into the record: presets first, then the values of the keys that are present.

@@ -1,6 +1,6 @@
 #include "plot/plot_sender.h"
 
-#include "emulations/cut.h"
+#include "emulations/emulations.h"
 #include "link/link_switch.h"
 #include "link/write_buffer.h"
 #include "platform/corefoundation/corefoundation.h"
@@ -21,6 +21,7 @@
 namespace {
 
 using namespace plot;
+using emulations::Emulation;
 
 constexpr size_t kLargestChunk = 255;
 
@@ -64,10 +65,9 @@ bool isASCII(std::string_view text) {
 /// Streams one plot file.
 class PlotStream {
 public:
-    PlotStream(OpenFork &fork, std::string_view terminator, int32_t emulation, int64_t chunkSize, int32_t status)
-        : fork_(fork), terminator_(terminator), rule_(cutRule(emulation)),
-          showsEnd_(emulation == 17011 || emulation == 17012), chunkSize_(std::clamp<int64_t>(chunkSize, 1, kLargestChunk)),
-          status_(status) {}
+    PlotStream(OpenFork &fork, std::string_view terminator, const Emulation &emulation, int64_t chunkSize, int32_t status)
+        : fork_(fork), terminator_(terminator), rule_(emulation.cut), showsEnd_(emulation.showsEnd),
+          chunkSize_(std::clamp<int64_t>(chunkSize, 1, kLargestChunk)), status_(status) {}
 
     /// Sends full chunks, then the tail. Returns the running status.
     int32_t run() {
@@ -82,7 +82,7 @@ private:
     bool sendChunks() {
         while (offset_ + chunkSize_ < fork_.size()) {
             if (!read(chunkSize_, kORB_ErrorReadingChunk, kORB_ErrorChunkUnreadable)) return false;
-            size_t cut = findCut(text_, terminator_, rule_);
+            size_t cut = emulations::findCut(text_, terminator_, rule_);
             if (cut == 0) {
                 cut = text_.size();
                 noteUncutChunk();
@@ -101,7 +101,7 @@ private:
         }
         status_ = 0; // from here on the result is that of the tail alone
         if (!read(length, kORB_ErrorReadingTail, kORB_ErrorTailUnreadable)) return;
-        size_t end = findEnd(text_, terminator_, rule_);
+        size_t end = emulations::findEnd(text_, terminator_, rule_);
         if (end == 0) {
             noteStop(kORB_StopNoMarkInTail);
             return;
@@ -145,7 +145,7 @@ private:
 
     OpenFork &fork_;
     std::string_view terminator_;
-    const CutRule &rule_;
+    const emulations::CutRule &rule_;
     bool showsEnd_;
     int64_t chunkSize_;
     int64_t offset_ = 0;
@@ -177,7 +177,8 @@ extern "C" int32_t ORB_readPlotFile2Write() {
         }
     }
     std::string_view mark = platform::stringView(terminator.get());
-    if (mark.empty() && cutRule(record.ORB_PlotterEmulationID).end.empty()) {
+    const Emulation &emulation = emulations::of(record.ORB_PlotterEmulationID);
+    if (mark.empty() && emulation.cut.end.empty()) {
         return giveUp(kORB_StopJobFile, kORB_ErrorNoTerminator, 0);
     }
 
@@ -198,8 +199,7 @@ extern "C" int32_t ORB_readPlotFile2Write() {
         noteFailure(kORB_ErrorInterfaceNotOpened, kIOReturnNotOpen); // the job goes on, and nothing of it goes out
         noteStop(kORB_StopNoLink);
     }
-    bool toolsWanted = record.ORB_PlotterEmulationID == 17008 && record.ORB_UseTools == 1;
-    if (!converted || (toolsWanted && !sendTools())) {
+    if (!converted || (jobHasTools() && !sendTools())) {
         return giveUp(kORB_StopUnconvertible, kORB_ErrorPathNameTooLong, status);
     }
 
@@ -208,5 +208,5 @@ extern "C" int32_t ORB_readPlotFile2Write() {
         posix::eprintf("%s() returned %d\n", fork.failedCall(), failure);
         return giveUp(kORB_StopPlotFile, fork.isOpen() ? kORB_ErrorJobFile : kORB_ErrorOpeningPlotFile, failure);
     }
-    return PlotStream(fork, mark, record.ORB_PlotterEmulationID, record.ORB_PlotChunkSize, status).run();
+    return PlotStream(fork, mark, emulation, record.ORB_PlotChunkSize, status).run();
 }

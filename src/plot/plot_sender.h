@@ -1,6 +1,6 @@
 // The plot file sender: streams the plot file to the plotter in pieces cut at command boundaries.
 //
-// Where a piece may be cut is the emulation's matter (emulations/cut.h), how it goes out the link's (link/link_switch.h). A
+// Where a piece may be cut is the emulation's matter (emulations/), how it goes out the link's (link/link_switch.h). A
 // failed write does not end a job, it is reported; a chunk that cannot be read or is not ASCII, or a stop, does end it.
 #pragma once
 

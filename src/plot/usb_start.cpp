@@ -1,5 +1,6 @@
 #include "plot/usb_start.h"
 
+#include "emulations/emulations.h"
 #include "link/link_switch.h"
 #include "link/write_buffer.h"
 #include "platform/corefoundation/corefoundation.h"
@@ -32,9 +33,9 @@ void clearOutPipe() {
     noteFailure(kORB_ErrorPipe, result);
 }
 
-bool initialise(int32_t *status) {
+bool reset(const emulations::UsbStart &start, int32_t *status) {
     ORB_ServiceRecord &record = answer();
-    if (!loadText(platform::constantString("IN;"))) {
+    if (!loadText(platform::constantString(start.text))) {
         posix::printf("[ORB_readPlotFile2Write] kORB_ErrorPathNameTooLong => ORB_error ID %d\n", record.ORB_errorID);
         return false;
     }
@@ -48,10 +49,10 @@ bool initialise(int32_t *status) {
     return true;
 }
 
-bool startLine() {
+bool startLine(const emulations::UsbStart &start) {
     ORB_ServiceRecord &record = answer();
-    if (!loadText(platform::constantString(";:ECN,EF,P0,A,U,U0,0,K,"))) return false;
-    for (int time = 0; time < 2; ++time) {
+    if (!loadText(platform::constantString(start.text))) return false;
+    for (int time = 0; time < start.times; ++time) {
         int32_t result = ORB_writePlotter();
         if (result != 0 || record.ORB_errorID != kORB_NoError) {
             posix::printf("[S18 : ORB_readPlotFile2Write] & ORB_error ID %d\n", record.ORB_errorID);
@@ -80,11 +81,9 @@ bool UsbSession::open(int32_t *status) {
 bool UsbSession::sendStart(int32_t *status) {
     clearOutPipe();
     posix::sleep(2);
-    switch (answer().ORB_PlotterEmulationID) {
-    case 17002: return initialise(status);
-    case 17008: return startLine();
-    default: return true;
-    }
+    const emulations::UsbStart &start = emulations::of(answer().ORB_PlotterEmulationID).usbStart;
+    if (*start.text == '\0') return true;
+    return start.isReset ? reset(start, status) : startLine(start);
 }
 
 } // namespace plot

@@ -17,9 +17,8 @@ public:
     /// False when the interface cannot be opened; *status is the job's result then.
     bool open(int32_t *status);
 
-    /// Clears the out pipe, waits two seconds, sends what the emulation wants to hear first ("IN;" for 17002, the line
-    /// initialisation of 17008 twice). A failed write is reported and does not end the job; false when a text does not
-    /// convert.
+    /// Clears the out pipe, waits two seconds, sends what the emulation wants to hear first. A failed write is reported and
+    /// does not end the job; false when a text does not convert.
     bool sendStart(int32_t *status);
 };
 

@@ -1,6 +1,7 @@
 // The open sequence, the start-up bytes, the write and the close.
 #include "serial/link.h"
 
+#include "emulations/emulations.h"
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/posix/clock.h"
 #include "platform/posix/console.h"
@@ -12,11 +13,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 namespace {
-
-constexpr int32_t kEmulationWithStartup = 17008;
-constexpr char kStartup[] = {';', ':'};
 
 CFStringRef handshakeText(int32_t lines) {
     auto state = [lines](int line) { return (lines & line) != 0 ? "ON" : "OFF"; };
@@ -75,9 +74,10 @@ int32_t ORB_SerialopenPort() {
 }
 
 void ORB_Serial_initPlotter() {
-    if (answer().ORB_EmulationID != kEmulationWithStartup) return;
-    const ssize_t taken = posix::write(answer().ORB_portFD, kStartup, sizeof kStartup);
-    gORB_FoundationStruct.startWrite = outcomeOf(taken, sizeof kStartup, errno);
+    const std::string_view start = emulations::of(answer().ORB_EmulationID).serialStart;
+    if (start.empty()) return;
+    const ssize_t taken = posix::write(answer().ORB_portFD, start.data(), start.size());
+    gORB_FoundationStruct.startWrite = outcomeOf(taken, start.size(), errno);
     if (taken == -1) {
         answer().ORB_errorID = kORB_ErrorUnvalidPort;
         setStatus("kORB_Serial_initPlotter=>ORB_ErrorWritingPort : numBytes == -1");

@@ -16,7 +16,7 @@ int32_t ORB_SerialopenPort();
 int32_t ORB_Serialopen_Keyspan2Write();
 /// One open with exclusive use and the line setup; no retry.
 int32_t ORB_Serialopen_Keyspan2Read();
-/// ";:" for emulation 17008, nothing for others.
+/// Sends what ORB_EmulationID wants to hear when the port is opened, if anything.
 void ORB_Serial_initPlotter();
 /// Sends the NUL-terminated text of ORB_writeBuffer (0 to 255 bytes), then waits for the line to drain; blocks for as long
 /// as the plotter holds the line. ORB_errorID: 22007, or 25002 when no port is open or write() failed. Always returns 0; how

@@ -102,8 +102,8 @@ extern "C" int32_t ORB_USBloadORB_pipe_inANDout() {
         int32_t firstPlotter, lastPlotter;
         uint8_t out, in;
     } kPipes[] = {
-        {0x0B75, 20595, 20597, 1, 2},    {0x0B75, kFirst, kLast, 2, 2}, {17022, kFirst, kLast, 2, 0x81},
-        {17037, kFirst, kLast, 2, 0x81}, {0x099F, kFirst, kLast, 2, 1}, {0x0C30, kFirst, kLast, 2, 1},
+        {0x0B75, 20595, 20597, 1, 2},     {0x0B75, kFirst, kLast, 2, 2}, {0x427E, kFirst, kLast, 2, 0x81},
+        {0x428D, kFirst, kLast, 2, 0x81}, {0x099F, kFirst, kLast, 2, 1}, {0x0C30, kFirst, kLast, 2, 1},
     };
     record.ORB_USB_PIPEOUT = 1;
     record.ORB_USB_PIPEIN = 2;

@@ -67,18 +67,14 @@ constexpr ReplyCase kReplies[] = {
     {"second pair, USB, no comma", 17009, kUsb, k2nd, "56\r7", {0, 0, 56, 567}, true},
 };
 
-Reading readingFor(int32_t emulation) {
-    Reading reading;
-    reading.skip = leadingCommas(emulation);
-    return reading;
-}
+ReplyForm formOf(int32_t emulation) { return emulations::of(emulation).reply; }
 
 TEST(Reply, Rules) {
     scripted::Platform platform;
     for (const ReplyCase &c : kReplies) {
         SCOPED_TRACE(c.what);
-        Reading reading = readingFor(c.emulation);
-        readReply(c.reply, c.emulation, c.link, c.part, reading);
+        Reading reading = readingOf(formOf(c.emulation));
+        readReply(c.reply, formOf(c.emulation), c.link, c.part, reading);
         for (int i = 0; i < 4; ++i)
             EXPECT_EQ(reading.values[i], c.values[i]) << "value " << i + 1;
         EXPECT_EQ(reading.complete, c.complete);
@@ -87,23 +83,23 @@ TEST(Reply, Rules) {
 
 TEST(Reply, WhatLivesFromOneReplyToTheNext) {
     scripted::Platform platform;
-    Reading reading = readingFor(17008); // the commas that were skipped, not their number
-    readReply("a,b,", 17008, kUsb, k1st, reading);
+    Reading reading = readingOf(formOf(17008)); // the commas that were skipped, not their number
+    readReply("a,b,", formOf(17008), kUsb, k1st, reading);
     EXPECT_EQ(reading.skip, 2);
-    readReply("c,d,1,2,", 17008, kUsb, k1st, reading);
-    readReply("3,4,5,6,", 17008, kUsb, k1st, reading); // starts with the first value again
+    readReply("c,d,1,2,", formOf(17008), kUsb, k1st, reading);
+    readReply("3,4,5,6,", formOf(17008), kUsb, k1st, reading); // starts with the first value again
     EXPECT_TRUE(reading.complete);
     EXPECT_EQ(reading.values[0], 3);
 
     reading = {}; // a fourth value that is in already is not set by the reply's end
     reading.values[3] = 9;
-    readReply("1,2,3,4", 17001, kUsb, k1st, reading);
+    readReply("1,2,3,4", formOf(17001), kUsb, k1st, reading);
     EXPECT_FALSE(reading.complete);
     EXPECT_EQ(reading.values[3], 9);
 
     reading = {}; // 111.0 stays when the second reply is not complete
-    readReply("1,2\r", 17009, kSerial, k1st, reading);
-    readReply("3,", 17009, kSerial, k2nd, reading);
+    readReply("1,2\r", formOf(17009), kSerial, k1st, reading);
+    readReply("3,", formOf(17009), kSerial, k2nd, reading);
     EXPECT_FALSE(reading.complete);
     EXPECT_EQ(reading.values[3], 111);
 }
@@ -130,8 +126,8 @@ TEST(Reply, Shows) {
     for (const auto &c : kCases) {
         scripted::Platform platform;
         answer().ORB_CFSTR_message = 0;
-        Reading reading = readingFor(c.emulation);
-        readReply(c.reply, c.emulation, c.link, k1st, reading);
+        Reading reading = readingOf(formOf(c.emulation));
+        readReply(c.reply, formOf(c.emulation), c.link, k1st, reading);
         EXPECT_EQ(platform.console.out, c.console) << c.reply;
         EXPECT_EQ(platform::stringView(answer().ORB_CFSTR_message), c.status) << c.reply;
     }

@@ -1,4 +1,4 @@
-#include "emulations/cut.h"
+#include "emulations/emulations.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ constexpr CutCase kCuts[] = {
 
 TEST(Cut, Chunks) {
     for (const CutCase &c : kCuts) {
-        EXPECT_EQ(plot::findCut(c.chunk, c.terminator, plot::cutRule(c.emulation)), c.cut) << c.what << ": " << c.chunk;
+        EXPECT_EQ(findCut(c.chunk, c.terminator, emulations::of(c.emulation).cut), c.cut) << c.what << ": " << c.chunk;
     }
 }
 
@@ -49,7 +49,7 @@ TEST(Cut, Ends) {
         {"two characters", 17002, ";\r", "PU;\r;", 4},
     };
     for (const CutCase &c : kEnds) {
-        EXPECT_EQ(plot::findEnd(c.chunk, c.terminator, plot::cutRule(c.emulation)), c.cut) << c.what;
+        EXPECT_EQ(findEnd(c.chunk, c.terminator, emulations::of(c.emulation).cut), c.cut) << c.what;
     }
 }
 

@@ -1,4 +1,5 @@
 // vectorix limits: asks a plotter how far its pen can go.
+#include "emulations/emulations.h"
 #include "host/commands/commands.h"
 #include "host/devices/port_lock.h"
 #include "host/devices/usb_access.h"
@@ -28,7 +29,7 @@ struct LimitsOptions {
     std::string port;
     bool toUsb = false;
     std::string usbChoice;
-    int emulation = 17002;
+    int emulation = emulations::kHpgl;
     uint32_t variant = 1;
     int32_t plotterID = 0;
     LineSettings line;
@@ -60,7 +61,7 @@ double secondsFor(const LimitsOptions &options, bool isUsb) {
     constexpr double kSerial = 16, kSecondReply = 2; // of a language that gives two
     constexpr double kUsb = 66, kSecondUsbReply = 63;
     constexpr int64_t kLongestRequest = 30;
-    const bool givesTwo = options.emulation == 17009;
+    const bool givesTwo = emulations::of(options.emulation).reply == emulations::ReplyForm::pairs;
     if (isUsb) return kUsb + (givesTwo ? kSecondUsbReply : 0);
     return kSerial + (givesTwo ? kSecondReply : 0) + secondsFor(kLongestRequest, options.line);
 }

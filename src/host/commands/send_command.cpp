@@ -1,4 +1,5 @@
 // vectorix send: a few commands to a plotter, as they are typed.
+#include "emulations/emulations.h"
 #include "host/commands/commands.h"
 #include "host/devices/port_lock.h"
 #include "host/devices/usb_access.h"
@@ -31,20 +32,20 @@ struct SendOptions {
     std::string port;
     bool toUsb = false;
     std::string usbChoice;
-    int emulation = 17002;
+    int emulation = emulations::kHpgl;
     int32_t plotterID = 0;
     LineSettings line;
     Telling telling;
 };
 
 /// What the plug-in sends before the text on its own account.
-const char *startTextOf(const SendOptions &options) {
-    if (!options.toUsb) return options.emulation == 17008 ? ";:" : "";
-    switch (options.emulation) {
-    case 17002: return "IN;";
-    case 17008: return ";:ECN,EF,P0,A,U,U0,0,K,;:ECN,EF,P0,A,U,U0,0,K,";
-    default: return "";
-    }
+std::string startTextOf(const SendOptions &options) {
+    const emulations::Emulation &emulation = emulations::of(options.emulation);
+    if (!options.toUsb) return emulation.serialStart;
+    std::string text;
+    for (int time = 0; time < emulation.usbStart.times; ++time)
+        text += emulation.usbStart.text;
+    return text;
 }
 
 /// Closes the port, which the service leaves open. Waits before until the plotter has taken all of the text, unless the user
@@ -90,10 +91,10 @@ void sendToPort(const SendOptions &options, const std::string &text) {
 
 /// A job whose plot ends with the text's last character. Throws Failure where only another one can end it.
 JobOptions jobFor(const SendOptions &options, const std::string &text) {
-    if (endsWithAt(options.emulation) && text.back() != '@') {
+    if (const std::string_view end = emulations::of(options.emulation).cut.end; !text.ends_with(end)) {
         throw Failure(ExitCode::Usage,
-                      fmt::format("TEXT: over USB, emulation {} is sent only what ends with @; end the text with it",
-                                  options.emulation));
+                      fmt::format("TEXT: over USB, emulation {} is sent only what ends with {}; end the text with it",
+                                  options.emulation, end));
     }
     JobOptions job;
     job.emulation = options.emulation;

@@ -1,4 +1,5 @@
 // vectorix simulate: a plotter in software that any program can print to.
+#include "emulations/emulations.h"
 #include "host/commands/commands.h"
 #include "host/job/job_options.h"
 #include "host/options/apply_profile.h"
@@ -27,7 +28,7 @@ namespace {
 struct SimulateOptions {
     std::string picture;
     DrawingOptions drawing;
-    int emulation = 17002;
+    int emulation = emulations::kHpgl;
     std::string pace = "full";
     size_t bufferBytes = 1024;
     std::string fault;

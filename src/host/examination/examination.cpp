@@ -1,25 +1,17 @@
 #include "host/examination/examination.h"
 
-#include "emulations/cut.h"
+#include "emulations/emulations.h"
 #include "host/terminal/failure.h"
 #include "host/terminal/text.h"
 
 #include <algorithm>
 #include <fmt/format.h>
-#include <optional>
 
 namespace host {
 
 using language::Language;
 
 namespace {
-
-/// The language of an emulation's plots, as far as there is a reader of it.
-std::optional<Language> languageOf(const plot::CutRule &rule) {
-    if (rule.mark.text == ";PD") return Language::hpgl;
-    if (rule.end == "@") return Language::dmpl;
-    return std::nullopt;
-}
 
 bool isASCII(std::string_view text) {
     unsigned char all = 0;
@@ -57,22 +49,22 @@ private:
 class Walk {
 public:
     Walk(const PlotFile &file, const PlotRules &rules, Examination &result)
-        : size_(file.size()), window_(file), rule_(plot::cutRule(rules.emulation)), terminator_(rules.terminator),
-          chunk_(plot::chunkSizeOf(rules.emulation)), result_(result) {}
+        : size_(file.size()), window_(file), emulation_(emulations::of(rules.emulation)), terminator_(rules.terminator),
+          chunk_(emulation_.chunkSize), result_(result) {}
 
     void run() {
         while (offset_ + chunk_ < size_) {
             std::string_view chunk = window_.at(offset_, chunk_);
             if (!isASCII(chunk)) return endBefore(chunk);
-            size_t cut = plot::findCut(chunk, terminator_, rule_);
+            size_t cut = emulations::findCut(chunk, terminator_, emulation_.cut);
             send(cut == 0 ? chunk : chunk.substr(0, cut));
         }
         std::string_view tail = window_.at(offset_, size_ - offset_);
         if (!isASCII(tail)) return endBefore(tail);
-        size_t end = plot::findEnd(tail, terminator_, rule_);
+        size_t end = emulations::findEnd(tail, terminator_, emulation_.cut);
         send(tail.substr(0, end));
         tail.remove_prefix(end);
-        const bool isHpgl = languageOf(rule_) == Language::hpgl;
+        const bool isHpgl = emulation_.language == Language::hpgl;
         if (tail.find("@PJL") != std::string_view::npos)
             result_.endPadding = "a PJL trailer";
         else if (isHpgl && !isPadding(tail) && isPadding(tail, true))
@@ -118,7 +110,7 @@ private:
 
     int64_t size_;
     Window window_;
-    const plot::CutRule &rule_;
+    const emulations::Emulation &emulation_;
     std::string_view terminator_;
     int64_t chunk_;
     int64_t offset_ = 0;
@@ -127,14 +119,14 @@ private:
 
 } // namespace
 
-bool PlotRules::hasOwnEnd() const { return !plot::cutRule(emulation).end.empty(); }
+bool PlotRules::hasOwnEnd() const { return !emulations::of(emulation).cut.end.empty(); }
 
-std::string PlotRules::endMark() const { return hasOwnEnd() ? std::string(plot::cutRule(emulation).end) : terminator; }
+std::string PlotRules::endMark() const { return hasOwnEnd() ? std::string(emulations::of(emulation).cut.end) : terminator; }
 
 Examination examine(const PlotFile &file, const PlotRules &rules) {
     Examination result;
     result.fileBytes = file.size();
-    result.nature = natureOf(file, languageOf(plot::cutRule(rules.emulation)));
+    result.nature = natureOf(file, emulations::of(rules.emulation).language);
     if (result.fileBytes == 0) {
         result.flaw = Flaw::Empty;
     } else if (rules.endMark().empty()) {

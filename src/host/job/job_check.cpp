@@ -1,6 +1,7 @@
 // Whether a job can be printed as it is: its keys, the types of their values, and texts that can be sent to a plotter.
 #include "host/job/job_reader.h"
 
+#include "emulations/emulations.h"
 #include "host/terminal/failure.h"
 #include "host/terminal/text.h"
 
@@ -65,16 +66,16 @@ private:
         emulation_ = numberOf(job_, kEmulationKey, 0);
         if (!entry) {
             missing(kEmulationKey);
-        } else if (emulation_ < kFirstEmulation || emulation_ > kLastEmulation) {
-            error(entry->line, "\"{}\" is {}; emulations go from {} to {}", kEmulationKey, emulation_, kFirstEmulation,
-                  kLastEmulation);
+        } else if (emulation_ < emulations::kFirst || emulation_ > emulations::kLast) {
+            error(entry->line, "\"{}\" is {}; emulations go from {} to {}", kEmulationKey, emulation_, emulations::kFirst,
+                  emulations::kLast);
         }
     }
 
     void checkTerminator() {
         const JobLine *entry = fitting(job_, kTerminatorKey);
         if (entry) checkPlotterText(*entry);
-        if (endsWithAt(emulation_)) return;
+        if (!emulations::of(emulation_).cut.end.empty()) return;
         if (!entry) {
             missing(kTerminatorKey);
         } else if (std::get<std::string>(*entry->value).empty()) {
@@ -83,7 +84,8 @@ private:
     }
 
     void checkTools() {
-        bool used = emulation_ == kToolEmulation && numberOf(job_, kUseToolsKey, 0) == 1;
+        const bool mayBeUsed = emulations::of(emulation_).hasTools;
+        bool used = mayBeUsed && numberOf(job_, kUseToolsKey, 0) == 1;
         bool noted = false;
         for (const JobKey &row : kJobKeys) {
             const JobLine *entry = isToolKey(row.key) ? fitting(job_, row.key) : nullptr;
@@ -91,8 +93,8 @@ private:
             if (used) checkPlotterText(*entry);
             if (used || noted) continue;
             noted = true;
-            if (emulation_ != kToolEmulation) {
-                note(entry->line, "tool strings are not used: the emulation is {}, not {}", emulation_, kToolEmulation);
+            if (!mayBeUsed) {
+                note(entry->line, "tool strings are not used: the emulation is {}, not {}", emulation_, emulations::kDmpl);
             } else {
                 note(entry->line, "tool strings are not used: \"{}\" is not 1", kUseToolsKey);
             }

@@ -21,14 +21,6 @@ struct JobKey {
 };
 
 inline constexpr size_t kToolCount = 8;
-inline constexpr int kFirstEmulation = 17001;
-inline constexpr int kLastEmulation = 17037;
-/// The emulations that can be typed by name.
-inline constexpr struct {
-    const char *name;
-    int emulation;
-} kNamedEmulations[] = {{"hpgl", 17002}, {"dmpl", 17008}};
-inline constexpr int kToolEmulation = 17008; ///< the one that is sent tool strings
 
 inline constexpr const char *kProjectKey = "Project name :";
 inline constexpr const char *kPlotterKey = "Plotter name :";
@@ -74,8 +66,5 @@ inline const JobKey *findJobKey(std::string_view key) {
 }
 
 inline bool isToolKey(std::string_view key) { return key.rfind("ORB_CFSTR_Tool", 0) == 0; }
-
-/// The emulations whose plot files end with "@", whatever the terminator is.
-inline bool endsWithAt(int64_t emulation) { return emulation == 17008 || emulation == 17030 || emulation == 17036; }
 
 } // namespace host

@@ -15,9 +15,7 @@ constexpr const char *kEmulationValue = "hpgl|dmpl|N";
 
 /// Replaces an emulation's name by its number; leaves any other text as it is.
 void numberOfName(std::string &text) {
-    for (const auto &row : kNamedEmulations) {
-        if (text == row.name) text = fmt::format("{}", row.emulation);
-    }
+    if (const auto *emulation = emulations::named(text)) text = fmt::format("{}", emulation->number);
 }
 
 std::string checkWholeNumber(const std::string &text) {
@@ -37,10 +35,11 @@ std::string plotterText(const std::string &typed, const std::string &option) {
 Option addEmulation(const Command &app, int &emulation) {
     auto check = [](const std::string &text) {
         std::optional<double> value = typedNumber(text);
-        bool known = value && std::nearbyint(*value) == *value && *value >= kFirstEmulation && *value <= kLastEmulation;
+        bool known =
+            value && std::nearbyint(*value) == *value && *value >= emulations::kFirst && *value <= emulations::kLast;
         return known ? std::string()
-                     : fmt::format("unknown emulation: {}; use hpgl, dmpl, or {} to {}", text, kFirstEmulation,
-                                   kLastEmulation);
+                     : fmt::format("unknown emulation: {}; use hpgl, dmpl, or {} to {}", text, emulations::kFirst,
+                                   emulations::kLast);
     };
     return app.option("--emulation", emulation, "Plotter emulation: hpgl (17002), dmpl (17008), or 17001 to 17037 (hpgl)")
         .check(check)
@@ -76,17 +75,18 @@ void addJobDetails(const Command &app, JobOptions &options) {
 std::string terminatorOf(const JobOptions &options) { return plotterText(options.terminator, "--terminator"); }
 
 std::vector<JobEntry> jobOf(const JobOptions &options) {
-    if (!options.tools.empty() && options.emulation != kToolEmulation) {
+    const emulations::Emulation &emulation = emulations::of(options.emulation);
+    if (!options.tools.empty() && !emulation.hasTools) {
         throw Failure(ExitCode::Usage,
                       fmt::format("--tool: emulation {} is sent no tool strings; add --emulation {}, or leave --tool out",
-                                  options.emulation, kToolEmulation));
+                                  options.emulation, emulations::kDmpl));
     }
     if (options.tools.size() > kToolCount) {
         throw Failure(ExitCode::Usage,
                       fmt::format("--tool: {} tool strings; a job has at most {}", options.tools.size(), kToolCount));
     }
     std::string terminator = terminatorOf(options);
-    if (terminator.empty() && !endsWithAt(options.emulation)) {
+    if (terminator.empty() && emulation.cut.end.empty()) {
         throw Failure(ExitCode::Usage, fmt::format("--terminator: empty, but emulation {} needs one", options.emulation));
     }
 

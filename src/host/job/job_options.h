@@ -3,6 +3,7 @@
 // ahead of any device, for what a plotter cannot be sent.
 #pragma once
 
+#include "emulations/emulations.h"
 #include "host/job/job_keys.h"
 #include "host/terminal/command.h"
 
@@ -14,7 +15,7 @@
 namespace host {
 
 struct JobOptions {
-    int emulation = 17002;
+    int emulation = emulations::kHpgl;
     std::string terminator = ";";   ///< as typed, with escapes
     std::vector<std::string> tools; ///< the same
     std::optional<std::string> project;

@@ -1,5 +1,6 @@
 #include "host/print/query_verdict.h"
 
+#include "emulations/emulations.h"
 #include "host/options/line_settings.h"
 #include "host/print/reply_numbers.h"
 #include "host/print/usb_verdict.h"
@@ -85,6 +86,8 @@ Verdict failedLink(const QueryOutcome &outcome) {
     return fail(outcome, ExitCode::Lost, what + "; check the cable, then try again");
 }
 
+bool givesCorners(const QueryOutcome &outcome) { return emulations::of(outcome.emulation).givesCorners; }
+
 using Corners = std::array<double, 4>;
 
 /// Lower left and upper right as the plotter said them; none where the language has no corners, or the reply not enough
@@ -92,7 +95,7 @@ using Corners = std::array<double, 4>;
 std::optional<Corners> cornersOf(const QueryOutcome &outcome) {
     const std::vector<double> said = numbersIn(replyOf(outcome.report));
     Corners corners;
-    if (!isHpgl(outcome.emulation) || said.size() < corners.size()) return {};
+    if (!givesCorners(outcome) || said.size() < corners.size()) return {};
     std::copy_n(said.begin(), corners.size(), corners.begin());
     return corners;
 }
@@ -107,7 +110,7 @@ std::optional<std::array<double, 2>> sizeOf(const std::optional<Corners> &corner
 
 /// How the record's values came to be others than what the plotter said; empty when they are the same.
 std::string differenceNote(const QueryOutcome &outcome) {
-    if (!isHpgl(outcome.emulation)) return {};
+    if (!givesCorners(outcome)) return {};
     const std::string_view reply = replyOf(outcome.report);
     const std::vector<double> said = numbersIn(reply);
     const auto &values = outcome.values;
@@ -121,11 +124,6 @@ std::string differenceNote(const QueryOutcome &outcome) {
 }
 
 } // namespace
-
-bool isHpgl(int32_t emulation) {
-    constexpr int32_t kOthers[] = {17008, 17009, 17010, 17030};
-    return std::find(std::begin(kOthers), std::end(kOthers), emulation) == std::end(kOthers);
-}
 
 std::string requestShown(const ORB_QueryReport &report) { return shown({report.request, report.requestBytes}); }
 
@@ -162,7 +160,7 @@ Verdict judge(const QueryOutcome &outcome) {
 }
 
 std::string limitLines(const QueryOutcome &outcome) {
-    if (!isHpgl(outcome.emulation)) {
+    if (!givesCorners(outcome)) {
         const auto &values = outcome.values;
         return fmt::format("value 1      {}\nvalue 2      {}\nvalue 3      {}\nvalue 4      {}\n", values[0], values[1],
                            values[2], values[3]);

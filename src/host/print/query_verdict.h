@@ -32,9 +32,6 @@ struct QueryOutcome {
 /// Judges by the query report.
 Verdict judge(const QueryOutcome &outcome);
 
-/// True when the values are HP-GL's: lower left and upper right corner, in units of 0.025 mm.
-bool isHpgl(int32_t emulation);
-
 /// What the plotter was sent and what it said, safe to print.
 std::string requestShown(const ORB_QueryReport &report);
 std::string replyShown(const ORB_QueryReport &report);

@@ -1,5 +1,7 @@
 #include "virtual_plotter/face/plotter.h"
 
+#include "emulations/emulations.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -10,41 +12,18 @@ namespace {
 
 constexpr uint64_t kRubbishEvery = 256; // bytes heard
 
-struct EmulationRow {
-    int32_t emulation;
-    std::optional<Language> language;
-    LimitForm limits;
-    LimitTexts limitTexts = {};
-};
-
-// Asked as hosts ask, not in the language: behind an escape sequence, and by the line that selects the ";:" language.
-// Without the semicolon before it: that may be the end of an instruction, which must not wait for what follows.
-constexpr std::string_view kSwitchedQuestion = "\x1b%0B\x03NP4,\x03NP7,70,\x03NP7,76,!ST1;";
-constexpr std::string_view kSelectingQuestion = ":ECN,EF,P0,A,U,U0,0,K,";
-
-constexpr EmulationRow kEmulations[] = {
-    {17005, Language::hpgl, LimitForm::blanks},
-    {17008, Language::dmpl, LimitForm::commas},
-    {17009, Language::hpgl, LimitForm::pairs, {kSwitchedQuestion}},
-    {17010, Language::hpgl, LimitForm::commas, {kSwitchedQuestion, kSelectingQuestion}},
-    {17030, Language::dmpl, LimitForm::commas},
-    {17036, Language::dmpl, LimitForm::commas, {"IN;OH;"}}, // its hosts ask in HP-GL
-};
-
 } // namespace
 
 void setEmulation(PlotterOptions &options, int32_t emulation) {
-    for (const EmulationRow &row : kEmulations) {
-        if (row.emulation != emulation) continue;
-        options.language = row.language;
-        options.limits = row.limits;
-        options.limitTexts = row.limitTexts;
-    }
+    const emulations::Emulation &row = emulations::of(emulation);
+    options.language = row.playedAs;
+    options.limits = row.reply;
+    options.limitTexts = row.questions;
 }
 
 VirtualPlotter::VirtualPlotter(const PlotterOptions &options, PenSink &sink, const Rectangle &hardClip)
     : options_(options), plot_(options.language, sink, hardClip),
-      questions_(options.limits == LimitForm::pairs, options.limitTexts, hardClip) {
+      questions_(options.limits == ReplyForm::pairs, options.limitTexts, hardClip) {
     questions_.onPlot = [this](std::string_view bytes) { plot_.take(bytes); };
     questions_.onReply = [this](std::string_view reply) { say(reply); };
     options_.bufferBytes = std::max<size_t>(options_.bufferBytes, 1);

@@ -27,7 +27,7 @@ enum class Fault : uint8_t {
 
 struct PlotterOptions {
     std::optional<Language> language; ///< none: as the first bytes tell
-    LimitForm limits = LimitForm::commas;
+    ReplyForm limits = ReplyForm::commas;
     LimitTexts limitTexts; ///< that ask for the limits beside the language's own questions
     size_t bufferBytes = 1024;
     std::chrono::nanoseconds perByte{0}; ///< how long a byte of the buffer takes; 0: it is always empty, and holds nobody
@@ -35,7 +35,7 @@ struct PlotterOptions {
     uint64_t faultAfter = 0; ///< bytes heard before it
 };
 
-/// Sets the options' language and questions for the limits as an emulation has them; leaves them for one without a row.
+/// Sets the options' language and questions for the limits as an emulation has them.
 void setEmulation(PlotterOptions &options, int32_t emulation);
 
 /// Hears bytes at times and says bytes. It has no clock: time is what the caller says, from any beginning, never backwards.

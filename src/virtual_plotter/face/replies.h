@@ -2,6 +2,7 @@
 // differ in the form of the hard-clip limits alone.
 #pragma once
 
+#include "emulations/emulations.h"
 #include "language/reader.h"
 
 #include <cstdint>
@@ -11,6 +12,7 @@
 namespace virtual_plotter {
 
 using namespace language; // Point, Rectangle and the plotter unit are used all over this folder
+using emulations::ReplyForm;
 
 /// What the answers are made from.
 struct Asked {
@@ -22,16 +24,9 @@ struct Asked {
     size_t bufferBytes = 0;
 };
 
-/// How the hard-clip limits are written; it depends on the emulation.
-enum class LimitForm : uint8_t {
-    commas, ///< "0,0,10900,7650" CR
-    blanks, ///< "0 0 10900 7650 " CR
-    pairs,  ///< lower and upper corner on questions of one byte each, which are no requests of a reader: "0,0" CR
-};
-
 /// The answer to a request as the readers hand it on ("OH", ESC ".B", "EH,ECN,ER"), with the CR at its end; empty for one
 /// that stays without an answer.
-std::string replyTo(std::string_view request, const Asked &asked, LimitForm form);
+std::string replyTo(std::string_view request, const Asked &asked, ReplyForm form);
 
 /// Both corners in the comma form, and one for the pair form.
 std::string limitsReply(const Rectangle &hardClip);

@@ -1,0 +1,11 @@
+// The plotter languages that there are readers of. A header of its own, for the table of emulations names them and needs no
+// reader.
+#pragma once
+
+#include <cstdint>
+
+namespace language {
+
+enum class Language : uint8_t { hpgl, dmpl };
+
+} // namespace language
