@@ -25,37 +25,11 @@ namespace {
 
 using namespace hardclip;
 
-constexpr int kPollLimit = 10;   // polls of the first reply go on up to this count
-constexpr int kReplyPolls = 11;  // what a reply of any bytes adds to it
-constexpr int kSecondPolls = 9;  // polls of the second reply go on up to this count
-constexpr int kOpenRetries = 20; // of the USB interface
+constexpr int kPollLimit = 10;  // polls of the first reply go on up to this count
+constexpr int kReplyPolls = 11; // what a reply of any bytes adds to it
+constexpr int kSecondPolls = 9; // polls of the second reply go on up to this count
 
-/// Opens the USB interface if it is not open; false when the query ends here, with *status as its result.
-bool openUsb(int32_t *status) {
-    ORB_ServiceRecord &record = answer();
-    if (record.ORB_interfaceOpen != 0) return true;
-    gORB_interfaceInterface.reset();
-    *status = ORB_USB_getCustomergORB_interfaceInterface();
-    if (*status != kIOReturnSuccess || !gORB_interfaceInterface || record.ORB_errorID != kORB_NoError) {
-        gORB_interfaceInterface.reset();
-        record.ORB_interfaceOpen = 0;
-        return false;
-    }
-    *status = gORB_interfaceInterface->USBInterfaceOpen();
-    for (int left = kOpenRetries; *status != kIOReturnSuccess && left > 0 && !platform::stopRequested(); --left) {
-        *status = gORB_interfaceInterface->USBInterfaceOpen();
-        if (*status != kIOReturnSuccess) posix::sleep(1);
-    }
-    if (*status != kIOReturnSuccess) {
-        record.ORB_errorID = kORB_ErrorInterfaceNotOpened;
-        gORB_interfaceInterface.reset();
-        record.ORB_interfaceOpen = 0;
-        return false;
-    }
-    record.ORB_interfaceOpen = 1;
-    record.ORB_errorID = kORB_NoError;
-    return true;
-}
+constexpr usb::OpenManner kOpenManner = {.waitsForOthers = true, .choosesAlternateSetting = false};
 
 /// Opens the serial port anew; false when there is none to be had.
 bool openSerial(int32_t *status) {
@@ -247,7 +221,7 @@ extern "C" int32_t ORB_SerialreadHardClip() {
     memset(record.ORB_writeBuffer, 0, sizeof record.ORB_writeBuffer);
     record.ORB_errorID = kORB_NoError;
     int32_t status = 0;
-    if (record.ORB_OutputMethode == kORB_OSX_METHOD_USB && !openUsb(&status)) return status;
+    if (record.ORB_OutputMethode == kORB_OSX_METHOD_USB && !usb::openInterface(kOpenManner, &status)) return status;
     if (record.ORB_OutputMethode == kORB_OSX_METHOD_SERIAL && !openSerial(&status)) return status;
     status = askAndRead();
     if (record.ORB_OutputMethode == kORB_OSX_METHOD_USB && gORB_interfaceInterface) ORB_USBclose_Plotterinterface();

@@ -5,7 +5,7 @@
 #include "hardclip/requests.h"
 #include "hardclip/usb_pipes.h"
 #include "hardclip/values.h"
-#include "link/link_switch.h"
+#include "link/usb_start.h"
 #include "link/write_buffer.h"
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/posix/clock.h"
@@ -16,7 +16,6 @@
 #include "usb/link.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -27,32 +26,17 @@ constexpr int kWriteAttempts = 6;
 constexpr int kFailureLimit = 10; // a failure ends the query from this pass counter on
 constexpr int kPassLimit = 100;   // the pass counter starts at 1 and is raised before each pass
 
-constexpr usb::OpenLines kOpenLines = {
-    " [S11 ORB_readPlotFile2Write] USBInterfaceOpen was already open",
-    " [S11 ORB_readPlotFile2Write] USBInterfaceOpen is successfull, as kernResult == NULL : no error at this stage "};
+constexpr usb::OpenManner kOpenManner = {
+    .alreadyOpen = " [S11 ORB_readPlotFile2Write] USBInterfaceOpen was already open",
+    .opened =
+        " [S11 ORB_readPlotFile2Write] USBInterfaceOpen is successfull, as kernResult == NULL : no error at this stage "};
 
-IOReturn writeBuffer() {
-    const ORB_ServiceRecord &record = answer();
-    return usb::plotterInterface().WritePipe(record.ORB_USB_PIPEOUT, record.ORB_writeBuffer,
-                                             static_cast<uint32_t>(strlen(record.ORB_writeBuffer)));
+void showResetResult(IOReturn result) {
+    posix::printf(" [S11] initialisation : ORB_writePlotter (kernResult == %d\n", result);
 }
 
-/// A reset, written once straight to the out pipe. False when it does not convert.
-bool reset(const emulations::UsbStart &start) {
-    ORB_ServiceRecord &record = answer();
-    if (!plot::loadText(platform::constantString(start.text))) {
-        posix::printf("[ORB_readPlotFile2Write] kORB_ErrorPathNameTooLong => ORB_error ID %d\n", record.ORB_errorID);
-        return false;
-    }
-    showPipeStatus();
-    IOReturn result = writeBuffer();
-    posix::printf(" [S11] initialisation : ORB_writePlotter (kernResult == %d\n", result);
-    if (result != kIOReturnSuccess) {
-        posix::printf("[S11] initialisation : unable to write on this pipe  %d\n", record.ORB_USB_PIPEOUT);
-        result = ORB_logIOError(result);
-        record.ORB_errorID = kORB_ErrorPipe;
-    }
-    switch (result) {
+void showResetOutcome(int32_t status) {
+    switch (status) {
     case kIOReturnSuccess:
         posix::puts(" [S11 initialisation] after first attempt to ORB_writePlotter (kernResult == (kern_return_t) "
                     "kIOReturnSuccess");
@@ -65,28 +49,13 @@ bool reset(const emulations::UsbStart &start) {
         break;
     default: break;
     }
-    return true;
 }
 
-/// The start of the ";:" language, twice. False when it does not convert.
-bool startLine(const emulations::UsbStart &start) {
-    ORB_ServiceRecord &record = answer();
-    if (!plot::loadText(platform::constantString(start.text))) return false;
-    for (int time = 0; time < start.times; ++time) {
-        if (ORB_writePlotter() != 0 || record.ORB_errorID != kORB_NoError) {
-            posix::printf("[S11 : ORB_readPlotFile2Write] & ORB_error ID %d\n", record.ORB_errorID);
-        } else {
-            record.ORB_errorID = kORB_NoError;
-        }
-    }
-    return true;
-}
-
-bool sendPreRequest() {
-    const emulations::UsbStart &start = emulations::of(answer().ORB_PlotterEmulationID).usbStart;
-    if (*start.text == '\0') return true;
-    return start.isReset ? reset(start) : startLine(start);
-}
+constexpr plot::UsbStartSteps kStartSteps = {.service = "S11",
+                                             .reset = "[S11] initialisation",
+                                             .beforeReset = showPipeStatus,
+                                             .afterReset = showResetResult,
+                                             .afterResetLine = showResetOutcome};
 
 /// Sends the request, with up to six attempts; that none went well does not end the query.
 void sendRequest() {
@@ -96,7 +65,7 @@ void sendRequest() {
     storeValues({});
     posix::puts("[VectorixFoundation] S11 : starting write hardclip command ");
     for (int attempt = 0; attempt < kWriteAttempts; ++attempt) {
-        IOReturn result = writeBuffer();
+        IOReturn result = usb::writeOnce().status;
         posix::printf("[ S 11] WritePipe returns kernResult = %08x\n", static_cast<unsigned>(result));
         noteUnsent(result);
         if (result == kIOReturnSuccess) break;
@@ -184,7 +153,7 @@ int32_t readSecond(Reading &reading) {
     for (int pass = 2;; ++pass) {
         const bool ends = pass >= kFailureLimit;
         record.ORB_errorID = kORB_NoError;
-        if (IOReturn result = writeBuffer(); result == kIOReturnNotResponding) {
+        if (IOReturn result = usb::writeOnce().status; result == kIOReturnNotResponding) {
             record.ORB_errorID = kORB_ErrorPipe;
             if (ends) return result;
         } else if (result != kIOReturnSuccess) {
@@ -239,11 +208,11 @@ extern "C" int32_t ORB_USBreadHardClip() {
         record.ORB_errorID = kORB_ErrorInterfaceNotOpened;
         return kIOReturnNotOpen;
     }
-    if (!usb::openInterface(kOpenLines, &status)) return status;
+    if (!usb::openInterface(kOpenManner, &status)) return status;
     preparePipes();
     record.ORB_errorID = kORB_NoError;
     posix::sleep(2);
-    if (!sendPreRequest()) {
+    if (!plot::sendUsbStart(kStartSteps, &status)) {
         record.ORB_errorID = kORB_ErrorPathNameTooLong;
         return status;
     }

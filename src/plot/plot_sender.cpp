@@ -9,7 +9,7 @@
 #include "plot/job_file.h"
 #include "plot/job_report.h"
 #include "plot/open_fork.h"
-#include "plot/usb_start.h"
+#include "plot/usb_session.h"
 #include "record/state.h"
 #include "usb/interface.h"
 

@@ -26,12 +26,11 @@ bool giveUp(int32_t result, int32_t *status) {
     return false;
 }
 
-/// openedLine is for a first call that succeeds. A first failure other than exclusive access is retried at once, further
-/// ones after a second each.
-IOReturn openWithRetries(const char *openedLine) {
+/// A first failure is retried at once, further ones after a second each.
+IOReturn openWithRetries(const OpenManner &manner) {
     IOReturn result = gORB_interfaceInterface->USBInterfaceOpen();
-    if (result == kIOReturnSuccess && openedLine) posix::puts(openedLine);
-    if (result == kIOReturnExclusiveAccess) return result;
+    if (result == kIOReturnSuccess && manner.opened) posix::puts(manner.opened);
+    if (result == kIOReturnExclusiveAccess && !manner.waitsForOthers) return result;
     for (int left = kOpenRetries; result != kIOReturnSuccess && left > 0 && !platform::stopRequested(); --left) {
         result = gORB_interfaceInterface->USBInterfaceOpen();
         if (result != kIOReturnSuccess) posix::sleep(1);
@@ -46,10 +45,10 @@ IOUSBInterfaceInterface245 &plotterInterface() noexcept {
     return gORB_interfaceInterface ? *gORB_interfaceInterface.get() : none;
 }
 
-bool openInterface(const OpenLines &lines, int32_t *status) {
+bool openInterface(const OpenManner &manner, int32_t *status) {
     ORB_ServiceRecord &record = answer();
     if (record.ORB_interfaceOpen != 0) {
-        if (lines.alreadyOpen) posix::puts(lines.alreadyOpen);
+        if (manner.alreadyOpen) posix::puts(manner.alreadyOpen);
     } else {
         gORB_interfaceInterface.reset();
         int32_t found = ORB_USB_getCustomergORB_interfaceInterface();
@@ -57,14 +56,16 @@ bool openInterface(const OpenLines &lines, int32_t *status) {
             return giveUp(found, status);
         }
         record.ORB_interfaceOpen = 0;
-        if (IOReturn result = openWithRetries(lines.opened); result != kIOReturnSuccess) {
+        if (IOReturn result = openWithRetries(manner); result != kIOReturnSuccess) {
             record.ORB_errorID = kORB_ErrorInterfaceNotOpened;
             return giveUp(result, status);
         }
         record.ORB_interfaceOpen = 1;
         record.ORB_errorID = kORB_NoError;
     }
-    if (record.ORB_USBidVendor == kVendorWithAlternateSetting) plotterInterface().SetAlternateInterface(1);
+    if (manner.choosesAlternateSetting && record.ORB_USBidVendor == kVendorWithAlternateSetting) {
+        plotterInterface().SetAlternateInterface(1);
+    }
     *status = kIOReturnSuccess;
     return true;
 }

@@ -16,17 +16,19 @@ namespace usb {
 /// The interface; without one, an interface that answers kIOReturnNotOpen to everything.
 IOUSBInterfaceInterface245 &plotterInterface() noexcept;
 
-/// The console lines of a caller of openInterface; nullptr for none.
-struct OpenLines {
-    const char *alreadyOpen;
-    const char *opened; ///< when the first call opened it
+/// What differs between the callers of openInterface.
+struct OpenManner {
+    const char *alreadyOpen = nullptr;   ///< console lines; nullptr for none
+    const char *opened = nullptr;        ///< when the first call opened it
+    bool waitsForOthers = false;         ///< exclusive access is retried as any failure is
+    bool choosesAlternateSetting = true; ///< setting 1 for vendor 0x0B75
 };
 
 /// Makes sure that the plotter's interface is open: looks it up and opens it (exclusive access fails at once; another
-/// failure is retried up to 20 times, one second apart) unless ORB_interfaceOpen says that it is open, then selects
-/// alternate setting 1 for vendor 0x0B75. False when the caller is to stop: with *status as its result, and 29002, or what
-/// the lookup left, in ORB_errorID.
-bool openInterface(const OpenLines &lines, int32_t *status);
+/// failure is retried up to 20 times, one second apart) unless ORB_interfaceOpen says that it is open, then selects its
+/// alternate setting. False when the caller is to stop: with *status as its result, and 29002, or what the lookup left, in
+/// ORB_errorID.
+bool openInterface(const OpenManner &manner, int32_t *status);
 
 } // namespace usb
 

@@ -14,24 +14,29 @@ constexpr int kWriteAttempts = 6;
 
 } // namespace
 
+LinkWrite usb::writeOnce() {
+    const ORB_ServiceRecord &record = answer();
+    // A host may fill the whole buffer and leave no room for the NUL.
+    const auto size = static_cast<uint32_t>(strnlen(record.ORB_writeBuffer, sizeof record.ORB_writeBuffer));
+    uint32_t taken = 0;
+    const IOReturn result = plotterInterface().WritePipe(record.ORB_USB_PIPEOUT, record.ORB_writeBuffer, size, &taken);
+    return {result == kIOReturnSuccess ? size : taken, result};
+}
+
 extern "C" int32_t ORB_USBwritePlotter() {
     ORB_ServiceRecord &record = answer();
     LinkWrite &outcome = gORB_FoundationStruct.lastWrite;
     outcome = {};
     int32_t status = kIOReturnSuccess;
     for (int attempt = 0; attempt < kWriteAttempts; ++attempt) {
-        // A host may fill the whole buffer and leave no room for the NUL.
-        auto size = static_cast<uint32_t>(strnlen(record.ORB_writeBuffer, sizeof record.ORB_writeBuffer));
-        uint32_t taken = 0;
-        IOReturn result = usb::plotterInterface().WritePipe(record.ORB_USB_PIPEOUT, record.ORB_writeBuffer, size, &taken);
-        if (result == kIOReturnSuccess) {
-            outcome = {size, 0};
+        const LinkWrite write = usb::writeOnce();
+        outcome = {std::max(outcome.taken, write.taken), write.status};
+        if (write.status == kIOReturnSuccess) {
             record.ORB_errorID = kORB_NoError;
             return 0;
         }
-        outcome = {std::max<int64_t>(outcome.taken, taken), result};
         posix::printf("[S9] Unable to write on this pipe  %d\n", record.ORB_USB_PIPEOUT);
-        status = ORB_logIOError(result);
+        status = ORB_logIOError(write.status);
         record.ORB_errorID = kORB_ErrorPipe;
     }
     return status;

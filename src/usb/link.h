@@ -2,7 +2,16 @@
 // the interface is in usb/interface.h, for a query needs that as well.
 #pragma once
 
+#include "record/state.h"
+
 #include <cstdint>
+
+namespace usb {
+
+/// Writes the NUL-terminated text of ORB_writeBuffer on the out pipe in one transfer, with no second attempt.
+LinkWrite writeOnce();
+
+} // namespace usb
 
 extern "C" {
 
