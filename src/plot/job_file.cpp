@@ -5,6 +5,7 @@
 #include "platform/files/file_manager.h"
 #include "platform/posix/console.h"
 #include "plot/open_fork.h"
+#include "property_list/reader.h"
 #include "record/state.h"
 #include "record/status_text.h"
 
@@ -14,8 +15,6 @@
 #include <new>
 
 namespace {
-
-constexpr int64_t kLargestJobFile = int64_t{16} << 20; // bytes; job files are of a few dozen lines, and are read whole
 
 enum class Kind {
     String,    ///< a copy of the string
@@ -149,9 +148,9 @@ extern "C" int32_t ORB_readJobFile() {
         posix::eprintf("%s() returned %d\n", fork.failedCall(), result);
         return unfit(result);
     }
-    if (fork.size() > kLargestJobFile) {
+    if (fork.size() > property_list::kLargestFile) {
         posix::eprintf("the job file holds %lld bytes, more than the %lld that a job may have\n",
-                       static_cast<long long>(fork.size()), static_cast<long long>(kLargestJobFile));
+                       static_cast<long long>(fork.size()), static_cast<long long>(property_list::kLargestFile));
         return unfit(0);
     }
     auto size = static_cast<size_t>(fork.size());

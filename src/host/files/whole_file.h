@@ -8,8 +8,6 @@
 
 namespace host {
 
-inline constexpr int64_t kLargestJobFile = int64_t{16} * 1024 * 1024; // what the plug-in reads of one
-
 /// The bytes of a file. what names its kind: "job file". Throws Failure, also for a file of more than most bytes.
 std::string readWhole(const std::string &path, const char *what, int64_t most);
 

@@ -1,6 +1,6 @@
 // Reading a job file, to show it and to judge it. The plug-in makes a dictionary of the file, in which order, lines, keys
-// that it does not know and keys that stand twice are lost: just what a check has to tell of. So the command reads the file
-// itself, and refuses what the plug-in refuses.
+// that it does not know and keys that stand twice are lost: just what a check has to tell of. So the command takes the file's
+// parts from the plug-in's own reader, and refuses what that refuses.
 #pragma once
 
 #include "host/job/job_keys.h"

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/corefoundation/corefoundation.h"
+#include "property_list/value_text.h"
 
 #include <cstdint>
 #include <map>
@@ -15,14 +16,9 @@
 
 namespace platform {
 
-using Number = std::variant<int64_t, double>;
-struct Data {
-    std::string bytes;
-};
-/// Nothing looks into a date: it stays the text that it was.
-struct Date {
-    std::string text;
-};
+using property_list::Data;
+using property_list::Date;
+using property_list::Number;
 using Array = std::vector<CFRef>;
 using Dictionary = std::map<std::string, CFRef, std::less<>>;
 

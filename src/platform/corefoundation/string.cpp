@@ -1,6 +1,6 @@
 #include "platform/corefoundation/handle_table.h"
-#include "platform/corefoundation/utf8.h"
 #include "platform/posix/console.h"
+#include "property_list/utf8.h"
 
 #include <cstring>
 #include <iconv.h>
@@ -50,7 +50,7 @@ std::string_view platform::stringView(CFStringRef s) noexcept {
 CFTypeID CFStringGetTypeID() { return platform::typeID<std::string>(); }
 
 CFStringRef CFStringCreateWithUTF8(std::string_view utf8) {
-    return platform::validUtf8Length(utf8) == utf8.size() ? createString(utf8) : 0;
+    return property_list::validUtf8Length(utf8) == utf8.size() ? createString(utf8) : 0;
 }
 
 CFStringRef CFStringCreateCopy(CFStringRef s) {
@@ -65,10 +65,10 @@ bool CFStringGetCString(CFStringRef s, char *buffer, uint32_t size, uint32_t enc
     if (text == nullptr || buffer == nullptr) return false;
     switch (encoding) {
     case kCFStringEncodingUTF8: return copyOut(*text, buffer, size);
-    case kCFStringEncodingASCII: return platform::isAscii(*text) && copyOut(*text, buffer, size);
+    case kCFStringEncodingASCII: return property_list::isAscii(*text) && copyOut(*text, buffer, size);
     case kCFStringEncodingMacRoman:
         // Its lower half is ASCII: nothing needs converting then.
-        if (platform::isAscii(*text)) return copyOut(*text, buffer, size);
+        if (property_list::isAscii(*text)) return copyOut(*text, buffer, size);
         try {
             const std::optional<std::string> bytes = converted(*text, "MACINTOSH");
             return bytes && copyOut(*bytes, buffer, size);

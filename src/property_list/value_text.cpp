@@ -1,10 +1,10 @@
-#include "platform/corefoundation/property_list_text.h"
+#include "property_list/value_text.h"
 
 #include <algorithm>
 #include <charconv>
 #include <limits>
 
-namespace platform {
+namespace property_list {
 
 namespace {
 
@@ -81,18 +81,16 @@ constexpr std::string_view kBase64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnop
 
 bool isXmlSpace(std::string_view text) noexcept { return text.find_first_not_of(kSpace) == std::string_view::npos; }
 
-bool appendResolved(std::string &out, std::string_view text) {
-    while (!text.empty()) {
-        const size_t plain = std::min(text.find('&'), text.size());
-        out += text.substr(0, plain);
-        text.remove_prefix(plain);
-        if (text.empty()) break;
-        text.remove_prefix(1);
-        const size_t end = text.find(';');
-        if (end == std::string_view::npos || !appendReference(out, text.substr(0, end))) return false;
+std::optional<std::string_view> appendResolved(std::string &out, std::string_view text) {
+    for (size_t at; (at = text.find('&')) != std::string_view::npos;) {
+        out += text.substr(0, at);
+        const size_t end = text.find(';', at);
+        const std::string_view name = text.substr(at + 1, end == std::string_view::npos ? end : end - at - 1);
+        if (end == std::string_view::npos || !appendReference(out, name)) return name;
         text.remove_prefix(end + 1);
     }
-    return true;
+    out += text;
+    return std::nullopt;
 }
 
 std::optional<Number> integerOf(std::string_view text) noexcept {
@@ -144,4 +142,4 @@ std::optional<Data> dataOf(std::string_view text) {
     return data;
 }
 
-} // namespace platform
+} // namespace property_list

@@ -1,9 +1,9 @@
-#include "platform/corefoundation/utf8.h"
+#include "property_list/utf8.h"
 
 #include <algorithm>
 #include <cstdint>
 
-namespace platform {
+namespace property_list {
 
 namespace {
 
@@ -48,4 +48,4 @@ size_t validUtf8Length(std::string_view text) noexcept {
 
 bool isAscii(std::string_view text) noexcept { return std::all_of(text.begin(), text.end(), isPlain); }
 
-} // namespace platform
+} // namespace property_list

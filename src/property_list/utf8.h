@@ -1,13 +1,13 @@
-// UTF-8, by the bytes. Strings hold nothing else: it is checked when one is made, so that nobody who reads one has to.
+// UTF-8, by the bytes: lists are refused that are of anything else, and objects made of other texts.
 #pragma once
 
 #include <string_view>
 
-namespace platform {
+namespace property_list {
 
 /// Bytes of text before the first that belongs to no well-formed character; text.size() when all are.
 size_t validUtf8Length(std::string_view text) noexcept;
 
 bool isAscii(std::string_view text) noexcept;
 
-} // namespace platform
+} // namespace property_list
