@@ -20,7 +20,7 @@
 #include <unistd.h>
 
 enum { DONE = 0, FAILED = 1, USAGE = 2, MISSING = 3, STOPPED = 130 };
-enum { SLOTS = 6, NO_SUCH_FILE = -43, USUAL_EMULATION = 17002 };
+enum { SLOTS = 6, USUAL_EMULATION = 17002 };
 
 /* ---- Calling the plug-in ---- */
 
@@ -173,7 +173,8 @@ static int askLimits(const char *port, int32_t emulation) {
 static int nameFile(const char *path, ORB_FSRef *reference) {
     const int32_t code = ORB_hostMakeFileRef(path, reference);
     if (code == 0) return DONE;
-    return fail(code == NO_SUCH_FILE ? MISSING : FAILED, path, code == NO_SUCH_FILE ? "no such file" : "cannot be used");
+    if (code == kORB_FileNotFound) return fail(MISSING, path, "no such file");
+    return fail(FAILED, path, "cannot be used");
 }
 
 static int printPlot(const char *port, const char *job, const char *plot, int32_t emulation) {

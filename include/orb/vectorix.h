@@ -258,12 +258,39 @@ enum {
     kORB_StopUnconvertible = 7 /* a text is not ASCII or too long */
 };
 
+/* What the system said of a failure, where a report has a status: File Manager codes of files, IOKit codes of USB plotters
+ * (their published numbers; IOKit's begin at 0xE0000000), errno of serial lines. Others of each kind may come. */
+enum {
+    kORB_FileIOError = -36,        /* an input or output error that has no code of its own */
+    kORB_FileEndOfFile = -39,      /* the file ended sooner than it was long */
+    kORB_FileTooManyOpen = -42,    /* too many files are open */
+    kORB_FileNotFound = -43,       /* no such file */
+    kORB_FileBadArgument = -50,    /* an argument that cannot be */
+    kORB_FileNoPermission = -54,   /* no permission */
+    kORB_FileNoMemory = -108,      /* no memory */
+    kORB_FileNotAFile = -1302,     /* a folder, a pipe or a device */
+    kORB_FileBadReference = -1401, /* a reference that was never made */
+
+    kORB_USBError = -0x20000000 + 0x2BC,           /* a failure that has no code of its own */
+    kORB_USBNoDevice = -0x20000000 + 0x2C0,        /* the plotter is gone */
+    kORB_USBExclusiveAccess = -0x20000000 + 0x2C5, /* another program has claimed it */
+    kORB_USBIOError = -0x20000000 + 0x2CA,         /* a transfer failed */
+    kORB_USBNotOpen = -0x20000000 + 0x2CD,         /* its interface is not open */
+    kORB_USBNotWritable = -0x20000000 + 0x2CF,     /* the pipe is no out pipe */
+    kORB_USBNotAttached = -0x20000000 + 0x2D9,     /* the plotter is not connected */
+    kORB_USBNotPermitted = -0x20000000 + 0x2E2,    /* no permission */
+    kORB_USBAborted = -0x20000000 + 0x2EB,         /* broken off, by a stop too */
+    kORB_USBNotResponding = -0x20000000 + 0x2ED,   /* the plotter did not answer in time */
+    kORB_USBPipeStalled = -0x20000000 + 0x404F,    /* the plotter has halted the pipe */
+    kORB_USBUnknownPipe = -0x20000000 + 0x4061     /* no such pipe */
+};
+
 /* What the last print did, counted in bytes of the plot file; start-up texts and tool strings do not count. */
 typedef struct ORB_JobReport {
     uint32_t structSize;      /* in: sizeof(ORB_JobReport); at most that much is written */
     uint32_t stopReason;      /* kORB_Stop… */
     int32_t firstErrorID;     /* first failure of the job; 22007 when nothing failed */
-    int32_t firstStatus;      /* its IOKit, File Manager or errno code */
+    int32_t firstStatus;      /* its kORB_File…, kORB_USB… or errno code */
     int64_t fileBytes;        /* = sentBytes + failedBytes + withheldBytes; 0 when the plot file was not opened */
     int64_t sentBytes;        /* taken by the link, and not lost in it as far as this computer can tell */
     int64_t failedBytes;      /* offered to the link and not taken; also a serial piece that did not drain, the last one of
@@ -284,7 +311,7 @@ void ORB_hostGetJobReport(ORB_JobReport *report);
 typedef struct ORB_QueryReport {
     uint32_t structSize;   /* in: sizeof(ORB_QueryReport); at most that much is written */
     int32_t errorID;       /* kORB_…, before the closing step */
-    int32_t status;        /* result of the query: 0, an IOKit code, or that of the open; of a USB request that was never
+    int32_t status;        /* result of the query: 0, kORB_USB…, or that of the open; of a USB request that was never
                             * taken and not answered, that write's */
     uint32_t reads;        /* how often a reply was looked for */
     uint32_t requestBytes; /* of request */

@@ -4,6 +4,7 @@
 #include "hardclip/query_report.h"
 #include "platform/corefoundation/corefoundation.h"
 #include "platform/files/file_manager.h"
+#include "platform/iokit/io_return.h"
 #include "platform/posix/console.h"
 #include "platform/posix/stop.h"
 #include "plot/job_report.h"
@@ -15,6 +16,24 @@
 #include <string_view>
 
 namespace {
+
+// What a report has for a status is the platform's own code.
+constexpr struct {
+    int32_t forHosts;
+    IOReturn code;
+} kUsbStatuses[] = {{kORB_USBError, kIOReturnError},
+                    {kORB_USBNoDevice, kIOReturnNoDevice},
+                    {kORB_USBExclusiveAccess, kIOReturnExclusiveAccess},
+                    {kORB_USBIOError, kIOReturnIOError},
+                    {kORB_USBNotOpen, kIOReturnNotOpen},
+                    {kORB_USBNotWritable, kIOReturnNotWritable},
+                    {kORB_USBNotAttached, kIOReturnNotAttached},
+                    {kORB_USBNotPermitted, kIOReturnNotPermitted},
+                    {kORB_USBAborted, kIOReturnAborted},
+                    {kORB_USBNotResponding, kIOReturnNotResponding},
+                    {kORB_USBPipeStalled, kIOUSBPipeStalled},
+                    {kORB_USBUnknownPipe, kIOUSBUnknownPipeErr}};
+static_assert(std::ranges::all_of(kUsbStatuses, [](const auto &row) { return row.forHosts == row.code; }));
 
 /// The longest beginning of a UTF-8 text that fits into size bytes and ends with a whole character.
 std::string_view wholeCharacters(std::string_view text, size_t size) {

@@ -88,6 +88,11 @@ def check_lists(header, document):
     check(len(wanted) > 30, "the header's error identifiers are not found")
     check(wanted == re.findall(r"^\| -?\d+ \| `kORB_\w+` \| (?:none|host|system|plotter) \|.*$", document, re.M),
           "the error identifiers are not those of the header")
+    statuses = re.findall(r"(kORB_(?:File|USB)\w+) = (-?[-+x0-9A-F ]+)", header)
+    check(len(statuses) > 20, "the header's statuses are not found")
+    check([(name, eval(number)) for name, number in statuses] ==
+          [(name, int(number)) for number, name in re.findall(r"^\| (-\d+)[^|]* \| `(kORB_(?:File|USB)\w+)` \|", document, re.M)],
+          "the statuses are not those of the header")
     services = re.findall(r"(kORB_Service\w+) = (\d+)", header)
     check(len(services) > 8, "the header's services are not found")
     check(services == [(name, number) for number, name in re.findall(r"^\| (\d+) \| `(kORB_Service\w+)`", document, re.M)],

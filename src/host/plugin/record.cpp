@@ -41,12 +41,11 @@ void releaseStrings(const ORB_ServiceRecord &record) {
 }
 
 ORB_FSRef fileReference(const std::string &path) {
-    enum : int32_t { kNoSuchFile = -43, kNoPermission = -54 }; // File Manager codes
     ORB_FSRef reference;
     switch (int32_t result = ORB_hostMakeFileRef(path.c_str(), &reference)) {
     case 0: return reference;
-    case kNoSuchFile: throw fileFailure(path, ENOENT);
-    case kNoPermission: throw fileFailure(path, EACCES);
+    case kORB_FileNotFound: throw fileFailure(path, ENOENT);
+    case kORB_FileNoPermission: throw fileFailure(path, EACCES);
     default:
         throw Failure(ExitCode::Failed, fmt::format("{}: cannot be named to the plug-in (code {})", shown(path), result));
     }

@@ -13,12 +13,10 @@ namespace host {
 
 namespace {
 
-enum : int32_t { kNoSuchFile = -43, kNoPermission = -54 }; // File Manager codes
-
 /// A failure of one of the two files, by its File Manager code.
 ExitCode codeOfFile(int32_t status) {
-    if (status == kNoSuchFile) return ExitCode::Missing;
-    return status == kNoPermission ? ExitCode::Permission : ExitCode::Unfit;
+    if (status == kORB_FileNotFound) return ExitCode::Missing;
+    return status == kORB_FileNoPermission ? ExitCode::Permission : ExitCode::Unfit;
 }
 
 Verdict fail(ExitCode code, std::string message) { return {code, std::move(message), {}}; }

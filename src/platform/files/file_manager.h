@@ -14,19 +14,19 @@ using OSErr = int16_t;
 using ByteCount = uint64_t;
 using ForkRefNum = int16_t; // 0 = none
 
-// File Manager result codes (the platform's published numbers).
+// File Manager result codes. Hosts see those of failures, so that the numbers stand in their header.
 enum : OSErr {
     noErr = 0,
-    ioErr = -36,
-    eofErr = -39,
-    tmfoErr = -42, // too many files open
-    fnfErr = -43,  // no such file
-    paramErr = -50,
+    ioErr = kORB_FileIOError,
+    eofErr = kORB_FileEndOfFile,
+    tmfoErr = kORB_FileTooManyOpen,
+    fnfErr = kORB_FileNotFound,
+    paramErr = kORB_FileBadArgument,
     rfNumErr = -51, // no such fork reference
-    permErr = -54,  // no permission
-    memFullErr = -108,
-    errFSNotAFile = -1302,
-    errFSBadFSRef = -1401,
+    permErr = kORB_FileNoPermission,
+    memFullErr = kORB_FileNoMemory,
+    errFSNotAFile = kORB_FileNotAFile,
+    errFSBadFSRef = kORB_FileBadReference,
 };
 
 enum : int8_t { fsRdPerm = 1 };
