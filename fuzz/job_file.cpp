@@ -31,7 +31,7 @@ private:
 /// Whether the check finds no error.
 bool isFitForTheCommand(const std::string &path) {
     try {
-        const std::vector<host::Finding> findings = host::checkJob(host::readJob(path));
+        const std::vector<host::JobFinding> findings = host::checkJob(host::readJob(path));
         return std::none_of(findings.begin(), findings.end(), [](const auto &finding) { return finding.isError; });
     } catch (const host::Failure &) {
         return false;

@@ -57,16 +57,16 @@ ExitCode show(const FileOptions &options) {
 }
 
 ExitCode check(const FileOptions &options) {
-    std::vector<Finding> findings = checkJob(readJob(options.path));
-    bool fit = std::none_of(findings.begin(), findings.end(), [](const Finding &finding) { return finding.isError; });
+    std::vector<JobFinding> findings = checkJob(readJob(options.path));
+    bool fit = std::none_of(findings.begin(), findings.end(), [](const JobFinding &finding) { return finding.isError; });
     std::string path = shown(options.path);
     if (options.json) {
         Json list = Json::array();
-        for (const Finding &finding : findings)
+        for (const JobFinding &finding : findings)
             list.push_back({{"kind", finding.isError ? "error" : "note"}, {"line", finding.line}, {"text", finding.text}});
         printJson({{"fit", fit}, {"findings", list}});
     } else {
-        for (const Finding &finding : findings) {
+        for (const JobFinding &finding : findings) {
             std::string where = finding.line > 0 ? fmt::format("line {}: ", finding.line) : "";
             printOut("{}: {}: {}{}\n", path, finding.isError ? "error" : "note", where, finding.text);
         }

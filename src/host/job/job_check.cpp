@@ -19,13 +19,13 @@ class Check {
 public:
     explicit Check(const std::vector<JobLine> &job) : job_(job) {}
 
-    std::vector<Finding> run() {
+    std::vector<JobFinding> run() {
         checkEntries();
         checkEmulation();
         checkTerminator();
         checkTools();
         std::stable_sort(findings_.begin(), findings_.end(),
-                         [](const Finding &a, const Finding &b) { return a.isError > b.isError; });
+                         [](const JobFinding &a, const JobFinding &b) { return a.isError > b.isError; });
         if (findings_.size() > kMostFindings) {
             const size_t left = findings_.size() - kMostFindings;
             findings_.resize(kMostFindings);
@@ -117,11 +117,11 @@ private:
 
     const std::vector<JobLine> &job_;
     int64_t emulation_ = 0;
-    std::vector<Finding> findings_;
+    std::vector<JobFinding> findings_;
 };
 
 } // namespace
 
-std::vector<Finding> checkJob(const std::vector<JobLine> &job) { return Check(job).run(); }
+std::vector<JobFinding> checkJob(const std::vector<JobLine> &job) { return Check(job).run(); }
 
 } // namespace host

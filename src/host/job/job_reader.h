@@ -1,6 +1,6 @@
 // Reading a job file, to show it and to judge it. The plug-in makes a dictionary of the file, in which order, lines, keys
-// that it does not know and keys that stand twice are lost: just what a check has to tell of. So the command takes the file's
-// parts from the plug-in's own reader, and refuses what that refuses.
+// that it does not know and keys that stand twice are lost: just what a check has to tell of. So the command takes the
+// file's parts from the plug-in's own reader, and refuses what that refuses.
 #pragma once
 
 #include "host/job/job_keys.h"
@@ -23,7 +23,7 @@ struct JobLine {
 std::vector<JobLine> readJob(const std::string &path);
 
 /// One thing that a check found.
-struct Finding {
+struct JobFinding {
     bool isError; ///< the job cannot be printed as it is; otherwise a note
     size_t line;  ///< 0 for the file as a whole
     std::string text;
@@ -31,7 +31,7 @@ struct Finding {
 
 /// Whether the job can be printed as it is: what hinders first, then notes. After 100 findings a note tells how many more
 /// there are.
-std::vector<Finding> checkJob(const std::vector<JobLine> &job);
+std::vector<JobFinding> checkJob(const std::vector<JobLine> &job);
 
 /// The last entry of the key, which is the one that counts; nullptr when there is none or its value is of another type. It
 /// belongs to job.

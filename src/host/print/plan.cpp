@@ -18,7 +18,7 @@ void readRules(const std::string &file, PlotRules &rules, std::vector<std::strin
     rules.emulation = static_cast<int32_t>(numberOf(job, kEmulationKey, 0));
     if (const JobLine *terminator = fitting(job, kTerminatorKey))
         rules.terminator = std::get<std::string>(*terminator->value);
-    for (const Finding &finding : checkJob(job)) {
+    for (const JobFinding &finding : checkJob(job)) {
         if (finding.isError)
             notes.push_back(fmt::format("{0}: {1}; 'vectorix job check {0}' says more", shown(file), finding.text));
     }
