@@ -1,7 +1,6 @@
-// The entry and its table of services: the one file that knows all subsystems.
+// The entry and its table of services: the one file that knows all subsystems. Services without a subsystem are here.
 #include "orb/vectorix.h"
 
-#include "entry/services.h"
 #include "hardclip/serial_query.h"
 #include "hardclip/usb_query.h"
 #include "platform/corefoundation/corefoundation.h"
@@ -21,6 +20,19 @@ CFBooleanRef gORB_verboseBasicMode = 0;
 CFBooleanRef gORB_verboseListMode = 0;
 CFBooleanRef gORB_verbosePlotMode = 0;
 CFBooleanRef gORB_verboseReadMode = 0;
+
+// The services that concern no subsystem: they only write the record. Service 1 is not reached from the entry.
+
+extern "C" int32_t ORB_VectorixService1() {
+    answer().ORB_lastService = 1;
+    answer().ORB_errorID = kORB_ErrorService1;
+    return 0;
+}
+
+extern "C" int32_t ORB_VectorixService14() {
+    answer().ORB_lastService = 14;
+    return 0;
+}
 
 namespace {
 

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdarg>
 #include <cstring>
 #include <string_view>
 
@@ -209,4 +210,14 @@ extern "C" int32_t ORB_readPlotFile2Write() {
         return giveUp(kORB_StopPlotFile, fork.isOpen() ? kORB_ErrorJobFile : kORB_ErrorOpeningPlotFile, failure);
     }
     return PlotStream(fork, mark, emulation, record.ORB_PlotChunkSize, status).run();
+}
+
+extern "C" void ORB_show(CFStringRef format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    CFRef text(CFStringCreateWithFormatAndArguments(format, arguments));
+    va_end(arguments);
+    if (!text) return;
+    std::string_view bytes = platform::stringView(text.get());
+    posix::printf("%.*s\n\n", static_cast<int>(bytes.size()), bytes.data());
 }

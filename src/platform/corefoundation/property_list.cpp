@@ -1,4 +1,5 @@
-// Property lists: objects made of what the reader finds, and the words for what it does not take. Nothing here recurses.
+// Property lists: objects made of what the reader finds, and the words for what it does not take; dictionaries, which have
+// no other source. Nothing here recurses.
 #include "platform/corefoundation/handle_table.h"
 #include "property_list/reader.h"
 #include "property_list/utf8.h"
@@ -136,4 +137,13 @@ CFPropertyListRef CFPropertyListCreateFromXMLData(const void *bytes, uint64_t si
     }
     if (!list && errorString != nullptr) *errorString = CFStringCreateWithUTF8(reason);
     return list.release();
+}
+
+CFTypeID CFDictionaryGetTypeID() { return platform::typeID<platform::Dictionary>(); }
+
+CFTypeRef CFDictionaryGetValue(CFDictionaryRef dictionary, std::string_view key) {
+    const platform::Dictionary *entries = platform::find<platform::Dictionary>(dictionary);
+    if (entries == nullptr) return 0;
+    const auto entry = entries->find(key);
+    return entry == entries->end() ? 0 : entry->second.get();
 }
