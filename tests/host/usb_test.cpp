@@ -233,7 +233,7 @@ TEST_F(UsbTest, NamesTheProgramThatHasIt) {
     device.node = node;
     Bystander holder(node, false);
     std::string name = " (process " + std::to_string(holder.pid()) + ")";
-    EXPECT_NE(host::describeHolders(device).find(name), std::string::npos) << host::describeHolders(device);
+    EXPECT_NE(host::usersText(device).find(name), std::string::npos) << host::usersText(device);
     auto [code, said] = failureOf([&] { host::requireFree(device); });
     EXPECT_EQ(code, ExitCode::Busy);
     EXPECT_NE(said.find(name), std::string::npos) << said;
@@ -247,7 +247,7 @@ TEST_F(UsbTest, NamesTheProgramThatHasIt) {
     ASSERT_EQ(stat("/dev/full", &status), 0);
     device = withNode("usblp");
     device.printerNode = status.st_rdev;
-    EXPECT_EQ(host::describeHolders(device).rfind("driver usblp, ", 0), 0U) << host::describeHolders(device);
+    EXPECT_EQ(host::usersText(device).rfind("driver usblp, ", 0), 0U) << host::usersText(device);
     EXPECT_THROW(host::requireFree(device), host::Failure) << "its printer's node is in use";
     close(farEnd);
 }

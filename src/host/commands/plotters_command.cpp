@@ -65,7 +65,7 @@ Json jsonOf(const UsbDevice &device) {
             {"serialNumber", device.serialNumber},
             {"location", fmt::format("{:08x}", device.location)},
             {"node", device.node},
-            {"access", describe(accessTo(device.node))},
+            {"access", accessText(accessTo(device.node))},
             {"driver", device.driver},
             {"holders", holders}};
 }
@@ -74,8 +74,8 @@ void printPlotters(const std::vector<UsbDevice> &devices) {
     std::vector<std::vector<std::string>> rows = {{"MODEL", "NAME", "SERIAL NUMBER", "LOCATION", "ACCESS", "HOLDER"}};
     for (const UsbDevice &device : devices) {
         rows.push_back({fmt::format("{:04x}:{:04x}", device.vendor, device.product), device.title(),
-                        shown(device.serialNumber), fmt::format("{:08x}", device.location), describe(accessTo(device.node)),
-                        describeHolders(device)});
+                        shown(device.serialNumber), fmt::format("{:08x}", device.location),
+                        accessText(accessTo(device.node)), usersText(device)});
     }
     printTable(rows, "ACCESS");
 }

@@ -33,16 +33,16 @@ PortState stateOf(const SerialPort &port) {
     return state;
 }
 
-std::string describe(const PortState &state) {
-    std::string text = describe(state.access);
+std::string accessText(const PortState &state) {
+    std::string text = accessText(state.access);
     if (state.access == NodeAccess::NoPermission && !state.group.empty()) text += " (group " + state.group + ")";
     return text;
 }
 
-std::string describe(const std::vector<Holder> &holders) {
+std::string holderTexts(const std::vector<Holder> &holders) {
     std::string text;
     for (const Holder &holder : holders)
-        text += (text.empty() ? "" : ", ") + describe(holder);
+        text += (text.empty() ? "" : ", ") + holderText(holder);
     return text;
 }
 
@@ -60,7 +60,7 @@ Json jsonOf(const SerialPort &port) {
             {"manufacturer", port.manufacturer},
             {"productName", port.productText},
             {"driver", port.driver},
-            {"access", describe(state.access)},
+            {"access", accessText(state.access)},
             {"group", state.group},
             {"holders", holders}};
 }
@@ -70,7 +70,7 @@ void show(const std::vector<SerialPort> &ports) {
     for (const SerialPort &port : ports) {
         PortState state = stateOf(port);
         rows.push_back({shown(port.name), shown(port.path), shown(port.stableName), port.hardware(), shown(port.driver),
-                        describe(state), describe(state.holders)});
+                        accessText(state), holderTexts(state.holders)});
     }
     printTable(std::move(rows), "ACCESS");
 }

@@ -129,7 +129,7 @@ Holder uucpHolder(const std::string &port) {
     return {};
 }
 
-std::string describe(const Holder &holder) {
+std::string holderText(const Holder &holder) {
     return fmt::format("{} (process {})", holder.name.empty() ? "a program" : shown(holder.name), holder.pid);
 }
 

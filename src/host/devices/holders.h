@@ -23,6 +23,6 @@ std::vector<Holder> holdersOf(const struct stat &device);
 Holder uucpHolder(const std::string &port);
 
 /// "cu (process 1234)".
-std::string describe(const Holder &holder);
+std::string holderText(const Holder &holder);
 
 } // namespace host

@@ -11,7 +11,7 @@ NodeAccess accessTo(const std::string &node) {
     return errno == EACCES || errno == EPERM || errno == EROFS ? NodeAccess::NoPermission : NodeAccess::NoNode;
 }
 
-const char *describe(NodeAccess access) {
+const char *accessText(NodeAccess access) {
     constexpr const char *kTexts[] = {"ok", "no permission", "no node"};
     return kTexts[static_cast<int>(access)];
 }

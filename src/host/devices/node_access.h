@@ -13,7 +13,7 @@ enum class NodeAccess { Ok, NoPermission, NoNode };
 NodeAccess accessTo(const std::string &node);
 
 /// "ok", "no permission", "no node".
-const char *describe(NodeAccess access);
+const char *accessText(NodeAccess access);
 
 /// The name of the group that may read and write the node, for advice to join it; empty when there is none but root's.
 std::string groupWithAccess(const struct stat &node);

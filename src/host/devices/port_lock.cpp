@@ -49,7 +49,7 @@ Failure notSerial(const std::string &port, const char *what) {
 }
 
 Failure busy(const std::string &port, const Holder &holder) {
-    return portFailure(ExitCode::Busy, port, "busy: held by {}; wait until it is done, or end it", describe(holder));
+    return portFailure(ExitCode::Busy, port, "busy: held by {}; wait until it is done, or end it", holderText(holder));
 }
 
 /// For a holder that the system does not show to this user.

@@ -36,7 +36,7 @@ std::vector<Holder> holdersOf(const UsbDevice &device) {
     return holders;
 }
 
-std::string describeHolders(const UsbDevice &device) {
+std::string usersText(const UsbDevice &device) {
     std::vector<Holder> holders = holdersOf(device);
     std::string text;
     if (device.driver == kProgram) {
@@ -45,7 +45,7 @@ std::string describeHolders(const UsbDevice &device) {
         text = "driver " + shown(device.driver);
     }
     for (const Holder &holder : holders)
-        text += (text.empty() ? "" : ", ") + describe(holder);
+        text += (text.empty() ? "" : ", ") + holderText(holder);
     return text;
 }
 
@@ -74,7 +74,7 @@ void requireFree(const UsbDevice &device) {
     std::vector<Holder> holders = isClaimed ? holdersOf(device) : holdersOfPrinterNode(device);
     if (!holders.empty()) {
         throw failure(ExitCode::Busy, device, "busy: held by {}; wait until it is done, or end it",
-                      describe(holders.front()));
+                      holderText(holders.front()));
     }
     if (isClaimed) {
         throw failure(ExitCode::Busy, device, "busy: held by another program; 'sudo fuser -v {}' names it", device.node);
@@ -92,7 +92,7 @@ std::string notesOf(const UsbDevice &device) {
         text += fmt::format("vectorix: note: the system's printer driver {} is put aside for this job\n", kPrinterDriver);
     }
     for (const Holder &holder : holdersOf(device))
-        text += fmt::format("vectorix: note: {} has the plotter open as well\n", describe(holder));
+        text += fmt::format("vectorix: note: {} has the plotter open as well\n", holderText(holder));
     return text;
 }
 

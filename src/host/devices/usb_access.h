@@ -16,7 +16,7 @@ std::vector<Holder> holdersOf(const UsbDevice &device);
 std::vector<Holder> holdersOfPrinterNode(const UsbDevice &device);
 
 /// "driver usblp, cu (process 1234)"; empty when nobody has it.
-std::string describeHolders(const UsbDevice &device);
+std::string usersText(const UsbDevice &device);
 
 /// How to get the right to a USB device, worded to follow a semicolon.
 std::string permissionRemedy(const UsbDevice &device);

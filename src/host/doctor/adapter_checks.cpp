@@ -86,7 +86,8 @@ LinkReport checkAdapter(const System &system, const UsbDevice &device) {
     if (device.driver == kClaimed && (system.running(kBraille) || std::any_of(holders.begin(), holders.end(), isBraille))) {
         report.add(Finding::BrlttyHolds);
     } else if (device.driver == kClaimed && !holders.empty()) {
-        report.add(Finding::Claimed, {{"who", describe(holders.front())}, {"pid", fmt::format("{}", holders.front().pid)}});
+        report.add(Finding::Claimed,
+                   {{"who", holderText(holders.front())}, {"pid", fmt::format("{}", holders.front().pid)}});
     } else if (device.driver == kClaimed) {
         report.add(Finding::ClaimedByHidden, {{"node", device.node}});
     } else {

@@ -154,7 +154,7 @@ std::string printable(const std::string &text) { return shown(text); }
 
 } // namespace
 
-const char *describe(Severity severity) {
+const char *severityText(Severity severity) {
     constexpr const char *kTexts[] = {"note", "may be in the way", "in the way"};
     return kTexts[static_cast<int>(severity)];
 }

@@ -14,7 +14,7 @@ namespace host {
 enum class Severity { Note, MayBlock, Blocks };
 
 /// "note", "may be in the way", "in the way".
-const char *describe(Severity severity);
+const char *severityText(Severity severity);
 
 enum class Finding {
     NothingFound,

@@ -28,9 +28,10 @@ public:
 
     void add(Finding finding, const Holder &holder) {
         if (!told_.insert(holder.pid).second) return;
-        report_.add(
-            finding,
-            {{"who", describe(holder)}, {"pid", fmt::format("{}", holder.pid)}, {"node", port_.path}, {"name", port_.name}});
+        report_.add(finding, {{"who", holderText(holder)},
+                              {"pid", fmt::format("{}", holder.pid)},
+                              {"node", port_.path},
+                              {"name", port_.name}});
     }
     size_t count() const { return told_.size(); }
 

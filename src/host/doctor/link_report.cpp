@@ -15,17 +15,17 @@ namespace {
 constexpr size_t kWordWidth = 19; // "may be in the way" and what separates it
 
 const char *stateOf(const LinkReport &report) {
-    return report.severity() == Severity::Note ? "free" : describe(report.severity());
+    return report.severity() == Severity::Note ? "free" : severityText(report.severity());
 }
 
 /// The word, filled with blanks up to the column of what it is about.
 std::string wordOf(std::string_view word) { return fmt::format("{}{:{}}", coloured(word), "", kWordWidth - word.size()); }
 
 void print(const LinkReport &report, bool isVerbose) {
-    const char *state = report.kind == "computer" ? describe(report.severity()) : stateOf(report);
+    const char *state = report.kind == "computer" ? severityText(report.severity()) : stateOf(report);
     printOut("{}{}{}{}\n", wordOf(state), shown(report.link), report.hardware.empty() ? "" : "  ", report.hardware);
     for (const Found &found : report.findings) {
-        printOut("  {}{}\n", wordOf(describe(found.severity)), found.text);
+        printOut("  {}{}\n", wordOf(severityText(found.severity)), found.text);
         if (!found.command.empty()) printOut("  {:{}}$ {}\n", "", kWordWidth, found.command);
         if (!found.then.empty()) printOut("  {:{}}{}\n", "", kWordWidth, found.then);
     }
@@ -38,7 +38,7 @@ Json jsonOf(const LinkReport &report) {
     Json findings = Json::array();
     for (const Found &found : report.findings) {
         findings.push_back({{"name", found.name},
-                            {"severity", describe(found.severity)},
+                            {"severity", severityText(found.severity)},
                             {"text", found.text},
                             {"command", found.command},
                             {"then", found.then}});

@@ -37,7 +37,8 @@ void addMissing(const System &system, const SerialPort &port, LinkReport &report
 
 void checkRight(const System &system, const SerialPort &port, const struct stat &node, LinkReport &report) {
     const std::string rights = rightsOf(node);
-    report.saw(fmt::format("{}: {}; {} for {}", shown(port.path), rights, describe(accessTo(port.path)), system.user.name));
+    report.saw(
+        fmt::format("{}: {}; {} for {}", shown(port.path), rights, accessText(accessTo(port.path)), system.user.name));
     const Words words = {
         {"node", port.path}, {"rights", rights}, {"user", system.user.name}, {"group", groupWithAccess(node)}};
     switch (refusalOf(accessTo(port.path), node, system.user)) {

@@ -36,7 +36,7 @@ void checkRight(const System &system, const UsbDevice &device, LinkReport &repor
     const NodeAccess access = accessTo(device.node);
     const RuleDevice facts = ruleDevice(device);
     const std::string rights = rightsOf(node), file = rulesGiving(system.rules, facts).string();
-    report.saw(fmt::format("{}: {}; {} for {}", device.node, rights, describe(access), system.user.name));
+    report.saw(fmt::format("{}: {}; {} for {}", device.node, rights, accessText(access), system.user.name));
     report.saw(fmt::format("{} of udev rules: {}", counted(static_cast<int64_t>(system.rules.size()), "file"),
                            file.empty() ? "none gives it to people" : shown(file) + " gives it to people"));
     const Words words = {{"node", device.node},      {"rights", rights},
@@ -66,7 +66,7 @@ void checkOwners(const System &system, const UsbDevice &device, LinkReport &repo
     if (isClaimed && holders.empty()) report.add(Finding::ClaimedByHidden, {{"node", device.node}});
     for (const Holder &holder : holders) {
         Finding finding = isPrinting(holder) ? Finding::Held : isClaimed ? Finding::Claimed : Finding::OpenAsWell;
-        report.add(finding, {{"who", describe(holder)}, {"pid", fmt::format("{}", holder.pid)}});
+        report.add(finding, {{"who", holderText(holder)}, {"pid", fmt::format("{}", holder.pid)}});
     }
     if (device.driver == kPrinterDriver)
         report.add(Finding::PrinterDriver);
@@ -75,7 +75,7 @@ void checkOwners(const System &system, const UsbDevice &device, LinkReport &repo
     else if (!device.driver.empty() && !isClaimed)
         report.add(Finding::ForeignDriver, {{"driver", device.driver}});
     report.saw(fmt::format("driver {}; open in {}", device.driver.empty() ? "none" : shown(device.driver),
-                           holders.empty() ? "no process that can be seen" : describeHolders(device)));
+                           holders.empty() ? "no process that can be seen" : usersText(device)));
 }
 
 void checkQueues(const System &system, const UsbDevice &device, LinkReport &report) {
