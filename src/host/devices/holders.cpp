@@ -1,5 +1,6 @@
 #include "host/devices/holders.h"
 
+#include "host/devices/pseudo_terminal.h"
 #include "host/devices/small_file.h"
 #include "host/terminal/text.h"
 
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fmt/format.h>
+#include <optional>
 #include <set>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -20,11 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Major device numbers, fixed in Linux's device list.
-constexpr unsigned kFirstPtyMajor = 136;
-constexpr unsigned kLastPtyMajor = 143;
-constexpr unsigned kMinorsInPtyMajor = 256;
-const dev_t kPtyMultiplexer = makedev(5, 2);
+const dev_t kPtyMultiplexer = makedev(5, 2); // fixed in Linux's device list
 
 template <class Number> Number numberAt(std::string_view text) {
     Number number = 0;
@@ -40,33 +38,30 @@ Holder processNamed(pid_t pid) {
     return {pid, name, false};
 }
 
-bool isPty(dev_t device) { return major(device) >= kFirstPtyMajor && major(device) <= kLastPtyMajor; }
-
 /// Equal device numbers are one device; but each mount of devpts counts its pseudo-terminals from 0.
 bool sameDevice(const struct stat &a, const struct stat &b) {
-    return S_ISCHR(a.st_mode) && a.st_rdev == b.st_rdev && (!isPty(a.st_rdev) || a.st_dev == b.st_dev);
+    return S_ISCHR(a.st_mode) && a.st_rdev == b.st_rdev && (!isPseudoTerminal(a.st_rdev) || a.st_dev == b.st_dev);
 }
 
-/// For a descriptor of /dev/ptmx, a far end: the N of the near end /dev/pts/N; -1 when the system does not tell.
-int terminalIndex(const fs::path &process, const std::string &descriptor) {
+/// For a descriptor of /dev/ptmx, a far end: the N of the near end /dev/pts/N; none when the system does not tell.
+std::optional<int> terminalIndex(const fs::path &process, const std::string &descriptor) {
     std::string info = smallFile(process / "fdinfo" / descriptor).value_or("");
     constexpr std::string_view kLabel = "tty-index:";
     size_t at = info.find(kLabel);
-    return at == std::string::npos ? -1 : numberAt<int>(std::string_view(info).substr(at + kLabel.size()));
+    if (at == std::string::npos) return {};
+    return numberAt<int>(std::string_view(info).substr(at + kLabel.size()));
 }
 
 /// Looks through one process's descriptors; true when one is the device. isFarEnd becomes true when one is its far end.
 bool holds(const fs::path &process, const struct stat &device, bool &isFarEnd) {
     bool found = false;
-    int index = isPty(device.st_rdev)
-                    ? static_cast<int>((major(device.st_rdev) - kFirstPtyMajor) * kMinorsInPtyMajor + minor(device.st_rdev))
-                    : -1;
+    const std::optional<int> index = pseudoTerminalIndex(device.st_rdev);
     std::error_code ignored;
     for (fs::directory_iterator entry(process / "fd", ignored), end; entry != end; entry.increment(ignored)) {
         struct stat status;
         if (stat(entry->path().c_str(), &status) != 0 || !S_ISCHR(status.st_mode)) continue;
         if (sameDevice(status, device)) found = true;
-        if (index >= 0 && status.st_rdev == kPtyMultiplexer && terminalIndex(process, entry->path().filename()) == index) {
+        if (index && status.st_rdev == kPtyMultiplexer && terminalIndex(process, entry->path().filename()) == index) {
             isFarEnd = true;
         }
     }

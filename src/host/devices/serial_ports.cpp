@@ -127,9 +127,4 @@ bool isEmptySlot(dev_t terminal, const std::filesystem::path &sysfs) {
     return file >> type && type == kNoChip;
 }
 
-bool isPseudoTerminal(dev_t terminal) {
-    constexpr unsigned kFirst = 136, kLast = 143; // fixed in Linux's device list
-    return major(terminal) >= kFirst && major(terminal) <= kLast;
-}
-
 } // namespace host

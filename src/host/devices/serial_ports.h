@@ -51,7 +51,4 @@ std::vector<SerialPort> serialPorts();
 /// True for a slot of the kernel's behind which no chip was found: there is a node, but no port.
 bool isEmptySlot(dev_t terminal, const std::filesystem::path &sysfs = "/sys");
 
-/// True for a pseudo-terminal's near end.
-bool isPseudoTerminal(dev_t terminal);
-
 } // namespace host

@@ -1,4 +1,5 @@
 // A serial port: its node, the right to it, print queues and modem lines.
+#include "host/devices/pseudo_terminal.h"
 #include "host/doctor/checks.h"
 #include "host/doctor/system_files.h"
 #include "host/terminal/text.h"

@@ -1,13 +1,13 @@
 #include "host/options/line_settings.h"
 
-#include "host/devices/serial_ports.h"
+#include "host/devices/pseudo_terminal.h"
+#include "host/plugin/progress.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 
 namespace host {
@@ -86,9 +86,11 @@ double secondsFor(int64_t bytes, const LineSettings &settings) {
 }
 
 const char *whyHeld(int fd, const LineSettings &settings) {
-    if (settings.handshake != "hardware") return "held by XOFF, or not taking data";
-    int lines = 0;
-    return ioctl(fd, TIOCMGET, &lines) == 0 && (lines & TIOCM_CTS) == 0 ? "CTS is down" : "not taking data";
+    switch (waitOnLine(fd, settings.handshake == "hardware")) {
+    case Wait::ClearToSend: return "CTS is down";
+    case Wait::XoffOrNothing: return "held by XOFF, or not taking data";
+    default: return "not taking data";
+    }
 }
 
 const char *settingsRemedy(const std::string &port) {

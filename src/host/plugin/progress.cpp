@@ -12,6 +12,13 @@ constexpr int64_t kLongestPiece = 255;   // bytes
 
 } // namespace
 
+Wait waitOnLine(int descriptor, bool usesHardwareHandshake) {
+    if (!usesHardwareHandshake) return Wait::XoffOrNothing;
+    int lines = 0;
+    bool isKnown = descriptor >= 0 && ioctl(descriptor, TIOCMGET, &lines) == 0;
+    return isKnown && (lines & TIOCM_CTS) == 0 ? Wait::ClearToSend : Wait::NotTaking;
+}
+
 void JobProgress::note(const ORB_JobReport &soFar) {
     std::lock_guard guard(mutex_);
     ++known_.notes;
@@ -35,10 +42,7 @@ int64_t JobProgress::ofThePieceUnderWay(uint64_t piece) {
 
 Wait JobProgress::reason(const Known &known) const {
     if (line_.isUsb) return known.notes > 0 ? Wait::NotTaking : Wait::ForPlotter;
-    if (!line_.usesHardwareHandshake) return Wait::XoffOrNothing;
-    int lines = 0;
-    bool isKnown = line_.descriptor >= 0 && ioctl(line_.descriptor, TIOCMGET, &lines) == 0;
-    return isKnown && (lines & TIOCM_CTS) == 0 ? Wait::ClearToSend : Wait::NotTaking;
+    return waitOnLine(line_.descriptor, line_.usesHardwareHandshake);
 }
 
 Progress JobProgress::now() {

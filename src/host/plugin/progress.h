@@ -19,6 +19,9 @@ enum class Wait {
     XoffOrNothing ///< it holds the line with XOFF, or takes no data: the two cannot be told apart from here
 };
 
+/// Why an open serial port takes no data, as far as its driver tells; descriptor -1 for one that cannot be asked.
+Wait waitOnLine(int descriptor, bool usesHardwareHandshake);
+
 /// At one moment.
 struct Progress {
     int64_t doneBytes = 0; ///< of the plot file, sent or failed; of the piece under way, what has left this computer
