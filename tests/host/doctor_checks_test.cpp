@@ -1,5 +1,6 @@
 // The checks of vectorix doctor on links of made-up systems: which findings, in which order.
 #include "host/doctor/checks.h"
+#include "host/doctor/told_reports.h"
 #include "host/host_fixture.h"
 
 #include <filesystem>
@@ -24,8 +25,6 @@ using Names = std::vector<std::string>;
 class DoctorChecks : public HostTest {
 protected:
     DoctorChecks() {
-        system_.root = path("root");
-        system_.user = host::currentUser();
         stat(line_.port().c_str(), &node_);
         port_.name = "ttyUSB0";
         port_.path = line_.port(); // stands in for the node
@@ -48,7 +47,7 @@ protected:
 
     FarEnd line_;
     struct stat node_ {};
-    host::System system_;
+    host::Computer system_{path("root")};
     host::SerialPort port_;
 };
 
@@ -67,7 +66,7 @@ TEST_F(DoctorChecks, ProgramsThatLookAtAdapters) {
     EXPECT_EQ(report.findings[0].command,
               "sudo ln -sf /dev/null /etc/udev/rules.d/85-brltty.rules && sudo udevadm control --reload");
     EXPECT_EQ(host::exitCodeOf({report}), host::ExitCode::Done) << "it only may be";
-    system_.queues.queues = {{"Line", "serial:/dev/serial/by-id/usb-A1?baud=9600"}, {"Other", "serial:/dev/ttyS1"}};
+    system_.queues = {{{"Line", "serial:/dev/serial/by-id/usb-A1?baud=9600"}, {"Other", "serial:/dev/ttyS1"}}, "", ""};
     EXPECT_EQ(portFindings(), (Names{"brltty-rule", "print-queue"}));
 }
 
@@ -81,9 +80,9 @@ TEST_F(DoctorChecks, WhoIsOnTheLine) {
     LinkReport report = host::checkPort(system_, port_);
     EXPECT_EQ(report.findings[0].text, "a login is on this port: login (process 87)") << "bash goes with it";
     EXPECT_EQ(report.findings[0].command, "sudo systemctl mask --now serial-getty@ttyS0.service");
-    system_.processes.erase(system_.processes.begin() + 1);
+    system_.processes = {{88, "bash", node_.st_rdev, false}};
     EXPECT_EQ(portFindings(), Names{"held"});
-    system_.processes.clear();
+    system_.processes = {};
 
     auto number = [](dev_t device) { return std::to_string(major(device)) + ":" + std::to_string(minor(device)); };
     put("proc/consoles", "ttyS0 -W- (EC p a) " + number(node_.st_rdev) + "\n");
@@ -143,20 +142,24 @@ TEST_F(DoctorChecks, RightToAPlotter) {
         ~Nobody() { EXPECT_TRUE(before != 0 || setresuid(0, 0, 0) == 0); }
     } nobody;
     system_.user = host::currentUser();
-    EXPECT_FALSE(system_.user.isRoot);
+    EXPECT_FALSE(system_.user->isRoot);
     host::UsbDevice device;
     device.vendor = 0x0B75;
     device.product = 0x0402;
     device.isPlotter = true;
     device.node = file("node", "");
     chmod(device.node.c_str(), 0);
-    auto name = [&] { return namesIn(host::checkPlotter(system_, device)).front(); };
+    auto first = [&] { return host::checkPlotter(system_, device).findings.at(0); };
+    auto name = [&] { return std::string(first().name); };
     EXPECT_EQ(name(), "no-usb-rules");
+    EXPECT_EQ(first().line.rfind(device.node + ": permission denied; copy packaging/udev/70-orb-vectorix.rules into", 0),
+              0U);
     put("etc/udev/rules.d/70-orb-vectorix.rules", contents(UDEV_RULES));
     system_.rules = host::rulesFiles(system_.root);
     EXPECT_EQ(name(), "rules-not-applied");
     device.vendor = 0x1234;
     EXPECT_EQ(name(), "no-rule-for-vendor");
+    EXPECT_NE(first().line.find("vendor 1234 added"), std::string::npos) << first().line;
 }
 
 } // namespace

@@ -1,11 +1,11 @@
 // What vectorix doctor reads of the system: files of made-up contents, each against what is to be understood of it.
-#include "host/doctor/findings.h"
 #include "host/doctor/print_queues.h"
-#include "host/doctor/processes.h"
-#include "host/doctor/system_files.h"
-#include "host/doctor/udev_rules.h"
-#include "host/doctor/user.h"
 #include "host/host_fixture.h"
+#include "host/obstacles/obstacles.h"
+#include "host/obstacles/processes.h"
+#include "host/obstacles/system_files.h"
+#include "host/obstacles/udev_rules.h"
+#include "host/obstacles/user.h"
 
 #include <filesystem>
 #include <sys/sysmacros.h>
@@ -31,7 +31,7 @@ TEST_F(DoctorFacts, Processes) {
     fs::create_directories(root("proc/804/stat")); // a read of it fails, as that of a process that ends meanwhile
     put("proc/tty/drivers", "");
     fs::create_directories(root("proc/802/fd"));
-    auto found = host::processes(root("proc"));
+    auto found = host::runningProcesses(root());
     std::sort(found.begin(), found.end(), [](const auto &a, const auto &b) { return a.pid < b.pid; });
     ASSERT_EQ(found.size(), 2U) << "neither the kernel's own nor one that is gone";
     EXPECT_EQ(found[0].name, "a (b) c");
@@ -109,7 +109,7 @@ TEST_F(DoctorFacts, RulesThatGivePlottersToPeople) {
     put("etc/udev/rules.d/60-other.rules", R"(ATTR{idVendor}=="1234", ATTR{idProduct}=="0002", MODE="0666")");
     EXPECT_EQ(host::rulesGiving(host::rulesFiles(root()), kOther), "") << "another model";
     // What the remedy makes must be understood.
-    host::Found rule = host::found(host::Finding::NoRuleForVendor, {{"rights", ""}, {"vendor", "1234"}});
+    host::Found rule = host::found(host::Obstacle::NoRuleForVendor, {{"rights", ""}, {"vendor", "1234"}, {"where", ""}});
     size_t start = rule.command.find('\'') + 1;
     put("etc/udev/rules.d/70-plotter-1234.rules", rule.command.substr(start, rule.command.find('\'', start) - start));
     EXPECT_EQ(host::rulesGiving(host::rulesFiles(root()), kOther), root("etc/udev/rules.d/70-plotter-1234.rules"));
@@ -185,17 +185,17 @@ TEST_F(DoctorFacts, WhyANodeIsRefused) {
 }
 
 TEST(DoctorFindings, EachHasItsWords) {
-    const host::Words words = {{"port", "p"},  {"what", "w"},   {"node", "n"},    {"rights", "r"},   {"user", "u"},
-                               {"group", "g"}, {"vendor", "v"}, {"product", "d"}, {"file", "f"},     {"name", "m"},
-                               {"who", "h"},   {"pid", "1"},    {"driver", "v"},  {"queue", "q"},    {"uri", "i"},
-                               {"lines", "l"}, {"count", "2"},  {"reason", "z"},  {"interface", "x"}};
-    for (int i = 0; i <= static_cast<int>(host::Finding::Container); ++i) {
-        host::Found found = host::found(static_cast<host::Finding>(i), words);
+    const host::Words words = {{"port", "p"},  {"what", "w"},   {"node", "n"},    {"rights", "r"}, {"user", "u"},
+                               {"group", "g"}, {"vendor", "v"}, {"product", "d"}, {"file", "f"},   {"name", "m"},
+                               {"who", "h"},   {"pid", "1"},    {"driver", "v"},  {"queue", "q"},  {"uri", "i"},
+                               {"lines", "l"}, {"where", ""},   {"count", "2"},   {"reason", "z"}, {"interface", "x"}};
+    for (int i = 0; i <= static_cast<int>(host::Obstacle::Container); ++i) {
+        host::Found found = host::found(static_cast<host::Obstacle>(i), words);
         EXPECT_NE(found.text, "") << i;
         EXPECT_EQ(found.severity == host::Severity::Blocks, found.code != host::ExitCode::Done) << found.name;
         EXPECT_TRUE(found.severity == host::Severity::Note || !found.command.empty()) << found.name;
     }
-    host::Found hostile = host::found(host::Finding::NoNodeInContainer, {{"node", "/dev/a\x1B b';reboot"}});
+    host::Found hostile = host::found(host::Obstacle::NoNodeInContainer, {{"node", "/dev/a\x1B b';reboot"}});
     EXPECT_EQ(hostile.text, "this container has not been given /dev/a\\e b';reboot");
     EXPECT_EQ(hostile.command, "docker run --device='/dev/a\\e b'\\'';reboot' ...");
 }

@@ -53,8 +53,7 @@ TEST_F(DryRunTest, EndsAsThePrintWould) {
     std::string oddJob = file("odd", "<plist><dict><key>Plotter emulation ID :</key><integer>17002</integer>"
                                      "<key>Plotfile terminator :</key><string>;</string>"
                                      "<key>X Tile :</key><string>a</string></dict></plist>");
-    FarEnd plotter, held;
-    Bystander holder(held.port(), true);
+    FarEnd plotter;
     const struct {
         const char *what;
         std::vector<std::string> words;
@@ -65,7 +64,6 @@ TEST_F(DryRunTest, EndsAsThePrintWould) {
         {"an unfit job", {plot, "--port", plotter.port(), "--job", badJob}, 7, "\"12x\" is no integer"},
         {"a job without a terminator", {plot, "--port", plotter.port(), "--job", bareJob}, 7, "names no terminator"},
         {"a job of which not all is read", {plot, "--port", plotter.port(), "--job", oddJob}, 0, "must be a number"},
-        {"a port that is held", {plot, "--port", held.port()}, 5, "busy: held by"},
         {"a file", {plot, "--capture", path("o")}, 0, ""},
         {"a picture", {plot, "--virtual", path("o.svg")}, 0, ""},
     };

@@ -1,6 +1,8 @@
 // A serial port that somebody else holds, and one that nobody does: both seen through "send".
 #include "host/devices/holders.h"
+#include "host/failure_of.h"
 #include "host/host_fixture.h"
+#include "host/obstacles/port_lock.h"
 
 #include <fcntl.h>
 #include <filesystem>
@@ -13,11 +15,21 @@
 
 namespace {
 
+/// The calling thread's user, if that is root, is nobody for a while.
+struct AsNobody {
+    const bool wasRoot = geteuid() == 0 && syscall(SYS_setresuid, 65534, 65534, 0) == 0;
+    ~AsNobody() {
+        if (wasRoot) syscall(SYS_setresuid, 0, 0, 0);
+    }
+};
+
 class PortTest : public HostTest {
 protected:
     void expectBusy(const std::string &port, pid_t holder) {
         std::string name = "host_test (process " + std::to_string(holder) + ")";
-        expectRefusals({{{"send", "IN;", "--port", port}, 5, port + ": busy: held by " + name}});
+        for (const auto &words : {std::vector<std::string>{"send", "IN;"}, {"print", file("plot", plotOf(1))}})
+            expectRefusals({{{words[0], words[1], "--port", port}, 5, port + ": busy: held by " + name}});
+        EXPECT_EQ(run({"doctor", "--port", port}).code, 5);
     }
 
     FarEnd plotter_;
@@ -50,20 +62,15 @@ TEST_F(PortTest, NamesWhoHasThePortOpenAlsoThroughALink) {
         Bystander holder(plotter_.port(), locks);
         expectBusy(plotter_.port(), holder.pid());
         expectBusy(path("plotter"), holder.pid());
+        ASSERT_EQ(chmod(plotter_.port().c_str(), 0666), 0);
+        AsNobody nobody; // sees who locked it, but not who has it open
+        EXPECT_TRUE(!locks || failureOf([&] { host::requireFreePort(plotter_.port()); }).first == host::ExitCode::Busy);
     }
     // The near end of the far end's own process is no rival, but for its lock.
     Descriptor reader(open(plotter_.port().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
     flock(reader.get(), LOCK_SH);
     expectBusy(plotter_.port(), getpid());
 }
-
-/// The calling thread's user, if that is root, is nobody for a while.
-struct AsNobody {
-    const bool wasRoot = geteuid() == 0 && syscall(SYS_setresuid, 65534, 65534, 0) == 0;
-    ~AsNobody() {
-        if (wasRoot) syscall(SYS_setresuid, 0, 0, 0);
-    }
-};
 
 /// In a folder that all may write, anything may stand under the lock's name, and its holder may be another user's process.
 TEST_F(PortTest, RespectsTheLockFileOfALivingProcess) {

@@ -1,7 +1,8 @@
 // vectorix doctor: what stands between this computer and a plotter, and what mends it.
 #include "host/commands/commands.h"
-#include "host/devices/port_lock.h"
 #include "host/doctor/checks.h"
+#include "host/doctor/told_reports.h"
+#include "host/obstacles/port_lock.h"
 #include "host/options/plotter_options.h"
 #include "host/plugin/usb_target.h"
 
@@ -26,62 +27,49 @@ struct DoctorOptions {
 
 using Reports = std::vector<LinkReport>;
 
-/// What the system knows of the port that a path leads to. It is reported under the path as it was typed.
-SerialPort portAt(const std::string &path) {
-    std::error_code ignored;
-    const std::string target = fs::canonical(path, ignored);
-    SerialPort found;
-    found.name = fs::path(target.empty() ? path : target).filename();
-    for (SerialPort &port : serialPorts()) {
-        if (port.path == path || port.path == target || port.stableName == path) found = std::move(port);
-    }
-    found.path = path;
-    return found;
-}
-
-void addAdapters(const System &system, Reports &reports) {
+void addAdapters(const Computer &computer, Reports &reports) {
     for (const UsbDevice &device : usbDevices()) {
-        if (isAdapterWithoutPort(device)) reports.push_back(checkAdapter(system, device));
+        if (isAdapterWithoutPort(device)) reports.push_back(checkAdapter(computer, device));
     }
 }
 
-Reports examinePort(const System &system, const std::string &path) {
+Reports examinePort(const Computer &computer, const std::string &path) {
     requirePortPath(path);
-    Reports reports = {checkPort(system, portAt(path))};
+    Reports reports = {checkPort(computer, portAt(path))};
     // A port that is not there may belong to an adapter for which the kernel has made none.
-    if (!fs::exists(path)) addAdapters(system, reports);
+    if (!fs::exists(path)) addAdapters(computer, reports);
     return reports;
 }
 
-Reports examineUsb(const System &system, const std::string &typed) {
+Reports examineUsb(const Computer &computer, const std::string &typed) {
     Reports reports;
     for (const UsbDevice &device : matchingUsbDevices(usbDevices(), parseUsbChoice(typed)))
-        reports.push_back(checkPlotter(system, device));
+        reports.push_back(checkPlotter(computer, device));
     if (!reports.empty()) return reports;
-    reports.push_back({"usb", typed.empty() ? "USB plotter" : typed, "", {}, {}});
-    reports.back().add(Finding::NoSuchPlotter);
+    reports.push_back({"usb", typed.empty() ? "USB plotter" : typed});
+    reports.back().add(Obstacle::NoSuchPlotter);
     return reports;
 }
 
-Reports examineAll(const System &system) {
+Reports examineAll(const Computer &computer) {
     Reports reports;
     for (const SerialPort &port : serialPorts())
-        reports.push_back(checkPort(system, port));
-    addAdapters(system, reports);
+        reports.push_back(checkPort(computer, port));
+    addAdapters(computer, reports);
     for (const UsbDevice &device : matchingUsbDevices(usbDevices(), {}))
-        reports.push_back(checkPlotter(system, device));
+        reports.push_back(checkPlotter(computer, device));
     if (!reports.empty()) return reports;
-    reports.push_back({"serial", "plotter", "", {}, {}});
-    reports.back().add(Finding::NothingFound);
+    reports.push_back({"serial", "plotter"});
+    reports.back().add(Obstacle::NothingFound);
     return reports;
 }
 
 ExitCode examine(const DoctorOptions &options) {
-    const System system = lookAt("/");
-    Reports reports = options.isPort  ? examinePort(system, options.port)
-                      : options.isUsb ? examineUsb(system, options.usbChoice)
-                                      : examineAll(system);
-    if (LinkReport computer = checkComputer(system); !computer.findings.empty()) reports.push_back(std::move(computer));
+    const Computer computer;
+    Reports reports = options.isPort  ? examinePort(computer, options.port)
+                      : options.isUsb ? examineUsb(computer, options.usbChoice)
+                                      : examineAll(computer);
+    if (LinkReport all = checkComputer(computer); !all.findings.empty()) reports.push_back(std::move(all));
     if (options.json)
         printReportsAsJson(reports);
     else

@@ -1,6 +1,7 @@
 // vectorix plotters: the USB plotters there are, and whether they can be printed to.
 #include "host/commands/commands.h"
-#include "host/devices/usb_access.h"
+#include "host/devices/holders.h"
+#include "host/devices/node_access.h"
 #include "host/plugin/usb_target.h"
 #include "host/terminal/json.h"
 #include "host/terminal/output.h"

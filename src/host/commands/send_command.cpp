@@ -1,10 +1,10 @@
 // vectorix send: a few commands to a plotter, as they are typed.
 #include "emulations/emulations.h"
 #include "host/commands/commands.h"
-#include "host/devices/port_lock.h"
-#include "host/devices/usb_access.h"
 #include "host/job/job_options.h"
 #include "host/job/job_writer.h"
+#include "host/obstacles/port_lock.h"
+#include "host/obstacles/usb_obstacles.h"
 #include "host/options/apply_profile.h"
 #include "host/options/line_settings.h"
 #include "host/options/plotter_options.h"

@@ -115,6 +115,36 @@ std::vector<Holder> holdersOf(const struct stat &device) {
     return holders;
 }
 
+std::vector<Holder> holdersOfPrinterNode(const UsbDevice &device) {
+    if (!device.printerNode) return {};
+    struct stat node = {};
+    node.st_mode = S_IFCHR;
+    node.st_rdev = *device.printerNode;
+    return holdersOf(node);
+}
+
+std::vector<Holder> holdersOf(const UsbDevice &device) {
+    std::vector<Holder> holders = holdersOfPrinterNode(device);
+    struct stat node;
+    if (stat(device.node.c_str(), &node) != 0) return holders;
+    for (Holder &holder : holdersOf(node))
+        holders.push_back(std::move(holder));
+    return holders;
+}
+
+std::string usersText(const UsbDevice &device) {
+    std::vector<Holder> holders = holdersOf(device);
+    std::string text;
+    if (device.isClaimed()) {
+        if (holders.empty()) text = "a program";
+    } else if (!device.driver.empty()) {
+        text = "driver " + shown(device.driver);
+    }
+    for (const Holder &holder : holders)
+        text += (text.empty() ? "" : ", ") + holderText(holder);
+    return text;
+}
+
 Holder uucpHolder(const std::string &port) {
     for (const std::string &name : lockNames(port)) {
         pid_t pid = lockOwner("/var/lock/LCK.." + name);

@@ -10,6 +10,7 @@
 #include <libudev.h>
 #include <memory>
 #include <sstream>
+#include <sys/stat.h>
 #include <sys/sysmacros.h>
 
 namespace host {
@@ -119,6 +120,27 @@ std::vector<SerialPort> serialPorts() {
     std::sort(ports.begin(), ports.end(),
               [](const SerialPort &a, const SerialPort &b) { return strverscmp(a.name.c_str(), b.name.c_str()) < 0; });
     return ports;
+}
+
+SerialPort portAt(const std::string &path) {
+    std::error_code ignored;
+    const std::string target = std::filesystem::weakly_canonical(path, ignored);
+    SerialPort found;
+    found.name = std::filesystem::path(target.empty() ? path : target).filename();
+    Owned<udev> context(udev_new());
+    struct stat node;
+    const bool isThere = stat(path.c_str(), &node) == 0;
+    // The system may know a port that has no node.
+    Owned<udev_device> device(!context ? nullptr
+                              : isThere
+                                  ? udev_device_new_from_devnum(context.get(), 'c', S_ISCHR(node.st_mode) ? node.st_rdev : 0)
+                                  : udev_device_new_from_subsystem_sysname(context.get(), "tty", found.name.c_str()));
+    if (device && textOrNone(udev_device_get_subsystem(device.get())) == "tty") {
+        auto port = portOf(factsOf(device.get()));
+        if (port && (isThere || port->path == target)) found = std::move(*port);
+    }
+    found.path = path;
+    return found;
 }
 
 bool isEmptySlot(dev_t terminal, const std::filesystem::path &sysfs) {

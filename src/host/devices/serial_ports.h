@@ -48,6 +48,10 @@ std::optional<SerialPort> portOf(const TerminalFacts &facts);
 /// All ports in natural order. None is opened. Throws Failure when the system does not tell.
 std::vector<SerialPort> serialPorts();
 
+/// What the system knows of the port that a path leads to; the path and a name at least. Its path is the one given, its bus
+/// empty when it is no serial port with hardware. Neither opens the port nor asks for the others.
+SerialPort portAt(const std::string &path);
+
 /// True for a slot of the kernel's behind which no chip was found: there is a node, but no port.
 bool isEmptySlot(dev_t terminal, const std::filesystem::path &sysfs = "/sys");
 

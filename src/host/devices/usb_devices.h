@@ -13,6 +13,9 @@
 
 namespace host {
 
+/// The kernel's driver for printers, which the plug-in puts aside for a job.
+inline constexpr char kPrinterDriver[] = "usblp";
+
 struct UsbDevice {
     uint16_t vendor = 0, product = 0;
     uint32_t location = 0;            ///< the plug-in's location ID
@@ -26,6 +29,8 @@ struct UsbDevice {
     bool isPrinter = false;           ///< that interface is of the printer class
     bool isPlotter = false;           ///< may be one: a bulk out endpoint, and a printer interface or a known vendor
 
+    /// True when a program has claimed the first interface.
+    bool isClaimed() const { return driver == "usbfs"; }
     /// "0b75:0402@01080000", which --usb understands.
     std::string id() const;
     /// Manufacturer and name, safe to print.

@@ -1,6 +1,6 @@
 // USB serial adapters: those without a port, and programs that take theirs.
-#include "host/devices/usb_access.h"
 #include "host/doctor/checks.h"
+#include "host/obstacles/usb_obstacles.h"
 #include "host/terminal/text.h"
 
 #include <algorithm>
@@ -27,7 +27,6 @@ constexpr struct {
 constexpr char kBraille[] = "brltty";
 constexpr char kModemManager[] = "ModemManager";
 constexpr char kModemDriver[] = "cdc_acm"; // mostly of modems: ModemManager probes all its ports
-constexpr char kClaimed[] = "usbfs";       // what the kernel calls a program that has claimed an interface
 
 const char *adapterDriver(const UsbDevice &device) {
     const auto *at = std::find_if(std::begin(kAdapters), std::end(kAdapters), [&](const auto &row) {
@@ -48,56 +47,49 @@ bool hasPort(const UsbDevice &device) {
     return false;
 }
 
-void addBrailleRules(const System &system, const RuleDevice &device, LinkReport &report) {
-    std::string file = brlttyRulesFor(system.rules, device);
-    report.saw(fmt::format("{} of udev rules: brltty's {}", counted(static_cast<int64_t>(system.rules.size()), "file"),
+void addBrailleRules(const Computer &computer, const RuleDevice &device, LinkReport &report) {
+    std::string file = brlttyRulesFor(*computer.rules, device);
+    report.saw(fmt::format("{} of udev rules: brltty's {}", counted(static_cast<int64_t>(computer.rules->size()), "file"),
                            file.empty() ? "do not name it" : "name it in " + shown(file)));
-    if (!file.empty()) report.add(Finding::BrlttyRule, {{"file", file}});
+    if (!file.empty()) report.add(Obstacle::BrlttyRule, {{"file", file}});
 }
 
 } // namespace
 
-void checkAdapterPrograms(const System &system, const SerialPort &port, LinkReport &report) {
-    addBrailleRules(system, {port.vendor, port.product, port.manufacturer, port.productText}, report);
+void checkAdapterPrograms(const Computer &computer, const SerialPort &port, LinkReport &report) {
+    addBrailleRules(computer, {port.vendor, port.product, port.manufacturer, port.productText}, report);
 
     const bool isCandidate = port.modemMarks.count("ID_MM_CANDIDATE") > 0;
     const bool isIgnored =
         port.modemMarks.count("ID_MM_PORT_IGNORE") > 0 || port.modemMarks.count("ID_MM_DEVICE_IGNORE") > 0;
-    const bool isRunning = system.running(kModemManager) != nullptr;
+    const bool isRunning = computer.running(kModemManager) != nullptr;
     report.saw(fmt::format("ModemManager: {}; udev says {}", isRunning ? "runs" : "does not run",
                            isIgnored     ? "that it is to leave the port alone"
                            : isCandidate ? "that it may look at the port"
                                          : "nothing of it"));
     if (!isRunning || isIgnored || !isCandidate) return;
-    report.add(port.driver == kModemDriver ? Finding::ModemManager : Finding::ModemManagerNear,
+    report.add(port.driver == kModemDriver ? Obstacle::ModemManager : Obstacle::ModemManagerNear,
                {{"vendor", port.vendor}, {"product", port.product}});
 }
 
 bool isAdapterWithoutPort(const UsbDevice &device) { return adapterDriver(device) && !hasPort(device); }
 
-LinkReport checkAdapter(const System &system, const UsbDevice &device) {
+LinkReport checkAdapter(const Computer &computer, const UsbDevice &device) {
     const std::string driver = adapterDriver(device);
-    LinkReport report{"adapter", device.id(), device.title(), {}, {}};
+    LinkReport report{"adapter", device.id(), device.title()};
     report.saw(fmt::format("{}: no port in it", shown(device.folder.string())));
     std::error_code ignored;
-    const bool isLoaded = fs::exists(system.below("sys/module") / driver, ignored);
+    const bool isLoaded = fs::exists(computer.below("sys/module") / driver, ignored);
     const std::vector<Holder> holders = holdersOf(device);
     auto isBraille = [](const Holder &holder) { return holder.name == kBraille; };
-    if (device.driver == kClaimed && (system.running(kBraille) || std::any_of(holders.begin(), holders.end(), isBraille))) {
-        report.add(Finding::BrlttyHolds);
-    } else if (device.driver == kClaimed && !holders.empty()) {
-        report.add(Finding::Claimed,
-                   {{"who", holderText(holders.front())}, {"pid", fmt::format("{}", holders.front().pid)}});
-    } else if (device.driver == kClaimed) {
-        report.add(Finding::ClaimedByHidden, {{"node", device.node}});
-    } else {
-        report.add(isLoaded ? Finding::NoPortMade : Finding::DriverMissing, {{"driver", driver}});
-    }
+    if (device.isClaimed() && (computer.running(kBraille) || std::any_of(holders.begin(), holders.end(), isBraille)))
+        report.add(Obstacle::BrlttyHolds);
+    else if (device.isClaimed())
+        addClaims(device, holders, report);
+    else
+        report.add(isLoaded ? Obstacle::NoPortMade : Obstacle::DriverMissing, {{"driver", driver}});
     report.saw(fmt::format("/sys/module/{}: {}", driver, isLoaded ? "there" : "not there"));
-    addBrailleRules(
-        system,
-        {fmt::format("{:04x}", device.vendor), fmt::format("{:04x}", device.product), device.manufacturer, device.name},
-        report);
+    addBrailleRules(computer, ruleDevice(device), report);
     return report;
 }
 

@@ -3,7 +3,7 @@
 // software are serial ports.
 #pragma once
 
-#include "host/devices/port_lock.h"
+#include "host/obstacles/port_lock.h"
 #include "host/plugin/progress.h"
 #include "host/print/capture.h"
 #include "host/print/plan.h"

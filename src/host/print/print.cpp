@@ -1,6 +1,6 @@
 #include "host/print/print.h"
 
-#include "host/devices/usb_access.h"
+#include "host/obstacles/usb_obstacles.h"
 #include "host/job/job_writer.h"
 #include "host/plugin/console_lines.h"
 #include "host/plugin/record.h"

@@ -1,6 +1,6 @@
 #include "host/print/usb_verdict.h"
 
-#include "host/devices/usb_access.h"
+#include "host/obstacles/usb_obstacles.h"
 #include "host/terminal/text.h"
 
 #include <algorithm>
@@ -56,7 +56,7 @@ bool endsAnyUsbJob(int32_t status) {
 UsbFault explainUsb(const UsbDevice &usb, bool isGone, int32_t errorID, int32_t ioStatus, uint8_t outPipe) {
     // Once the plotter is gone, that explains whatever else was reported.
     const int32_t status = isGone ? int32_t{kORB_USBNoDevice} : ioStatus;
-    if (status == kORB_USBNotPermitted) return {ExitCode::Permission, "permission denied; " + permissionRemedy(usb)};
+    if (status == kORB_USBNotPermitted) return {ExitCode::Permission, permissionRefusal(usb)};
     const Row *row = find(kByStatus, status);
     if (!row) row = find(kByIdentifier, errorID);
     if (row) return {row->exitCode, fmt::format(fmt::runtime(row->text), outPipe)};

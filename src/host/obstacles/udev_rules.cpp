@@ -1,4 +1,4 @@
-#include "host/doctor/udev_rules.h"
+#include "host/obstacles/udev_rules.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,4 +1,4 @@
-#include "host/doctor/processes.h"
+#include "host/obstacles/processes.h"
 
 #include "host/devices/small_file.h"
 
@@ -40,10 +40,10 @@ std::optional<Process> processIn(const fs::path &folder) {
 
 } // namespace
 
-std::vector<Process> processes(const fs::path &proc) {
+std::vector<Process> runningProcesses(const fs::path &root) {
     std::vector<Process> all;
     std::error_code ignored;
-    for (fs::directory_iterator entry(proc, ignored), end; entry != end; entry.increment(ignored)) {
+    for (fs::directory_iterator entry(root / "proc", ignored), end; entry != end; entry.increment(ignored)) {
         const std::string name = entry->path().filename();
         if (name.find_first_not_of("0123456789") != std::string::npos) continue;
         if (auto process = processIn(entry->path())) all.push_back(std::move(*process)); // it may be gone by now

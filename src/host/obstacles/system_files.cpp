@@ -1,4 +1,4 @@
-#include "host/doctor/system_files.h"
+#include "host/obstacles/system_files.h"
 
 #include "host/devices/small_file.h"
 

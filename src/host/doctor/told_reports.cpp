@@ -1,10 +1,9 @@
-#include "host/doctor/link_report.h"
+#include "host/doctor/told_reports.h"
 #include "host/terminal/json.h"
 
 #include "host/terminal/output.h"
 #include "host/terminal/text.h"
 
-#include <algorithm>
 #include <fmt/format.h>
 #include <string_view>
 
@@ -49,18 +48,9 @@ Json jsonOf(const LinkReport &report) {
 
 } // namespace
 
-Severity LinkReport::severity() const {
-    Severity gravest = Severity::Note;
-    for (const Found &found : findings)
-        gravest = std::max(gravest, found.severity);
-    return gravest;
-}
-
 ExitCode exitCodeOf(const std::vector<LinkReport> &reports) {
     for (const LinkReport &report : reports) {
-        for (const Found &found : report.findings) {
-            if (found.severity == Severity::Blocks) return found.code;
-        }
+        if (const Found *found = report.inTheWay()) return found->code;
     }
     return ExitCode::Done;
 }

@@ -16,7 +16,7 @@ struct Process {
     bool isHidden = false; ///< this user may not see what it has open
 };
 
-/// All processes but this one and the kernel's own; proc is /proc.
-std::vector<Process> processes(const std::filesystem::path &proc);
+/// All processes below a root ("/" for this system), but for this one and the kernel's own.
+std::vector<Process> runningProcesses(const std::filesystem::path &root);
 
 } // namespace host

@@ -1,6 +1,6 @@
-// What may stand between this computer and a plotter: one row in a table for each finding, with its words, its exit code and
-// the command that mends it. A check only names the finding and fills the placeholders, so that all texts and remedies can
-// be read in one place.
+// What may stand between this computer and a plotter: one row in a table for each obstacle, with its exit code, its words
+// and the command that mends it: for the doctor, and in one line for a print that ends there. A check only names the
+// obstacle and fills the placeholders, so that all texts and remedies can be read in one place.
 #pragma once
 
 #include "host/terminal/failure.h"
@@ -16,7 +16,7 @@ enum class Severity { Note, MayBlock, Blocks };
 /// "note", "may be in the way", "in the way".
 const char *severityText(Severity severity);
 
-enum class Finding {
+enum class Obstacle {
     NothingFound,
     NoSuchPort,
     NotSerial,
@@ -33,6 +33,7 @@ enum class Finding {
     Console,
     Login,
     Held,
+    HeldByHidden,
     Locked,
     LockedByHidden,
     LockFile,
@@ -60,7 +61,7 @@ enum class Finding {
 /// What a row's placeholders stand for, by name. Any bytes: they are made safe to print, and safe for a shell.
 using Words = std::vector<std::pair<const char *, std::string>>;
 
-/// A finding about one link, in words, safe to print.
+/// An obstacle that was found on one link, in words, safe to print.
 struct Found {
     const char *name; ///< for programs: "not-in-group"
     Severity severity;
@@ -68,10 +69,11 @@ struct Found {
     std::string text;    ///< what is the matter
     std::string command; ///< a shell command that mends or shows it; empty for none
     std::string then;    ///< what the command does, or what to do after it; may be empty
+    std::string line;    ///< all in one, as a print says it; empty for what it does not meet
 };
 
-/// The finding in words. Each placeholder of its row must be among the words.
-Found found(Finding finding, const Words &words);
+/// The obstacle in words. Each placeholder of its row must be among the words.
+Found found(Obstacle obstacle, const Words &words);
 
 /// One word of a shell command, quoted when it must be.
 std::string shellWord(const std::string &text);

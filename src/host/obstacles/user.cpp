@@ -1,4 +1,4 @@
-#include "host/doctor/user.h"
+#include "host/obstacles/user.h"
 
 #include <algorithm>
 #include <fmt/format.h>
