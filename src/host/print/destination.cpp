@@ -1,5 +1,6 @@
 #include "host/print/destination.h"
 
+#include "host/devices/node_access.h"
 #include "host/obstacles/usb_obstacles.h"
 #include "host/picture/plot_findings.h"
 #include "host/terminal/text.h"
