@@ -57,7 +57,7 @@ TEST_F(ExaminationTest, FindsWhatWouldNotBeSent) {
         EXPECT_EQ(found.offset, row.offset);
         EXPECT_EQ(found.flawBytes, row.flawBytes);
         EXPECT_EQ(found.withheldBytes, row.withheldBytes);
-        auto [code, said] = failureOf([&] { host::requireFit(found, plot, rules); });
+        auto [code, said] = failureOf([&] { host::requireFitPlot(found, plot, rules); });
         EXPECT_EQ(code, row.flaw == Flaw::None ? host::ExitCode::Done : host::ExitCode::Unfit);
         EXPECT_EQ(said.empty(), row.flaw == Flaw::None);
         EXPECT_NE(said.find(row.says), std::string::npos) << said;

@@ -76,7 +76,7 @@ ExitCode add(const Command &command, const CommandOptions &options) {
                                                    "--port DEVICE",
                                                    options.name));
     }
-    requireFit(options.profile);
+    requireFitProfile(options.profile);
     writeProfile(profile, options.force);
     return ExitCode::Done;
 }

@@ -52,7 +52,7 @@ struct Examination {
 Examination examine(const PlotFile &file, const PlotRules &rules);
 
 /// Throws Failure (unfit), with offset and remedy, for a plot that would not be wholly sent.
-void requireFit(const Examination &examination, const PlotFile &file, const PlotRules &rules);
+void requireFitPlot(const Examination &examination, const PlotFile &file, const PlotRules &rules);
 
 /// For a plot that was printed with --force: what was not sent, why, and the remedy. Not for Flaw::None.
 std::string flawText(const Examination &examination, const PlotRules &rules);

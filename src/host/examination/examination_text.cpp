@@ -51,7 +51,7 @@ Explanation explain(const Examination &found, const PlotRules &rules, const char
 
 } // namespace
 
-void requireFit(const Examination &examination, const PlotFile &file, const PlotRules &rules) {
+void requireFitPlot(const Examination &examination, const PlotFile &file, const PlotRules &rules) {
     if (examination.isFit()) return;
     Explanation why = explain(examination, rules, "would not be sent");
     std::string forced = examination.withheldBytes < examination.fileBytes ? ", or print what can be sent with --force" : "";

@@ -74,7 +74,7 @@ void addLineOptions(const Command &app, LineSettings &settings) {
         .group(group);
 }
 
-std::string describe(const LineSettings &settings) {
+std::string settingsText(const LineSettings &settings) {
     return fmt::format("{} bit/s, {} data bits, parity {}, {} stop bit{}, handshake {}", settings.baud, settings.bits,
                        settings.parity, settings.stopBits, settings.stopBits == 1 ? "" : "s", settings.handshake);
 }

@@ -22,7 +22,7 @@ struct LineSettings {
 void addLineOptions(const Command &app, LineSettings &settings);
 
 /// "9600 bit/s, 8 data bits, parity none, 1 stop bit, handshake xonxoff".
-std::string describe(const LineSettings &settings);
+std::string settingsText(const LineSettings &settings);
 
 /// Seconds that the line takes for so many bytes when the plotter never holds it.
 double secondsFor(int64_t bytes, const LineSettings &settings);

@@ -156,7 +156,7 @@ void check(const Profile &profile) {
         }
     }
     try {
-        requireFit(options);
+        requireFitProfile(options);
     } catch (const Failure &failure) {
         refuseFor(profile, profile.values.front().line, failure.what());
     }

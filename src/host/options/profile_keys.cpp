@@ -22,7 +22,7 @@ void addProfileOptions(const Command &app, ProfileOptions &options) {
     addJobOptions(app, options.job);
 }
 
-void requireFit(const ProfileOptions &options) {
+void requireFitProfile(const ProfileOptions &options) {
     parseUsbChoice(options.usbChoice);
     jobOf(options.job);
 }

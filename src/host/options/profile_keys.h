@@ -55,6 +55,6 @@ inline std::string optionName(const ProfileKey &key) { return std::string("--") 
 void addProfileOptions(const Command &app, ProfileOptions &options);
 
 /// Checks what the options do not check one by one. Throws Failure (usage), whose text starts with the option's name.
-void requireFit(const ProfileOptions &options);
+void requireFitProfile(const ProfileOptions &options);
 
 } // namespace host

@@ -28,7 +28,7 @@ std::string lines(const PrintPlan &plan, const ORB_JobReport &job) {
     const LineSettings &line = plan.target.line;
     return text +
            fmt::format("line        {}\ntime        {} at the line's rate; a plotter that holds the line takes longer\n",
-                       describe(line), duration(secondsFor(job.sentBytes, line)));
+                       settingsText(line), duration(secondsFor(job.sentBytes, line)));
 }
 
 Json jsonOf(const LineSettings &line) {

@@ -63,7 +63,7 @@ PrintPlan planOf(const PrintOptions &options) {
     }
     PlotFile plot(options.plot);
     Examination examination = examine(plot, rules);
-    if (!options.force) requireFit(examination, plot, rules);
+    if (!options.force) requireFitPlot(examination, plot, rules);
     return {std::move(plot),   options.jobFile, job, rules, std::move(examination), targetOf(options),
             options.keepGoing, std::move(notes)};
 }

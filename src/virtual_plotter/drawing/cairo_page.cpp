@@ -29,40 +29,40 @@ class CairoPage : public Page {
 public:
     // Takes the surface over. scale: its units per millimetre.
     CairoPage(cairo_surface_t *surface, const Sheet &sheet, double scale)
-        : m_surface(surface), m_cairo(cairo_create(surface)) {
-        cairo_set_source_rgb(m_cairo, 1, 1, 1);
-        cairo_paint(m_cairo);
+        : surface_(surface), cairo_(cairo_create(surface)) {
+        cairo_set_source_rgb(cairo_, 1, 1, 1);
+        cairo_paint(cairo_);
         const Point origin = areaOrigin(sheet);
-        cairo_scale(m_cairo, scale, scale);
-        cairo_translate(m_cairo, origin.x, sheet.height - origin.y);
-        cairo_scale(m_cairo, 1 / kUnitsPerMillimetre, -1 / kUnitsPerMillimetre);
-        cairo_set_line_cap(m_cairo, CAIRO_LINE_CAP_ROUND);
-        cairo_set_line_join(m_cairo, CAIRO_LINE_JOIN_ROUND);
-        cairo_set_fill_rule(m_cairo, CAIRO_FILL_RULE_EVEN_ODD);
+        cairo_scale(cairo_, scale, scale);
+        cairo_translate(cairo_, origin.x, sheet.height - origin.y);
+        cairo_scale(cairo_, 1 / kUnitsPerMillimetre, -1 / kUnitsPerMillimetre);
+        cairo_set_line_cap(cairo_, CAIRO_LINE_CAP_ROUND);
+        cairo_set_line_join(cairo_, CAIRO_LINE_JOIN_ROUND);
+        cairo_set_fill_rule(cairo_, CAIRO_FILL_RULE_EVEN_ODD);
     }
     CairoPage(const CairoPage &) = delete;
     CairoPage &operator=(const CairoPage &) = delete;
     ~CairoPage() override {
-        cairo_destroy(m_cairo);
-        cairo_surface_destroy(m_surface);
+        cairo_destroy(cairo_);
+        cairo_surface_destroy(surface_);
     }
 
     void stroke(const Contours &contours, Colour colour, double widthMillimetres) override {
         path(contours);
         setColour(colour);
-        cairo_set_line_width(m_cairo, widthMillimetres * kUnitsPerMillimetre);
-        cairo_stroke(m_cairo);
+        cairo_set_line_width(cairo_, widthMillimetres * kUnitsPerMillimetre);
+        cairo_stroke(cairo_);
     }
 
     void fill(const Contours &contours, Colour colour) override {
         path(contours);
         setColour(colour);
-        cairo_fill(m_cairo);
+        cairo_fill(cairo_);
     }
 
     std::string finish() override {
-        cairo_status_t status = cairo_status(m_cairo);
-        if (status == CAIRO_STATUS_SUCCESS) status = writeOut(m_surface);
+        cairo_status_t status = cairo_status(cairo_);
+        if (status == CAIRO_STATUS_SUCCESS) status = writeOut(surface_);
         return status == CAIRO_STATUS_SUCCESS ? std::string() : cairo_status_to_string(status);
     }
 
@@ -74,19 +74,19 @@ private:
         for (size_t end : contours.ends) {
             if (i >= end) continue;
             const Point &first = contours.points[i];
-            cairo_move_to(m_cairo, first.x, first.y);
-            if (i + 1 == end) cairo_line_to(m_cairo, first.x, first.y); // a round dot
+            cairo_move_to(cairo_, first.x, first.y);
+            if (i + 1 == end) cairo_line_to(cairo_, first.x, first.y); // a round dot
             while (++i < end)
-                cairo_line_to(m_cairo, contours.points[i].x, contours.points[i].y);
+                cairo_line_to(cairo_, contours.points[i].x, contours.points[i].y);
         }
     }
 
     void setColour(Colour colour) {
-        cairo_set_source_rgb(m_cairo, colour.red / 255.0, colour.green / 255.0, colour.blue / 255.0);
+        cairo_set_source_rgb(cairo_, colour.red / 255.0, colour.green / 255.0, colour.blue / 255.0);
     }
 
-    cairo_surface_t *m_surface;
-    cairo_t *m_cairo;
+    cairo_surface_t *surface_;
+    cairo_t *cairo_;
 };
 
 class PdfPage final : public CairoPage {
@@ -116,7 +116,7 @@ public:
         : CairoPage(cairo_image_surface_create(CAIRO_FORMAT_RGB24, dots(sheet.width, dotsPerInch),
                                                dots(sheet.height, dotsPerInch)),
                     sheet, dotsPerInch / kMillimetresPerInch),
-          m_file(file), m_dotsPerMetre(dotsPerInch / kMillimetresPerInch * 1000) {}
+          file_(file), dotsPerMetre_(dotsPerInch / kMillimetresPerInch * 1000) {}
 
 private:
     cairo_status_t writeOut(cairo_surface_t *surface) override {
@@ -126,19 +126,19 @@ private:
     // The library's own files say nothing of their resolution.
     static cairo_status_t writeWithSize(void *closure, const unsigned char *bytes, unsigned size) {
         auto &page = *static_cast<PngPage *>(closure);
-        const unsigned before = static_cast<unsigned>(std::min<size_t>(size, kPngHeaderSize - page.m_header));
-        page.m_header += before;
-        cairo_status_t status = writeTo(&page.m_file, bytes, before);
-        if (before > 0 && page.m_header == kPngHeaderSize && status == CAIRO_STATUS_SUCCESS) {
-            const PngSizeChunk chunk = pngSizeChunk(static_cast<uint32_t>(std::lround(page.m_dotsPerMetre)));
-            status = writeTo(&page.m_file, chunk.data(), static_cast<unsigned>(chunk.size()));
+        const unsigned before = static_cast<unsigned>(std::min<size_t>(size, kPngHeaderSize - page.header_));
+        page.header_ += before;
+        cairo_status_t status = writeTo(&page.file_, bytes, before);
+        if (before > 0 && page.header_ == kPngHeaderSize && status == CAIRO_STATUS_SUCCESS) {
+            const PngSizeChunk chunk = pngSizeChunk(static_cast<uint32_t>(std::lround(page.dotsPerMetre_)));
+            status = writeTo(&page.file_, chunk.data(), static_cast<unsigned>(chunk.size()));
         }
-        return status == CAIRO_STATUS_SUCCESS ? writeTo(&page.m_file, bytes + before, size - before) : status;
+        return status == CAIRO_STATUS_SUCCESS ? writeTo(&page.file_, bytes + before, size - before) : status;
     }
 
-    OutputFile &m_file;
-    double m_dotsPerMetre;
-    size_t m_header = 0; // bytes of it that have been written
+    OutputFile &file_;
+    double dotsPerMetre_;
+    size_t header_ = 0; // bytes of it that have been written
 };
 
 } // namespace

@@ -24,16 +24,16 @@ public:
     int write(const void *bytes, size_t size);
     int commit();
     void discard();
-    int error() const { return m_error; }
+    int error() const { return error_; }
 
 private:
     /// Tries names for a temporary until one is taken, or errno is another than EEXIST; false leaves errno.
     bool named(const std::function<bool(const std::string &name)> &take);
 
-    std::FILE *m_file = nullptr;
-    std::string m_path, m_folder;
-    std::string m_temporary; ///< its name; empty while it has none
-    int m_error = 0;
+    std::FILE *file_ = nullptr;
+    std::string path_, folder_;
+    std::string temporary_; ///< its name; empty while it has none
+    int error_ = 0;
 };
 
 } // namespace virtual_plotter

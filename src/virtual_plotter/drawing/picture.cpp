@@ -37,91 +37,91 @@ bool hasEnding(const std::string &path, const char *ending) {
 
 } // namespace
 
-Picture::Picture(const Sheet &sheet, const PictureOptions &options) : m_sheet(sheet), m_options(options) {}
+Picture::Picture(const Sheet &sheet, const PictureOptions &options) : sheet_(sheet), options_(options) {}
 
 Picture::~Picture() = default;
 
 std::optional<PictureError> Picture::open(const std::string &path) {
-    m_path = path;
+    path_ = path;
     const bool svg = hasEnding(path, ".svg"), png = hasEnding(path, ".png"), pdf = hasEnding(path, ".pdf");
     if (!svg && !png && !pdf) return failure("a picture's name must end in .svg, .png or .pdf");
-    if (png && !(m_options.dotsPerInch >= 1)) return failure("the resolution must be at least 1 dot per inch");
-    if (const int error = m_file.open(path)) return failure(strerror(error), error);
+    if (png && !(options_.dotsPerInch >= 1)) return failure("the resolution must be at least 1 dot per inch");
+    if (const int error = file_.open(path)) return failure(strerror(error), error);
 
-    if (svg) m_page = makeSvgPage(m_sheet, m_file);
-    if (pdf) m_page = makePdfPage(m_sheet, m_file);
+    if (svg) page_ = makeSvgPage(sheet_, file_);
+    if (pdf) page_ = makePdfPage(sheet_, file_);
     if (png) {
-        const double resolution = pngResolution(m_sheet, m_options.dotsPerInch);
-        if (resolution < m_options.dotsPerInch)
-            m_note = path + ": drawn with " + std::to_string(static_cast<int>(resolution)) +
-                     " dots per inch, as many as this sheet allows; an .svg or .pdf has no such limit";
-        m_page = makePngPage(m_sheet, resolution, m_file);
+        const double resolution = pngResolution(sheet_, options_.dotsPerInch);
+        if (resolution < options_.dotsPerInch)
+            note_ = path + ": drawn with " + std::to_string(static_cast<int>(resolution)) +
+                    " dots per inch, as many as this sheet allows; an .svg or .pdf has no such limit";
+        page_ = makePngPage(sheet_, resolution, file_);
     }
-    if (m_options.frame) drawFrame();
+    if (options_.frame) drawFrame();
     return std::nullopt;
 }
 
 void Picture::setPen(int pen, double widthMillimetres) {
     const double width = widthMillimetres > kThinnest ? widthMillimetres : kThinnest;
-    if (pen == m_pen && width == m_width) return;
+    if (pen == pen_ && width == width_) return;
     flush();
-    m_pen = pen;
-    m_width = width;
+    pen_ = pen;
+    width_ = width;
 }
 
 void Picture::begin(Point at) {
-    if (m_points.size() >= kBatchPoints) flush();
-    if (!m_points.empty()) m_ends.push_back(m_points.size());
-    m_points.push_back(at);
-    m_last = at;
+    if (points_.size() >= kBatchPoints) flush();
+    if (!points_.empty()) ends_.push_back(points_.size());
+    points_.push_back(at);
+    last_ = at;
 }
 
 void Picture::line(Point to) {
-    if (m_points.size() >= kBatchPoints) flush();
-    if (m_points.empty()) begin(m_last); // continues a stroke that was flushed: its round ends hide the joint
-    m_points.push_back(to);
-    m_last = to;
+    if (points_.size() >= kBatchPoints) flush();
+    if (points_.empty()) begin(last_); // continues a stroke that was flushed: its round ends hide the joint
+    points_.push_back(to);
+    last_ = to;
 }
 
 // Strokes of this pen that still wait are drawn after the fill: in one colour the order makes no difference.
 void Picture::fill(std::span<const Point> points, std::span<const size_t> ends) {
-    if (m_page != nullptr && m_pen > 0) m_page->fill({points, ends}, colourOf(m_pen));
+    if (page_ != nullptr && pen_ > 0) page_->fill({points, ends}, colourOf(pen_));
 }
 
 std::optional<PictureError> Picture::finish() {
-    if (m_page == nullptr) return failure("no picture was begun");
+    if (page_ == nullptr) return failure("no picture was begun");
     flush();
-    const std::string problem = m_page->finish();
-    m_page.reset();
-    const int error = m_file.error();
+    const std::string problem = page_->finish();
+    page_.reset();
+    const int error = file_.error();
     if (error == 0 && !problem.empty()) {
-        m_file.discard();
+        file_.discard();
         return failure(problem);
     }
-    if (const int failed = m_file.commit()) return failure(strerror(failed), failed);
+    if (const int failed = file_.commit()) return failure(strerror(failed), failed);
     return std::nullopt;
 }
 
 void Picture::flush() {
-    if (m_points.empty()) return;
-    m_ends.push_back(m_points.size());
-    if (m_page != nullptr && m_pen > 0) m_page->stroke({m_points, m_ends}, colourOf(m_pen), m_width);
-    m_points.clear();
-    m_ends.clear();
+    if (points_.empty()) return;
+    ends_.push_back(points_.size());
+    if (page_ != nullptr && pen_ > 0) page_->stroke({points_, ends_}, colourOf(pen_), width_);
+    points_.clear();
+    ends_.clear();
 }
 
 void Picture::drawFrame() {
-    const Point origin = areaOrigin(m_sheet);
+    const Point origin = areaOrigin(sheet_);
     const double left = (kFrameWidth / 2 - origin.x) * kUnitsPerMillimetre;
     const double bottom = (kFrameWidth / 2 - origin.y) * kUnitsPerMillimetre;
-    const double right = m_sheet.hardClip.upper.x - left, top = m_sheet.hardClip.upper.y - bottom;
+    const double right = sheet_.hardClip.upper.x - left, top = sheet_.hardClip.upper.y - bottom;
     const Point corners[] = {{left, bottom}, {right, bottom}, {right, top}, {left, top}, {left, bottom}};
     const size_t ends[] = {std::size(corners)};
-    m_page->stroke({corners, ends}, kFrame, kFrameWidth);
+    page_->stroke({corners, ends}, kFrame, kFrameWidth);
 }
 
 std::optional<PictureError> Picture::failure(const std::string &what, int errnoValue) const {
-    return PictureError{m_path + ": " + what, errnoValue};
+    return PictureError{path_ + ": " + what, errnoValue};
 }
 
 } // namespace virtual_plotter

@@ -36,7 +36,7 @@ public:
     /// without it strokes are taken and go nowhere.
     std::optional<PictureError> open(const std::string &path);
     /// A remark for the user on how the picture was made; mostly empty.
-    const std::string &note() const { return m_note; }
+    const std::string &note() const { return note_; }
 
     void setPen(int pen, double widthMillimetres) override;
     void begin(Point at) override;
@@ -51,16 +51,16 @@ private:
     void drawFrame();
     std::optional<PictureError> failure(const std::string &what, int errnoValue = 0) const;
 
-    Sheet m_sheet;
-    PictureOptions m_options;
-    std::string m_path, m_note;
-    OutputFile m_file;
-    std::unique_ptr<Page> m_page;
-    int m_pen = 1;
-    double m_width = 0.3;
-    Point m_last;
-    std::vector<Point> m_points; // the strokes since the last flush
-    std::vector<size_t> m_ends;  // of all of them but the last
+    Sheet sheet_;
+    PictureOptions options_;
+    std::string path_, note_;
+    OutputFile file_;
+    std::unique_ptr<Page> page_;
+    int pen_ = 1;
+    double width_ = 0.3;
+    Point last_;
+    std::vector<Point> points_; // the strokes since the last flush
+    std::vector<size_t> ends_;  // of all of them but the last
 };
 
 } // namespace virtual_plotter

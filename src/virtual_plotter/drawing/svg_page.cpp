@@ -11,7 +11,7 @@ namespace {
 
 class SvgPage final : public Page {
 public:
-    SvgPage(const Sheet &sheet, OutputFile &file) : m_file(file) {
+    SvgPage(const Sheet &sheet, OutputFile &file) : file_(file) {
         const Point origin = areaOrigin(sheet);
         text("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"");
         number(sheet.width).text("mm\" height=\"").number(sheet.height).text("mm\" viewBox=\"0 0 ");
@@ -43,7 +43,7 @@ public:
 
 private:
     SvgPage &text(std::string_view more) {
-        m_text += more;
+        text_ += more;
         return *this;
     }
 
@@ -59,7 +59,7 @@ private:
         constexpr char kDigits[] = "0123456789abcdef";
         text("#");
         for (uint8_t part : {ink.red, ink.green, ink.blue})
-            m_text.append({kDigits[part / 16], kDigits[part % 16]});
+            text_.append({kDigits[part / 16], kDigits[part % 16]});
         return *this;
     }
 
@@ -77,12 +77,12 @@ private:
     }
 
     void write() {
-        m_file.write(m_text.data(), m_text.size());
-        m_text.clear();
+        file_.write(text_.data(), text_.size());
+        text_.clear();
     }
 
-    OutputFile &m_file;
-    std::string m_text;
+    OutputFile &file_;
+    std::string text_;
 };
 
 } // namespace

@@ -36,13 +36,13 @@ uint32_t locationOf(libusb_device *device) noexcept {
     return location;
 }
 
-UsbDevice describe(const UsbContext &context, libusb_device *device) {
+UsbDevice deviceOf(const UsbContext &context, libusb_device *device) {
     UsbDevice made{context, {libusb_ref_device(device), libusb_unref_device}, {}, locationOf(device)};
     libusb_get_device_descriptor(device, &made.descriptor); // cannot fail: it is kept since the device was found
     return made;
 }
 
-UsbAlternateSetting describe(const libusb_interface_descriptor &descriptor) {
+UsbAlternateSetting alternateSettingOf(const libusb_interface_descriptor &descriptor) {
     UsbAlternateSetting setting{descriptor.bAlternateSetting, {}};
     for (int i = 0; i < descriptor.bNumEndpoints; ++i) {
         const libusb_endpoint_descriptor &endpoint = descriptor.endpoint[i];
@@ -71,7 +71,7 @@ IOReturn listUsbDevices(const UsbContext &context, std::vector<UsbDevice> *devic
     const ssize_t count = libusb_get_device_list(context.get(), &found);
     if (count < 0) return codeOfUsb(static_cast<int>(count));
     const std::unique_ptr<libusb_device *, ListDeleter> list(found);
-    std::for_each(found, found + count, [&](libusb_device *device) { devices->push_back(describe(context, device)); });
+    std::for_each(found, found + count, [&](libusb_device *device) { devices->push_back(deviceOf(context, device)); });
     std::stable_sort(devices->begin(), devices->end(),
                      [](const UsbDevice &a, const UsbDevice &b) { return a.locationID < b.locationID; });
     return kIOReturnSuccess;
@@ -93,7 +93,7 @@ std::vector<UsbInterface> interfacesOf(const UsbDevice &device) {
                           {}};
         std::transform(described.altsetting, described.altsetting + described.num_altsetting,
                        std::back_inserter(made.settings),
-                       [](const libusb_interface_descriptor &descriptor) { return describe(descriptor); });
+                       [](const libusb_interface_descriptor &descriptor) { return alternateSettingOf(descriptor); });
         interfaces.push_back(std::move(made));
     }
     return interfaces;
