@@ -25,8 +25,8 @@ step() {
     printf '%4d s\n' $((SECONDS - began))
 }
 
-# build PRESET: configures and builds it, on all processors.
+# build PRESET [TARGET]: configures it, and builds the target, or all of it, on all processors.
 build() {
     step "Configuring ($1)" cmake --preset "$1"
-    step "Building ($1)" cmake --build --preset "$1" --parallel "$(nproc)"
+    step "Building ($1)" cmake --build --preset "$1" --parallel "$(nproc)" --target "${2-all}"
 }
