@@ -2,6 +2,7 @@
 # need, what programs are compiled against, and the command.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR "ORB Vectorix Foundation")
+# A placeholder, which no mail reaches: whoever publishes packages puts an address here and into changelog and copyright.
 set(CPACK_PACKAGE_CONTACT "ORB Vectorix Foundation <maintainers@vectorix.invalid>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each description's first line is its own
