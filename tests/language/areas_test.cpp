@@ -33,23 +33,16 @@ constexpr StrokeCase kPolygons[] = {
      "0,1000 3000,1000 | 6000,1000 9000,1000"},
     {"hatching within the window, however large the area", "IW0,0,100,2500;FT3,1000;PU-90000000,500;RA90000000,90000000",
      "0,1000 100,1000 | 100,2000 0,2000"},
+    {"not within a definition", "PU5,5PM0RA9,9;EP;LBx\x03PD6,6,7,5PM2EP;PM2", "5,5 6,6 7,5 5,5"},
+    {"texts that are not drawn", "BLPD9,9;\3WDtext PD\3CO\"PD5,5;\";CO PD8,\"8;BP5,\"PD;\",1;PU1,1PD2,2", "1,1 2,2"},
 };
 
-TEST(HpglAreas, Strokes) {
-    for (const StrokeCase &c : kPolygons)
-        EXPECT_EQ(Job(c.text).strokes(), c.strokes) << c.what << ": " << c.text;
-}
+TEST(HpglAreas, Strokes) { expectStrokes(kPolygons); }
 
 TEST(HpglAreas, HatchingIsNeverFinerThanThePen) {
     // 0.5 mm is 20 units; 12.8 units is a thousandth of the sheet's diagonal.
     EXPECT_EQ(Job("PW.5;FT3,0.001;PU0,1RA4000,401").findings().strokes, 20u);
     EXPECT_EQ(Job("PW0;FT3,0.001;PU0,1RA4000,641").findings().strokes, 50u);
-}
-
-TEST(HpglAreas, NotWithinADefinition) {
-    const Job job("PU5,5PM0RA9,9;EP;LBx\x03PD6,6,7,5PM2EP;PM2");
-    EXPECT_EQ(job.strokes(), "5,5 6,6 7,5 5,5");
-    EXPECT_EQ(job.oddities(), "malformed@8 RA9,9;\nmalformed@14 EP;\nmalformed@17 LBx.\nmalformed@36 PM2");
 }
 
 // ---- Labels: where the pen is after them, and what they cover ----
@@ -101,7 +94,6 @@ TEST(HpglLabels, WhatIsCovered) {
         const char *text;
         Rectangle covered;
     } cases[] = {
-        {"upright", "LBH\x03", h},
         {"the second of two", "LB H\x03", {{120 + h.lower.x, h.lower.y}, {120 + h.upper.x, h.upper.y}}},
         {"upwards", "DI0,1;LBH\x03", {{-h.upper.y, h.lower.x}, {-h.lower.y, h.upper.x}}},
         {"slanted", "SL1;LBH\x03", {{h.lower.x + h.lower.y, h.lower.y}, {h.upper.x + h.upper.y, h.upper.y}}},
@@ -120,13 +112,6 @@ TEST(HpglLabels, WhatIsCovered) {
         EXPECT_NEAR(demand.upper.y - 1000, c.covered.upper.y, 1e-6) << c.what;
     }
     EXPECT_EQ(Job(std::string(kSetUp) + "LT2,1,1;LBH\x03").strokes(), Job(std::string(kSetUp) + "LBH\x03").strokes());
-}
-
-TEST(HpglLabels, TextsThatAreNotDrawn) {
-    const Job job("BLPD9,9;\x03WDtext PD\x03"
-                  "CO\"PD5,5;\";CO PD8,\"8;BP5,\"PD;\",1;PU1,1PD2,2");
-    EXPECT_EQ(job.strokes(), "1,1 2,2");
-    EXPECT_EQ(job.oddities(), "");
 }
 
 } // namespace

@@ -21,10 +21,7 @@ constexpr StrokeCase kDmpl[] = {
 };
 
 TEST(Dmpl, Strokes) {
-    for (const StrokeCase &c : kDmpl) {
-        EXPECT_EQ(Job(c.text, Language::dmpl).strokes(), c.strokes) << c.what;
-        EXPECT_EQ(Job(c.text, Language::dmpl, 1).strokes(), c.strokes) << c.what << ", byte by byte";
-    }
+    expectStrokes(kDmpl, Language::dmpl);
     const Job arcs(";:ECNU600,600CA500,500,90D0,0U600,500CC500,500", Language::dmpl);
     EXPECT_EQ(arcs.findings().strokes, 3u);
     EXPECT_NE(arcs.strokes().find(" 400,600 | 400,600 0,0 | 600,500 "), std::string::npos) << arcs.strokes();

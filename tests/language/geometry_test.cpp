@@ -15,56 +15,50 @@ namespace {
 
 constexpr Rectangle kArea{{-30, -20}, {40, 35}};
 
+/// Points anywhere, on the area and beyond it on all sides.
+class Geometry : public ::testing::Test {
+protected:
+    double number(double reach) { return std::uniform_real_distribution<double>(-reach, reach)(random_); }
+    Point point(double reach) { return {number(reach), number(reach)}; }
+
+    /// Two contours that cross themselves and each other.
+    void makePolygon() {
+        std::ranges::generate(points_, [this] { return point(60); });
+    }
+
+    std::vector<Point> points_ = std::vector<Point>(11);
+    const std::vector<size_t> ends_ = {6, 11};
+
+private:
+    std::mt19937 random_{4711};
+};
+
 bool oddlyInside(std::span<const Point> points, std::span<const size_t> ends, Point p) {
     bool in = false;
-    size_t start = 0;
+    size_t i = 0;
     for (size_t end : ends) {
-        for (size_t i = start, last = end - 1; i < end; last = i++) {
-            const Point a = points[last];
-            const Point b = points[i];
+        for (size_t last = end - 1; i < end; last = i++) {
+            const Point a = points[last], b = points[i];
             if ((a.y > p.y) != (b.y > p.y) && p.x < a.x + (p.y - a.y) / (b.y - a.y) * (b.x - a.x)) in = !in;
         }
-        start = end;
     }
     return in;
 }
 
-class Geometry : public ::testing::Test {
-protected:
-    double number(double least, double most) { return std::uniform_real_distribution<double>(least, most)(random_); }
-    Point point(double reach) { return {number(-reach, reach), number(-reach, reach)}; }
+double distance(Point a, Point b) { return std::hypot(a.x - b.x, a.y - b.y); }
 
-    /// Two contours that cross themselves and each other, reaching beyond the area on all sides.
-    void makePolygon() {
-        points_.clear();
-        for (int i = 0; i < 11; ++i)
-            points_.push_back(point(60));
-        ends_ = {6, points_.size()};
-    }
-
-    std::mt19937 random_{4711};
-    std::vector<Point> points_;
-    std::vector<size_t> ends_;
-};
+bool isOn(const Line &l, Point p) { return distance(p, l.from) + distance(p, l.to) < distance(l.from, l.to) + 1e-9; }
 
 TEST_F(Geometry, LinesKeepWhatIsInside) {
     for (int round = 0; round < 2000; ++round) {
-        const Point from = point(60);
-        const Point to = point(60);
-        Point a = from;
-        Point b = to;
-        const bool visible = clipLine(kArea, a, b);
-        for (int i = 0; i <= 50; ++i) {
-            const double t = i / 50.0;
-            const Point p{from.x + t * (to.x - from.x), from.y + t * (to.y - from.y)};
-            // On the way from one clipped end to the other, with some room for what is right at the edge.
-            const bool kept = visible && std::hypot(p.x - a.x, p.y - a.y) + std::hypot(p.x - b.x, p.y - b.y) <
-                                             std::hypot(b.x - a.x, b.y - a.y) + 1e-9;
-            const bool within = inside(kArea, p);
-            const double toEdge = std::min({p.x + 30, 40 - p.x, p.y + 20, 35 - p.y});
-            EXPECT_TRUE(within == kept || std::abs(toEdge) < 1e-6) << p.x << ", " << p.y;
+        const Point from = point(60), to = point(60);
+        Line kept{from, to};
+        const bool isVisible = clipLine(kArea, kept.from, kept.to);
+        for (double t = 0; t < 1; t += 0.02) {
+            const Point p{std::lerp(from.x, to.x, t), std::lerp(from.y, to.y, t)};
+            EXPECT_EQ(isVisible && isOn(kept, p), inside(kArea, p)) << p.x << ", " << p.y;
         }
-        EXPECT_TRUE(!visible || (inside(kArea, a) && inside(kArea, b)));
+        EXPECT_TRUE(!isVisible || (inside(kArea, kept.from) && inside(kArea, kept.to)));
     }
 }
 
@@ -87,27 +81,20 @@ TEST_F(Geometry, HatchingCoversWhatIsInside) {
     constexpr double kSpacing = 3;
     for (int round = 0; round < 200; ++round) {
         makePolygon();
-        const double degrees = number(-400, 400);
-        const Point anchor = point(100);
-        const Point along{std::cos(degrees * std::numbers::pi / 180), std::sin(degrees * std::numbers::pi / 180)};
+        const double degrees = number(400), radians = degrees * std::numbers::pi / 180;
+        const Point anchor = point(100), along{std::cos(radians), std::sin(radians)};
         Hatching hatching(points_, ends_, kArea, anchor, degrees, kSpacing);
         std::vector<Line> all;
-        for (int64_t line = 0; line < hatching.lines(); ++line) {
-            const auto pieces = hatching.pieces(line);
-            all.insert(all.end(), pieces.begin(), pieces.end());
-        }
+        for (int64_t line = 0; line < hatching.lines(); ++line)
+            std::ranges::copy(hatching.pieces(line), std::back_inserter(all));
         for (int i = 0; i < 50; ++i) {
             // From anywhere to the next of the lines through multiples of the spacing.
             Point p = point(40);
-            const double height = along.x * (p.y - anchor.y) - along.y * (p.x - anchor.x);
-            const double up = std::round(height / kSpacing) * kSpacing - height;
+            const double up = -std::remainder(along.x * (p.y - anchor.y) - along.y * (p.x - anchor.x), kSpacing);
             p = {p.x - up * along.y, p.y + up * along.x};
             if (!inside(kArea, p)) continue; // lines that miss the area altogether are left out
-            const bool drawn = std::any_of(all.begin(), all.end(), [p](const Line &l) {
-                return std::hypot(p.x - l.from.x, p.y - l.from.y) + std::hypot(p.x - l.to.x, p.y - l.to.y) <
-                       std::hypot(l.to.x - l.from.x, l.to.y - l.from.y) + 1e-9;
-            });
-            EXPECT_EQ(drawn, oddlyInside(points_, ends_, p)) << "round " << round << " at " << p.x << ", " << p.y;
+            const bool isDrawn = std::ranges::any_of(all, [p](const Line &l) { return isOn(l, p); });
+            EXPECT_EQ(isDrawn, oddlyInside(points_, ends_, p)) << "round " << round << " at " << p.x << ", " << p.y;
         }
     }
 }

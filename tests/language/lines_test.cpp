@@ -3,14 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 namespace language {
 namespace {
 
-using namespace std::string_view_literals;
-
-constexpr StrokeCase kMoves[] = {
+constexpr StrokeCase kLines[] = {
+    // Moves, pens and the window.
     {"pen down with pairs", "PU10,10;PD20,10,20,20;PU;", "10,10 20,10 20,20"},
     {"lower case, blanks and line ends", "pa 100 200 pd\r\n 300\n400 ;", "100,200 300,400"},
     {"fractions, bare points, zeros in front", "PU.5,1.PD0002.250,1.75000", "0.5,1 2.25,1.75"},
@@ -28,9 +25,7 @@ constexpr StrokeCase kMoves[] = {
      "9000,7500 10000,7500"},
     {"ticks", "TL1,2;PU500,500;XT;YT;TL1;XT;TL;YT", "500,340 500,580 | 300,500 600,500 | 500,500 500,580 | 450,500 550,500"},
     {"a new start leaves nothing behind", "SC0,9,0,9;RO90;LT2;PR;IW5,5,6,6;PD;IN;PU1,1PD2,1", "1,1 2,1"},
-};
-
-constexpr StrokeCase kScales[] = {
+    // Scales.
     {"by P1 and P2, at first the hard-clip area", "SC0,100,0,80;PU10,10PD20,20;SC;PD5,5", "1000,1000 2000,2000 5,5"},
     {"P2 follows P1", "IP1000,1000,2000,3000;IP0,0;SC0,10,0,10;PU0,0PD10,10", "0,0 1000,2000"},
     {"IP after SC moves the units", "SC0,10,0,10;IP0,0,100,100;PU1,1PD2,2;IP;PD0,1", "10,10 20,20 0,800"},
@@ -43,9 +38,7 @@ constexpr StrokeCase kScales[] = {
     {"turning leaves the pen in place", "PU300,200;RO90;PR;PD10,0;RO;PD10,0", "300,200 300,210 310,210"},
     {"P2 of the turned area", "RO90;IP;SC0,1,0,1;PU0,0PD1,1", "10000,0 0,8000"},
     {"nonsense changes nothing", "SC0,100,0,80;SC5,5,1,2;SC1,2,3;IP5,5,5,9;RO45;PU1,1PD2,2", "100,100 200,200"},
-};
-
-constexpr StrokeCase kLineTypes[] = {
+    // Line types.
     {"halves of 10 mm", "LT2,10,1;PU0,0PD1000,0", "0,0 200,0 | 400,0 600,0 | 800,0 1000,0"},
     {"round a corner", "LT2,10,1;PU0,0PD500,0,500,500", "0,0 200,0 | 400,0 500,0 500,100 | 500,300 500,500"},
     {"what is clipped counts", "LT2,10,1;PU-100,0PD700,0", "0,0 100,0 | 300,0 500,0"},
@@ -57,9 +50,7 @@ constexpr StrokeCase kLineTypes[] = {
     {"dots at the ends", "LT0;PU0,0PD100,0,200,0", "0,0 | 100,0 | 200,0"},
     {"of one's own, and back", "UL2,3,1;LT2,10,1;PU0,0PD500,0;UL2;PU0,9PD300,9", "0,0 300,0 | 400,0 500,0 | 0,9 200,9"},
     {"no pattern below 1 mm", "LT2,0.0001,1;PU0,0PD100,0", "0,0 20,0 | 40,0 60,0 | 80,0 100,0"},
-};
-
-constexpr StrokeCase kArcs[] = {
+    // Arcs and curves.
     {"circle in four chords; draws with the pen up", "PU500,500CI100,90;PD510,500",
      "600,500 500,600 400,500 500,400 600,500 | 500,500 510,500"},
     {"counterclockwise through a point", "PU600,500PDAT500,600,400,500,90", "600,500 500,600 400,500"},
@@ -73,68 +64,27 @@ constexpr StrokeCase kArcs[] = {
      "0,0 3,3 6,3 9,9"},
     {"round in user units", "SC0,100,0,400;PU50,200CI10,90", "6000,4000 5000,4200 4000,4000 5000,3800 6000,4000"},
     {"chords by deviation", "CT1;PU500,500CI100,29.2893218813", "600,500 500,600 400,500 500,400 600,500"},
-    {"clipped", "PU50,50CI120,90", "170,50 50,170 0,120 | 120,0 170,50"},
+    {"a clipped circle", "PU50,50CI120,90", "170,50 50,170 0,120 | 120,0 170,50"},
+    // Encoded polylines. 1 is \301, -1 \302, 7 \315, 100 G\302; with 7 bits 1 is a, 100 Ge.
+    {"encoded points of several digits", "PEG\302O\305d\300o\\\300;", "0,0 100,200 50,3200"},
+    {"encoded with 7 bits", "PE7GeOkDbOZd;", "0,0 100,200 50,3200"},
+    {"up, absolute", "PE<=G\302O\305=\375\277\301\301;PA40,40", "100,200 31,0 32,1 40,40"},
+    {"binary places", "PE>\303<=Q\300\303\302\307;", "10.25,0.5 10,1.5"},
+    {"pen of an encoded line", "PE:\305\315\315;", "[3 0.35] 0,0 7,7"},
+    {"blanks and line ends within", "PE\r\n\315\315 \n\301\301;", "0,0 7,7 8,8"},
+    {"encoded in user units", "SC0,100,0,80;PE<=\323\323\301\302;", "1000,1000 1100,900"},
+    {"rubbish within is passed over", "PE1\311\311;", "0,0 5,5"},
 };
 
-TEST(HpglLines, StrokeTables) {
-    for (std::span<const StrokeCase> table : {std::span<const StrokeCase>(kMoves), std::span<const StrokeCase>(kScales),
-                                              std::span<const StrokeCase>(kLineTypes), std::span<const StrokeCase>(kArcs)}) {
-        for (const StrokeCase &c : table)
-            EXPECT_EQ(Job(c.text).strokes(), c.strokes) << c.what << ": " << c.text;
-    }
-}
+TEST(HpglLines, Strokes) { expectStrokes(kLines); }
 
 TEST(HpglLines, ChordsOfACircle) {
-    constexpr struct {
-        std::string_view text;
-        std::ptrdiff_t chords;
-    } kCases[] = {{"CI100", 72},   {"CI100,10", 36},          {"CI100,-10", 36},
-                  {"CI100,7", 52}, {"CI100,0.0000001", 1000}, {"CI100,999", 2}};
-    for (const auto &c : kCases) {
-        const std::string strokes = Job("PU500,500" + std::string(c.text)).strokes();
-        EXPECT_EQ(std::count(strokes.begin(), strokes.end(), ' '), c.chords) << c.text;
+    for (const auto &[chords, text] :
+         {std::pair{72, "CI100"}, {36, "CI100,-10"}, {52, "CI100,7"}, {1000, "CI100,0.0000001"}, {2, "CI100,999"}}) {
+        const std::string strokes = Job("PU500,500" + std::string(text)).strokes();
+        EXPECT_EQ(std::ranges::count(strokes, ' '), chords) << text;
         EXPECT_TRUE(strokes.starts_with("600,500 ") && strokes.ends_with(" 600,500")) << strokes;
     }
-}
-
-/// A number of an encoded polyline.
-std::string encoded(int64_t value, int base) {
-    uint64_t rest = static_cast<uint64_t>(value < 0 ? -value * 2 + 1 : value * 2);
-    const auto radix = static_cast<uint64_t>(base);
-    std::string text;
-    for (; rest >= radix; rest /= radix)
-        text += static_cast<char>(63 + rest % radix);
-    return text + static_cast<char>((base == 64 ? 191 : 95) + rest);
-}
-
-TEST(HpglLines, EncodedPolylines) {
-    for (int base : {64, 32}) {
-        const std::string head = base == 32 ? "PE7" : "PE";
-        auto pair = [base](int64_t x, int64_t y) { return encoded(x, base) + encoded(y, base); };
-        const struct {
-            const char *what;
-            std::string text;
-            std::string_view strokes;
-        } cases[] = {
-            {"relative, drawn", head + pair(100, 200) + pair(-50, 3000) + ";", "0,0 100,200 50,3200"},
-            {"up, absolute", head + "<=" + pair(100, 200) + "=" + pair(31, 0) + pair(1, 1) + ";PA40,40",
-             "100,200 31,0 32,1 40,40"},
-            {"binary places", head + ">" + encoded(2, base) + "<=" + pair(41, 2) + pair(-1, 4) + ";", "10.25,0.5 10,1.5"},
-            {"pen", head + ":" + encoded(3, base) + pair(7, 7) + ";", "[3 0.35] 0,0 7,7"},
-            {"blanks and line ends within", head + "\r\n" + pair(7, 7) + " \n" + pair(1, 1) + ";", "0,0 7,7 8,8"},
-            {"scaled", "SC0,100,0,80;" + head + "<=" + pair(10, 10) + pair(1, -1) + ";", "1000,1000 1100,900"},
-            {"a number of far too many digits", head + std::string(100, '~') + pair(0, 0) + ";PU5,5PD6,6", ""},
-        };
-        for (const auto &c : cases) {
-            Job job(c.text);
-            if (!c.strokes.empty()) {
-                EXPECT_EQ(job.strokes(), c.strokes) << c.what << ", base " << base;
-                EXPECT_EQ(job.oddities(), "") << c.what << ", base " << base;
-            }
-        }
-    }
-    EXPECT_EQ(Job("PE" + encoded(5, 64) + ";").oddities(), "malformed@0 PE.;") << "half a point";
-    EXPECT_EQ(Job("PE1" + encoded(5, 64) + encoded(5, 64) + ";").strokes(), "0,0 5,5") << "rubbish within is passed over";
 }
 
 TEST(HpglLines, Measures) {

@@ -3,7 +3,11 @@
 
 #include "language/reader.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -31,14 +35,10 @@ public:
     }
     void line(Point to) override { word(point(to)); }
     void fill(std::span<const Point> points, std::span<const size_t> ends) override {
-        std::string all = "{";
-        size_t i = 0;
-        for (size_t end : ends) {
-            for (; i < end; ++i)
-                all += (all.size() > 1 ? " " : "") + point(points[i]);
-            all += end == ends.back() ? "}" : " /";
-        }
-        word(all);
+        std::string all;
+        for (size_t i = 0; i < points.size(); ++i)
+            all += (i == 0 ? "{" : std::ranges::count(ends, i) != 0 ? " / " : " ") + point(points[i]);
+        word(all + "}");
         stroke_ = false;
     }
     const std::string &text() const { return text_; }
@@ -46,12 +46,8 @@ public:
 private:
     static std::string number(double value) {
         char text[32];
-        std::snprintf(text, sizeof text, "%.2f", value);
-        std::string digits(text);
-        while (digits.back() == '0')
-            digits.pop_back();
-        if (digits.back() == '.') digits.pop_back();
-        return digits == "-0" ? "0" : digits;
+        std::snprintf(text, sizeof text, "%.10g", std::round(value * 100) / 100 + 0.0); // a negative zero becomes 0
+        return text;
     }
     static std::string point(Point p) { return number(p.x) + "," + number(p.y); }
     void word(const std::string &text) { text_ += (text_.empty() ? "" : " ") + text; }
@@ -62,16 +58,13 @@ private:
     bool stroke_ = false;
 };
 
-/// A reader on the test sheet with all that it said.
+/// A reader on the test sheet with all that it said, after it took the text in pieces of at most that many bytes.
 struct Job {
-    explicit Job(std::string_view text, Language language = Language::hpgl) : Job(text, language, text.size()) {}
-    /// The text in pieces of at most that many bytes.
-    Job(std::string_view text, Language language, size_t piece) : reader(makeReader(language, sink, kTestSheet)) {
+    explicit Job(std::string_view text, Language language = Language::hpgl, size_t piece = SIZE_MAX)
+        : reader(makeReader(language, sink, kTestSheet)) {
         reader->onRequest = [this](std::string_view request) { requests += std::string(request) + ";"; };
-        while (!text.empty()) {
+        for (; !text.empty(); text.remove_prefix(std::min(piece, text.size())))
             reader->take(text.substr(0, piece));
-            text.remove_prefix(std::min(piece, text.size()));
-        }
         reader->finish();
     }
     const std::string &strokes() const { return sink.text(); }
@@ -80,8 +73,7 @@ struct Job {
     std::string oddities() const {
         std::string all;
         for (const Oddity &oddity : findings().oddities) {
-            if (!all.empty()) all += "\n";
-            all += oddity.kind == Oddity::unknown ? "unknown@" : "malformed@";
+            all += std::string(all.empty() ? "" : "\n") + (oddity.kind == Oddity::unknown ? "unknown@" : "malformed@");
             all += std::to_string(oddity.offset) + " " + oddity.text;
         }
         return all;
@@ -97,5 +89,12 @@ struct StrokeCase {
     std::string_view text;
     std::string_view strokes;
 };
+
+/// Each job whole and byte by byte.
+inline void expectStrokes(std::span<const StrokeCase> cases, Language language = Language::hpgl) {
+    for (const StrokeCase &c : cases)
+        for (size_t piece : {size_t{1}, SIZE_MAX})
+            EXPECT_EQ(Job(c.text, language, piece).strokes(), c.strokes) << c.what << ", in pieces of " << piece;
+}
 
 } // namespace language
