@@ -17,6 +17,13 @@ namespace language {
 /// 10000 by 8000 plotter units: 250 by 200 mm.
 constexpr Rectangle kTestSheet{{0, 0}, {10000, 8000}};
 
+inline std::string textOf(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.10g", std::round(value * 100) / 100 + 0.0); // a negative zero becomes 0
+    return text;
+}
+inline std::string textOf(Point p) { return textOf(p.x) + "," + textOf(p.y); }
+
 /// Strokes as "0,0 100,0 | 5,5": points of a stroke, strokes parted by bars. A change of the pen is "[number width]", a fill
 /// "{0,0 1,0 1,1 / 2,2 3,3 4,4}" with its contours parted by slashes. Coordinates are rounded to hundredths.
 class RecordingSink final : public PenSink {
@@ -25,31 +32,25 @@ public:
         if (pen == pen_ && width == width_) return;
         pen_ = pen;
         width_ = width;
-        word("[" + number(pen) + " " + number(width) + "]");
+        word("[" + std::to_string(pen) + " " + textOf(width) + "]");
         stroke_ = false;
     }
     void begin(Point at) override {
         if (stroke_) text_ += " |";
-        word(point(at));
+        word(textOf(at));
         stroke_ = true;
     }
-    void line(Point to) override { word(point(to)); }
+    void line(Point to) override { word(textOf(to)); }
     void fill(std::span<const Point> points, std::span<const size_t> ends) override {
         std::string all;
         for (size_t i = 0; i < points.size(); ++i)
-            all += (i == 0 ? "{" : std::ranges::count(ends, i) != 0 ? " / " : " ") + point(points[i]);
+            all += (i == 0 ? "{" : std::ranges::count(ends, i) != 0 ? " / " : " ") + textOf(points[i]);
         word(all + "}");
         stroke_ = false;
     }
     const std::string &text() const { return text_; }
 
 private:
-    static std::string number(double value) {
-        char text[32];
-        std::snprintf(text, sizeof text, "%.10g", std::round(value * 100) / 100 + 0.0); // a negative zero becomes 0
-        return text;
-    }
-    static std::string point(Point p) { return number(p.x) + "," + number(p.y); }
     void word(const std::string &text) { text_ += (text_.empty() ? "" : " ") + text; }
 
     std::string text_;
@@ -90,11 +91,13 @@ struct StrokeCase {
     std::string_view strokes;
 };
 
-/// Each job whole and byte by byte.
-inline void expectStrokes(std::span<const StrokeCase> cases, Language language = Language::hpgl) {
+/// Each job whole and byte by byte, behind the same beginning.
+inline void expectStrokes(std::span<const StrokeCase> cases, Language language = Language::hpgl,
+                          std::string_view setUp = "") {
     for (const StrokeCase &c : cases)
         for (size_t piece : {size_t{1}, SIZE_MAX})
-            EXPECT_EQ(Job(c.text, language, piece).strokes(), c.strokes) << c.what << ", in pieces of " << piece;
+            EXPECT_EQ(Job(std::string(setUp) + std::string(c.text), language, piece).strokes(), c.strokes)
+                << c.what << ", in pieces of " << piece;
 }
 
 } // namespace language

@@ -1,42 +1,32 @@
-#include "language/stroke_font.h"
-#include "virtual_plotter/drawing/sheet.h"
+#include "virtual_plotter/drawing/picture.h"
+#include "virtual_plotter/drawing/png_size_chunk.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <cairo/cairo.h>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <set>
-#include <tuple>
-#include <vector>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
 using namespace virtual_plotter;
+namespace fs = std::filesystem;
 
-std::vector<std::tuple<int, int, bool>> pointsOf(unsigned char character) {
-    std::vector<std::tuple<int, int, bool>> points;
-    for (const GlyphPoint &p : glyph(character))
-        points.emplace_back(p.x, p.y, p.penDown);
-    return points;
-}
+constexpr const char *kEndings[] = {".svg", ".png", ".pdf"};
+constexpr double kDotsPerMillimetre = 10;
+constexpr uint32_t kWhite = 0xFFFFFF;
 
-TEST(StrokeFont, EveryCharacterIsDrawnWithinItsCellAndLikeNoOther) {
-    std::set<std::vector<std::tuple<int, int, bool>>> seen = {pointsOf(0x7F)};
-    for (unsigned char c = '!'; c <= '~'; ++c) {
-        const auto points = glyph(c);
-        ASSERT_GE(points.size(), 2U) << c;
-        EXPECT_FALSE(points.front().penDown) << c;
-        for (size_t i = 0; i < points.size(); ++i) {
-            EXPECT_TRUE(points[i].x >= 0 && points[i].x <= kAdvance - 7) << c << ": point " << i;
-            EXPECT_TRUE(points[i].y >= -7 && points[i].y <= kCapHeight) << c << ": point " << i;
-            // A stroke goes somewhere, and never stands still.
-            if (points[i].penDown)
-                EXPECT_TRUE(points[i].x != points[i - 1].x || points[i].y != points[i - 1].y) << c << ": point " << i;
-            else
-                EXPECT_TRUE(i + 1 < points.size() && points[i + 1].penDown) << c << ": point " << i;
-        }
-        EXPECT_TRUE(seen.insert(pointsOf(c)).second) << c;
-    }
-    EXPECT_TRUE(glyph(' ').empty());
+Sheet sheetOf(const char *text) {
+    std::string error;
+    return parseSheet(text, error).value();
 }
 
 TEST(Sheet, Sizes) {
@@ -44,37 +34,227 @@ TEST(Sheet, Sizes) {
         const char *text;
         double width, height, areaWidth, areaHeight;
     } kSheetCases[] = {
-        {"A4", 297, 210, 10900, 7650},        {"a4-portrait", 210, 297, 7650, 10900}, {"A3", 420, 297, 16158, 11040},
-        {"a0", 1189, 841, 46760, 32840},      {"Letter", 279.4, 215.9, 10365, 7962},  {"297.5X100", 297.5, 100, 11100, 3200},
+        {"a4-portrait", 210, 297, 7650, 10900},
+        {"A0", 1189, 841, 46760, 32840},
+        {"297.5X100", 297.5, 100, 11100, 3200},
         {"10x20000", 10, 20000, 320, 799200}, // a narrow strip keeps most of its width
     };
     for (const auto &c : kSheetCases) {
-        std::string error;
-        const std::optional<Sheet> sheet = parseSheet(c.text, error);
-        ASSERT_TRUE(sheet.has_value()) << c.text << ": " << error;
-        EXPECT_EQ(sheet->width, c.width) << c.text;
-        EXPECT_EQ(sheet->height, c.height) << c.text;
-        EXPECT_EQ(sheet->hardClip.lower, Point()) << c.text;
-        EXPECT_EQ(sheet->hardClip.upper, (Point{c.areaWidth, c.areaHeight})) << c.text;
-        EXPECT_EQ(error, "") << c.text;
+        const Sheet sheet = sheetOf(c.text);
+        EXPECT_EQ((Point{sheet.width, sheet.height}), (Point{c.width, c.height})) << c.text;
+        EXPECT_EQ(sheet.hardClip.lower, Point()) << c.text;
+        EXPECT_EQ(sheet.hardClip.upper, (Point{c.areaWidth, c.areaHeight})) << c.text;
     }
+    std::string error;
+    for (const char *text :
+         {"", "a4 ", "x210", "297x210mm", "297 x 210", "297x210-portrait", "9.9x100", "nanx100", "100xnan"})
+        EXPECT_FALSE(parseSheet(text, error).has_value()) << text;
+    EXPECT_FALSE(parseSheet("100x20001", error).has_value());
+    EXPECT_EQ(error, "sheet 100x20001: each side must be 10 to 20000 millimetres long");
 }
 
-TEST(Sheet, Refusals) {
-    constexpr const char *kNoSheet = "use a0, a1, a2, a3, a4, letter, tabloid";
-    constexpr const char *kSides = "each side must be 10 to 20000 millimetres long";
-    const struct {
-        const char *text, *error;
-    } cases[] = {
-        {"", kNoSheet},      {"a5", kNoSheet},        {"a4 ", kNoSheet},       {"297x", kNoSheet},
-        {"x210", kNoSheet},  {"297x210mm", kNoSheet}, {"297 x 210", kNoSheet}, {"297x210-portrait", kNoSheet},
-        {"9.9x100", kSides}, {"100x20001", kSides},   {"nanx100", kSides},     {"100xnan", kSides},
-    };
-    for (const auto &c : cases) {
-        std::string error;
-        EXPECT_FALSE(parseSheet(c.text, error).has_value()) << c.text;
-        EXPECT_NE(error.find(c.error), std::string::npos) << c.text << ": " << error;
+/// A PNG of an A4 sheet, read back.
+class Dots {
+public:
+    explicit Dots(const std::string &path)
+        : m_surface(cairo_image_surface_create_from_png(path.c_str()), cairo_surface_destroy) {}
+    int width() const { return cairo_image_surface_get_width(m_surface.get()); }
+    int height() const { return cairo_image_surface_get_height(m_surface.get()); }
+    /// By plotter units: the margins are 12.25 and 9.375 mm.
+    uint32_t at(double x, double y) const {
+        const auto column = static_cast<ptrdiff_t>((12.25 + x / 40) * kDotsPerMillimetre);
+        const auto row = static_cast<ptrdiff_t>((210 - 9.375 - y / 40) * kDotsPerMillimetre);
+        const unsigned char *data = cairo_image_surface_get_data(m_surface.get());
+        uint32_t value;
+        memcpy(&value, data + row * cairo_image_surface_get_stride(m_surface.get()) + column * 4, sizeof value);
+        return value & 0xFFFFFF;
     }
+
+private:
+    std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> m_surface;
+};
+
+class PictureTest : public testing::Test {
+protected:
+    PictureTest() {
+        std::string pattern = fs::temp_directory_path() / "picture-XXXXXX";
+        m_folder = mkdtemp(pattern.data());
+    }
+    ~PictureTest() override { fs::remove_all(m_folder); }
+
+    std::string path(const std::string &name) const { return m_folder / name; }
+    auto fileCount() const { return std::distance(fs::directory_iterator(m_folder), {}); }
+    std::string contents(const std::string &name) const {
+        std::ifstream file(path(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    void draw(const std::string &name, void (*drawing)(PenSink &)) const {
+        Picture picture(sheetOf("a4"), {.dotsPerInch = kDotsPerMillimetre * 25.4});
+        auto error = picture.open(path(name));
+        ASSERT_FALSE(error.has_value()) << error->message;
+        drawing(picture);
+        error = picture.finish();
+        ASSERT_FALSE(error.has_value()) << error->message;
+    }
+
+    fs::path m_folder;
+};
+
+// 100 mm to the right from the corner of the pen's area, then 50 mm up; and a dot.
+void drawCorner(PenSink &sink) {
+    sink.setPen(1, 1.0);
+    sink.begin({0, 0});
+    sink.line({4000, 0});
+    sink.line({4000, 2000});
+    sink.setPen(2, 4.0);
+    sink.begin({400, 1000});
+}
+
+constexpr Point kSquares[] = {{6000, 1000}, {8000, 1000}, {8000, 3000}, {6000, 3000},
+                              {6800, 1400}, {7200, 1400}, {7200, 1800}, {6800, 1800}};
+constexpr size_t kSquareEnds[] = {4, 8};
+
+void drawMuch(PenSink &sink) {
+    for (int i = 0; i < 1000; ++i) {
+        if (i % 100 == 0) sink.setPen(i / 100, 0.3);
+        sink.begin({i * 10.0, (i * 37) % 7650 + 0.5});
+        sink.line({i * 10.0 + 300, (i * 91) % 7650 + 0.25});
+    }
+    sink.fill(kSquares, kSquareEnds);
+}
+
+/// The corner, a dot of each pen, a line that is filled over, a long one of many points, and many dots beside each other.
+void drawPens(PenSink &sink) {
+    drawCorner(sink);
+    for (int pen = 0; pen <= 9; ++pen) {
+        sink.setPen(pen, 4.0);
+        sink.begin({pen * 400.0, 3000});
+    }
+    sink.setPen(3, 0); // the thinnest line is still one
+    sink.begin({0, 4000});
+    sink.line({4000, 4000});
+    sink.setPen(2, 2.0);
+    sink.begin({5000, 2000});
+    sink.line({9000, 2000});
+    sink.setPen(4, 2.0);
+    sink.fill(kSquares, kSquareEnds);
+    sink.line({9000, 3600});
+    sink.begin({0, 5000});
+    for (int i = 1; i <= 10000; ++i)
+        sink.line({i * 1.0, 5000});
+    for (int i = 0; i <= 10000; ++i)
+        sink.begin({i * 1.0, 6000});
+}
+
+TEST_F(PictureTest, InkIsWhereItWasDrawn) {
+    draw("pens.png", drawPens);
+    const Dots dots(path("pens.png"));
+    EXPECT_EQ(dots.width(), 2970);
+    EXPECT_EQ(dots.height(), 2100);
+    const auto colourOf = [&dots](int pen) { return dots.at(pen * 400, 3000); };
+    std::set<uint32_t> colours;
+    for (int pen = 0; pen <= 8; ++pen)
+        EXPECT_TRUE(colours.insert(colourOf(pen)).second) << pen;
+    EXPECT_EQ(colourOf(9), colourOf(1));
+    EXPECT_NE(dots.at(2000, 4000), kWhite);
+
+    constexpr struct {
+        const char *what;
+        double x, y;
+        int pen; // 0: no ink
+    } kPlaces[] = {
+        {"left end, half the pen's width out", -16, 0, 1},
+        {"left of it", -26, 0, 0},
+        {"right edge", 4016, 1000, 1},
+        {"right of it", 4026, 1000, 0},
+        {"upper end", 4000, 2016, 1},
+        {"above it", 4000, 2026, 0},
+        {"the corner is on the right", 0, 1000, 0},
+        {"a dot to the right", 872, 3000, 2},
+        {"but round", 864, 2936, 0},
+        {"beside the fill", 5400, 2000, 2},
+        {"a fill covers what was before", 7000, 2000, 4},
+        {"a hole", 7000, 1600, 0},
+        {"below the hole", 7000, 1100, 4},
+        {"goes on where the last stroke ended", 9000, 3000, 4},
+    };
+    EXPECT_EQ(colourOf(0), kWhite);
+    for (const auto &p : kPlaces)
+        EXPECT_EQ(dots.at(p.x, p.y), colourOf(p.pen)) << p.what;
+    for (int x = 0; x < 10000; ++x)
+        EXPECT_TRUE(dots.at(x, 5000) == colourOf(4) && dots.at(x, 6000) == colourOf(4)) << "a gap at " << x;
+}
+
+TEST_F(PictureTest, FilesSayTheSizeOfTheSheet) {
+    for (const char *ending : kEndings)
+        draw(std::string("sheet") + ending, drawCorner);
+    const std::string svg = contents("sheet.svg"), pdf = contents("sheet.pdf");
+    for (const char *words :
+         {"width=\"297mm\" height=\"210mm\" viewBox=\"0 0 297 210\"", "matrix(0.025 0 0 -0.025 12.25 200.625)",
+          "stroke-width=\"40\" d=\"M0 0L4000 0 4000 2000\"", "stroke-width=\"160\" d=\"M400 1000h0\""})
+        EXPECT_NE(svg.find(words), std::string::npos) << words << " in " << svg;
+    EXPECT_NE(pdf.find("/MediaBox [ 0 0 841.889"), std::string::npos);
+    EXPECT_EQ(pdf.find("Date"), std::string::npos); // tomorrow's file would be another
+    EXPECT_NE(contents("sheet.png").find(std::string("pHYs\0\0\x27\x10\0\0\x27\x10\x01", 13)), std::string::npos);
+    // The chunk of 72 dots per inch, as it stands in countless files.
+    constexpr PngSizeChunk kKnown = {0,    0, 0, 9,    'p',  'H', 'Y',  's',  0,    0,   0x0B,
+                                     0x13, 0, 0, 0x0B, 0x13, 1,   0x00, 0x9A, 0x9C, 0x18};
+    EXPECT_EQ(pngSizeChunk(2835), kKnown);
+}
+
+TEST_F(PictureTest, ResolutionIsLoweredForLargeSheets) {
+    EXPECT_EQ(pngResolution(sheetOf("a0"), 200), 200);
+    Picture picture(sheetOf("20000x10"));
+    ASSERT_FALSE(picture.open(path("strip.png")).has_value());
+    EXPECT_NE(picture.note().find("41 dots per inch"), std::string::npos) << picture.note();
+    drawCorner(picture);
+    ASSERT_FALSE(picture.finish().has_value());
+    EXPECT_EQ(Dots(path("strip.png")).width(), 32767);
+}
+
+TEST_F(PictureTest, WithoutAFileThereIsNoPicture) {
+    fs::create_directory(path("folder.svg"));
+    Picture picture(sheetOf("a4"));
+    EXPECT_EQ(picture.open(path("folder.svg")).value().errnoValue, EISDIR);
+    drawCorner(picture); // is ignored
+    EXPECT_TRUE(picture.finish().has_value());
+    EXPECT_EQ(fileCount(), 1);
+}
+
+TEST_F(PictureTest, FullDiskKeepsTheOlderFile) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small = {100, limit.rlim_max};
+    for (const char *ending : kEndings)
+        for (const auto drawing : {drawCorner, drawMuch}) { // the first may fail only when the file is closed
+            const std::string name = std::string("full") + ending;
+            std::ofstream(path(name)) << "older";
+            Picture picture(sheetOf("a4"));
+            setrlimit(RLIMIT_FSIZE, &small);
+            const bool opened = !picture.open(path(name)).has_value();
+            drawing(picture);
+            const PictureError error = picture.finish().value_or(PictureError{"none", -1});
+            setrlimit(RLIMIT_FSIZE, &limit);
+            EXPECT_TRUE(opened) << name;
+            EXPECT_EQ(error.errnoValue, EFBIG) << error.message;
+            EXPECT_EQ(contents(name), "older") << name;
+        }
+    std::signal(SIGXFSZ, SIG_DFL);
+    EXPECT_EQ(fileCount(), std::ssize(kEndings));
+}
+
+TEST_F(PictureTest, GivenUpLeavesNothing) {
+    for (const char *ending : kEndings) {
+        Picture picture(sheetOf("a4"));
+        ASSERT_FALSE(picture.open(path(std::string("draft") + ending)).has_value());
+        drawMuch(picture);
+        // Nor does it when the process is killed, where the file system knows files without a name.
+        const int unnamed = ::open(m_folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+        EXPECT_TRUE(fileCount() == 0 || unnamed < 0) << ending;
+        ::close(unnamed);
+    }
+    EXPECT_EQ(fileCount(), 0);
 }
 
 } // namespace

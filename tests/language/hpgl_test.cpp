@@ -1,7 +1,11 @@
-// HP-GL's moves, coordinate systems, pens, line types, arcs and encoded polylines.
+// What HP-GL draws: lines, arcs and encoded polylines; polygons and fills; labels.
 #include "language/recording_sink.h"
 
+#include "language/stroke_font.h"
+
 #include <gtest/gtest.h>
+
+#include <set>
 
 namespace language {
 namespace {
@@ -45,7 +49,6 @@ constexpr StrokeCase kLines[] = {
     {"a move begins the pattern again", "LT2,10,1;PU0,0PD100,0PU0,9PD300,9", "0,0 100,0 | 0,9 200,9"},
     {"in percent of the diagonal", "IP0,0,300,400;LT2,80;PU0,0PD500,0", "0,0 200,0 | 400,0 500,0"},
     {"dots", "LT1,10,1;PU0,0PD1000,0", "0,0 | 400,0 | 800,0"},
-    {"dash and dot", "LT4,10,1;PU0,0PD500,0", "0,0 320,0 | 360,0 | 400,0 500,0"},
     {"adaptive", "LT-2,10,1;PU0,0PD1000,0", "0,0 250,0 | 500,0 750,0"},
     {"dots at the ends", "LT0;PU0,0PD100,0,200,0", "0,0 | 100,0 | 200,0"},
     {"of one's own, and back", "UL2,3,1;LT2,10,1;PU0,0PD500,0;UL2;PU0,9PD300,9", "0,0 300,0 | 400,0 500,0 | 0,9 200,9"},
@@ -76,9 +79,65 @@ constexpr StrokeCase kLines[] = {
     {"rubbish within is passed over", "PE1\311\311;", "0,0 5,5"},
 };
 
-TEST(HpglLines, Strokes) { expectStrokes(kLines); }
+constexpr StrokeCase kPolygons[] = {
+    {"outline, closed with the pen down", "PU100,100PM0PD200,100,200,200PM2EP", "100,100 200,100 200,200 100,100"},
+    {"edges with the pen up are not outlined", "PU100,100PM;PD200,100;PU200,200PM2EP", "100,100 200,100"},
+    {"but they bound the filled area", "PU100,100PM0PD200,100PU200,200PM2FP", "{100,100 200,100 200,200 100,100}"},
+    {"an arc within", "PU60,50PM0PDAA50,50,180,90PM2EP", "60,50 50,60 40,50 60,50"},
+    {"encoded points go into it as well", "PU5,5PM0PE\xC9\xBF\xBF\xC9;PM2EP", "5,5 10,5 10,10 5,5"},
+    {"nothing in the buffer", "EP;FP;PM0PM2EP;FP", ""},
+    {"rectangles", "PU100,100EA200,300;ER-50,50;PD0,0",
+     "100,100 200,100 200,300 100,300 100,100 | 100,100 50,100 50,150 100,150 100,100 | 100,100 0,0"},
+    {"a rectangle stays in the buffer", "PU1,1RA2,2EP", "{1,1 2,1 2,2 1,2 1,1} 1,1 2,1 2,2 1,2 1,1"},
+    {"wedges", "PU500,500WG100,0,90,45;EW-100,0,90,90",
+     "{500,500 600,500 570.71,570.71 500,600 500,500} 500,500 400,500 500,400 500,500"},
+    {"a whole one has no corner", "PU500,500WG100,90,360,120", "{500,600 413.4,450 586.6,450 500,600}"},
+    {"a fill is clipped", "PU-100,-100RA100,100;PU9000,9000RR-20000,-20000",
+     "{0,0 100,0 100,100 0,100} {0,8000 0,0 9000,0 9000,8000}"},
+    {"hatched, to and fro, from P1 on", "FT3,1000;PU0,500RA4000,3500",
+     "0,1000 4000,1000 | 4000,2000 0,2000 | 0,3000 4000,3000"},
+    {"shaded by half", "PW1;FT10,50;PU0,0RA200,200", "[1 1] 113.14,0 200,86.86 | 200,200 0,0 | 0,113.14 86.86,200"},
+    {"cross-hatched", "FT4,1000;PU500,500RA1500,1500", "1000,500 1000,1500 | 500,1000 1500,1000"},
+    {"a hole stays empty", "FT3,1000;PU0,500PM0PD9000,500,9000,1500,0,1500PM1PU3000,700PD6000,700,6000,1200,3000,1200PM2FP",
+     "0,1000 3000,1000 | 6000,1000 9000,1000"},
+    {"hatching within the window, however large the area", "IW0,0,100,2500;FT3,1000;PU-90000000,500;RA90000000,90000000",
+     "0,1000 100,1000 | 100,2000 0,2000"},
+    {"not within a definition", "PU5,5PM0RA9,9;EP;LBx\x03PD6,6,7,5PM2EP;PM2", "5,5 6,6 7,5 5,5"},
+    {"texts that are not drawn", "BLPD9,9;\3WDtext PD\3CO\"PD5,5;\";CO PD8,\"8;BP5,\"PD;\",1;PU1,1PD2,2", "1,1 2,2"},
+};
 
-TEST(HpglLines, ChordsOfACircle) {
+// Characters of 56 by 168 units in cells of 84 by 336; a slash goes from 4,-24 to 52,168 in its cell.
+constexpr std::string_view kLabelSetUp = "PU1000,1000;SI0.14,0.42;";
+
+constexpr StrokeCase kLabels[] = {
+    {"line ends", "LB  \r\n \r\n \3PD", "1084,328"},
+    {"a line end leads back to where the first label began", "LB  \3LB  \r\n\3PD", "1000,664"},
+    {"backspace", "LB  \b\3PD", "1084,1000"},
+    {"tab", "LB  \t \3PD", "1756,1000"},
+    {"other control bytes", "LB \x0e\x0f\2 \3PD", "1168,1000"},
+    {"the terminator printed", "DT/,0;LB /PD", "1088,976 1136,1168 | 1168,1000"},
+    {"the old terminator", "DT/;DT;LB /\3PD", "1088,976 1136,1168 | 1168,1000"},
+    {"diagonally by P1 and P2", "IP0,0,300,400;DR1,1;LB  \3PD", "1100.8,1134.4"},
+    {"size by P1 and P2", "SR1,2;LB  \n\3PD", "1300,680"},
+    {"by cells", "CP2,-1;PD", "1168,664"},
+    {"by a line", "LB   \3CP;PD", "1000,664"},
+    {"lines of CP count for the line end", "CP3,-1;LB \r\3PD", "1000,664"},
+    {"a character of the plot's own", "UC2,0,99,1,4,-99,9,9;UC;LB \3PD", "1028,1000 1042,1084 | 1168,1000"},
+    {"without the line type", "LT2,1,1;LB/\3", "1004,976 1052,1168"},
+    {"upwards", "DI0,1;LB/\3", "1024,1004 832,1052"},
+    {"slanted", "SL1;LB/\3", "980,976 1220,1168"},
+    {"mirrored", "SI-0.14,0.42;LB/\3", "996,976 948,1168"},
+    {"apart at the right", "LO19;LB/\3", "920,724 968,916"},
+    {"marks at points", "SM/;PA1000,1000;", "976,892 1024,1084"},
+};
+
+TEST(Hpgl, Strokes) {
+    expectStrokes(kLines);
+    expectStrokes(kPolygons);
+    expectStrokes(kLabels, Language::hpgl, kLabelSetUp);
+}
+
+TEST(Hpgl, ChordsOfACircle) {
     for (const auto &[chords, text] :
          {std::pair{72, "CI100"}, {36, "CI100,-10"}, {52, "CI100,7"}, {1000, "CI100,0.0000001"}, {2, "CI100,999"}}) {
         const std::string strokes = Job("PU500,500" + std::string(text)).strokes();
@@ -87,7 +146,13 @@ TEST(HpglLines, ChordsOfACircle) {
     }
 }
 
-TEST(HpglLines, Measures) {
+TEST(Hpgl, HatchingIsNeverFinerThanThePen) {
+    // 0.5 mm is 20 units; 12.8 units is a thousandth of the sheet's diagonal.
+    EXPECT_EQ(Job("PW.5;FT3,0.001;PU0,1RA4000,401").findings().strokes, 20u);
+    EXPECT_EQ(Job("PW0;FT3,0.001;PU0,1RA4000,641").findings().strokes, 50u);
+}
+
+TEST(Hpgl, Measures) {
     Job job("VS10;PU0,0;PD4000,0;PU4000,4000;PD4000,8000,4000,12000;SP2;PD;SP0;PD9,9");
     const Findings &f = job.findings();
     EXPECT_DOUBLE_EQ(f.downMillimetres, 200) << "what lies outside the sheet is not drawn";
@@ -99,6 +164,25 @@ TEST(HpglLines, Measures) {
     EXPECT_EQ(f.demand.lower, (Point{0, 0}));
     EXPECT_EQ(f.demand.upper, (Point{4000, 12000}));
     EXPECT_FALSE(Job("PU90000,0;PU5,5;").findings().anyDemand) << "moves demand nothing";
+}
+
+std::string_view bytesOf(std::span<const GlyphPoint> points) {
+    return {reinterpret_cast<const char *>(points.data()), points.size_bytes()};
+}
+
+TEST(StrokeFont, EveryCharacterIsDrawnWithinItsCellAndLikeNoOther) {
+    std::set<std::string_view> seen = {bytesOf(glyph(0x7F))};
+    for (unsigned char c = '!'; c <= '~'; ++c) {
+        const auto points = glyph(c);
+        EXPECT_TRUE(points.size() >= 2 && !points.front().penDown) << c;
+        for (size_t i = 0; i < points.size(); ++i) {
+            const GlyphPoint p = points[i];
+            EXPECT_TRUE(p.x >= 0 && p.x <= kAdvance - 7 && p.y >= -7 && p.y <= kCapHeight) << c << ": point " << i;
+            EXPECT_TRUE(p.penDown || (i + 1 < points.size() && points[i + 1].penDown)) << c << ": point " << i;
+        }
+        EXPECT_TRUE(seen.insert(bytesOf(points)).second) << c;
+    }
+    EXPECT_TRUE(glyph(' ').empty());
 }
 
 } // namespace
