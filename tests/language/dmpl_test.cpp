@@ -32,8 +32,7 @@ TEST(Dmpl, OdditiesAndQuestions) {
     EXPECT_EQ(Job(";:U1,2,3 Y7,EC7,G,CX1,?P-1,E", Language::dmpl).oddities(),
               "malformed@2 U1,2,3 \nunknown@9 Y\nmalformed@12 EC7,\nunknown@16 G\nunknown@18 CX\nunknown@22 ?\n"
               "malformed@23 P-1,\nunknown@27 E");
-    EXPECT_EQ(Job(";:EH,ECN,ER,Q@", Language::dmpl).requests, "EH,ECN,ER;");
-    EXPECT_EQ(Job(";:EF,EC5,ER,Q@", Language::dmpl, 1).requests, "EF,EC5,ER;");
+    EXPECT_EQ(Job(";:EH,ECN,ER,Q@", Language::dmpl, 1).requests, "EH,ECN,ER;");
     EXPECT_EQ(Job(";:ECN,EF,P0,A,U,U0,0,K,", Language::dmpl).oddities(), "");
     EXPECT_EQ(Job(";:ECNU300,200D", Language::dmpl).reader->status().at, (Point{300, 200}));
 }

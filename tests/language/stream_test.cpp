@@ -37,14 +37,12 @@ TEST(HpglStream, Questions) {
     EXPECT_EQ(Job("OH").requests, "OH;") << "at the end of the job";
 }
 
-struct OddCase {
+constexpr struct {
     const char *what;
     std::string_view text;
     std::string_view oddities;
     uint64_t instructions;
-};
-
-constexpr OddCase kOdd[] = {
+} kOdd[] = {
     {"unknown", "IN;XX12;PU;", "unknown@3 XX12;", 2},
     {"half a pair", "PA1;PD1,2,3PU;", "malformed@0 PA1;\nmalformed@4 PD1,2,3", 3},
     {"too few and too many numbers", "CI;SP1,2;DF1", "malformed@0 CI;\nmalformed@3 SP1,2;\nmalformed@9 DF1", 3},
@@ -65,7 +63,7 @@ constexpr OddCase kOdd[] = {
 };
 
 TEST(HpglStream, Oddities) {
-    for (const OddCase &c : kOdd) {
+    for (const auto &c : kOdd) {
         const Job job(c.text);
         EXPECT_EQ(job.oddities(), c.oddities) << c.what;
         EXPECT_EQ(job.findings().instructions, c.instructions) << c.what;
@@ -147,9 +145,8 @@ TEST(HpglHostile, NumbersWithoutMeasure) {
     survive("PD" + repeat("9999999999", 1'000'000) + "," + std::string(1000, '0') + "1." + std::string(1000, '3'));
     survive("SC0,.000000000000000001,0,.000000000000000001;PD9999999999,9999999999;CI999999999;AA999999999,1,360,.1;"
             "PR999999999,999999999;EA999999999,-999999999;RA-999999999,999999999;LBx\x03");
-    survive(
-        "IP0,0,.0000000001,.0000000001;SC-999999999,999999999,-999999999,999999999;PD5,5;CI5;AA1,1,90;EW9,9,9;FT3,1;RA7,7;"
-        "LT2,.0001;PD9,9,-9,0;SR9,9;LBabc\x03");
+    survive("IP0,0,.0000000001,.0000000001;SC-999999999,999999999,-999999999,999999999;PD5,5;CI5;AA1,1,90;EW9,9,9;FT3,1;"
+            "RA7,7;LT2,.0001;PD9,9,-9,0;SR9,9;LBabc\x03");
     survive("SI999999999,999999999;ES999999999,9;SL999999999;LBab\tc\r\n\b\x03LO15;DI.00000000001,999999999;LBabcdefg\x03");
     survive("LT-2,.001,1;PU0,0PD.000000001,0,.0000000000000001,0,999999999,999999999,0,0");
     survive("PE" + std::string(100, '~') + "\277\277;PU5,5PD6,6");

@@ -32,24 +32,22 @@ Sheet sheetOf(const char *text) {
 TEST(Sheet, Sizes) {
     constexpr struct {
         const char *text;
-        double width, height, areaWidth, areaHeight;
+        Point size, area;
     } kSheetCases[] = {
-        {"a4-portrait", 210, 297, 7650, 10900},
-        {"A0", 1189, 841, 46760, 32840},
-        {"297.5X100", 297.5, 100, 11100, 3200},
-        {"10x20000", 10, 20000, 320, 799200}, // a narrow strip keeps most of its width
+        {"a4-portrait", {210, 297}, {7650, 10900}},
+        {"A0", {1189, 841}, {46760, 32840}},
+        {"297.5X100", {297.5, 100}, {11100, 3200}},
+        {"10x20000", {10, 20000}, {320, 799200}}, // a narrow strip keeps most of its width
     };
     for (const auto &c : kSheetCases) {
         const Sheet sheet = sheetOf(c.text);
-        EXPECT_EQ((Point{sheet.width, sheet.height}), (Point{c.width, c.height})) << c.text;
-        EXPECT_EQ(sheet.hardClip.lower, Point()) << c.text;
-        EXPECT_EQ(sheet.hardClip.upper, (Point{c.areaWidth, c.areaHeight})) << c.text;
+        EXPECT_EQ((Point{sheet.width, sheet.height}), c.size) << c.text;
+        EXPECT_EQ(sheet.hardClip.upper, c.area) << c.text;
     }
     std::string error;
     for (const char *text :
-         {"", "a4 ", "x210", "297x210mm", "297 x 210", "297x210-portrait", "9.9x100", "nanx100", "100xnan"})
+         {"", "a4 ", "x210", "297x210mm", "297 x 210", "297x210-portrait", "9.9x100", "nanx100", "100xnan", "100x20001"})
         EXPECT_FALSE(parseSheet(text, error).has_value()) << text;
-    EXPECT_FALSE(parseSheet("100x20001", error).has_value());
     EXPECT_EQ(error, "sheet 100x20001: each side must be 10 to 20000 millimetres long");
 }
 
@@ -59,7 +57,6 @@ public:
     explicit Dots(const std::string &path)
         : m_surface(cairo_image_surface_create_from_png(path.c_str()), cairo_surface_destroy) {}
     int width() const { return cairo_image_surface_get_width(m_surface.get()); }
-    int height() const { return cairo_image_surface_get_height(m_surface.get()); }
     /// By plotter units: the margins are 12.25 and 9.375 mm.
     uint32_t at(double x, double y) const {
         const auto column = static_cast<ptrdiff_t>((12.25 + x / 40) * kDotsPerMillimetre);
@@ -110,19 +107,6 @@ void drawCorner(PenSink &sink) {
     sink.begin({400, 1000});
 }
 
-constexpr Point kSquares[] = {{6000, 1000}, {8000, 1000}, {8000, 3000}, {6000, 3000},
-                              {6800, 1400}, {7200, 1400}, {7200, 1800}, {6800, 1800}};
-constexpr size_t kSquareEnds[] = {4, 8};
-
-void drawMuch(PenSink &sink) {
-    for (int i = 0; i < 1000; ++i) {
-        if (i % 100 == 0) sink.setPen(i / 100, 0.3);
-        sink.begin({i * 10.0, (i * 37) % 7650 + 0.5});
-        sink.line({i * 10.0 + 300, (i * 91) % 7650 + 0.25});
-    }
-    sink.fill(kSquares, kSquareEnds);
-}
-
 /// The corner, a dot of each pen, a line that is filled over, a long one of many points, and many dots beside each other.
 void drawPens(PenSink &sink) {
     drawCorner(sink);
@@ -137,7 +121,10 @@ void drawPens(PenSink &sink) {
     sink.begin({5000, 2000});
     sink.line({9000, 2000});
     sink.setPen(4, 2.0);
-    sink.fill(kSquares, kSquareEnds);
+    const Point squares[] = {{6000, 1000}, {8000, 1000}, {8000, 3000}, {6000, 3000},
+                             {6800, 1400}, {7200, 1400}, {7200, 1800}, {6800, 1800}};
+    const size_t ends[] = {4, 8};
+    sink.fill(squares, ends);
     sink.line({9000, 3600});
     sink.begin({0, 5000});
     for (int i = 1; i <= 10000; ++i)
@@ -150,7 +137,6 @@ TEST_F(PictureTest, InkIsWhereItWasDrawn) {
     draw("pens.png", drawPens);
     const Dots dots(path("pens.png"));
     EXPECT_EQ(dots.width(), 2970);
-    EXPECT_EQ(dots.height(), 2100);
     const auto colourOf = [&dots](int pen) { return dots.at(pen * 400, 3000); };
     std::set<uint32_t> colours;
     for (int pen = 0; pen <= 8; ++pen)
@@ -169,13 +155,11 @@ TEST_F(PictureTest, InkIsWhereItWasDrawn) {
         {"right of it", 4026, 1000, 0},
         {"upper end", 4000, 2016, 1},
         {"above it", 4000, 2026, 0},
-        {"the corner is on the right", 0, 1000, 0},
         {"a dot to the right", 872, 3000, 2},
         {"but round", 864, 2936, 0},
         {"beside the fill", 5400, 2000, 2},
         {"a fill covers what was before", 7000, 2000, 4},
         {"a hole", 7000, 1600, 0},
-        {"below the hole", 7000, 1100, 4},
         {"goes on where the last stroke ended", 9000, 3000, 4},
     };
     EXPECT_EQ(colourOf(0), kWhite);
@@ -221,40 +205,35 @@ TEST_F(PictureTest, WithoutAFileThereIsNoPicture) {
     EXPECT_EQ(fileCount(), 1);
 }
 
-TEST_F(PictureTest, FullDiskKeepsTheOlderFile) {
+TEST_F(PictureTest, WhatIsNotFinishedKeepsTheOlderFile) {
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit limit;
     getrlimit(RLIMIT_FSIZE, &limit);
     const rlimit small = {100, limit.rlim_max};
-    for (const char *ending : kEndings)
-        for (const auto drawing : {drawCorner, drawMuch}) { // the first may fail only when the file is closed
-            const std::string name = std::string("full") + ending;
-            std::ofstream(path(name)) << "older";
+    for (const char *ending : kEndings) {
+        const std::string name = std::string("older") + ending;
+        std::ofstream(path(name)) << "older";
+        const auto files = fileCount();
+        Picture givenUp(sheetOf("a4"));
+        EXPECT_FALSE(givenUp.open(path(name)).has_value());
+        drawPens(givenUp);
+        // Nor is anything left when the process is killed, where the file system knows files without a name.
+        const int unnamed = ::open(m_folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+        EXPECT_TRUE(fileCount() == files || unnamed < 0) << ending;
+        ::close(unnamed);
+        for (const auto drawing : {drawCorner, drawPens}) { // on a full disk the first may fail only when the file is closed
             Picture picture(sheetOf("a4"));
             setrlimit(RLIMIT_FSIZE, &small);
-            const bool opened = !picture.open(path(name)).has_value();
+            EXPECT_FALSE(picture.open(path(name)).has_value());
             drawing(picture);
             const PictureError error = picture.finish().value_or(PictureError{"none", -1});
             setrlimit(RLIMIT_FSIZE, &limit);
-            EXPECT_TRUE(opened) << name;
             EXPECT_EQ(error.errnoValue, EFBIG) << error.message;
             EXPECT_EQ(contents(name), "older") << name;
         }
+    }
     std::signal(SIGXFSZ, SIG_DFL);
     EXPECT_EQ(fileCount(), std::ssize(kEndings));
-}
-
-TEST_F(PictureTest, GivenUpLeavesNothing) {
-    for (const char *ending : kEndings) {
-        Picture picture(sheetOf("a4"));
-        ASSERT_FALSE(picture.open(path(std::string("draft") + ending)).has_value());
-        drawMuch(picture);
-        // Nor does it when the process is killed, where the file system knows files without a name.
-        const int unnamed = ::open(m_folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
-        EXPECT_TRUE(fileCount() == 0 || unnamed < 0) << ending;
-        ::close(unnamed);
-    }
-    EXPECT_EQ(fileCount(), 0);
 }
 
 } // namespace

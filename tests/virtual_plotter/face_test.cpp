@@ -63,12 +63,10 @@ TEST(VirtualPlotterTest, AnswersEachFamilyInItsForm) {
         {"a question behind its own beginning", 17010, ":ECN,:ECN,EF,P0,A,U,U0,0,K,", "0,0,10000,8000\r"},
         {"a question of other plotters", 17002, "\x1b%0B\x03NP4,\x03NP7,70,\x03NP7,76,!ST1;", ""},
         {"language by its first bytes", 17002, " ;:EH,EC5,ER,Q@", "0,0,0,0,0,0,1969,1575,\r"},
-        {"position and pen, in user units too", 17002, "IP100,100,1100,900;SC0,10,0,8;PA5,4;PD;OA;OC;",
-         "600,500,1\r5,4,1\r"},
+        {"position and pen, in both units", 17002, "IP100,100,1100,900;SC0,10,0,8;PA5,4;PD;OA;OC;", "600,500,1\r5,4,1\r"},
         {"areas", 17002, "IP100,100,1100,900;SC0,10,0,8;IW1,1,2,2;OP;OW;", "100,100,1100,900\r200,200,300,300\r"},
         {"fresh until asked, an error until it is asked for", 17002, "OS;XX;OS;OE;OE;CI;OE;OS;", "24\r48\r1\r0\r2\r16\r"},
-        {"device control, some of it without an answer", 17002, "\x1B.B\x1B.N;19:\x1B.I81;;17:\x1B..\x1B\x1B.O",
-         "1024\r8\r"},
+        {"device control, partly without an answer", 17002, "\x1B.B\x1B.N;19:\x1B.I81;;17:\x1B..\x1B\x1B.O", "1024\r8\r"},
         {"a question that it does not know", 17002, "OG;OF;", "40,40\r"},
     };
     for (const auto &c : kCases) {
@@ -93,13 +91,11 @@ TEST(VirtualPlotterTest, HoldsItsHostWhileTheBufferIsNearlyFull) {
     played.pass(milliseconds(1));
     EXPECT_EQ(played.said, "\x11");
     played.pass(milliseconds(1000));
-    EXPECT_TRUE(played.plotter.isIdle());
     played.plotter.hear("OF;", played.now);
     played.pass(milliseconds(2));
     EXPECT_EQ(played.said, "\x11") << "time without work saves up no pace";
     played.pass(milliseconds(1));
-    EXPECT_EQ(played.said, "\x11"
-                           "40,40\r");
+    EXPECT_EQ(played.said.substr(1), "40,40\r");
 }
 
 /// A question about the buffer is answered when it is heard; it counts itself.
