@@ -42,7 +42,6 @@ TEST_F(Files, RefsNameFilesThatExist) {
     EXPECT_EQ(platform::makeFSRef((path + "x").c_str(), &ref), fnfErr);
     EXPECT_EQ(platform::makeFSRef((path + "/x").c_str(), &ref), fnfErr);
     EXPECT_EQ(platform::makeFSRef("", &ref), paramErr);
-    EXPECT_EQ(platform::makeFSRef(nullptr, &ref), paramErr);
     EXPECT_EQ(platform::makeFSRef(path.c_str(), &ref), noErr);
 
     // A relative path is taken from the working directory of the moment, also when that changes later.
@@ -90,9 +89,6 @@ TEST_F(Files, ReadsAgreeWithTheFileAtAnyOffset) {
     for (char &c : bytes)
         c = static_cast<char>(random());
     ASSERT_EQ(open(put("plot", bytes), &fork), noErr);
-    int64_t size = 0;
-    EXPECT_EQ(FSGetForkSize(fork, &size), noErr);
-    EXPECT_EQ(size, 300'000);
 
     std::string buffer(200'001, '\0');
     size_t offset = 0;
@@ -121,6 +117,8 @@ TEST_F(Files, SizesThatChangeAndBadArguments) {
     ASSERT_EQ(truncate(path.c_str(), 70'000), 0);
     EXPECT_EQ(FSReadFork(fork, fsFromStart, 69'990, 16, c, &actual), eofErr);
     EXPECT_EQ(actual, 10U);
+    EXPECT_EQ(FSGetForkSize(fork, &size), noErr);
+    EXPECT_EQ(size, 70'000);
     ASSERT_EQ(truncate(path.c_str(), 80'000), 0);
     EXPECT_EQ(FSReadFork(fork, fsFromStart, 69'990, 16, c, &actual), noErr);
     EXPECT_EQ(memcmp(c, "aaaaaaaaaa\0\0\0\0\0\0", 16), 0);

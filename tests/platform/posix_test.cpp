@@ -70,17 +70,13 @@ void handle(int) { ++handled; }
 
 void handleInDetail(int, siginfo_t *info, void *context) { handled += context && info->si_pid == getpid() ? 1 : 99; }
 
-void takeSignal(int number, int flags) {
+void takeSignals(int flags, int first = 1, int last = NSIG - 1) {
     struct sigaction action = {};
     action.sa_flags = flags;
     action.sa_handler = handle;
     if ((flags & SA_SIGINFO) != 0) action.sa_sigaction = handleInDetail;
-    sigaction(number, &action, nullptr);
-}
-
-void takeAll(int flags) {
-    for (int number = 1; number < NSIG; ++number)
-        takeSignal(number, flags);
+    for (int number = first; number <= last; ++number)
+        sigaction(number, &action, nullptr);
 }
 
 TEST(Stop, LivesFromTheRequestToTheEndOfTheCall) {
@@ -161,9 +157,9 @@ TEST(Stop, ReachesAllHostsAndLeavesThemAsTheyWere) {
     for (const SignalHost &host : {
              SignalHost{"uses no signals", nothing, nothing, 0},
              {"blocks all", blockAll, nothing, 0},
-             {"handles all", [] { takeAll(SA_RESTART); }, sendBoth, 2},
-             {"in detail", [] { takeAll(SA_SIGINFO | SA_RESTART); }, sendBoth, 2},
-             {"handles one no more", [] { takeAll(0); }, [] { signal(SIGWINCH, SIG_IGN), raise(SIGWINCH); }, 0},
+             {"handles all", [] { takeSignals(SA_RESTART); }, sendBoth, 2},
+             {"in detail", [] { takeSignals(SA_SIGINFO | SA_RESTART); }, sendBoth, 2},
+             {"handles one no more", [] { takeSignals(0); }, [] { signal(SIGWINCH, SIG_IGN), raise(SIGWINCH); }, 0},
              {"takes the signal back", nothing, [] { signal(SIGURG, SIG_DFL); }, 0},
              {"handles it from then on", [] { signal(SIGURG, SIG_DFL); }, [] { signal(SIGURG, handle); }, 0, false},
          })
@@ -180,7 +176,7 @@ std::thread interrupted(const std::function<void()> &act) {
 }
 
 TEST(Stop, OtherSignalsInterruptNothing) {
-    takeSignal(SIGALRM, 0);
+    takeSignals(0, SIGALRM, SIGALRM);
     {
         Call call;
         std::thread stopping = interrupted(platform::requestStop);
@@ -208,7 +204,6 @@ TEST(Stop, NoRequestReachesTheNextCall) {
             std::this_thread::yield();
         platform::endCall();
         EXPECT_FALSE(platform::stopRequested());
-        if (HasFailure()) break;
     }
     done = true;
     host.join();
@@ -233,18 +228,15 @@ TEST(Stop, AChildProcessIsOnItsOwn) {
 TEST(Terminal, OpenIsPrivateAndIdentityFollowsTheDevice) {
     Pty pty, other;
     const int again = posix::open(pty.path.c_str(), O_RDWR | O_NONBLOCK);
-    ASSERT_GE(again, 0);
     EXPECT_EQ(fcntl(again, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
     platform::DeviceIdentity first, second, third;
-    EXPECT_EQ(posix::identify(pty.line, &first), 0);
-    EXPECT_EQ(posix::identify(again, &second), 0);
-    EXPECT_EQ(posix::identify(other.line, &third), 0);
+    EXPECT_EQ(posix::identify(pty.line, &first) | posix::identify(again, &second) | posix::identify(other.line, &third), 0);
     EXPECT_TRUE(first == second && first != third);
     EXPECT_EQ(posix::close(again), 0);
-    EXPECT_EQ(
-        inAChild([&] { return setsid() < 0 || posix::open(other.path.c_str(), O_RDWR) < 0 || ::open("/dev/tty", 0) >= 0; }),
-        0)
-        << "a controlling terminal hangs the host up with the line";
+    const auto open = [&] {
+        return setsid() < 0 || posix::open(other.path.c_str(), O_RDWR) < 0 || ::open("/dev/tty", 0) >= 0;
+    };
+    EXPECT_EQ(inAChild(open), 0) << "a controlling terminal hangs the host up with the line";
 }
 
 TEST(Console, AHostsFunctionTakesAllTextThatWentToTheStandardStreams) {
