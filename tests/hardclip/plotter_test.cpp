@@ -39,10 +39,10 @@ protected:
         constexpr double kUnits[] = {1, 1.016, 4, 5.08}; // plotter units, for variants 1 to 4
         const bool hasUnits = emulation == 17008 || emulation == 17030;
         const double unit = !hasUnits ? 1 : variant < 1 || variant > 8 ? kUnits[3] : kUnits[(variant - 1) % 4];
-        EXPECT_NEAR(record.ORB_HARDC_1 * unit, kSheet.lower.x, unit / 2);
-        EXPECT_NEAR(record.ORB_HARDC_2 * unit, kSheet.lower.y, unit / 2);
-        EXPECT_NEAR(record.ORB_HARDC_3 * unit, kSheet.upper.x, unit / 2);
-        EXPECT_NEAR(record.ORB_HARDC_4 * unit, kSheet.upper.y, unit / 2);
+        const double values[] = {record.ORB_HARDC_1, record.ORB_HARDC_2, record.ORB_HARDC_3, record.ORB_HARDC_4};
+        const double corners[] = {kSheet.lower.x, kSheet.lower.y, kSheet.upper.x, kSheet.upper.y};
+        for (int i = 0; i < 4; ++i)
+            EXPECT_NEAR(values[i] * unit, corners[i], unit / 2);
     }
 
     scripted::Platform platform;
@@ -52,20 +52,6 @@ private:
     std::optional<VirtualPlotter> plotter_;
 };
 
-TEST_F(PlotterQuery, EachEmulationOverASerialLine) {
-    for (int32_t emulation = 17001; emulation <= 17037; ++emulation) {
-        for (uint32_t variant = 0; variant < kVariants; ++variant) {
-            SCOPED_TRACE(testing::Message() << emulation << " variant " << variant);
-            connect(emulation);
-            ORB_ServiceRecord record = jobs::printRecord(platform, "", "");
-            record.ORB_serviceNumber = kORB_ServiceSerialHardClip;
-            record.ORB_EmulationID = emulation;
-            record.ORB_emulationVariant = variant;
-            expectCorners(ORB_getVectorixCS2(record), emulation, variant);
-        }
-    }
-}
-
 /// The vendor of plotters with that emulation; others' plotters are asked in HP-GL, whatever they understand.
 uint16_t vendorOf(int32_t emulation) {
     if (emulation == 17008 || emulation == 17030) return 0x099F;
@@ -73,19 +59,23 @@ uint16_t vendorOf(int32_t emulation) {
     return emulation == 17005 ? 0x0C30 : 0x0B75;
 }
 
-TEST_F(PlotterQuery, EachEmulationOverUsb) {
+TEST_F(PlotterQuery, EachEmulationOverBothLinks) {
     for (int32_t emulation = 17001; emulation <= 17037; ++emulation) {
         for (uint32_t variant = 0; variant < kVariants; ++variant) {
             SCOPED_TRACE(testing::Message() << emulation << " variant " << variant);
+            ORB_ServiceRecord record = jobs::printRecord(platform, "", "");
+            record.ORB_EmulationID = record.ORB_queryEmulationID = emulation;
+            record.ORB_emulationVariant = variant;
+            record.ORB_serviceNumber = kORB_ServiceSerialHardClip;
             connect(emulation);
+            expectCorners(ORB_getVectorixCS2(record), emulation, variant);
+
             platform.registry.devices = {{vendorOf(emulation), 7, 5}};
-            ORB_ServiceRecord record{};
             record.ORB_serviceNumber = kORB_ServiceUSBHardClip;
             record.ORB_OutputMethode = kORB_OSX_METHOD_USB;
             record.ORB_USBidVendor = vendorOf(emulation);
             record.ORB_USBlocationID = 5;
-            record.ORB_EmulationID = record.ORB_queryEmulationID = emulation;
-            record.ORB_emulationVariant = variant;
+            connect(emulation);
             expectCorners(ORB_getVectorixCS2(record), emulation, variant);
         }
     }

@@ -1,5 +1,4 @@
-// Services 7 and 11 in virtual time.
-#include "hardclip/requests.h"
+// Services 7 and 11 in virtual time: what the plotter hears, what it says, and what comes of it.
 #include "platform/posix/stop.h"
 #include "record/state.h"
 #include "support/job.h"
@@ -7,271 +6,161 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cerrno>
+#include <sstream>
 
 namespace {
 
 using scripted::gives;
 
-ORB_QueryReport queryReport() {
+/// A service, the link that it uses, and who is asked over it.
+struct Asked {
+    uint32_t service, method;
+    uint16_t vendor;
+    int32_t emulation, queryEmulation;
+    uint32_t variant = 0;
+};
+constexpr uint32_t kSerial = kORB_OSX_METHOD_SERIAL, kUsb = kORB_OSX_METHOD_USB;
+constexpr Asked kHpgl = {7, kSerial, 0, 17001, 0}, kPairs = {7, kSerial, 0, 17009, 0, 1};
+constexpr Asked kBlanks = {7, kSerial, 0, 17005, 0}, kArea9 = {7, kSerial, 0, 17030, 0, 9};
+constexpr Asked kAs17010 = {7, kSerial, 0, 17009, 0, 2}, kCrossed = {7, kUsb, 0x0B75, 17001, 0};
+constexpr Asked kUsbHpgl = {11, kUsb, 0x0B75, 17001, 0}, kUsbPairs = {11, kUsb, 0x0B4D, 17009, 0, 1};
+constexpr Asked kUsb17002 = {11, kUsb, 0x0F0B, 17002, 17002}, kUsbBlanks = {11, kUsb, 0x0C30, 17005, 0};
+constexpr Asked kUsb17008 = {11, kUsb, 0x099F, 17008, 17008, 3}, kUsb17010 = {11, kUsb, 0x0B4D, 17009, 17010, 2};
+constexpr Asked kOther = {11, kSerial, 0x0B75, 17001, 0};
+
+ORB_ServiceRecord recordOf(const Asked &asked, scripted::Platform &platform) {
+    ORB_ServiceRecord record = jobs::printRecord(platform, "", "");
+    record.ORB_serviceNumber = asked.service;
+    record.ORB_OutputMethode = asked.method;
+    record.ORB_EmulationID = asked.emulation;
+    record.ORB_queryEmulationID = asked.queryEmulation;
+    record.ORB_emulationVariant = asked.variant;
+    record.ORB_USBidVendor = asked.vendor;
+    record.ORB_USBlocationID = 5;
+    record.ORB_USB_PIPEOUT = 1;
+    record.ORB_HARDC_2 = record.ORB_HARDC_4 = 77; // only service 7 zeroes the values first
+    platform.registry.devices = {{0x0B75, 7, 5}};
+    return record;
+}
+
+/// "1 2 3 4; 22007; 27005/0, 11 reads, 16 s": the values, the record's identifier, and the report.
+std::string outcomeOf(const ORB_ServiceRecord &r, unsigned slept) {
     ORB_QueryReport report{};
     report.structSize = sizeof report;
     ORB_hostGetQueryReport(&report);
-    return report;
+    std::ostringstream text;
+    text << r.ORB_HARDC_1 << " " << r.ORB_HARDC_2 << " " << r.ORB_HARDC_3 << " " << r.ORB_HARDC_4 << "; " << r.ORB_errorID
+         << "; " << report.errorID << "/" << report.status << ", " << report.reads << " reads, " << slept << " s";
+    return text.str();
 }
 
-struct Values {
-    double v[4];
-    bool operator==(const Values &) const = default;
-};
-Values valuesOf(const ORB_ServiceRecord &r) { return {{r.ORB_HARDC_1, r.ORB_HARDC_2, r.ORB_HARDC_3, r.ORB_HARDC_4}}; }
+using Platform = scripted::Platform;
+using Record = ORB_ServiceRecord;
+using Given = std::function<void(Platform &, Record &)>;
 
-class SerialQuery : public testing::Test {
-protected:
-    ORB_ServiceRecord ask(int32_t emulation, std::vector<std::string> replies, uint32_t variant = 0) {
-        ORB_ServiceRecord record = jobs::printRecord(platform, "", "");
-        record.ORB_serviceNumber = kORB_ServiceSerialHardClip;
-        record.ORB_EmulationID = emulation;
-        record.ORB_emulationVariant = variant;
-        record.ORB_HARDC_2 = record.ORB_HARDC_4 = 77;
-        platform.terminal.replies.assign(replies.begin(), replies.end());
-        platform.terminal.written.clear();
-        platform.clock.slept = 0;
-        platform.log.clear();
-        platform.console.out.clear();
-        return ORB_getVectorixCS2(record);
-    }
-    long reads() const {
-        return std::count_if(platform.log.begin(), platform.log.end(),
-                             [](const std::string &l) { return l.starts_with("read "); });
-    }
-    ~SerialQuery() override { EXPECT_TRUE(platform.terminal.openPaths.empty()); }
+Given failing(const char *call, long code, int times) {
+    return [=](Platform &platform, Record &) { platform.script(call, gives(code), times); };
+}
 
-    scripted::Platform platform;
-};
-
-struct SerialCase {
-    const char *what;
-    int32_t emulation;
-    uint32_t variant;
-    std::vector<std::string> replies;
-    std::string asked;
-    Values values;
-    int32_t errorID; ///< of the query report
-    long reads;
-    unsigned slept; ///< the close's two seconds are among them
-};
-
-TEST_F(SerialQuery, Dialogues) {
-    const std::string escape = "\x1b%0B\x03NP4,\x03NP7,70,\x03NP7,76,!ST1;";
-    const SerialCase kCases[] = {
-        {"HP-GL", 17001, 0, {"0,0,15200,10800\r"}, "IN;OH;", {{0, 0, 15200, 10800}}, kORB_NoError, 1, 6},
-        {"silence", 17001, 0, {}, "IN;OH;", {{0, 0, 0, 0}}, kORB_ErrorNoReply, 11, 16},
-        {"a part ends the polling", 17001, 0, {"0,0,15200\r"}, "IN;OH;", {{0, 0, 0, 0}}, kORB_ErrorNoReply, 1, 6},
-        {"blanks", 17005, 0, {"1 2 3 4\r"}, "IN-1;OH;", {{1, 2, 3, 4}}, kORB_NoError, 1, 6},
-        {"variant 9", 17030, 9, {",,,,1,2,3,4,"}, ";:EF,EC5,ER,Q@", {{1, 2, 3, 4}}, kORB_NoError, 1, 6},
-        {"a pair", 17009, 1, {"1,2\r", "3,4\r"}, "[U", {{1, 2, 3, 4}}, kORB_NoError, 2, 9},
-        {"no second pair", 17009, 1, {"1,2\r"}, "[U", {{1, 2, 0, 0}}, kORB_ErrorNoReply, 11, 18},
-        {"half a second pair", 17009, 1, {"1,2\r", "3,"}, "[U", {{1, 2, 3, 111}}, kORB_ErrorNoReply, 2, 9},
-        {"17009 as 17010", 17009, 2, {"1,2,3,4\r"}, escape, {{1, 2, 3, 4}}, kORB_NoError, 1, 6},
+TEST(Query, Dialogues) {
+    const std::string toHpgl = "\x1b%0B\x03NP4,\x03NP7,70,\x03NP7,76,!ST1;", start = ";:ECN,EF,P0,A,U,U0,0,K,";
+    std::string incomplete;
+    for (int i = 0; i < 120; ++i)
+        incomplete += "1,2|";
+    const auto ended = [](Platform &p, Record &) { p.always("read", gives(0)); };
+    const auto refused = [](Platform &p, Record &) { p.script("write", scripted::fails(EIO)); };
+    const auto stopped = [](Platform &p, Record &) {
+        p.terminal.onWrite = [](std::string_view) { platform::requestStop(); };
     };
-    for (const SerialCase &c : kCases) {
-        SCOPED_TRACE(c.what);
-        ORB_ServiceRecord record = ask(c.emulation, c.replies, c.variant);
-        EXPECT_EQ(platform.terminal.written, c.asked);
-        EXPECT_EQ(valuesOf(record), c.values);
-        EXPECT_EQ(record.ORB_errorID, kORB_NoError); // the close's
-        EXPECT_EQ(record.ORB_lastService, 6);
-        EXPECT_EQ(record.ORB_portFD, -1);
-        EXPECT_EQ(record.ORB_EmulationID, c.variant == 2 ? 17010 : c.emulation);
-        EXPECT_EQ(queryReport().errorID, c.errorID);
-        EXPECT_EQ(reads(), c.reads);
-        EXPECT_EQ(platform.clock.slept, c.slept);
-        EXPECT_EQ(queryReport().reads, static_cast<uint32_t>(c.reads));
-    }
-}
-
-TEST_F(SerialQuery, ALineThatEndsLeavesWithoutTheCheck) {
-    platform.always("read", gives(0));
-    ORB_ServiceRecord record = ask(17001, {});
-    EXPECT_EQ(queryReport().errorID, kORB_NoError);
-    EXPECT_EQ(reads(), 1);
-    EXPECT_EQ(valuesOf(record), (Values{{0, 0, 0, 0}}));
-}
-
-TEST_F(SerialQuery, NoPortAndNoWrite) {
-    platform.script("write", scripted::fails(EIO));
-    ORB_ServiceRecord record = ask(17001, {});
-    EXPECT_EQ(queryReport().errorID, kORB_ErrorUnvalidPort);
-    EXPECT_EQ(reads(), 0);
-    EXPECT_EQ(platform::stringView(record.ORB_CFSTR_message), "Service 7 : ORB_SerialreadHardClip() done, no error");
-
-    platform.terminal.onWrite = [](std::string_view) { platform::requestStop(); };
-    ask(17001, {}); // no reply is awaited then
-    EXPECT_EQ(queryReport().reads, 0U);
-    platform.terminal.onWrite = {};
-
-    record.ORB_CFSTR_bsdIn_VectorixDevice = 0;
-    record.ORB_serviceNumber = kORB_ServiceSerialHardClip;
-    platform.console.out.clear();
-    record = ORB_getVectorixCS2(record);
-    EXPECT_EQ(record.ORB_errorID, kORB_SerialTools_errorNoBSDIn);
-    EXPECT_EQ(platform::stringView(record.ORB_CFSTR_message),
-              "Service 7 : ORB_SerialopenPort : kORB_SerialTools_errorNoBSDIn");
-    EXPECT_EQ(platform.console.out, "\nNo ORB_CFSTR_bsdIn_VectorixDevice\n");
-    EXPECT_EQ(queryReport().errorID, kORB_SerialTools_errorNoBSDIn);
-}
-
-// Over method 1 the request goes to USB, and the reply is still awaited on the serial line.
-TEST_F(SerialQuery, RequestOverUsb) {
-    platform.registry.devices = {{0x0B75, 7, 5}};
-    ORB_ServiceRecord record = jobs::printRecord(platform, "", "");
-    record.ORB_serviceNumber = kORB_ServiceSerialHardClip;
-    record.ORB_OutputMethode = kORB_OSX_METHOD_USB;
-    record.ORB_USBlocationID = 5;
-    record.ORB_USB_PIPEOUT = 1;
-    platform.terminal.replies = {"1,2,3,4\r"};
-    platform.script("USBInterfaceOpen", gives(kIOReturnExclusiveAccess), 3); // no exception for it here
-    record = ORB_getVectorixCS2(record);
-    EXPECT_EQ(platform.registry.written, "IN;OH;");
-    EXPECT_EQ(valuesOf(record), (Values{{1, 2, 3, 4}}));
-    EXPECT_EQ(record.ORB_interfaceOpen, 0U);
-    EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(), "USBInterfaceOpen"), 4);
-    EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(), "ClearPipeStallBothEnds 1"), 0);
-}
-
-class UsbQuery : public testing::Test {
-protected:
-    UsbQuery() { platform.registry.devices = {{0x0B75, 7, 5}}; }
-
-    ORB_ServiceRecord ask(uint16_t vendor, int32_t emulation, int32_t queryEmulation, std::vector<std::string> replies,
-                          uint32_t variant = 0) {
-        ORB_ServiceRecord record{};
-        record.ORB_serviceNumber = kORB_ServiceUSBHardClip;
-        record.ORB_OutputMethode = kORB_OSX_METHOD_USB;
-        record.ORB_USBidVendor = vendor;
-        record.ORB_USBlocationID = 5;
-        record.ORB_EmulationID = emulation;
-        record.ORB_queryEmulationID = queryEmulation;
-        record.ORB_emulationVariant = variant;
-        record.ORB_HARDC_2 = record.ORB_HARDC_4 = 77;
-        platform.registry.replies.assign(replies.begin(), replies.end());
-        platform.registry.written.clear();
-        platform.clock.slept = 0;
-        platform.log.clear();
-        platform.console.out.clear();
-        return ORB_getVectorixCS2(record);
-    }
-    ~UsbQuery() override { EXPECT_FALSE(gORB_interfaceInterface); }
-
-    scripted::Platform platform;
-};
-
-TEST_F(UsbQuery, Dialogues) {
-    const std::string start = ";:ECN,EF,P0,A,U,U0,0,K,";
+    const auto secondRefused = [](Platform &p, Record &) {
+        p.script("WritePipe", gives(0));
+        p.script("WritePipe", gives(kIOReturnIOError), 9);
+    };
+    const auto stalled = [](Platform &p, Record &) {
+        p.script("ClearPipeStallBothEnds", gives(kIOReturnIOError));
+        p.script("WritePipe", gives(kIOReturnIOError), 5);
+    };
     const struct {
         const char *what;
-        uint16_t vendor;
-        int32_t emulation, queryEmulation;
-        uint32_t variant;
-        std::vector<std::string> replies;
-        std::string asked;
-        Values values;
-        unsigned slept;
-    } kCases[] = {
-        {"HP-GL", 0x0B75, 17001, 0, 0, {"0,0,15200,10800\r"}, "IN;OH;", {{0, 0, 15200, 10800}}, 4},
-        {"start of 17002", 0x0F0B, 17002, 17002, 0, {"1,2,3,4"}, "IN;IN;OH;", {{1, 2, 3, 4}}, 4},
-        {"blanks: digits are enough", 0x0C30, 17005, 0, 0, {"5 6\r"}, "IN-1;OH;", {{5, 0, 0, 0}}, 4},
-        {"start of 17008",
-         0x099F,
-         17008,
-         17008,
-         3,
-         {"(0,1,2,3,1,2,3,4,"},
-         start + start + ";:EH,ECM,ER,Q@",
-         {{1, 2, 3, 4}},
-         4},
-        {"a second read", 0x0B75, 17001, 0, 0, {"x", "1,2,3,4"}, "IN;OH;", {{1, 2, 3, 4}}, 7},
-        {"pairs: asked again in each pass", 0x0B4D, 17009, 0, 1, {"1,2", "x0", "3,4"}, "[[UUUU", {{1, 2, 3, 4}}, 9},
-        {"17010 by variant", 0x0B4D, 17009, 17010, 2, {"1,2", "3,4"}, start + "UU", {{1, 2, 3, 4}}, 6},
+        Asked asked;
+        std::string says, hears, outcome; ///< replies are separated by a stroke
+        Given given = [](Platform &, Record &) {};
+        const char *shown = ""; ///< on the console, or as the status text
+    } kDialogues[] = {
+        {"HP-GL", kHpgl, "0,0,15200,10800\r", "IN;OH;", "0 0 15200 10800; 22007; 22007/0, 1 reads, 6 s"},
+        {"silence", kHpgl, "", "IN;OH;", "0 0 0 0; 22007; 27005/0, 11 reads, 16 s"},
+        {"a part ends the polling", kHpgl, "0,0,15200\r", "IN;OH;", "0 0 0 0; 22007; 27005/0, 1 reads, 6 s"},
+        {"so does the line's end", kHpgl, "", "IN;OH;", "0 0 0 0; 22007; 22007/0, 1 reads, 6 s", ended},
+        {"a refused request", kHpgl, "", "", "0 0 0 0; 22007; 25002/0, 0 reads, 2 s", refused,
+         "Service 7 : ORB_SerialreadHardClip() done, no error"},
+        {"no reply is awaited after a stop", kHpgl, "", "", "0 0 0 0; 22007; 22007/0, 0 reads, 0 s", stopped},
+        {"no path", kHpgl, "", "", "0 0 0 0; 27010; 27010/-1, 0 reads, 0 s",
+         [](Platform &, Record &r) { r.ORB_CFSTR_bsdIn_VectorixDevice = 0; },
+         "\nNo ORB_CFSTR_bsdIn_VectorixDevice\nService 7 : ORB_SerialopenPort : kORB_SerialTools_errorNoBSDIn"},
+        {"blanks", kBlanks, "1 2 3 4\r", "IN-1;OH;", "1 2 3 4; 22007; 22007/0, 1 reads, 6 s"},
+        {"no such variant", kArea9, ",,,,1,2,3,4,", ";:EF,EC5,ER,Q@", "1 2 3 4; 22007; 22007/0, 1 reads, 6 s"},
+        {"a pair", kPairs, "1,2\r|3,4\r", "[U", "1 2 3 4; 22007; 22007/0, 2 reads, 9 s"},
+        {"no second pair", kPairs, "1,2\r", "[U", "1 2 0 0; 22007; 27005/0, 11 reads, 18 s"},
+        {"half a second pair", kPairs, "1,2\r|3,", "[U", "1 2 3 111; 22007; 27005/0, 2 reads, 9 s"},
+        {"17009 as 17010", kAs17010, "1,2,3,4\r", toHpgl, "1 2 3 4; 22007; 22007/0, 1 reads, 6 s"},
+        {"asked over USB, awaited on the line", kCrossed, "1,2,3,4\r", "IN;OH;", "1 2 3 4; 22007; 22007/0, 1 reads, 8 s",
+         failing("USBInterfaceOpen", kIOReturnExclusiveAccess, 3)},
+
+        {"USB: HP-GL", kUsbHpgl, "0,0,15200,10800\r", "IN;OH;", "0 0 15200 10800; 22007; 22007/0, 1 reads, 4 s"},
+        {"start of 17002", kUsb17002, "1,2,3,4", "IN;IN;OH;", "1 2 3 4; 22007; 22007/0, 1 reads, 4 s"},
+        {"digits are enough", kUsbBlanks, "5 6\r", "IN-1;OH;", "5 0 0 0; 22007; 22007/0, 1 reads, 4 s"},
+        {"start of 17008", kUsb17008, "(0,1,2,3,1,2,3,4,", start + start + ";:EH,ECM,ER,Q@",
+         "1 2 3 4; 22007; 22007/0, 1 reads, 4 s"},
+        {"a second read", kUsbHpgl, "x|1,2,3,4", "IN;OH;", "1 2 3 4; 22007; 22007/0, 2 reads, 7 s"},
+        {"asked again in each pass", kUsbPairs, "1,2|x0|3,4", "[[UUUU", "1 2 3 4; 22007; 22007/0, 3 reads, 9 s"},
+        {"17010 by variant", kUsb17010, "1,2|3,4", start + "UU", "1 2 3 4; 22007; 22007/0, 2 reads, 6 s"},
+        {"USB: silence", kUsbHpgl, "", "IN;OH;", "0 0 0 0; 29008; 29008/-536870163, 9 reads, 56 s"},
+        {"gone", kUsbHpgl, "", "IN;OH;", "0 0 0 0; 29006; 29006/-536870208, 9 reads, 56 s",
+         failing("ReadPipe", kIOReturnNoDevice, 9)},
+        {"a broken pipe", kUsbHpgl, "", "IN;OH;", "0 0 0 0; -536870195; -536870195/-536870198, 9 reads, 56 s",
+         failing("ReadPipe", kIOReturnIOError, 9)},
+        {"neither taken nor answered", kUsbHpgl, "", "", "0 0 0 0; 29008; 29008/-536870193, 9 reads, 56 s",
+         failing("WritePipe", kIOReturnNotWritable, 6)},
+        {"never complete", kUsbHpgl, incomplete, "IN;OH;", "1 0 0 0; 22007; 22007/0, 99 reads, 5051 s"},
+        {"second request refused", kUsbPairs, "1,2", "[[", "1 2 111 111; 22007; 22007/-536870198, 9 reads, 48 s",
+         secondRefused},
+        {"no second reply", kUsbPairs, "1,2", "[[UUUUUUUUUUUUUUUUUU", "1 2 111 111; 29008; 29008/-536870163, 10 reads, 58 s"},
+        {"stalled, and taken at the sixth attempt", kUsbHpgl, "1,2,3,4", "IN;OH;", "1 2 3 4; 22007; 22007/0, 1 reads, 4 s",
+         stalled},
+        {"held by another", kUsbHpgl, "", "", "0 77 0 77; 29002; 29002/-536870203, 0 reads, 0 s",
+         failing("USBInterfaceOpen", kIOReturnExclusiveAccess, 1)},
+        {"over another link", kOther, "", "", "0 77 0 77; 29002; 29002/-536870195, 0 reads, 0 s"},
     };
-    for (const auto &c : kCases) {
+    for (const auto &c : kDialogues) {
         SCOPED_TRACE(c.what);
-        ORB_ServiceRecord record = ask(c.vendor, c.emulation, c.queryEmulation, c.replies, c.variant);
-        EXPECT_EQ(platform.registry.written, c.asked);
-        EXPECT_EQ(valuesOf(record), c.values);
-        EXPECT_EQ(record.ORB_errorID, kORB_NoError);
-        EXPECT_EQ(record.ORB_lastService, 10);
+        Platform platform;
+        Record record = recordOf(c.asked, platform);
+        std::istringstream says(c.says);
+        for (std::string reply; std::getline(says, reply, '|');)
+            (c.asked.service == 7 ? platform.terminal.replies : platform.registry.replies).push_back(reply);
+        c.given(platform, record);
+        record = ORB_getVectorixCS2(record);
+        EXPECT_EQ(platform.terminal.written + platform.registry.written, c.hears);
+        EXPECT_EQ(outcomeOf(record, platform.clock.slept), c.outcome);
+        const std::string shown = platform.console.out + std::string(platform::stringView(record.ORB_CFSTR_message));
+        EXPECT_NE(shown.find(c.shown), std::string::npos) << shown;
+        const int32_t closing = c.asked.service == 7 ? 6 : 10;
+        EXPECT_EQ(record.ORB_lastService, record.ORB_errorID == kORB_SerialTools_errorNoBSDIn ? 0 : closing);
+        EXPECT_TRUE(platform.terminal.openPaths.empty());
+        EXPECT_EQ(record.ORB_portFD, -1);
         EXPECT_EQ(record.ORB_interfaceOpen, 0U);
-        EXPECT_EQ(record.ORB_USB_PIPEIN, 2); // the endpoint number of the last in pipe
-        EXPECT_EQ(record.ORB_PlotterEmulationID, c.queryEmulation);
-        EXPECT_EQ(platform.clock.slept, c.slept);
-        EXPECT_EQ(queryReport().replyBytes, c.replies.back().size());
+        EXPECT_FALSE(gORB_interfaceInterface);
     }
 }
 
-TEST_F(UsbQuery, FailedReads) {
-    const struct {
-        int32_t code, errorID;
-        size_t reads;
-        unsigned slept;
-    } kCases[] = {
-        {kIOReturnNotResponding, kORB_ErrorPipe, 9, 56},
-        {kIOReturnNoDevice, kORB_ErrorPlotterGone, 9, 56},
-        {kIOReturnIOError, kORB_ErrorUSBNotOpen, 9, 56},
-    };
-    for (const auto &c : kCases) {
-        SCOPED_TRACE(c.code);
-        platform.script("ReadPipe", gives(c.code), 9);
-        ORB_ServiceRecord record = ask(0x0B75, 17001, 0, {});
-        EXPECT_EQ(record.ORB_errorID, c.errorID);
-        EXPECT_EQ(queryReport().status, c.code);
-        EXPECT_EQ(queryReport().reads, c.reads);
-        EXPECT_EQ(platform.clock.slept, c.slept);
-        EXPECT_EQ(valuesOf(record), (Values{{0, 0, 0, 0}}));
-    }
-    // A request that never went out is what is reported, if nothing was heard.
-    platform.script("WritePipe", gives(kIOReturnNotWritable), 6);
-    platform.script("ReadPipe", gives(kIOReturnNotResponding), 9);
-    EXPECT_EQ(ask(0x0B75, 17001, 0, {}).ORB_errorID, kORB_ErrorPipe);
-    EXPECT_EQ(queryReport().status, kIOReturnNotWritable);
-
-    // Replies that never complete: ninety-nine passes.
-    ORB_ServiceRecord record = ask(0x0B75, 17001, 0, std::vector<std::string>(120, "1,2"));
-    EXPECT_EQ(record.ORB_errorID, kORB_NoError);
-    EXPECT_EQ(queryReport().reads, 99U);
-    EXPECT_EQ(platform.clock.slept, 2U + 5049U);
-    EXPECT_EQ(valuesOf(record), (Values{{1, 0, 0, 0}}));
-}
-
-TEST_F(UsbQuery, SecondPairFailures) {
-    platform.script("WritePipe", gives(0));
-    platform.script("WritePipe", gives(kIOReturnIOError), 9);
-    ORB_ServiceRecord record = ask(0x0B4D, 17009, 0, std::vector<std::string>(1, "1,2"), 1);
-    EXPECT_EQ(record.ORB_errorID, kORB_NoError); // a write's failure leaves none
-    EXPECT_EQ(queryReport().status, kIOReturnIOError);
-    EXPECT_EQ(valuesOf(record), (Values{{1, 2, 111, 111}}));
-
-    record = ask(0x0B4D, 17009, 0, {"1,2"}, 1); // silent from then on
-    EXPECT_EQ(record.ORB_errorID, kORB_ErrorPipe);
-    EXPECT_EQ(queryReport().reads, 10U);
-}
-
-TEST_F(UsbQuery, LinksAndPipes) {
-    // A stalled pipe is shown and wiped; a failing write is tried again.
-    platform.script("ClearPipeStallBothEnds", gives(kIOReturnIOError));
-    platform.script("WritePipe", gives(kIOReturnIOError), 5);
-    ORB_ServiceRecord record = ask(0x0B75, 17001, 0, {"1,2,3,4"});
-    EXPECT_EQ(platform.registry.written, "IN;OH;"); // at the sixth attempt
-    EXPECT_EQ(record.ORB_errorID, kORB_NoError);
-    EXPECT_EQ(valuesOf(record), (Values{{1, 2, 3, 4}}));
-    EXPECT_EQ(record.ORB_USB_PIPEIN, 2); // the choice by vendor: nothing was listed
-
-    // An endpoint that is found by its number is asked for as a pipe: there must be a third one.
+// An endpoint that is found by its number is asked for as a pipe: there must be a third one.
+TEST(Query, ListsThePipes) {
+    Platform platform;
+    Record record = recordOf(kUsbHpgl, platform);
     platform.registry.endpoints = {{1, 3, 2}, {0, 2, 2}, {0, 1, 2}};
-    record = ask(0x0B75, 17001, 0, {"1,2,3,4"});
-    EXPECT_EQ(record.ORB_USB_PIPEIN, 3);
+    platform.registry.replies = {"1,2,3,4"};
+    EXPECT_EQ(ORB_getVectorixCS2(record).ORB_USB_PIPEIN, 3);
     const std::string listing =
         "gORB_interfaceInterface has 3 endpoints\nPipeRef 1: pipeID 3 direction in\n"
         "transfer type bulk, maxPacketSize 64\n [S11 ORB_readPlotFile2Write] GetPipeStatus ORB_pipe_in "
@@ -279,18 +168,6 @@ TEST_F(UsbQuery, LinksAndPipes) {
         "PipeRef 3: pipeID 1 direction out\n"
         "\n\n[S11] ClearPipeStallBothEnds succeed for ORB_pipe_in\n";
     EXPECT_NE(platform.console.out.find(listing), std::string::npos) << platform.console.out;
-
-    platform.script("USBInterfaceOpen", gives(kIOReturnExclusiveAccess));
-    record = ask(0x0B75, 17001, 0, {});
-    EXPECT_EQ(record.ORB_errorID, kORB_ErrorInterfaceNotOpened);
-    EXPECT_EQ(double{record.ORB_HARDC_2}, 77.0); // only service 7 zeroes the values first
-    EXPECT_EQ(platform.clock.slept, 0U);
-
-    record.ORB_OutputMethode = kORB_OSX_METHOD_SERIAL;
-    record = ORB_getVectorixCS2(record);
-    EXPECT_EQ(record.ORB_errorID, kORB_ErrorInterfaceNotOpened);
-    EXPECT_EQ(queryReport().status, kIOReturnNotOpen);
-    EXPECT_EQ(platform.clock.slept, 0U);
 }
 
 } // namespace
