@@ -33,20 +33,71 @@ protected:
     scripted::Platform platform;
 };
 
+/// A field's bytes; of a string field, the text.
+std::string bytes(int32_t number) { return {reinterpret_cast<const char *>(&number), sizeof number}; }
+std::string bytes(double number) { return {reinterpret_cast<const char *>(&number), sizeof number}; }
+
+TEST_F(JobFile, EachKeyFillsItsField) {
+#define AT(name) offsetof(ORB_ServiceRecord, name)
+    const std::string kByte(1, '\x81'), kOtherByte(1, '\x02');
+    const struct {
+        const char *key;
+        std::string value;
+        size_t at;
+        std::string expected; ///< numbers take the width of the field
+    } kKeys[] = {
+        {"Project name :", string("A"), AT(ORB_CFSTR_ProjectName), "A"},
+        {"Plotter name :", string("B"), AT(ORB_CFSTR_PlotterName), "B"},
+        {"Plotfile terminator :", string("C"), AT(ORB_CFSTR_PlotfileTerminator), "C"},
+        {"ORB_UseTools :", integer(1), AT(ORB_UseTools), bytes(1)},
+        {"ORB_USB_PIPEOUT :", integer(2), AT(ORB_USB_PIPEOUT), kOtherByte},
+        {"ORB_USB_PIPEIN :", integer(0x181), AT(ORB_USB_PIPEIN), kByte},
+        {"Plotter group ID :", integer(0x1234), AT(ORB_PlotterGroupID), bytes(0x34)},
+        {"Plotter Subgroup ID :", integer(-3), AT(ORB_PlotterSubgroupID), bytes(-3)},
+        {"Plotter ID :", "<real>20596.9</real>", AT(ORB_PlotterID), bytes(20596)},
+        {"Plotter emulation ID :", integer(17008), AT(ORB_PlotterEmulationID), bytes(17008)},
+        {"Copy of the tiles :", integer(4), AT(ORB_TileCopies), bytes(4.0)},
+        {"Axis of the tiles :", integer(5), AT(ORB_TileAxis), bytes(5.0)},
+        {"X Tile :", integer(6), AT(ORB_XTile), bytes(6.0)},
+        {"Y Tile :", "<real>0.5</real>", AT(ORB_YTile), bytes(0.5)},
+        {"From Tile :", integer(8), AT(ORB_FromTile), bytes(8.0)},
+        {"To Tile :", integer(9), AT(ORB_ToTile), bytes(9.0)},
+        {"ORB_CFSTR_Tool1 :", string("D"), AT(ORB_CFSTR_Tool1), "D"},
+        {"ORB_CFSTR_Tool2 :", string("E"), AT(ORB_CFSTR_Tool2), "E"},
+        {"ORB_CFSTR_Tool3 :", string("F"), AT(ORB_CFSTR_Tool3), "F"},
+        {"ORB_CFSTR_Tool4 :", string("G"), AT(ORB_CFSTR_Tool4), "G"},
+        {"ORB_CFSTR_Tool5 :", string("H"), AT(ORB_CFSTR_Tool5), "H"},
+        {"ORB_CFSTR_Tool6 :", string("I"), AT(ORB_CFSTR_Tool6), "I"},
+        {"ORB_CFSTR_Tool7 :", string("J"), AT(ORB_CFSTR_Tool7), "J"},
+        {"ORB_CFSTR_Tool8 :", string("K"), AT(ORB_CFSTR_Tool8), "K"},
+    };
+#undef AT
+    Keys keys;
+    for (const auto &c : kKeys)
+        keys.push_back({c.key, c.value});
+    EXPECT_EQ(read(jobXML(keys)), 0);
+    for (const auto &c : kKeys) {
+        const char *field = reinterpret_cast<const char *>(&answer()) + c.at;
+        CFStringRef handle;
+        memcpy(&handle, field, sizeof handle);
+        const bool isString = c.value.starts_with("<string>");
+        EXPECT_EQ(isString ? text(handle) : std::string(field, c.expected.size()), c.expected) << c.key;
+    }
+    EXPECT_EQ(platform.console.out, "\nkORB_USETOOLS (= ORB_UseTools) read : 1\n");
+}
+
 TEST_F(JobFile, EmptyDictionaryLeavesPresetsAndTheHostsStrings) {
-    EXPECT_EQ(read(jobXML({})), 0);
-    const ORB_ServiceRecord &record = answer();
-    EXPECT_EQ(record.ORB_errorID, kORB_NoError);
-    EXPECT_EQ(
-        record.ORB_PlotterGroupID | record.ORB_PlotterSubgroupID | record.ORB_PlotterID | record.ORB_PlotterEmulationID, 0);
-    EXPECT_EQ(record.reservedZeroed[2], 0);
-    EXPECT_EQ(double{record.ORB_TileAxis}, 0.0);
-    EXPECT_EQ(double{record.ORB_XTile}, 1.0);
-    EXPECT_EQ(int64_t{record.ORB_PlotChunkSize}, 64);
-    EXPECT_EQ(record.ORB_UseTools, 42);
-    EXPECT_EQ(record.ORB_USB_PIPEIN, 9);
-    EXPECT_EQ(text(record.ORB_CFSTR_PlotfileTerminator), "host's");
-    EXPECT_EQ(0, memcmp(&record.ORB_PlotFileRef, &record.ORB_PlotFileInRef, sizeof(ORB_FSRef)));
+    EXPECT_EQ(read(jobXML({{"Axis of the tiles :", string("2")}})), 0); // a value of another type counts as absent
+    const ORB_ServiceRecord &r = answer();
+    EXPECT_EQ(r.ORB_errorID, kORB_NoError);
+    EXPECT_EQ(r.ORB_PlotterGroupID | r.ORB_PlotterSubgroupID | r.ORB_PlotterID | r.ORB_PlotterEmulationID, 0);
+    EXPECT_EQ(r.reservedZeroed[2], 0);
+    EXPECT_EQ(double{r.ORB_TileAxis}, 0.0);
+    EXPECT_EQ(double{r.ORB_XTile}, 1.0);
+    EXPECT_EQ(r.ORB_UseTools, 42);
+    EXPECT_EQ(r.ORB_USB_PIPEIN, 9);
+    EXPECT_EQ(text(r.ORB_CFSTR_PlotfileTerminator), "host's");
+    EXPECT_EQ(0, memcmp(&r.ORB_PlotFileRef, &r.ORB_PlotFileInRef, sizeof(ORB_FSRef)));
 }
 
 TEST_F(JobFile, ChunkSizeFollowsTheEmulation) {
@@ -54,10 +105,8 @@ TEST_F(JobFile, ChunkSizeFollowsTheEmulation) {
         const char *emulation;
         int64_t chunkSize;
     } kCases[] = {
-        {"<integer>17008</integer>", 255}, {"<integer>17032</integer>", 255}, {"<integer>17022</integer>", 16},
-        {"<integer>17037</integer>", 16},  {"<integer>17002</integer>", 64},  {"<integer>17100</integer>", 64},
-        {"<real>17008</real>", 255},       {"<real>17008.5</real>", 64},      {"<integer>4294984304</integer>", 64},
-        {"<string>17008</string>", 64},
+        {"<integer>17008</integer>", 255}, {"<integer>17022</integer>", 16}, {"<integer>17100</integer>", 64},
+        {"<real>17008</real>", 255},       {"<real>17008.5</real>", 64},     {"<integer>4294984304</integer>", 64},
     };
     for (const auto &c : kCases) {
         EXPECT_EQ(read(jobXML({{"Plotter emulation ID :", c.emulation}})), 0);
@@ -65,38 +114,12 @@ TEST_F(JobFile, ChunkSizeFollowsTheEmulation) {
     }
 }
 
-TEST_F(JobFile, NumbersTakeTheWidthOfTheirField) {
-    EXPECT_EQ(read(jobXML({{"Plotter group ID :", integer(0x1234)},
-                           {"ORB_USB_PIPEIN :", integer(0x181)},
-                           {"Plotter ID :", "<real>20596.9</real>"},
-                           {"Plotter Subgroup ID :", integer(-3)},
-                           {"X Tile :", integer(3)},
-                           {"Y Tile :", "<real>0.5</real>"},
-                           {"ORB_UseTools :", integer(0x101)},
-                           {"Axis of the tiles :", "<string>2</string>"}})),
-              0);
-    const ORB_ServiceRecord &record = answer();
-    EXPECT_EQ(record.ORB_PlotterGroupID, 0x34);
-    EXPECT_EQ(record.ORB_USB_PIPEIN, 0x81);
-    EXPECT_EQ(record.ORB_PlotterID, 20596);
-    EXPECT_EQ(record.ORB_PlotterSubgroupID, -3);
-    EXPECT_EQ(double{record.ORB_XTile}, 3.0);
-    EXPECT_EQ(double{record.ORB_YTile}, 0.5);
-    EXPECT_EQ(record.ORB_UseTools, 0x101);
-    EXPECT_EQ(double{record.ORB_TileAxis}, 0.0);
-    EXPECT_EQ(platform.console.out, "\nkORB_USETOOLS (= ORB_UseTools) read : 1\n");
-}
-
 TEST_F(JobFile, ToolsNeedTheirEmulationAndTheSwitch) {
-    constexpr struct {
-        int emulation, useTools;
-        const char *tool3;
-    } kCases[] = {{17008, 1, "P3;"}, {17008, 0, "host's tool"}, {17030, 1, "host's tool"}, {17008, 0x101, "host's tool"}};
-    for (const auto &c : kCases) {
+    for (const auto &[emulation, useTools] : {std::pair{17008, 0}, {17030, 1}, {17008, 0x101}}) {
         read(jobXML({{"ORB_CFSTR_Tool3 :", string("P3;")},
-                     {"Plotter emulation ID :", integer(c.emulation)},
-                     {"ORB_UseTools :", integer(c.useTools)}}));
-        EXPECT_EQ(text(answer().ORB_CFSTR_Tool3), c.tool3) << c.emulation << " " << c.useTools;
+                     {"Plotter emulation ID :", integer(emulation)},
+                     {"ORB_UseTools :", integer(useTools)}}));
+        EXPECT_EQ(text(answer().ORB_CFSTR_Tool3), "host's tool") << emulation << " " << useTools;
     }
 }
 

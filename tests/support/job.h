@@ -6,6 +6,7 @@
 #include "support/scripted.h"
 
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -65,16 +66,18 @@ inline ORB_JobReport lastReport() {
     return report;
 }
 
-/// The last report, whole: "stop 4, error 27010/-1 at -1; 3 sent + 0 failed + 4 withheld, 1+0 pieces, 0 uncut".
+/// The last report, whole: "stop 4, 27010/-1 at -1; 3+0+4 bytes, 1+0 pieces, 0 uncut". Behind the reason for the stop the
+/// first failure, if there was one; then what was sent, failed, and was withheld.
 inline std::string reportText() {
     const ORB_JobReport r = lastReport();
     EXPECT_EQ(r.fileBytes, r.sentBytes + r.failedBytes + r.withheldBytes);
-    const auto text = [](auto number) { return std::to_string(number); };
-    const bool failed = r.firstErrorID != kORB_NoError || r.firstStatus != 0 || r.firstErrorOffset != -1;
-    const std::string error = text(r.firstErrorID) + "/" + text(r.firstStatus) + " at " + text(r.firstErrorOffset);
-    return "stop " + text(r.stopReason) + ", " + (failed ? "error " + error : "no error") + "; " + text(r.sentBytes) +
-           " sent + " + text(r.failedBytes) + " failed + " + text(r.withheldBytes) + " withheld, " + text(r.piecesSent) +
-           "+" + text(r.piecesFailed) + " pieces, " + text(r.uncutChunks) + " uncut";
+    std::ostringstream text;
+    text << "stop " << r.stopReason;
+    if (r.firstErrorID != kORB_NoError || r.firstStatus != 0 || r.firstErrorOffset != -1)
+        text << ", " << r.firstErrorID << "/" << r.firstStatus << " at " << r.firstErrorOffset;
+    text << "; " << r.sentBytes << "+" << r.failedBytes << "+" << r.withheldBytes << " bytes, " << r.piecesSent << "+"
+         << r.piecesFailed << " pieces, " << r.uncutChunks << " uncut";
+    return text.str();
 }
 
 } // namespace jobs
