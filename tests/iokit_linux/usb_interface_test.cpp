@@ -235,7 +235,7 @@ TEST_F(InterfaceTest, ThePrinterDriverIsMovedAsideAndGivenBack) {
 
     // A job that was killed could not. Where that driver is not loaded, somebody wanted it so.
     for (const char *expected : {"", "usblp"}) {
-        plotter->loseDriver();
+        plotter->bindDriver("");
         EXPECT_EQ(interface->USBInterfaceOpen(), kIOReturnSuccess);
         EXPECT_EQ(interface->USBInterfaceClose(), kIOReturnSuccess);
         EXPECT_EQ(plotter->driver(), expected);
@@ -246,7 +246,7 @@ TEST_F(InterfaceTest, ThePrinterDriverIsMovedAsideAndGivenBack) {
 TEST_F(InterfaceTest, HeldBySomeoneElse) {
     bed::UsbPlotter byADriver(*bed, {.place = "1-1", .vendor = 0x099F, .driver = "ftdi_sio"});
     bed::UsbPlotter byAProgram(*bed, {.place = "1-2", .vendor = 0x0C30});
-    byAProgram.holdByAnother();
+    byAProgram.bindDriver("usbfs");
     for (bed::UsbPlotter *held : {&byADriver, &byAProgram}) {
         interface = findInterface(held == &byADriver ? 0x099F : 0x0C30);
         ASSERT_TRUE(interface);

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <linux/usbdevice_fs.h>
-#include <optional>
+#include <memory>
 #include <sys/ioctl.h>
 #include <umockdev.h>
 #include <unistd.h>
@@ -17,7 +17,6 @@ namespace bed {
 namespace {
 
 constexpr uint8_t kIn = 0x80;
-constexpr char kProgram[] = "usbfs"; // what the kernel calls a program that has claimed an interface
 
 std::string hex(unsigned number) {
     char text[12];
@@ -32,9 +31,8 @@ std::vector<uint8_t> descriptorsOf(const PlotterShape &shape) {
     std::vector<uint8_t> settings;
     for (size_t i = 0; i < shape.settings.size(); ++i) {
         settings.insert(settings.end(), {9, 4, 0, low(i), low(shape.settings[i].size()), 7, 1, 2, 0});
-        for (const PlotterEndpoint &endpoint : shape.settings[i])
-            settings.insert(settings.end(), {7, 5, endpoint.address, endpoint.type, low(endpoint.maxPacketSize),
-                                             high(endpoint.maxPacketSize), endpoint.interval});
+        for (const auto &[address, type, size, interval] : shape.settings[i])
+            settings.insert(settings.end(), {7, 5, address, type, low(size), high(size), interval});
     }
     std::vector<uint8_t> all = {18, 1, 0, 2, 0, 0, 0, 64};
     for (const uint16_t id : {shape.vendor, shape.product})
@@ -48,54 +46,44 @@ std::vector<uint8_t> descriptorsOf(const PlotterShape &shape) {
     return all;
 }
 
-} // namespace
-
 /// A piece of the caller's memory, which may be another process's.
-struct UsbPlotter::Memory {
-    Memory(UMockdevIoctlData *parent, size_t offset, size_t size)
-        : data(umockdev_ioctl_data_resolve(parent, offset, size, nullptr)) {}
-    ~Memory() {
-        if (data != nullptr) umockdev_ioctl_data_unref(data);
-    }
-    Memory(const Memory &) = delete;
-    Memory &operator=(const Memory &) = delete;
+using Memory = std::shared_ptr<UMockdevIoctlData>;
 
-    void put(size_t offset, const void *bytes, size_t size) {
-        const auto *first = static_cast<const guint8 *>(bytes);
-        std::vector<guint8> copy(first, first + size);
-        if (size != 0) umockdev_ioctl_data_update(data, offset, copy.data(), static_cast<gint>(size));
-    }
+Memory memoryAt(UMockdevIoctlData *pointer, size_t offset, size_t size) {
+    return {umockdev_ioctl_data_resolve(pointer, offset, size, nullptr), umockdev_ioctl_data_unref};
+}
 
-    UMockdevIoctlData *const data;
-};
-
-namespace {
+void put(const Memory &memory, size_t offset, const void *bytes, size_t size) {
+    auto *text = static_cast<guint8 *>(const_cast<void *>(bytes)); // it does not write to them
+    umockdev_ioctl_data_update(memory.get(), offset, text, static_cast<gint>(size));
+}
 
 /// What the caller's argument points to.
 template <typename T> T argumentOf(UMockdevIoctlClient *client) {
     T value;
-    UMockdevIoctlData *data = umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, sizeof value, nullptr);
-    memcpy(&value, data->data, sizeof value);
-    umockdev_ioctl_data_unref(data);
+    memcpy(&value, memoryAt(umockdev_ioctl_client_get_arg(client), 0, sizeof value)->data, sizeof value);
     return value;
+}
+
+int give(UMockdevIoctlClient *client, size_t offset, const void *bytes, size_t size) {
+    put(memoryAt(umockdev_ioctl_client_get_arg(client), 0, offset + size), offset, bytes, size);
+    return 0;
 }
 
 } // namespace
 
 struct UsbPlotter::Urb {
-    explicit Urb(UMockdevIoctlClient *client) : caller(umockdev_ioctl_client_get_arg(client), 0, sizeof(usbdevfs_urb)) {
-        const auto head = argumentOf<usbdevfs_urb>(client);
+    explicit Urb(UMockdevIoctlClient *client)
+        : caller(memoryAt(umockdev_ioctl_client_get_arg(client), 0, sizeof(usbdevfs_urb))) {
+        const auto &head = *reinterpret_cast<const usbdevfs_urb *>(caller->data);
         type = head.type;
         endpoint = head.endpoint;
-        buffer.emplace(caller.data, offsetof(usbdevfs_urb, buffer), static_cast<size_t>(head.buffer_length));
+        buffer = memoryAt(caller.get(), offsetof(usbdevfs_urb, buffer), static_cast<size_t>(head.buffer_length));
     }
-    // A transfer of no bytes has no buffer.
-    size_t size() const { return buffer->data == nullptr ? 0 : static_cast<size_t>(buffer->data->data_len); }
-    const char *text() const { return size() == 0 ? "" : reinterpret_cast<const char *>(buffer->data->data); }
+    size_t size() const { return static_cast<size_t>(buffer->data_len); }
 
-    Memory caller; ///< the head
+    Memory caller, buffer; ///< the head, and what it points to
     uint8_t type, endpoint;
-    std::optional<Memory> buffer;
     size_t moved = 0;
 };
 
@@ -106,274 +94,147 @@ UsbPlotter::UsbPlotter(DeviceBed &bed, PlotterShape shape)
       base_(umockdev_ioctl_base_new()) {
     bed_.add("P: " + interfacePath_ + "\nE: DEVTYPE=usb_interface\nE: SUBSYSTEM=usb\nA: bInterfaceNumber=00\\n\n\n");
     bindDriver(shape_.driver);
+    const auto handle = +[](UMockdevIoctlBase *, UMockdevIoctlClient *client, UsbPlotter *self) -> gboolean {
+        const int result = self->answer(client);
+        umockdev_ioctl_client_complete(client, result < 0 ? -1 : result, result < 0 ? -result : 0);
+        return TRUE;
+    };
     g_signal_connect(base_, "handle-ioctl", G_CALLBACK(handle), this);
     umockdev_testbed_attach_ioctl(bed_.get(), node_.c_str(), base_, nullptr);
 }
 
 UsbPlotter::~UsbPlotter() {
     umockdev_testbed_detach_ioctl(bed_.get(), node_.c_str(), nullptr);
-    g_signal_handlers_disconnect_by_data(base_, this);
     g_object_unref(base_);
-    setClaimer(nullptr);
-}
-
-void UsbPlotter::reply(std::string text) {
-    const std::scoped_lock lock(mutex_);
-    replies_.push_back(std::move(text));
-    for (auto urb = waiting_.begin(); urb != waiting_.end();) {
-        if (((*urb)->endpoint & kIn) == 0 || !fillReply(**urb)) {
-            ++urb;
-            continue;
-        }
-        finish(std::move(*urb), 0);
-        urb = waiting_.erase(urb);
-    }
-}
-
-void UsbPlotter::takeOnly(size_t bytes) {
-    const std::scoped_lock lock(mutex_);
-    room_ = bytes;
-}
-
-void UsbPlotter::halt(uint8_t endpoint) {
-    const std::scoped_lock lock(mutex_);
-    halted_.insert(endpoint);
-}
-
-void UsbPlotter::disturbNext() {
-    const std::scoped_lock lock(mutex_);
-    disturbed_ = true;
 }
 
 void UsbPlotter::unplug() {
-    const std::scoped_lock lock(mutex_);
-    unplugged_ = true;
     failuresLeft_ = waiting_.empty() ? 2 : 1;
-    for (auto &urb : waiting_)
-        finish(std::move(urb), -EPROTO);
-    waiting_.clear();
+    for (const Urb &urb : std::exchange(waiting_, {}))
+        finish(urb, -EPROTO);
 }
 
-void UsbPlotter::holdByAnother() {
-    const std::scoped_lock lock(mutex_);
-    bindDriver(kProgram);
-}
-
-void UsbPlotter::loseDriver() {
-    const std::scoped_lock lock(mutex_);
-    bindDriver("");
-}
-
-void UsbPlotter::refuseStatusRequests() {
-    const std::scoped_lock lock(mutex_);
-    refusesStatus_ = true;
-}
-
-std::string UsbPlotter::written() const {
-    const std::scoped_lock lock(mutex_);
-    return written_;
-}
-
-std::vector<std::string> UsbPlotter::log() const {
-    const std::scoped_lock lock(mutex_);
-    return log_;
-}
-
-std::string UsbPlotter::driver() {
-    const std::scoped_lock lock(mutex_);
-    forgetTheDead();
-    return driver_;
-}
-
-void UsbPlotter::bindDriver(const std::string &name) {
-    driver_ = name;
+void UsbPlotter::bindDriver(const std::string &driver) {
+    driver_ = driver;
     const std::string link = bed_.fileOf("/sys" + interfacePath_ + "/driver");
     ::unlink(link.c_str());
-    if (!name.empty() && ::symlink(("../../bus/usb/drivers/" + name).c_str(), link.c_str()) != 0) perror(link.c_str());
-}
-
-void UsbPlotter::setClaimer(UMockdevIoctlClient *client) {
-    if (claimer_ != nullptr) g_object_unref(claimer_);
-    claimer_ = client;
-    if (claimer_ != nullptr) g_object_ref(claimer_);
-}
-
-/// Drops the claim and the transfers of a program that has closed the node or has ended.
-void UsbPlotter::forgetTheDead() {
-    if (claimer_ == nullptr || umockdev_ioctl_client_get_connected(claimer_)) return;
-    waiting_.clear();
-    finished_.clear();
-    release(claimer_);
+    if (!driver.empty() && ::symlink(("../../bus/usb/drivers/" + driver).c_str(), link.c_str()) != 0) perror(link.c_str());
 }
 
 const PlotterEndpoint *UsbPlotter::endpointOf(uint8_t address) const {
-    const PlotterSetting &setting = shape_.settings[setting_];
-    const auto found = std::find_if(setting.begin(), setting.end(),
-                                    [&](const PlotterEndpoint &endpoint) { return endpoint.address == address; });
-    return found == setting.end() ? nullptr : &*found;
-}
-
-int UsbPlotter::handle(UMockdevIoctlBase *, UMockdevIoctlClient *client, void *self) {
-    const int result = static_cast<UsbPlotter *>(self)->answer(client);
-    umockdev_ioctl_client_complete(client, result < 0 ? -1 : result, result < 0 ? -result : 0);
-    return TRUE;
+    for (const PlotterEndpoint &endpoint : shape_.settings[setting_])
+        if (endpoint.address == address) return &endpoint;
+    return nullptr;
 }
 
 int UsbPlotter::answer(UMockdevIoctlClient *client) {
-    struct Row {
-        unsigned long request;
-        int (UsbPlotter::*call)(UMockdevIoctlClient *client);
-    };
-    static constexpr Row kCalls[] = {
-        {USBDEVFS_GET_CAPABILITIES, &UsbPlotter::capabilities},
-        {USBDEVFS_CLAIMINTERFACE, &UsbPlotter::claim},
-        {USBDEVFS_RELEASEINTERFACE, &UsbPlotter::release},
-        {USBDEVFS_SETINTERFACE, &UsbPlotter::chooseSetting},
-        {USBDEVFS_SETCONFIGURATION, &UsbPlotter::chooseConfiguration},
-        {USBDEVFS_CLEAR_HALT, &UsbPlotter::clearHalt},
-        {USBDEVFS_GETDRIVER, &UsbPlotter::getDriver},
-        {USBDEVFS_IOCTL, &UsbPlotter::moveDriver},
-        {USBDEVFS_SUBMITURB, &UsbPlotter::submit},
-        {USBDEVFS_REAPURB, &UsbPlotter::reap},
-        {USBDEVFS_REAPURBNDELAY, &UsbPlotter::reap},
-        {USBDEVFS_DISCARDURB, &UsbPlotter::discard},
-    };
+    static constexpr uint32_t kAll = USBDEVFS_CAP_ZERO_PACKET | USBDEVFS_CAP_BULK_CONTINUATION |
+                                     USBDEVFS_CAP_NO_PACKET_SIZE_LIM | USBDEVFS_CAP_BULK_SCATTER_GATHER |
+                                     USBDEVFS_CAP_REAP_AFTER_DISCONNECT;
     const unsigned long request = umockdev_ioctl_client_get_request(client);
-    const std::scoped_lock lock(mutex_);
-    for (const Row &row : kCalls) {
-        if (row.request == request) return (this->*row.call)(client);
+    if (request == USBDEVFS_REAPURBNDELAY) return reap(client);
+    if (failuresLeft_ == 0) return -ENODEV;
+    switch (request) {
+    case USBDEVFS_GET_CAPABILITIES: return give(client, 0, &kAll, sizeof kAll);
+    case USBDEVFS_GETDRIVER:
+        if (driver_.empty()) return -ENODATA;
+        return give(client, offsetof(usbdevfs_getdriver, driver), driver_.c_str(), driver_.size() + 1);
+    case USBDEVFS_IOCTL: return moveDriver(argumentOf<usbdevfs_ioctl>(client).ioctl_code == int{USBDEVFS_DISCONNECT});
+    case USBDEVFS_SETCONFIGURATION: return chooseConfiguration(argumentOf<unsigned>(client));
+    case USBDEVFS_CLAIMINTERFACE: return claim(client);
+    case USBDEVFS_SUBMITURB: return submit(client);
+    case USBDEVFS_DISCARDURB: return discard(client);
+    default: break;
     }
-    return -ENOTTY;
-}
-
-int UsbPlotter::capabilities(UMockdevIoctlClient *client) {
-    const uint32_t all = USBDEVFS_CAP_ZERO_PACKET | USBDEVFS_CAP_BULK_CONTINUATION | USBDEVFS_CAP_NO_PACKET_SIZE_LIM |
-                         USBDEVFS_CAP_BULK_SCATTER_GATHER | USBDEVFS_CAP_REAP_AFTER_DISCONNECT;
-    Memory(umockdev_ioctl_client_get_arg(client), 0, sizeof all).put(0, &all, sizeof all);
-    return 0;
+    if (claimer_ != client) return -EINVAL;
+    switch (request) {
+    case USBDEVFS_RELEASEINTERFACE: return release();
+    case USBDEVFS_SETINTERFACE: return chooseSetting(argumentOf<usbdevfs_setinterface>(client).altsetting);
+    case USBDEVFS_CLEAR_HALT: return clearHalt(low(argumentOf<unsigned>(client)));
+    default: return -ENOTTY;
+    }
 }
 
 int UsbPlotter::claim(UMockdevIoctlClient *client) {
-    if (isGone()) return -ENODEV;
-    if (argumentOf<unsigned>(client) != 0) return -ENOENT;
-    forgetTheDead();
     if (!driver_.empty()) return -EBUSY;
-    bindDriver(kProgram);
-    setClaimer(client);
-    log_.push_back("claim");
+    bindDriver("usbfs");
+    claimer_ = client;
+    log_.emplace_back("claim");
     return 0;
 }
 
-int UsbPlotter::release(UMockdevIoctlClient *client) {
-    if (isGone()) return -ENODEV;
-    if (claimer_ != client) return -EINVAL;
+int UsbPlotter::release() {
     bindDriver("");
-    setClaimer(nullptr);
+    claimer_ = nullptr;
     setting_ = 0;
-    log_.push_back("release");
+    log_.emplace_back("release");
     return 0;
 }
 
-int UsbPlotter::chooseSetting(UMockdevIoctlClient *client) {
-    if (isGone()) return -ENODEV;
-    const auto wanted = argumentOf<usbdevfs_setinterface>(client);
-    if (claimer_ != client || wanted.interface != 0 || wanted.altsetting >= shape_.settings.size()) return -EINVAL;
-    setting_ = wanted.altsetting;
-    log_.push_back("setting " + std::to_string(setting_));
+int UsbPlotter::chooseSetting(size_t setting) {
+    if (setting >= shape_.settings.size()) return -EINVAL;
+    setting_ = setting;
+    log_.push_back("setting " + std::to_string(setting));
     return 0;
 }
 
-int UsbPlotter::chooseConfiguration(UMockdevIoctlClient *client) {
-    if (isGone()) return -ENODEV;
-    const auto wanted = argumentOf<unsigned>(client);
-    log_.push_back("configuration " + std::to_string(wanted));
+int UsbPlotter::chooseConfiguration(unsigned value) {
+    log_.push_back("configuration " + std::to_string(value));
     if (!driver_.empty()) return -EBUSY;
-    if (wanted > shape_.configurations) return -EINVAL;
+    if (value > shape_.configurations) return -EINVAL;
     umockdev_testbed_set_attribute_int(bed_.get(), ("/sys" + DeviceBed::usbPath(shape_.place)).c_str(),
-                                       "bConfigurationValue", static_cast<gint>(wanted));
+                                       "bConfigurationValue", static_cast<gint>(value));
     return 0;
 }
 
-int UsbPlotter::clearHalt(UMockdevIoctlClient *client) {
-    if (isGone()) return -ENODEV;
-    const auto address = static_cast<uint8_t>(argumentOf<unsigned>(client));
-    if (claimer_ != client || endpointOf(address) == nullptr) return -ENOENT;
-    if (unplugged_) return -EPROTO;
+int UsbPlotter::clearHalt(uint8_t address) {
+    if (endpointOf(address) == nullptr) return -ENOENT;
+    if (failuresLeft_) return -EPROTO;
     log_.push_back("clear " + hex(address));
     halted_.erase(address);
     return 0;
 }
 
-int UsbPlotter::getDriver(UMockdevIoctlClient *client) {
-    forgetTheDead();
-    if (driver_.empty()) return -ENODATA;
-    Memory(umockdev_ioctl_client_get_arg(client), 0, sizeof(usbdevfs_getdriver))
-        .put(offsetof(usbdevfs_getdriver, driver), driver_.c_str(), driver_.size() + 1);
-    return 0;
-}
-
-int UsbPlotter::moveDriver(UMockdevIoctlClient *client) {
-    if (isGone()) return -ENODEV;
-    const auto command = argumentOf<usbdevfs_ioctl>(client);
-    if (static_cast<unsigned>(command.ioctl_code) == USBDEVFS_DISCONNECT) {
-        if (driver_.empty()) return -ENODATA;
-        log_.push_back("detach " + driver_);
-        bindDriver("");
-        return 0;
-    }
-    if (!driver_.empty()) return -EBUSY;
-    log_.push_back("attach " + shape_.driver);
-    bindDriver(shape_.driver);
-    return driver_.empty() ? 0 : 1;
+int UsbPlotter::moveDriver(bool away) {
+    if (away == driver_.empty()) return away ? -ENODATA : -EBUSY;
+    log_.push_back(away ? "detach " + driver_ : "attach " + shape_.driver);
+    bindDriver(away ? "" : shape_.driver);
+    return away || driver_.empty() ? 0 : 1;
 }
 
 int UsbPlotter::submit(UMockdevIoctlClient *client) {
-    if (isGone()) return -ENODEV;
-    auto urb = std::make_unique<Urb>(client);
-    const bool isControl = urb->type == USBDEVFS_URB_TYPE_CONTROL;
-    if (!isControl) {
-        const PlotterEndpoint *endpoint = endpointOf(urb->endpoint);
-        if (claimer_ != client || endpoint == nullptr) return -ENOENT;
-        if ((endpoint->type == 3) != (urb->type == USBDEVFS_URB_TYPE_INTERRUPT)) return -EINVAL;
-    }
-    if (unplugged_ || std::exchange(disturbed_, false)) {
-        if (unplugged_) --failuresLeft_;
-        finish(std::move(urb), -EPROTO);
-        return 0;
-    }
-    if (halted_.count(urb->endpoint) != 0) {
-        finish(std::move(urb), -EPIPE);
-        return 0;
-    }
-    const bool isIn = (urb->endpoint & kIn) != 0;
-    const bool answered = !isControl || control(*urb);
-    const bool done = isControl || (isIn ? fillReply(*urb) : takeText(*urb));
-    if (done) {
-        finish(std::move(urb), answered ? 0 : -EPIPE);
-    } else {
-        waiting_.push_back(std::move(urb));
-        if (onWait) onWait();
-    }
+    Urb urb(client);
+    const bool isControl = urb.type == USBDEVFS_URB_TYPE_CONTROL;
+    const PlotterEndpoint *endpoint = endpointOf(urb.endpoint);
+    if (!isControl && (claimer_ != client || endpoint == nullptr)) return -ENOENT;
+    if (!isControl && (endpoint->type == 3) != (urb.type == USBDEVFS_URB_TYPE_INTERRUPT)) return -EINVAL;
+    if (failuresLeft_) --*failuresLeft_;
+    if (failuresLeft_ || std::exchange(disturbed_, false)) return finish(urb, -EPROTO);
+    if (halted_.contains(urb.endpoint)) return finish(urb, -EPIPE);
+    if (isControl) return finish(urb, control(urb) ? 0 : -EPIPE);
+    if ((urb.endpoint & kIn) != 0 ? fillReply(urb) : takeText(urb)) return finish(urb, 0);
+    waiting_.push_back(std::move(urb));
+    if (onWait) onWait();
     return 0;
 }
 
 /// Answers status requests, and no others. The buffer begins with the 8 bytes of the request.
-bool UsbPlotter::control(Urb &urb) {
-    const auto *request = urb.buffer->data->data;
+bool UsbPlotter::control(Urb &urb) const {
+    const guint8 *request = urb.buffer->data;
     if (refusesStatus_ || request[0] < kIn || request[1] != 0 || urb.size() < 10) return false;
     const bool ofEndpoint = (request[0] & 0x1F) == 2;
-    const uint8_t status[2] = {ofEndpoint && halted_.count(request[4]) != 0, 0};
-    urb.buffer->put(8, status, sizeof status);
+    const uint8_t status[2] = {ofEndpoint && halted_.contains(request[4]), 0};
+    put(urb.buffer, 8, status, sizeof status);
     urb.moved = sizeof status;
     return true;
 }
 
 bool UsbPlotter::takeText(Urb &urb) {
     urb.moved = std::min(urb.size(), room_);
-    const std::string_view text(urb.text(), urb.moved);
+    const std::string_view text(reinterpret_cast<const char *>(urb.buffer->data), urb.moved);
     if (room_ != SIZE_MAX) room_ -= urb.moved;
     written_ += text;
-    if (onText && (!text.empty() || urb.size() == 0)) onText(text);
+    if (onText && !text.empty()) onText(text);
     return urb.moved == urb.size();
 }
 
@@ -383,27 +244,27 @@ bool UsbPlotter::fillReply(Urb &urb) {
     while (!replies_.empty() && urb.moved < urb.size()) {
         std::string &reply = replies_.front();
         const size_t count = std::min({reply.size(), packet, urb.size() - urb.moved});
-        urb.buffer->put(urb.moved, reply.data(), count);
+        put(urb.buffer, urb.moved, reply.data(), count);
         urb.moved += count;
-        const bool isShort = count < packet;
         reply.erase(0, count);
         if (reply.empty()) replies_.pop_front();
-        if (isShort) return true;
+        if (count < packet) return true;
     }
     return urb.moved == urb.size();
 }
 
-void UsbPlotter::finish(std::unique_ptr<Urb> urb, int status) {
-    const int moved = static_cast<int>(urb->moved);
-    urb->caller.put(offsetof(usbdevfs_urb, status), &status, sizeof status);
-    urb->caller.put(offsetof(usbdevfs_urb, actual_length), &moved, sizeof moved);
-    finished_.push_back(std::move(urb));
+int UsbPlotter::finish(const Urb &urb, int status) {
+    const int moved = static_cast<int>(urb.moved);
+    put(urb.caller, offsetof(usbdevfs_urb, status), &status, sizeof status);
+    put(urb.caller, offsetof(usbdevfs_urb, actual_length), &moved, sizeof moved);
+    finished_.push_back(urb);
+    return 0;
 }
 
 int UsbPlotter::reap(UMockdevIoctlClient *client) {
-    if (finished_.empty()) return isGone() && waiting_.empty() ? -ENODEV : -EAGAIN;
-    Memory answer(umockdev_ioctl_client_get_arg(client), 0, sizeof(void *));
-    umockdev_ioctl_data_set_ptr(answer.data, 0, finished_.front()->caller.data);
+    if (finished_.empty()) return failuresLeft_ == 0 ? -ENODEV : -EAGAIN;
+    const Memory answer = memoryAt(umockdev_ioctl_client_get_arg(client), 0, sizeof(void *));
+    umockdev_ioctl_data_set_ptr(answer.get(), 0, finished_.front().caller.get());
     finished_.pop_front();
     return 0;
 }
@@ -411,11 +272,11 @@ int UsbPlotter::reap(UMockdevIoctlClient *client) {
 int UsbPlotter::discard(UMockdevIoctlClient *client) {
     gulong address;
     memcpy(&address, umockdev_ioctl_client_get_arg(client)->data, sizeof address);
-    const auto urb = std::find_if(waiting_.begin(), waiting_.end(),
-                                  [&](const auto &waiting) { return waiting->caller.data->client_addr == address; });
+    const auto urb =
+        std::find_if(waiting_.begin(), waiting_.end(), [&](const Urb &each) { return each.caller->client_addr == address; });
     if (urb == waiting_.end()) return -EINVAL;
-    log_.push_back("cancel " + hex((*urb)->endpoint));
-    finish(std::move(*urb), -ENOENT);
+    log_.push_back("cancel " + hex(urb->endpoint));
+    finish(*urb, -ENOENT);
     waiting_.erase(urb);
     return 0;
 }

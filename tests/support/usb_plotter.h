@@ -1,6 +1,6 @@
 // A USB plotter in software: the system's side of a device node. It keeps the rules of the kernel that a caller could break:
 // an interface is claimed by one, and not while a driver is bound to it; no configuration is set meanwhile; transfers need
-// the claim and an endpoint of the current alternate setting. A call that breaks one fails, and is in the log.
+// the claim and an endpoint of the current alternate setting. A call that breaks one fails.
 #pragma once
 
 #include "support/device_bed.h"
@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <memory>
-#include <mutex>
+#include <list>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -36,78 +36,66 @@ struct PlotterShape {
     std::string driver = {};                                   ///< the kernel's, bound to the interface; "" for none
 };
 
+/// Calls are answered on the one thread of the test bed, while their caller waits: a test looks and changes in between.
 class UsbPlotter {
 public:
     explicit UsbPlotter(DeviceBed &bed, PlotterShape shape = {});
     ~UsbPlotter();
     UsbPlotter(const UsbPlotter &) = delete;
-    UsbPlotter &operator=(const UsbPlotter &) = delete;
 
-    /// Called, on a thread of the test bed, with the text that came in one transfer, and when a transfer has to wait because
-    /// the plotter does not take or has nothing to say.
+    /// Called, on that thread, with the text that came in one transfer, and when a transfer has to wait because the plotter
+    /// does not take or has nothing to say.
     std::function<void(std::string_view text)> onText;
     std::function<void()> onWait;
 
-    void reply(std::string text); ///< what comes next from the in endpoint; "" is the empty packet that ends a transfer
-    void takeOnly(size_t bytes);  ///< from now on the out endpoint takes so many bytes in all, then it lets transfers wait
-    void halt(uint8_t endpoint);  ///< until it is cleared
-    void disturbNext();           ///< the next transfer meets a disturbed line
-    void unplug();                ///< as the kernel shows it: two transfers fail, then there is no device
-    void holdByAnother();         ///< another program has claimed the interface
-    void loseDriver();            ///< nothing is bound to the interface any more
-    void refuseStatusRequests();  ///< as devices do that do not know the request
+    void reply(const std::string &text) { replies_.push_back(text); } ///< "" is the empty packet that ends a transfer
+    void takeOnly(size_t bytes) { room_ = bytes; }                    ///< in all, then it lets transfers wait
+    void halt(uint8_t endpoint) { halted_.insert(endpoint); }         ///< until it is cleared
+    void disturbNext() { disturbed_ = true; }                         ///< the next transfer meets a disturbed line
+    void refuseStatusRequests() { refusesStatus_ = true; }            ///< as devices do that do not know the request
+    void unplug();                              ///< as the kernel shows it: two transfers fail, then there is no device
+    void bindDriver(const std::string &driver); ///< or a program, which is "usbfs" then; "" for neither
 
-    std::string written() const;          ///< all that came
-    std::vector<std::string> log() const; ///< "claim", "setting 1", "clear 01", "detach usblp", "cancel 01", ...
-    std::string driver();                 ///< bound to the interface: usbfs for a program
+    const std::string &written() const { return written_; }      ///< all that came
+    const std::vector<std::string> &log() const { return log_; } ///< "claim", "clear 01", "detach usblp", "cancel 01", ...
+    const std::string &driver() const { return driver_; }
     const std::string &node() const { return node_; }
 
 private:
-    struct Memory;
     struct Urb;
-    using Urbs = std::deque<std::unique_ptr<Urb>>;
-
-    static int handle(UMockdevIoctlBase *base, UMockdevIoctlClient *client, void *self);
 
     // The kernel's calls: a result, or an errno below 0.
     int answer(UMockdevIoctlClient *client);
-    int capabilities(UMockdevIoctlClient *client);
     int claim(UMockdevIoctlClient *client);
-    int release(UMockdevIoctlClient *client);
-    int chooseSetting(UMockdevIoctlClient *client);
-    int chooseConfiguration(UMockdevIoctlClient *client);
-    int clearHalt(UMockdevIoctlClient *client);
-    int getDriver(UMockdevIoctlClient *client);
-    int moveDriver(UMockdevIoctlClient *client);
+    int release();
+    int chooseSetting(size_t setting);
+    int chooseConfiguration(unsigned value);
+    int clearHalt(uint8_t address);
+    int moveDriver(bool away);
     int submit(UMockdevIoctlClient *client);
     int reap(UMockdevIoctlClient *client);
     int discard(UMockdevIoctlClient *client);
 
     // Transfers: true when it is done.
-    bool control(Urb &urb);
+    bool control(Urb &urb) const;
     bool takeText(Urb &urb);
     bool fillReply(Urb &urb);
-    void finish(std::unique_ptr<Urb> urb, int status);
+    int finish(const Urb &urb, int status);
     const PlotterEndpoint *endpointOf(uint8_t address) const;
-    void bindDriver(const std::string &name);
-    void setClaimer(UMockdevIoctlClient *client);
-    void forgetTheDead();
-    bool isGone() const { return unplugged_ && failuresLeft_ == 0; }
 
     DeviceBed &bed_;
     const PlotterShape shape_;
     const std::string node_, interfacePath_;
     UMockdevIoctlBase *const base_;
 
-    mutable std::recursive_mutex mutex_; // of all below; functions of the test are called under it
     std::string driver_, written_;
-    UMockdevIoctlClient *claimer_ = nullptr; // who has claimed the interface
-    bool disturbed_ = false, refusesStatus_ = false, unplugged_ = false;
-    int failuresLeft_ = 0;
+    const UMockdevIoctlClient *claimer_ = nullptr; // who has claimed the interface
+    bool disturbed_ = false, refusesStatus_ = false;
+    std::optional<int> failuresLeft_; // once it is unplugged
     size_t setting_ = 0, room_ = SIZE_MAX;
     std::set<uint8_t> halted_;
     std::deque<std::string> replies_;
-    Urbs waiting_, finished_;
+    std::list<Urb> waiting_, finished_;
     std::vector<std::string> log_;
 };
 
