@@ -1,116 +1,80 @@
 #include "usb/interface.h"
 
-#include "record/state.h"
-#include "support/scripted.h"
 #include "usb/link.h"
+#include "usb_fixture.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cstring>
 
 namespace {
 
-using scripted::gives;
-using scripted::Log;
-
 constexpr const char *kOpen = "USBInterfaceOpen";
-constexpr int32_t kBusy = kIOReturnExclusiveAccess, kBad = kIOReturnIOError;
 
-class UsbInterface : public testing::Test {
+class Interface : public UsbTest {
 protected:
-    UsbInterface() { reset(); }
-    ~UsbInterface() override { gORB_interfaceInterface.reset(); }
+    bool open() { return usb::openInterface({"already", "opened"}, &status); }
 
-    void reset() {
-        gORB_interfaceInterface.reset();
-        answer() = {};
-        answer().ORB_errorID = kORB_NoError;
-        answer().ORB_OutputMethode = kORB_OSX_METHOD_USB;
-        answer().ORB_USBlocationID = 2;
-        answer().ORB_USB_PIPEOUT = 1;
-        platform.registry.devices = {{0x1D6B, 2, 1}, {0x0B75, 1, 2}};
-        platform.log.clear();
-        platform.console.out.clear();
-        platform.clock.slept = 0;
-    }
-
-    scripted::Platform platform;
+    int32_t status = 99;
 };
 
-TEST_F(UsbInterface, OpenProcedure) {
+TEST_F(Interface, OpenProcedure) {
     const struct {
         const char *what;
-        std::vector<std::pair<const char *, std::vector<int32_t>>> results; ///< of calls, in order; then they succeed
-        bool open;
+        Steps steps;
+        uint32_t location; ///< 0: there are no devices at all
         int32_t status, errorID;
         long opens;
         unsigned slept;
     } kCases[] = {
-        {"at once", {}, true, 0, kORB_NoError, 1, 0},
-        {"exclusive access", {{kOpen, {kBusy}}}, false, kBusy, kORB_ErrorInterfaceNotOpened, 1, 0},
-        {"one failure is retried at once", {{kOpen, {kBad}}}, true, 0, kORB_NoError, 2, 0},
-        {"exclusive access is special only at first", {{kOpen, {kBad, kBusy, kBusy}}}, true, 0, kORB_NoError, 4, 2},
-        {"21 failures", {{kOpen, std::vector(21, kBad)}}, false, kBad, kORB_ErrorInterfaceNotOpened, 21, 20},
-        {"no plug-in", {{"IOCreatePlugIn", {kBad, kBad}}}, false, kBad, kORB_ErrorInterfaceNotFound, 0, 0},
-        {"no registry", {{"IOMasterPort", {kBad}}}, false, kBad, kORB_ErrorMasterPort, 0, 0},
+        {"at once", {}, 2, 0, kORB_NoError, 1, 0},
+        {"exclusive access", {{kOpen, gives(kBusy)}}, 2, kBusy, kORB_ErrorInterfaceNotOpened, 1, 0},
+        {"one failure is retried at once", {{kOpen, gives(kBad)}}, 2, 0, kORB_NoError, 2, 0},
+        {"busy is special only at first", {{kOpen, gives(kBad)}, {kOpen, gives(kBusy), 2}}, 2, 0, kORB_NoError, 4, 2},
+        {"21 failures", {{kOpen, gives(kBad), 21}}, 2, kBad, kORB_ErrorInterfaceNotOpened, 21, 20},
+        {"no plug-in", {{"IOCreatePlugIn", gives(kBad), 2}}, 2, kBad, kORB_ErrorInterfaceNotFound, 0, 0},
+        {"no registry", {{"IOMasterPort", gives(kBad)}}, 2, kBad, kORB_ErrorMasterPort, 0, 0},
+        {"no such location", {}, 5, 0, kORB_ErrorInterfaceNotFound, 0, 0},
+        {"no device", {}, 0, 0, kORB_NoError, 0, 0},
     };
     for (const auto &c : kCases) {
         SCOPED_TRACE(c.what);
-        reset();
-        for (const auto &[call, results] : c.results) {
-            for (const int32_t result : results)
-                platform.script(call, gives(result));
-        }
-        int32_t status = 99;
-        EXPECT_EQ(usb::openInterface({"already", "opened"}, &status), c.open);
+        start(c.steps);
+        answer().ORB_USBlocationID = c.location;
+        if (c.location == 0) platform->registry.devices.clear();
+        const bool opens = c.status == 0 && c.opens > 0;
+        EXPECT_EQ(open(), opens);
         EXPECT_EQ(status, c.status);
         EXPECT_EQ(answer().ORB_errorID, c.errorID);
-        EXPECT_EQ(std::count(platform.log.begin(), platform.log.end(), "USBInterfaceOpen"), c.opens);
-        EXPECT_EQ(platform.clock.slept, c.slept);
-        EXPECT_EQ(answer().ORB_interfaceOpen, c.open ? 1U : 0U);
-        EXPECT_EQ(bool(gORB_interfaceInterface), c.open);
-        EXPECT_EQ(platform.console.out, c.open && c.opens == 1 ? "opened\n" : "");
-    }
-    // No such location, and no interface at all.
-    for (const int32_t expected : {kORB_ErrorInterfaceNotFound, kORB_NoError}) {
-        reset();
-        if (expected == kORB_NoError) platform.registry.devices.clear();
-        answer().ORB_USBlocationID = 5;
-        int32_t status = 99;
-        EXPECT_FALSE(usb::openInterface({}, &status));
-        EXPECT_EQ(status, 0);
-        EXPECT_EQ(answer().ORB_errorID, expected);
+        EXPECT_EQ(logged(kOpen), c.opens);
+        EXPECT_EQ(platform->clock.slept, c.slept);
+        EXPECT_EQ(answer().ORB_interfaceOpen, opens ? 1U : 0U);
+        EXPECT_EQ(bool(gORB_interfaceInterface), opens);
+        EXPECT_EQ(platform->console.out, opens && c.opens == 1 ? "opened\n" : "");
     }
 }
 
-TEST_F(UsbInterface, AlternateSettingAlsoWhenAlreadyOpen) {
-    answer().ORB_USBidVendor = 0x0B75;
-    int32_t status = 0;
-    ASSERT_TRUE(usb::openInterface({}, &status));
-    platform.log.clear();
+TEST_F(Interface, AlternateSettingAlsoWhenAlreadyOpen) {
+    ASSERT_TRUE(open());
+    platform->log.clear();
     answer().ORB_interfaceOpen = 7; // anything but 0 counts as open
-    EXPECT_TRUE(usb::openInterface({"already", "opened"}, &status));
-    EXPECT_EQ(platform.log, (Log{"out \"already\\x0a\"", "SetAlternateInterface 1"}));
+    EXPECT_TRUE(open());
+    EXPECT_EQ(platform->log, (Log{"out \"already\\x0a\"", "SetAlternateInterface 1"}));
     ORB_USBclose_Plotterinterface(); // but only exactly 1 is closed
     EXPECT_TRUE(gORB_interfaceInterface);
     answer().ORB_interfaceOpen = 1;
     ORB_USBclose_Plotterinterface();
     ORB_USBclose_Plotterinterface();
-    EXPECT_EQ(platform.log.back(), "USBInterfaceClose");
+    EXPECT_EQ(platform->log.back(), "USBInterfaceClose");
     EXPECT_EQ(answer().ORB_interfaceOpen, 0U);
     EXPECT_FALSE(gORB_interfaceInterface);
 }
 
-TEST_F(UsbInterface, PipeChoice) {
+TEST_F(Interface, PipeChoice) {
     constexpr struct {
         uint16_t vendor;
         int32_t plotter;
         uint8_t out, in;
-    } kCases[] = {
-        {0x0B75, 20594, 2, 2}, {0x0B75, 20595, 1, 2}, {0x0B75, 20597, 1, 2}, {0x0B75, 20598, 2, 2}, {17022, 0, 2, 0x81},
-        {17037, 0, 2, 0x81},   {2463, 0, 2, 1},       {3120, 0, 2, 1},       {0x0F0B, 20596, 1, 2},
-    };
+    } kCases[] = {{kVendor, 20594, 2, 2}, {kVendor, 20595, 1, 2}, {kVendor, 20597, 1, 2}, {kVendor, 20598, 2, 2},
+                  {17022, 0, 2, 0x81},    {3120, 20596, 2, 1},    {0x0F0B, 20596, 1, 2}};
     for (const auto &c : kCases) {
         SCOPED_TRACE(testing::Message() << c.vendor << " " << c.plotter);
         answer().ORB_USBidVendor = c.vendor;
@@ -125,8 +89,8 @@ TEST_F(UsbInterface, PipeChoice) {
     EXPECT_EQ(answer().ORB_USB_PIPEOUT, 77);
 }
 
-TEST_F(UsbInterface, WriterTriesSixTimes) {
-    const struct {
+TEST_F(Interface, WriterTriesSixTimes) {
+    constexpr struct {
         int failures;
         int32_t code, status, errorID;
         int64_t taken;
@@ -138,38 +102,32 @@ TEST_F(UsbInterface, WriterTriesSixTimes) {
          " default unknownerror, thus device is not responding\n"},
     };
     for (const auto &c : kCases) {
-        SCOPED_TRACE(testing::Message() << c.failures << " " << c.code);
-        reset();
-        int32_t status = 0;
+        SCOPED_TRACE(c.failures);
+        start({{"WritePipe", gives(c.code), c.failures}});
         ASSERT_TRUE(usb::openInterface({}, &status));
         strcpy(answer().ORB_writeBuffer, "IN;");
-        platform.script("WritePipe", gives(c.code), c.failures);
         EXPECT_EQ(ORB_USBwritePlotter(), c.status);
         EXPECT_EQ(answer().ORB_errorID, c.errorID);
         EXPECT_EQ(gORB_FoundationStruct.lastWrite.taken, c.taken);
-        EXPECT_EQ(platform.clock.slept, 0U);
+        EXPECT_EQ(platform->clock.slept, 0U);
         std::string out;
         for (int i = 0; i < c.failures; ++i)
             out.append("[S9] Unable to write on this pipe  1\nORB Vectorix Foundation :").append(c.line);
-        EXPECT_EQ(platform.console.out, out);
+        EXPECT_EQ(platform->console.out, out);
     }
-    // The whole buffer without a NUL is 256 bytes, not more.
-    memset(answer().ORB_writeBuffer, 'x', 256);
-    platform.registry.written.clear();
+    memset(answer().ORB_writeBuffer, 'x', 256); // no room for a NUL
     ORB_USBwritePlotter();
-    EXPECT_EQ(platform.registry.written.size(), 256U);
+    EXPECT_EQ(platform->registry.written, std::string(256, 'x'));
 }
 
-TEST_F(UsbInterface, ServicesWithoutAnInterface) {
-    strcpy(answer().ORB_writeBuffer, "IN;");
+TEST_F(Interface, ServicesWithoutAnInterface) {
     answer().ORB_interfaceOpen = 1; // says the host
     EXPECT_EQ(ORB_VectorixService9(), 0);
     EXPECT_EQ(answer().ORB_errorID, kORB_ErrorPipe);
     EXPECT_EQ(answer().ORB_interfaceOpen, 0U);
     EXPECT_EQ(answer().ORB_lastService, 9);
 
-    constexpr struct { int32_t before, after; } kIDs[] = {{29005, kORB_NoError}, {28004, 28004}};
-    for (auto [before, after] : kIDs) {
+    for (const auto &[before, after] : {std::pair{29005, int{kORB_NoError}}, {28004, 28004}}) {
         answer().ORB_errorID = before;
         EXPECT_EQ(ORB_VectorixService10(), 0);
         EXPECT_EQ(answer().ORB_errorID, after);
@@ -177,16 +135,15 @@ TEST_F(UsbInterface, ServicesWithoutAnInterface) {
     EXPECT_EQ(answer().ORB_lastService, 10);
 }
 
-TEST_F(UsbInterface, ServiceTwelveForgetsButTheNextOpenReleases) {
-    int32_t status = 0;
-    ASSERT_TRUE(usb::openInterface({}, &status));
+TEST_F(Interface, ServiceTwelveForgetsButTheNextOpenReleases) {
+    ASSERT_TRUE(open());
     EXPECT_EQ(ORB_VectorixService12(), 0);
     EXPECT_EQ(answer().ORB_lastService, 12);
     EXPECT_EQ(answer().ORB_interfaceOpen, 0U);
     EXPECT_TRUE(gORB_interfaceInterface);
-    platform.log.clear();
+    platform->log.clear();
     ASSERT_TRUE(usb::openInterface({}, &status));
-    EXPECT_EQ(platform.log, (Log{"released open", "USBInterfaceOpen"}));
+    EXPECT_EQ(platform->log, (Log{"released open", "USBInterfaceOpen", "SetAlternateInterface 1"}));
 }
 
 } // namespace

@@ -1,76 +1,40 @@
-#include "record/state.h"
-#include "support/scripted.h"
 #include "usb/plotter_table.h"
 
-#include <gtest/gtest.h>
+#include "usb_fixture.h"
 
 namespace {
 
-using scripted::gives;
-
-constexpr uint16_t kVendor = 0x0B75, kProduct = 0x1234;
-
-class Scan : public testing::Test {
-protected:
-    Scan() {
-        answer() = {};
-        answer().ORB_USBidVendor = kVendor;
-        answer().ORB_USBidProduct = kProduct;
-        answer().ORB_deviceCount = 5;
-    }
-    scripted::UsbDevice plotter(uint32_t location) { return {kVendor, kProduct, location}; }
-    scripted::UsbDevice other(uint32_t location) { return {0x1D6B, 2, location}; }
-
-    scripted::Platform platform;
-};
+using Scan = UsbTest;
 
 TEST_F(Scan, Outcomes) {
-    const int32_t bad = kIOReturnNoResources;
-    const scripted::UsbDevice bare = {0x1D6B, 2, 2, {1}, 1, false}; // without properties
-    const struct {
-        const char *what;
-        std::vector<scripted::UsbDevice> devices;
-        std::vector<std::pair<const char *, int32_t>> results; ///< of calls, in order; then they succeed
+    constexpr struct {
+        const char *what, *devices; ///< P: a plotter, o: another device, -: one without properties
+        const char *call;           ///< of which the nth fails
+        int nth;
         int32_t status, errorID, count;
         uint16_t firstVendor; ///< of entry 1 afterwards
-    } cases[] = {
-        {"no iterator", {plotter(1)}, {{"IOServiceGetMatchingServices", bad}}, bad, kORB_ErrorGetServices, 0, 0},
-        {"no device", {}, {}, 0, kORB_ErrorNoPlotter, 0, 0},
-        {"a plotter among others", {other(1), plotter(2), other(3)}, {}, 0, kORB_NoError, 1, kVendor},
-        {"seven plotters", std::vector(7, plotter(9)), {}, 0, kORB_NoError, 6, kVendor},
-        {"a later device without plug-in empties entry 1",
-         {plotter(1), other(2), plotter(3)},
-         {{"IOCreatePlugIn", 0}, {"IOCreatePlugIn", bad}},
-         0,
-         kORB_ErrorPlugIn,
-         2,
-         0},
-        {"an earlier one does not", {other(1), plotter(2)}, {{"IOCreatePlugIn", bad}}, 0, kORB_NoError, 1, kVendor},
-        {"a device without properties ends the scan", {plotter(1), bare, plotter(3)}, {}, 0, kORB_NoError, 1, kVendor},
-        {"the last call decides: destroying a plug-in",
-         {plotter(1), bare},
-         {{"IODestroyPlugIn", 0}, {"IODestroyPlugIn", bad}},
-         bad,
-         kORB_NoError,
-         1,
-         0},
-        {"the last call decides: a vendor that cannot be read",
-         {plotter(1), other(2)},
-         {{"GetDeviceVendor", 0}, {"GetDeviceVendor", bad}},
-         bad,
-         kORB_NoError,
-         1,
-         0},
-        {"no location", {plotter(1), plotter(2)}, {{"GetLocationID", bad}}, 0, kORB_NoError, 1, kVendor},
-        {"no interface", {plotter(1)}, {{"QueryInterface", 1}}, 0, kORB_ErrorNoPlotter, 0, 0},
+    } kCases[] = {
+        {"no iterator", "P", "IOServiceGetMatchingServices", 1, kBad, kORB_ErrorGetServices, 0, 0},
+        {"no device", "", "", 0, 0, kORB_ErrorNoPlotter, 0, 0},
+        {"a plotter among others", "oPo", "", 0, 0, kORB_NoError, 1, kVendor},
+        {"seven plotters", "PPPPPPP", "", 0, 0, kORB_NoError, 6, kVendor},
+        {"a later device without plug-in empties entry 1", "PoP", "IOCreatePlugIn", 2, 0, kORB_ErrorPlugIn, 2, 0},
+        {"an earlier one does not", "oP", "IOCreatePlugIn", 1, 0, kORB_NoError, 1, kVendor},
+        {"a device without properties ends the scan", "P-P", "", 0, 0, kORB_NoError, 1, kVendor},
+        {"the last call decides: destroying a plug-in", "P-", "IODestroyPlugIn", 2, kBad, kORB_NoError, 1, 0},
+        {"or a vendor that cannot be read", "Po", "GetDeviceVendor", 2, kBad, kORB_NoError, 1, 0},
+        {"no location", "PP", "GetLocationID", 1, 0, kORB_NoError, 1, kVendor},
+        {"no interface", "P", "QueryInterface", 1, 0, kORB_ErrorNoPlotter, 0, 0},
     };
-    for (const auto &c : cases) {
+    for (const auto &c : kCases) {
         SCOPED_TRACE(c.what);
-        scripted::Platform fresh;
-        fresh.registry.devices = c.devices;
-        for (const auto &[call, result] : c.results)
-            fresh.script(call, gives(result));
-        answer().ORB_USBplotterTable[0] = {};
+        start();
+        platform->registry.devices.clear();
+        for (const char device : std::string_view(c.devices))
+            platform->registry.devices.push_back({device == 'P' ? kVendor : kHubs, 1, 9, {1}, 1, device != '-'});
+        for (int i = 1; i <= c.nth; ++i)
+            platform->script(c.call, gives(i == c.nth ? kBad : 0));
+        answer().ORB_deviceCount = 5;
         answer().ORB_USBplotterTable[0].idVendor = 0x7777;
         answer().ORB_USBplotterTable[0].reserved3[5] = 3;
         EXPECT_EQ(ORB_VectorixService2(), c.status);
@@ -79,21 +43,19 @@ TEST_F(Scan, Outcomes) {
         EXPECT_EQ(answer().ORB_lastService, 2);
         EXPECT_EQ(answer().ORB_USBplotterTable[0].idVendor, c.firstVendor);
         EXPECT_EQ(answer().ORB_USBplotterTable[0].reserved3[5], 3);
-        EXPECT_EQ(fresh.console.out, "");
-        answer().ORB_USBidVendor = kVendor;
+        EXPECT_EQ(platform->console.out, "");
     }
 }
 
 TEST_F(Scan, RecordsInOrderAndLeavesTheRestOfTheTable) {
     answer().ORB_USBplotterTable[2].idVendor = 0x5555;
-    platform.registry.devices = {plotter(0x01100000), plotter(0x02100000)};
-    platform.registry.devices[1].configurations = {1, 2};
+    platform->registry.devices = {{kVendor, 1, 0x01100000}, {kVendor, 1, 0x02100000, {1, 2}}};
     EXPECT_EQ(ORB_VectorixService2(), 0);
     EXPECT_EQ(answer().ORB_USBplotterTable[0].locationID, 0x01100000U);
     EXPECT_EQ(answer().ORB_USBplotterTable[1].locationID, 0x02100000U);
     EXPECT_EQ(answer().ORB_USBplotterTable[1].numConfigurations, 2);
     EXPECT_EQ(answer().ORB_USBplotterTable[2].idVendor, 0x5555);
-    EXPECT_EQ(platform.log, (scripted::Log{"device", "device"})); // the scan asks for the older interface
+    EXPECT_EQ(platform->log, (Log{"device", "device"})); // the scan asks for the older interface
 }
 
 TEST_F(Scan, Selection) {
@@ -112,13 +74,9 @@ TEST_F(Scan, Selection) {
         answer() = {};
         answer().ORB_USBplotterIndex = c.index;
         for (unsigned k = 1; k <= 6; ++k) {
-            ORB_USBplotterEntry &entry = answer().ORB_USBplotterTable[k - 1];
             if ((c.filled >> (k - 1) & 1) == 0) continue;
-            entry.idVendor = kVendor;
-            entry.idProduct = kProduct;
-            entry.locationID = 100 + k;
-            entry.numConfigurations = static_cast<uint8_t>(k);
-            entry.reserved3[0] = 1; // only four fields are copied
+            // Only four fields are copied: not the last one.
+            answer().ORB_USBplotterTable[k - 1] = {kVendor, 1, {}, 100 + k, {}, static_cast<uint8_t>(k), {1}};
         }
         ORB_loadUSBDEVICE_0_values();
         EXPECT_EQ(answer().ORB_errorID, c.chosen == 0 ? kORB_ErrorTableEmpty : kORB_NoError);
