@@ -67,24 +67,19 @@ protected:
         return IOReference<Interface>(static_cast<Interface *>(made));
     }
 
-    /// The device or interface object of the first plotter.
-    IOReference<IOUSBDeviceInterface245> findDevice(int vendor = 0x0B75) {
-        IOReference<IOUSBDeviceInterface245> found;
-        forEach("IOUSBDevice", [&](io_object_t service) {
+    /// The device or interface object of the first one of that vendor.
+    template <typename Interface> IOReference<Interface> find(const char *className, int vendor = 0x0B75) {
+        constexpr bool kIsDevice = std::is_same_v<Interface, IOUSBDeviceInterface245>;
+        IOReference<Interface> found;
+        forEach(className, [&](io_object_t service) {
             if (found || number(service, "idVendor") != vendor) return;
-            found = query<IOUSBDeviceInterface245>(service, kIOUSBDeviceUserClientTypeID, kIOUSBDeviceInterfaceID245);
+            found = query<Interface>(service, kIsDevice ? kIOUSBDeviceUserClientTypeID : kIOUSBInterfaceUserClientTypeID,
+                                     kIsDevice ? kIOUSBDeviceInterfaceID245 : kIOUSBInterfaceInterfaceID245);
         });
         return found;
     }
-    IOReference<IOUSBInterfaceInterface245> findInterface(int vendor = 0x0B75) {
-        IOReference<IOUSBInterfaceInterface245> found;
-        forEach("IOUSBInterface", [&](io_object_t service) {
-            if (found || number(service, "idVendor") != vendor) return;
-            found =
-                query<IOUSBInterfaceInterface245>(service, kIOUSBInterfaceUserClientTypeID, kIOUSBInterfaceInterfaceID245);
-        });
-        return found;
-    }
+    auto findDevice() { return find<IOUSBDeviceInterface245>("IOUSBDevice"); }
+    auto findInterface(int vendor = 0x0B75) { return find<IOUSBInterfaceInterface245>("IOUSBInterface", vendor); }
 
     platform::IORegistry &registry = platform::linuxRegistry();
     const uint32_t objectsBefore = platform::liveObjectCount();
