@@ -6,51 +6,28 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-
 namespace {
-
-using virtual_plotter::VirtualPlotter;
 
 constexpr language::Rectangle kSheet{{100, 200}, {10000, 8000}};
 constexpr uint32_t kVariants = 10; // 0 and those past the last among them
 
-class PlotterQuery : public testing::Test {
-protected:
-    /// A plotter of that emulation at the far end of both links.
-    void connect(int32_t emulation) {
-        virtual_plotter::PlotterOptions options;
-        setEmulation(options, emulation);
-        plotter_.emplace(options, sink_, kSheet);
-        platform.terminal.replies.clear();
-        platform.registry.replies.clear();
-    }
-    PlotterQuery() {
-        platform.terminal.onWrite = [this](std::string_view text) { hear(text, platform.terminal.replies); };
-        platform.registry.onWrite = [this](std::string_view text) { hear(text, platform.registry.replies); };
-    }
-    void hear(std::string_view text, std::deque<std::string> &replies) {
-        ASSERT_EQ(plotter_->hear(text, {}), text.size());
-        if (std::string said = plotter_->takeSaid(); !said.empty()) replies.push_back(said);
-    }
+/// The values are the sheet's corners, in the unit that the ";:" language was asked in.
+void expectCorners(const ORB_ServiceRecord &record, int32_t emulation, uint32_t variant) {
+    constexpr double kUnits[] = {1, 1.016, 4, 5.08}; // plotter units, for variants 1 to 4
+    const bool hasUnits = emulation == 17008 || emulation == 17030;
+    const double unit = !hasUnits ? 1 : variant < 1 || variant > 8 ? kUnits[3] : kUnits[(variant - 1) % 4];
+    const double values[] = {record.ORB_HARDC_1, record.ORB_HARDC_2, record.ORB_HARDC_3, record.ORB_HARDC_4};
+    const double corners[] = {kSheet.lower.x, kSheet.lower.y, kSheet.upper.x, kSheet.upper.y};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_NEAR(values[i] * unit, corners[i], unit / 2);
+}
 
-    /// The values are the sheet's corners, in the unit that the ";:" language was asked in.
-    static void expectCorners(const ORB_ServiceRecord &record, int32_t emulation, uint32_t variant) {
-        constexpr double kUnits[] = {1, 1.016, 4, 5.08}; // plotter units, for variants 1 to 4
-        const bool hasUnits = emulation == 17008 || emulation == 17030;
-        const double unit = !hasUnits ? 1 : variant < 1 || variant > 8 ? kUnits[3] : kUnits[(variant - 1) % 4];
-        const double values[] = {record.ORB_HARDC_1, record.ORB_HARDC_2, record.ORB_HARDC_3, record.ORB_HARDC_4};
-        const double corners[] = {kSheet.lower.x, kSheet.lower.y, kSheet.upper.x, kSheet.upper.y};
-        for (int i = 0; i < 4; ++i)
-            EXPECT_NEAR(values[i] * unit, corners[i], unit / 2);
-    }
-
-    scripted::Platform platform;
-
-private:
-    language::RecordingSink sink_;
-    std::optional<VirtualPlotter> plotter_;
-};
+void connect(virtual_plotter::VirtualPlotter &plotter, stand_in::Wire &wire) {
+    wire.onWrite = [&](std::string_view text) {
+        ASSERT_EQ(plotter.hear(text, {}), text.size());
+        if (std::string said = plotter.takeSaid(); !said.empty()) wire.replies.push_back(said);
+    };
+}
 
 /// The vendor of plotters with that emulation; others' plotters are asked in HP-GL, whatever they understand.
 uint16_t vendorOf(int32_t emulation) {
@@ -59,23 +36,28 @@ uint16_t vendorOf(int32_t emulation) {
     return emulation == 17005 ? 0x0C30 : 0x0B75;
 }
 
-TEST_F(PlotterQuery, EachEmulationOverBothLinks) {
+TEST(PlotterQuery, EachEmulationOverBothLinks) {
+    language::RecordingSink sink;
     for (int32_t emulation = 17001; emulation <= 17037; ++emulation) {
         for (uint32_t variant = 0; variant < kVariants; ++variant) {
             SCOPED_TRACE(testing::Message() << emulation << " variant " << variant);
+            scripted::Platform platform;
+            platform.registry.devices = {{vendorOf(emulation), 7, 5}};
+            virtual_plotter::PlotterOptions options;
+            setEmulation(options, emulation);
+            virtual_plotter::VirtualPlotter serial(options, sink, kSheet), usb(options, sink, kSheet);
+            connect(serial, platform.terminal);
+            connect(usb, platform.registry);
+
             ORB_ServiceRecord record = jobs::printRecord(platform, "", "");
             record.ORB_EmulationID = record.ORB_queryEmulationID = emulation;
             record.ORB_emulationVariant = variant;
-            record.ORB_serviceNumber = kORB_ServiceSerialHardClip;
-            connect(emulation);
-            expectCorners(ORB_getVectorixCS2(record), emulation, variant);
-
-            platform.registry.devices = {{vendorOf(emulation), 7, 5}};
-            record.ORB_serviceNumber = kORB_ServiceUSBHardClip;
-            record.ORB_OutputMethode = kORB_OSX_METHOD_USB;
             record.ORB_USBidVendor = vendorOf(emulation);
             record.ORB_USBlocationID = 5;
-            connect(emulation);
+            record.ORB_serviceNumber = kORB_ServiceSerialHardClip;
+            expectCorners(ORB_getVectorixCS2(record), emulation, variant);
+            record.ORB_serviceNumber = kORB_ServiceUSBHardClip;
+            record.ORB_OutputMethode = kORB_OSX_METHOD_USB;
             expectCorners(ORB_getVectorixCS2(record), emulation, variant);
         }
     }

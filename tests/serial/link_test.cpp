@@ -1,7 +1,9 @@
-// Writing, closing, and the ports that a call leaves open.
+// Writing, closing, the other ways to open a port, and the ports that a call leaves open.
 #include "serial/link.h"
 
+#include "serial/line_setup.h"
 #include "serial_fixture.h"
+#include "support/steps.h"
 
 #include <fcntl.h>
 
@@ -9,35 +11,35 @@ namespace {
 
 using Link = SerialTest;
 
+const scripted::Steps kNone, kDrainFails{{"tcdrain", fails(EIO)}};
+
 TEST_F(Link, WriteOutcomes) {
+    constexpr const char *kNotDrained = "[Vectorix Foundation] : tcdrain error at writing on serial port !";
+    const scripted::Steps isShort{{"write", gives(1)}}, hasNoLines{{"TIOCMGET", fails(ENOTTY)}}, fail{{"write", fails(EIO)}};
+    const scripted::Steps allFail{{"write", fails(ENXIO)}, {"tcdrain", fails(EIO)}};
     const struct {
         const char *what;
-        scripted::Outcome ask, write, drain;
+        scripted::Steps steps;
         int32_t lines, errorID, taken, linkStatus;
         const char *status;
     } cases[] = {
-        {"taken", gives(0), gives(3), gives(0), 0x102, kORB_NoError, 3, 0,
+        {"taken", kNone, 0x102, kORB_NoError, 3, 0,
          "Handshake lines currently set to 258, DTR : ON DSR : ON RTS : OFF CTS : OFF CAR : OFF"},
-        {"short", gives(0), gives(1), gives(0), 0x64, kORB_NoError, 1, EAGAIN,
+        {"short", isShort, 0x64, kORB_NoError, 1, EAGAIN,
          "Handshake lines currently set to 100, DTR : OFF DSR : OFF RTS : ON CTS : ON CAR : ON"},
-        {"no modem lines", fails(ENOTTY), gives(3), gives(0), 0, kORB_NoError, 3, 0,
+        {"no modem lines", hasNoLines, 0, kORB_NoError, 3, 0,
          "[Vectorix Foundation] :error getting handshake line /dev/ttyUSB0 - Inappropriate ioctl for device(25)"},
-        {"refused", gives(0), fails(EIO), gives(0), 0, kORB_ErrorUnvalidPort, 0, EIO, "write returned errno 5"},
-        {"not drained", gives(0), gives(3), fails(EIO), 0, kORB_NoError, 0, EIO,
-         "[Vectorix Foundation] : tcdrain error at writing on serial port !"},
-        {"refused, not drained", gives(0), fails(ENXIO), fails(EIO), 0, kORB_ErrorUnvalidPort, 0, ENXIO,
-         "[Vectorix Foundation] : tcdrain error at writing on serial port !"},
+        {"refused", fail, 0, kORB_ErrorUnvalidPort, 0, EIO, "write returned errno 5"},
+        {"not drained", kDrainFails, 0, kORB_NoError, 0, EIO, kNotDrained},
+        {"neither", allFail, 0, kORB_ErrorUnvalidPort, 0, ENXIO, kNotDrained},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
         reset();
         givenPort();
         terminal.modemWord = c.lines;
-        platform.script("TIOCMGET", c.ask);
-        platform.script("write", c.write);
-        platform.script("tcdrain", c.drain);
+        script(platform, c.steps);
         EXPECT_EQ(ORB_SerialwritePlotter(), 0);
-        EXPECT_EQ(platform.log, (Log{"TIOCMGET 5", "write 5 \"IN;\"", "tcdrain 5"}));
         EXPECT_EQ(answer().ORB_errorID, c.errorID);
         EXPECT_EQ(gORB_FoundationStruct.lastWrite.taken, c.taken);
         EXPECT_EQ(gORB_FoundationStruct.lastWrite.status, c.linkStatus);
@@ -45,40 +47,59 @@ TEST_F(Link, WriteOutcomes) {
     }
 }
 
-TEST_F(Link, WritesWhatTheBufferHolds) {
-    givenPort();
-    answer().ORB_writeBuffer[0] = 0;
-    ORB_SerialwritePlotter();
-    EXPECT_EQ(platform.log, (Log{"TIOCMGET 5", "write 5 \"\"", "tcdrain 5"}));
-    memset(answer().ORB_writeBuffer, 'x', sizeof answer().ORB_writeBuffer); // no room for a NUL
-    ORB_SerialwritePlotter();
-    EXPECT_EQ(terminal.written, std::string(256, 'x'));
+template <auto operation> int32_t returning() { return operation(), 0; }
 
-    answer().ORB_portFD = 0;
-    EXPECT_EQ(ORB_SerialwritePlotter(), 0);
-    EXPECT_EQ(platform.console.out, "ORB_SerialwritePlotter kORB_ErrorUnvalidPort, kernResult = 0 \n");
-    EXPECT_EQ(answer().ORB_errorID, kORB_ErrorUnvalidPort);
-    EXPECT_EQ(gORB_FoundationStruct.lastWrite.status, EBADF);
-    EXPECT_EQ(ORB_SerialclosePort(), 0); // leaves the identifier
-    EXPECT_EQ(answer().ORB_errorID, kORB_ErrorUnvalidPort);
-    EXPECT_EQ(answer().ORB_portFD, -1);
-}
-
-TEST_F(Link, Close) {
-    answer().ORB_errorID = 0;
-    EXPECT_EQ(ORB_VectorixService6(), 0);
-    EXPECT_EQ(answer().ORB_errorID, kORB_NoError);
-    EXPECT_TRUE(platform.log.empty());
-
-    givenPort();
-    answer().ORB_errorID = kORB_ErrorUnvalidPort;
-    platform.script("tcdrain", fails(EIO));
-    EXPECT_EQ(ORB_VectorixService6(), 0);
-    EXPECT_EQ(answer().ORB_lastService, 6);
-    EXPECT_EQ(platform.log, (Log{"tcdrain 5", "sleep 2", "TIOCNXCL 5", "close 5"}));
-    EXPECT_EQ(statusText(), "Error waiting for drain - Input/output error(5)");
-    EXPECT_EQ(answer().ORB_errorID, kORB_NoError);
-    EXPECT_EQ(answer().ORB_portFD, -1);
+TEST_F(Link, CallsInOrder) {
+    constexpr auto kRead = ORB_Serialopen_Keyspan2Read, kWrite = ORB_SerialwritePlotter, k6 = ORB_VectorixService6;
+    constexpr auto kStandard = returning<ORB_Serialopen_std>, kHangUp = returning<ORB_Serial_forcePlotterHangUp>;
+    const scripted::Steps isHeld{{"TIOCEXCL", fails(EIO)}}, firstIs0{{"open", gives(0)}};
+    const std::string full(256, 'x'); // no room for a NUL
+    const struct {
+        const char *what;
+        int32_t (*operation)();
+        int16_t port; ///< before
+        std::string text;
+        scripted::Steps steps;
+        int32_t errorID;
+        int16_t portAfter;
+        std::string calls;
+    } cases[] = {
+        {"a port before is forgotten", ORB_VectorixService5, 9, "IN;", kNone, 22007, 5,
+         "open /dev/ttyUSB0 rw|nonblock|append, tcgetattr 5, tcsetattr 5 TCSADRAIN, fcntl 5 F_SETFL 0, fcntl 5 F_SETFL 0, "
+         "tcsetattr 5 TCSADRAIN, TIOCMGET 5, TIOCMSET 5 0x126, tcsetattr 5 TCSADRAIN, TIOCMGET 5, TIOCMSET 5 0x126, "
+         "TIOCMGET 5, write 5 \"IN;\", tcdrain 5, "},
+        {"exclusive use refused", kRead, -1, "", isHeld, 24003, -1,
+         "open /dev/ttyUSB0 rw|append, fcntl 5 F_SETFL 0, TIOCEXCL 5, close 5, "},
+        {"without settings", kStandard, -1, "", firstIs0, 0, 5,
+         "open /dev/ttyUSB0 rw, fcntl 0 F_SETFL 0, open /dev/ttyUSB0 rw, fcntl 5 F_SETFL 0, "},
+        {"hang-up", kHangUp, -1, "", kNone, 0, -1,
+         "open /dev/ttyUSB0 rw, tcgetattr 5, tcgetattr 5, tcsetattr 5 TCSANOW, sleep 1, tcsetattr 5 TCSANOW, close 5, "},
+        {"no text", kWrite, 5, std::string(1, '\0'), kNone, 22007, 5, "TIOCMGET 5, write 5 \"\", tcdrain 5, "},
+        {"full", kWrite, 5, full, kNone, 22007, 5, "TIOCMGET 5, write 5 \"" + full + "\", tcdrain 5, "},
+        {"no port", kWrite, 0, "", kNone, 25002, 0,
+         "out \"ORB_SerialwritePlotter kORB_ErrorUnvalidPort, kernResult = 0 \\x0a\", "},
+        {"close", k6, 5, "", kDrainFails, 22007, -1, "tcdrain 5, sleep 2, TIOCNXCL 5, close 5, "},
+        {"close of nothing", k6, -1, "", kNone, 22007, -1, ""},
+        {"which leaves the identifier", ORB_SerialclosePort, 0, "", kNone, 0, -1, ""},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        reset();
+        givenPort();
+        answer().ORB_errorID = 0;
+        answer().ORB_portFD = c.port;
+        terminal.attributes[5].c_cflag = B2400;
+        c.text.copy(answer().ORB_writeBuffer, sizeof answer().ORB_writeBuffer);
+        script(platform, c.steps);
+        EXPECT_EQ(c.operation(), c.errorID == kORB_ErrorSetExclusive ? -1 : 0);
+        EXPECT_EQ(answer().ORB_errorID, c.errorID);
+        EXPECT_EQ(answer().ORB_portFD, c.portAfter);
+        std::string calls;
+        for (const std::string &call : platform.log)
+            calls += call + ", ";
+        EXPECT_EQ(calls, c.calls);
+        EXPECT_TRUE(c.operation != kHangUp || cfgetospeed(&terminal.attributes[5]) == B2400); // as before
+    }
 }
 
 class OpenPorts : public SerialTest {
@@ -117,7 +138,6 @@ TEST_F(OpenPorts, ADescriptorThatTheHostTookOverIsNotClosed) {
     nextCall(first);
     terminal.openPaths[first] = "/home/user/drawing"; // closed by the host, and its number used anew
     nextCall(open("/dev/a"));
-    EXPECT_TRUE(isOpen(first));
     terminal.openPaths[first] = "/dev/a"; // what was given up once is not taken back
     nextCall(open("/dev/a"));
     EXPECT_TRUE(isOpen(first));

@@ -37,10 +37,7 @@ protected:
     }
 
     /// The port is open already, as descriptor 5.
-    void givenPort() {
-        terminal.openPaths[5] = gORB_bsdPath;
-        answer().ORB_portFD = 5;
-    }
+    void givenPort() { terminal.openPaths[answer().ORB_portFD = 5] = gORB_bsdPath; }
 
     scripted::Platform platform;
     scripted::Terminal &terminal = platform.terminal;

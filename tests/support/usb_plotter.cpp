@@ -18,12 +18,7 @@ namespace {
 
 constexpr uint8_t kIn = 0x80;
 
-std::string hex(unsigned number) {
-    char text[12];
-    snprintf(text, sizeof text, "%02x", number);
-    return text;
-}
-
+std::string hex(uint8_t number) { return {"0123456789abcdef"[number >> 4], "0123456789abcdef"[number & 15]}; }
 uint8_t low(size_t value) { return static_cast<uint8_t>(value); }
 uint8_t high(size_t value) { return static_cast<uint8_t>(value >> 8); }
 
@@ -148,26 +143,19 @@ int UsbPlotter::answer(UMockdevIoctlClient *client) {
     }
     if (claimer_ != client) return -EINVAL;
     switch (request) {
-    case USBDEVFS_RELEASEINTERFACE: return release();
+    case USBDEVFS_RELEASEINTERFACE: return claim(nullptr);
     case USBDEVFS_SETINTERFACE: return chooseSetting(argumentOf<usbdevfs_setinterface>(client).altsetting);
     case USBDEVFS_CLEAR_HALT: return clearHalt(low(argumentOf<unsigned>(client)));
     default: return -ENOTTY;
     }
 }
 
-int UsbPlotter::claim(UMockdevIoctlClient *client) {
-    if (!driver_.empty()) return -EBUSY;
-    bindDriver("usbfs");
+int UsbPlotter::claim(const UMockdevIoctlClient *client) {
+    if (client != nullptr && !driver_.empty()) return -EBUSY;
+    bindDriver(client != nullptr ? "usbfs" : "");
     claimer_ = client;
-    log_.emplace_back("claim");
-    return 0;
-}
-
-int UsbPlotter::release() {
-    bindDriver("");
-    claimer_ = nullptr;
     setting_ = 0;
-    log_.emplace_back("release");
+    log_.emplace_back(client != nullptr ? "claim" : "release");
     return 0;
 }
 
@@ -221,11 +209,10 @@ int UsbPlotter::submit(UMockdevIoctlClient *client) {
 /// Answers status requests, and no others. The buffer begins with the 8 bytes of the request.
 bool UsbPlotter::control(Urb &urb) const {
     const guint8 *request = urb.buffer->data;
-    if (refusesStatus_ || request[0] < kIn || request[1] != 0 || urb.size() < 10) return false;
+    if (refusesStatus_ || request[0] < kIn || request[1] != 0) return false;
     const bool ofEndpoint = (request[0] & 0x1F) == 2;
     const uint8_t status[2] = {ofEndpoint && halted_.contains(request[4]), 0};
-    put(urb.buffer, 8, status, sizeof status);
-    urb.moved = sizeof status;
+    put(urb.buffer, 8, status, urb.moved = sizeof status);
     return true;
 }
 

@@ -66,8 +66,7 @@ private:
 
     // The kernel's calls: a result, or an errno below 0.
     int answer(UMockdevIoctlClient *client);
-    int claim(UMockdevIoctlClient *client);
-    int release();
+    int claim(const UMockdevIoctlClient *client); ///< nullptr: nobody any more
     int chooseSetting(size_t setting);
     int chooseConfiguration(unsigned value);
     int clearHalt(uint8_t address);
