@@ -30,7 +30,6 @@ constexpr struct {
     {"but for 17032 over USB", 17032, kUsb, k1st, "0,0,15200,0\r", {0, 0, 15200, 0}, true},
     {"17032 wants three commas", 17032, kUsb, k1st, "0,0,15200\r", {0, 0, 0, 0}, false},
     {"a fourth comma completes a 0", 17001, kUsb, k1st, "1,2,3,0,", {1, 2, 3, 0}, true},
-    {"a fourth comma", 17001, kSerial, k1st, "10,20,30,40,50\r", {10, 20, 30, 40}, true},
     {"serial walks on", 17001, kSerial, k1st, "1,2,3,4\r5\n", {1, 2, 3, 45}, true},
     {"USB does not", 17001, kUsb, k1st, "1,2,3,4\r5\n", {1, 2, 3, 4}, true},
     {"signs, points and blanks", 17001, kSerial, k1st, "-5,12.5, 1 0,)7\r", {5, 125, 10, 7}, true},
@@ -42,7 +41,6 @@ constexpr struct {
     {"USB: 0 is not enough", 17005, kUsb, k1st, "0 0", {0, 0, 0, 0}, false},
 
     {"skip", 17008, kSerial, k1st, "a,b,c,d,100,200,300,400\r", {100, 200, 300, 400}, true},
-    {"skip, a fourth 0 does not complete", 17008, kSerial, k1st, ",,,,1,2,3,0\r", {1, 2, 3, 0}, false},
     {"skip stops when complete", 17008, kSerial, k1st, ",,,,1,2,3,4,5,6\r", {1, 2, 3, 4}, true},
     {"skip, USB", 17008, kUsb, k1st, "x(0,1,2,3,100,200,300,400,", {100, 200, 300, 400}, true},
     {"skip, USB, no pair: from the first byte", 17008, kUsb, k1st, "a,b,c,d,1,2,3,4,", {1, 2, 3, 4}, true},
@@ -52,10 +50,8 @@ constexpr struct {
     {"each further byte ends it again", 17009, kSerial, k1st, "120,340\r\n", {120, 0, 0, 111}, true},
     {"no digit behind the comma", 17009, kSerial, k1st, "120,\r\n", {120, 0, 0, 0}, false},
     {"second pair", 17009, kSerial, k2nd, "5, 6)\r", {0, 0, 5, 6}, true},
-    {"a blank ends the first pair", 17009, kSerial, k1st, "5,6 7\r", {5, 7, 0, 111}, true},
     {"pair, USB", 17009, kUsb, k1st, "120,340", {120, 340, 111, 111}, true},
     {"pair, USB, no digit", 17009, kUsb, k1st, "120,\r", {120, -1, 111, 111}, true},
-    {"pair, USB, no comma", 17009, kUsb, k1st, "x", {0, 0, 0, 111}, true},
     {"second pair, USB", 17009, kUsb, k2nd, " 5,6\r", {0, 0, 5, 6}, true},
     {"second pair, USB, no comma", 17009, kUsb, k2nd, "56\r7", {0, 0, 56, 567}, true},
 };
@@ -101,30 +97,30 @@ TEST(Reply, WhatLivesFromOneReplyToTheNext) {
 }
 
 TEST(Reply, Shows) {
+    constexpr const char *kTwo = "ORB_HARDC_2 = ORB_Double : 2.000000";
     const struct {
         int32_t emulation;
-        Link link;
         std::string_view reply;
-        const char *console, *status;
+        std::string console, status;
     } kCases[] = {
-        {17001, kSerial, "1,2,3,4,",
-         "ORB_HARDC_1 = ORB_Double : 1.000000\nORB_HARDC_2 = ORB_Double : 2.000000\n"
-         "ORB_HARDC_3 = ORB_Double : 3.000000\nORB_HARDC_4 = ORB_Double : 4.000000\n",
-         ""},
-        {17005, kUsb, " 1,2 3 4 5 ",
+        {17001, "1,2,", "ORB_HARDC_1 = ORB_Double : 1.000000\n" + std::string(kTwo) + "\n", ""},
+        {17005, " 1,2 3 ",
          "< ORB_startspace found >\n< comma found here in MHGL , >ORB_HARDC_1 = ORB_Double : 12.000000\n"
-         "ORB_HARDC_2 = ORB_Double : 3.000000\nORB_HARDC_3 = ORB_Double : 4.000000\n",
+         "ORB_HARDC_2 = ORB_Double : 3.000000\n",
          ""},
-        {17008, kSerial, ",,,,1,2,3", "ORB_HARDC_2 = ORB_Double : 2.000000\n", "ORB_HARDC_2 = ORB_Double : 2.000000"},
-        {17008, kUsb, ",,,,1,2,3,4,", "", ""},
+        {17008, ",,,,1,2,3", std::string(kTwo) + "\n", kTwo},
     };
     for (const auto &c : kCases) {
+        SCOPED_TRACE(c.emulation);
         scripted::Platform platform;
         answer().ORB_CFSTR_message = 0;
         Reading reading = readingOf(formOf(c.emulation));
-        readReply(c.reply, formOf(c.emulation), c.link, k1st, reading);
-        EXPECT_EQ(platform.console.out, c.console) << c.reply;
-        EXPECT_EQ(platform::stringView(answer().ORB_CFSTR_message), c.status) << c.reply;
+        readReply(c.reply, formOf(c.emulation), kSerial, k1st, reading);
+        EXPECT_EQ(platform.console.out, c.console);
+        EXPECT_EQ(platform::stringView(answer().ORB_CFSTR_message), c.status);
+        reading = readingOf(formOf(c.emulation));
+        readReply(c.reply, formOf(c.emulation), kUsb, k1st, reading);
+        EXPECT_EQ(platform.console.out == c.console, c.emulation != 17005);
     }
 }
 

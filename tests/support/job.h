@@ -66,17 +66,17 @@ inline ORB_JobReport lastReport() {
     return report;
 }
 
-/// The last report, whole: "stop 4, 27010/-1 at -1; 3+0+4 bytes, 1+0 pieces, 0 uncut". Behind the reason for the stop the
-/// first failure, if there was one; then what was sent, failed, and was withheld.
+/// The last report, whole: "4, 27010/-1 at -1; 3+0+4, 1+0, 0" is the reason for the stop and the first failure, if there was
+/// one; the bytes that were sent, failed and were withheld; the pieces that were sent and failed; the chunks without a cut.
 inline std::string reportText() {
     const ORB_JobReport r = lastReport();
     EXPECT_EQ(r.fileBytes, r.sentBytes + r.failedBytes + r.withheldBytes);
     std::ostringstream text;
-    text << "stop " << r.stopReason;
+    text << r.stopReason;
     if (r.firstErrorID != kORB_NoError || r.firstStatus != 0 || r.firstErrorOffset != -1)
         text << ", " << r.firstErrorID << "/" << r.firstStatus << " at " << r.firstErrorOffset;
-    text << "; " << r.sentBytes << "+" << r.failedBytes << "+" << r.withheldBytes << " bytes, " << r.piecesSent << "+"
-         << r.piecesFailed << " pieces, " << r.uncutChunks << " uncut";
+    text << "; " << r.sentBytes << "+" << r.failedBytes << "+" << r.withheldBytes << ", " << r.piecesSent << "+"
+         << r.piecesFailed << ", " << r.uncutChunks;
     return text.str();
 }
 
