@@ -60,11 +60,6 @@ template <typename T> T argumentOf(UMockdevIoctlClient *client) {
     return value;
 }
 
-int give(UMockdevIoctlClient *client, size_t offset, const void *bytes, size_t size) {
-    put(memoryAt(umockdev_ioctl_client_get_arg(client), 0, offset + size), offset, bytes, size);
-    return 0;
-}
-
 } // namespace
 
 struct UsbPlotter::Urb {
@@ -123,17 +118,14 @@ const PlotterEndpoint *UsbPlotter::endpointOf(uint8_t address) const {
 }
 
 int UsbPlotter::answer(UMockdevIoctlClient *client) {
-    static constexpr uint32_t kAll = USBDEVFS_CAP_ZERO_PACKET | USBDEVFS_CAP_BULK_CONTINUATION |
-                                     USBDEVFS_CAP_NO_PACKET_SIZE_LIM | USBDEVFS_CAP_BULK_SCATTER_GATHER |
-                                     USBDEVFS_CAP_REAP_AFTER_DISCONNECT;
     const unsigned long request = umockdev_ioctl_client_get_request(client);
     if (request == USBDEVFS_REAPURBNDELAY) return reap(client);
     if (failuresLeft_ == 0) return -ENODEV;
     switch (request) {
-    case USBDEVFS_GET_CAPABILITIES: return give(client, 0, &kAll, sizeof kAll);
     case USBDEVFS_GETDRIVER:
-        if (driver_.empty()) return -ENODATA;
-        return give(client, offsetof(usbdevfs_getdriver, driver), driver_.c_str(), driver_.size() + 1);
+        put(memoryAt(umockdev_ioctl_client_get_arg(client), 0, sizeof(usbdevfs_getdriver)),
+            offsetof(usbdevfs_getdriver, driver), driver_.c_str(), driver_.size() + 1);
+        return driver_.empty() ? -ENODATA : 0;
     case USBDEVFS_IOCTL: return moveDriver(argumentOf<usbdevfs_ioctl>(client).ioctl_code == int{USBDEVFS_DISCONNECT});
     case USBDEVFS_SETCONFIGURATION: return chooseConfiguration(argumentOf<unsigned>(client));
     case USBDEVFS_CLAIMINTERFACE: return claim(client);
@@ -209,7 +201,7 @@ int UsbPlotter::submit(UMockdevIoctlClient *client) {
 /// Answers status requests, and no others. The buffer begins with the 8 bytes of the request.
 bool UsbPlotter::control(Urb &urb) const {
     const guint8 *request = urb.buffer->data;
-    if (refusesStatus_ || request[0] < kIn || request[1] != 0) return false;
+    if (request[0] < kIn || request[1] != 0) return false;
     const bool ofEndpoint = (request[0] & 0x1F) == 2;
     const uint8_t status[2] = {ofEndpoint && halted_.contains(request[4]), 0};
     put(urb.buffer, 8, status, urb.moved = sizeof status);

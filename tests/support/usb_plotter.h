@@ -52,7 +52,6 @@ public:
     void takeOnly(size_t bytes) { room_ = bytes; }                    ///< in all, then it lets transfers wait
     void halt(uint8_t endpoint) { halted_.insert(endpoint); }         ///< until it is cleared
     void disturbNext() { disturbed_ = true; }                         ///< the next transfer meets a disturbed line
-    void refuseStatusRequests() { refusesStatus_ = true; }            ///< as devices do that do not know the request
     void unplug();                              ///< as the kernel shows it: two transfers fail, then there is no device
     void bindDriver(const std::string &driver); ///< or a program, which is "usbfs" then; "" for neither
 
@@ -89,7 +88,7 @@ private:
 
     std::string driver_, written_;
     const UMockdevIoctlClient *claimer_ = nullptr; // who has claimed the interface
-    bool disturbed_ = false, refusesStatus_ = false;
+    bool disturbed_ = false;
     std::optional<int> failuresLeft_; // once it is unplugged
     size_t setting_ = 0, room_ = SIZE_MAX;
     std::set<uint8_t> halted_;
