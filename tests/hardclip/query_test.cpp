@@ -1,8 +1,10 @@
 // Services 7 and 11 in virtual time: what the plotter hears, what it says, and what comes of it.
+#include "language/recording_sink.h"
 #include "platform/posix/stop.h"
 #include "record/state.h"
 #include "support/job.h"
 #include "usb/interface.h"
+#include "virtual_plotter/face/plotter.h"
 
 #include <gtest/gtest.h>
 
@@ -162,13 +164,57 @@ TEST(Query, ListsThePipes) {
     platform.registry.endpoints = {{1, 3, 2}, {0, 2, 2}, {0, 1, 2}};
     platform.registry.replies = {"1,2,3,4"};
     EXPECT_EQ(ORB_getVectorixCS2(record).ORB_USB_PIPEIN, 3);
-    const std::string listing =
-        "gORB_interfaceInterface has 3 endpoints\nPipeRef 1: pipeID 3 direction in\n"
-        "transfer type bulk, maxPacketSize 64\n [S11 ORB_readPlotFile2Write] GetPipeStatus ORB_pipe_in "
-        "(kernResult == (kern_return_t) kIOReturnSuccess\nPipeRef 2: pipeID 2 direction out\n"
-        "PipeRef 3: pipeID 1 direction out\n"
-        "\n\n[S11] ClearPipeStallBothEnds succeed for ORB_pipe_in\n";
+    const std::string listing = "gORB_interfaceInterface has 3 endpoints\nPipeRef 1: pipeID 3 direction in\n"
+                                "transfer type bulk, maxPacketSize 64\n";
     EXPECT_NE(platform.console.out.find(listing), std::string::npos) << platform.console.out;
+}
+
+constexpr language::Rectangle kSheet{{100, 200}, {10000, 8000}};
+constexpr uint32_t kVariants = 10; // 0 and those past the last among them
+
+/// The values are the sheet's corners, in the unit that the ";:" language was asked in.
+void expectCorners(const ORB_ServiceRecord &record, int32_t emulation, uint32_t variant) {
+    constexpr double kUnits[] = {1, 1.016, 4, 5.08}; // plotter units, for variants 1 to 4
+    const bool hasUnits = emulation == 17008 || emulation == 17030;
+    const double unit = !hasUnits ? 1 : variant < 1 || variant > 8 ? kUnits[3] : kUnits[(variant - 1) % 4];
+    const double values[] = {record.ORB_HARDC_1, record.ORB_HARDC_2, record.ORB_HARDC_3, record.ORB_HARDC_4};
+    const double corners[] = {kSheet.lower.x, kSheet.lower.y, kSheet.upper.x, kSheet.upper.y};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_NEAR(values[i] * unit, corners[i], unit / 2);
+}
+
+void connect(virtual_plotter::VirtualPlotter &plotter, stand_in::Wire &wire) {
+    wire.onWrite = [&](std::string_view text) {
+        ASSERT_EQ(plotter.hear(text, {}), text.size());
+        if (std::string said = plotter.takeSaid(); !said.empty()) wire.replies.push_back(said);
+    };
+}
+
+/// The vendor of plotters with that emulation; others' plotters are asked in HP-GL, whatever they understand.
+uint16_t vendorOf(int32_t emulation) {
+    if (emulation == 17008 || emulation == 17030) return 0x099F;
+    if (emulation == 17009 || emulation == 17010) return 0x0B4D;
+    return emulation == 17005 ? 0x0C30 : 0x0B75;
+}
+
+// Against the plotter in software: each emulation's questions, and the numbers that come of its answers.
+TEST(Query, EachEmulationOverBothLinks) {
+    language::RecordingSink sink;
+    for (int32_t emulation = 17001; emulation <= 17037; ++emulation) {
+        for (uint32_t variant = 0; variant < kVariants; ++variant) {
+            SCOPED_TRACE(testing::Message() << emulation << " variant " << variant);
+            Platform platform;
+            virtual_plotter::PlotterOptions options;
+            setEmulation(options, emulation);
+            virtual_plotter::VirtualPlotter serial(options, sink, kSheet), usb(options, sink, kSheet);
+            connect(serial, platform.terminal);
+            connect(usb, platform.registry);
+            Asked asked = {7, kSerial, vendorOf(emulation), emulation, emulation, variant};
+            expectCorners(ORB_getVectorixCS2(recordOf(asked, platform)), emulation, variant);
+            asked.service = 11, asked.method = kUsb;
+            expectCorners(ORB_getVectorixCS2(recordOf(asked, platform)), emulation, variant);
+        }
+    }
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "platform/iokit/linux/linux_registry.h"
 #include "platform/posix/stop.h"
+#include "record/service_search.h"
 #include "support/usb_plotter.h"
 
 #include <gtest/gtest.h>
@@ -25,63 +26,43 @@ protected:
         EXPECT_EQ(platform::liveObjectCount(), objectsBefore);
     }
 
-    /// Calls visit with each service of the class, in the registry's order, and with those matching key and value only.
-    template <typename Visit> void forEach(const char *className, Visit visit, const MatchingDictionary &also = {}) {
-        mach_port_t port = 0;
-        ASSERT_EQ(registry.masterPort(&port), kIOReturnSuccess);
-        MatchingDictionary dictionary;
-        ASSERT_TRUE(registry.matching(className, &dictionary));
-        dictionary.insert(also.begin(), also.end());
-        io_object_t iterator = 0;
-        EXPECT_EQ(registry.matchingServices(port, dictionary, &iterator), kIOReturnSuccess);
-        EXPECT_EQ(registry.deallocatePort(port), kIOReturnSuccess);
-        while (const io_object_t service = registry.next(iterator)) {
+    /// Calls visit with each service of the class, in the registry's order, and of those with that value only.
+    template <typename Visit>
+    static void forEach(const char *className, Visit visit, const char *property = nullptr, const char *value = nullptr) {
+        int32_t status = 0;
+        ServiceSearch search;
+        ASSERT_TRUE(search.begin(className, &status, property, value));
+        while (const IOObject service = search.next())
             visit(service);
-            EXPECT_EQ(registry.release(service), kIOReturnSuccess);
-        }
-        EXPECT_EQ(registry.release(iterator), kIOReturnSuccess);
     }
 
-    std::string text(io_object_t service, const char *key) {
-        const CFRef value(registry.createProperty(service, key));
-        return std::string(platform::stringView(value.get()));
-    }
-
-    int number(io_object_t service, const char *key) {
-        const CFRef value(registry.createProperty(service, key));
+    static int number(const IOObject &service, const char *key) {
+        const CFRef value(IORegistryEntryCreateCFProperty(service.get(), key));
         int32_t result = -1;
         CFNumberGetValue(value.get(), kCFNumberSInt32Type, &result);
         return result;
     }
 
-    /// What the service's plug-in gives for an interface ID; empty when it gives nothing.
+    /// What the plug-in of the first service of that vendor gives.
     template <typename Interface>
-    IOReference<Interface> query(io_object_t service, const UUIDBytes &type, const UUIDBytes &interfaceID) {
-        IOCFPlugInInterface *plugIn = nullptr;
-        EXPECT_EQ(registry.createPlugIn(service, type, &plugIn), kIOReturnSuccess);
-        IOUnknown *made = nullptr;
-        if (plugIn == nullptr) return {};
-        const int32_t result = plugIn->QueryInterface(interfaceID, &made);
-        EXPECT_EQ(result == 0, made != nullptr);
-        EXPECT_EQ(registry.destroyPlugIn(plugIn), kIOReturnSuccess);
-        return IOReference<Interface>(static_cast<Interface *>(made));
-    }
-
-    /// The device or interface object of the first one of that vendor.
-    template <typename Interface> IOReference<Interface> find(const char *className, int vendor = 0x0B75) {
-        constexpr bool kIsDevice = std::is_same_v<Interface, IOUSBDeviceInterface245>;
+    static IOReference<Interface> find(const char *className, int vendor, const UUIDBytes &type, const UUIDBytes &id) {
         IOReference<Interface> found;
-        forEach(className, [&](io_object_t service) {
-            if (found || number(service, "idVendor") != vendor) return;
-            found = query<Interface>(service, kIsDevice ? kIOUSBDeviceUserClientTypeID : kIOUSBInterfaceUserClientTypeID,
-                                     kIsDevice ? kIOUSBDeviceInterfaceID245 : kIOUSBInterfaceInterfaceID245);
+        int32_t status = 0;
+        forEach(className, [&](const IOObject &service) {
+            if (!found && number(service, "idVendor") == vendor)
+                found = queryServiceAs<Interface>(service, type, id, 0, &status);
         });
         return found;
     }
-    auto findDevice() { return find<IOUSBDeviceInterface245>("IOUSBDevice"); }
-    auto findInterface(int vendor = 0x0B75) { return find<IOUSBInterfaceInterface245>("IOUSBInterface", vendor); }
+    static auto findDevice() {
+        return find<IOUSBDeviceInterface245>("IOUSBDevice", 0x0B75, kIOUSBDeviceUserClientTypeID,
+                                             kIOUSBDeviceInterfaceID245);
+    }
+    static auto findInterface(int vendor = 0x0B75) {
+        return find<IOUSBInterfaceInterface245>("IOUSBInterface", vendor, kIOUSBInterfaceUserClientTypeID,
+                                                kIOUSBInterfaceInterfaceID245);
+    }
 
-    platform::IORegistry &registry = platform::linuxRegistry();
     const uint32_t objectsBefore = platform::liveObjectCount();
     std::optional<bed::DeviceBed> bed;
 };

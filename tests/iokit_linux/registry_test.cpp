@@ -20,9 +20,11 @@ TEST_F(RegistryTest, DevicesInOrderOfLocation) {
         plotters.emplace_back(*bed, bed::PlotterShape{.place = place.place, .product = uint16_t(plotters.size())});
 
     uint32_t last = 0;
+    int32_t status = 0;
     size_t found = 0;
-    forEach("IOUSBDevice", [&](io_object_t service) {
-        auto device = query<IOUSBDeviceInterface>(service, kIOUSBDeviceUserClientTypeID, kIOUSBDeviceInterfaceID);
+    forEach("IOUSBDevice", [&](const IOObject &service) {
+        auto device =
+            queryServiceAs<IOUSBDeviceInterface>(service, kIOUSBDeviceUserClientTypeID, kIOUSBDeviceInterfaceID, 0, &status);
         ASSERT_TRUE(device);
         uint32_t location = 0;
         uint16_t vendor = 0, model = 0;
@@ -43,7 +45,7 @@ TEST_F(RegistryTest, InterfacesOfTheActiveConfiguration) {
     const bed::UsbPlotter configured(*bed, {.place = "1-1", .product = 1, .configurations = 2, .activeConfiguration = 2});
     const bed::UsbPlotter unconfigured(*bed, {.place = "1-2", .product = 2, .activeConfiguration = 0});
     std::vector<int> products;
-    forEach("IOUSBInterface", [&](io_object_t service) {
+    forEach("IOUSBInterface", [&](const IOObject &service) {
         if (number(service, "idVendor") == 0x0B75) products.push_back(number(service, "idProduct"));
     });
     EXPECT_EQ(products, std::vector{1});
@@ -73,14 +75,15 @@ TEST_F(RegistryTest, SerialPortsWithHardwareInNaturalOrder) {
     bed->add(tty("/devices/virtual", "tty1") + tty("/devices/virtual", "console") + tty("/devices/virtual", "ptmx"));
 
     Strings names;
-    forEach("IOSerialBSDClient",
-            [&](io_object_t service) {
-                names.push_back(text(service, "IOTTYDevice"));
-                EXPECT_EQ(text(service, "IOCalloutDevice"), "/dev/" + names.back());
-                EXPECT_EQ(text(service, "IODialinDevice"), "/dev/" + names.back());
-            },
-            {{"IOSerialBSDClientType", "IORS232SerialStream"}});
-    EXPECT_EQ(names, Strings({"rfcomm0", "ttyS0", "ttyUSB0", "ttyUSB2", "ttyUSB10"}));
+    const auto note = [&](const IOObject &service) {
+        for (const char *key : {"IOTTYDevice", "IOCalloutDevice", "IODialinDevice"})
+            names.emplace_back(platform::stringView(CFRef(IORegistryEntryCreateCFProperty(service.get(), key)).get()));
+    };
+    forEach("IOSerialBSDClient", note, "IOSerialBSDClientType", "IORS232SerialStream");
+    Strings expected;
+    for (const std::string name : {"rfcomm0", "ttyS0", "ttyUSB0", "ttyUSB2", "ttyUSB10"})
+        expected.insert(expected.end(), {name, "/dev/" + name, "/dev/" + name});
+    EXPECT_EQ(names, expected);
 }
 
 TEST_F(RegistryTest, ConfigurationsOfADevice) {

@@ -20,6 +20,7 @@ constexpr const char *kPort = "/dev/ttyUSB0";
 constexpr const char *kFirst = "fd=0, ORB_retry = 0", *kLast = "fd=0, ORB_retry = 10";
 constexpr const char *kSettingsRefused = "ioctl - TIOCSETA (called by tcsetattr) returned -1 (errno 5)";
 constexpr const char *kStartRefused = "kORB_Serial_initPlotter=>ORB_ErrorWritingPort : numBytes == -1";
+constexpr const char *kNoPath = "Service 5 : ORB_SerialopenPort() done but kernResult =-1";
 constexpr const char *kWritten = "Service 5 : ORB_SerialwritePlotter() done, no error";
 const scripted::Steps kRefusedOnce{{"tcsetattr", gives(0)}, {"tcsetattr", fails(EIO)}};
 const scripted::Steps kRefusedAtLast{{"tcsetattr", gives(0), 2}, {"tcsetattr", fails(EIO)}}, kNoStart{{"write", fails(EIO)}};
@@ -46,15 +47,7 @@ const struct {
     {"start-up refused", kOpen, kPort, kNoStart, "0, 0, 25002, 5", {5}, 0, "", kStartRefused},
     {"4", k4, kPort, {}, "0, 4, 22007, 5", {5}, 0, ";:", "Service 4 : ORB_SerialopenPort() done, no error"},
     {"5", k5, kPort, {}, "0, 5, 22007, 5", {5}, 0, ";:IN;", kWritten},
-    {"5, no path",
-     k5,
-     nullptr,
-     {},
-     "-1, 4, 27010, -1",
-     {},
-     0,
-     "",
-     "Service 5 : ORB_SerialopenPort() done but kernResult =-1"},
+    {"5, no path", k5, nullptr, {}, "-1, 4, 27010, -1", {}, 0, "", kNoPath},
     {"5, start-up refused", k5, kPort, kNoStart, "0, 4, 22007, 5", {5}, 0, "IN;", kWritten},
 };
 
