@@ -61,6 +61,7 @@ using Platform = scripted::Platform;
 using Record = ORB_ServiceRecord;
 using Given = std::function<void(Platform &, Record &)>;
 
+void nothing(Platform &, Record &) {}
 Given failing(const char *call, long code, int times) {
     return [=](Platform &platform, Record &) { platform.script(call, gives(code), times); };
 }
@@ -87,10 +88,11 @@ TEST(Query, Dialogues) {
         const char *what;
         Asked asked;
         std::string says, hears, outcome; ///< replies are separated by a stroke
-        Given given = [](Platform &, Record &) {};
+        Given given = nothing;
         const char *shown = ""; ///< on the console, or as the status text
     } kDialogues[] = {
-        {"HP-GL", kHpgl, "0,0,15200,10800\r", "IN;OH;", "0 0 15200 10800; 22007; 22007/0, 1 reads, 6 s"},
+        {"HP-GL", kHpgl, "0,0,15200,10800\r", "IN;OH;", "0 0 15200 10800; 22007; 22007/0, 1 reads, 6 s", nothing,
+         "ORB_HARDC_3 = ORB_Double : 15200.000000\nend phase 1"},
         {"silence", kHpgl, "", "IN;OH;", "0 0 0 0; 22007; 27005/0, 11 reads, 16 s"},
         {"a part ends the polling", kHpgl, "0,0,15200\r", "IN;OH;", "0 0 0 0; 22007; 27005/0, 1 reads, 6 s"},
         {"so does the line's end", kHpgl, "", "IN;OH;", "0 0 0 0; 22007; 22007/0, 1 reads, 6 s", ended},
@@ -111,7 +113,8 @@ TEST(Query, Dialogues) {
 
         {"USB: HP-GL", kUsbHpgl, "0,0,15200,10800\r", "IN;OH;", "0 0 15200 10800; 22007; 22007/0, 1 reads, 4 s"},
         {"start of 17002", kUsb17002, "1,2,3,4", "IN;IN;OH;", "1 2 3 4; 22007; 22007/0, 1 reads, 4 s"},
-        {"digits are enough", kUsbBlanks, "5 6\r", "IN-1;OH;", "5 0 0 0; 22007; 22007/0, 1 reads, 4 s"},
+        {"digits are enough", kUsbBlanks, " 5,1 6\r", "IN-1;OH;", "51 0 0 0; 22007; 22007/0, 1 reads, 4 s", nothing,
+         "< ORB_startspace found >\n< comma found here in MHGL , >ORB_HARDC_1 = ORB_Double : 51.000000\n"},
         {"start of 17008", kUsb17008, "(0,1,2,3,1,2,3,4,", start + start + ";:EH,ECM,ER,Q@",
          "1 2 3 4; 22007; 22007/0, 1 reads, 4 s"},
         {"a second read", kUsbHpgl, "x|1,2,3,4", "IN;OH;", "1 2 3 4; 22007; 22007/0, 2 reads, 7 s"},

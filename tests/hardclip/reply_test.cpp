@@ -96,29 +96,4 @@ TEST(Reply, WhatLivesFromOneReplyToTheNext) {
     }
 }
 
-TEST(Reply, Shows) {
-    constexpr const char *kTwo = "ORB_HARDC_2 = ORB_Double : 2.000000";
-    const struct {
-        int32_t emulation;
-        std::string_view reply;
-        std::string console, status;
-    } kCases[] = {
-        {17001, "1,2,", "ORB_HARDC_1 = ORB_Double : 1.000000\n" + std::string(kTwo) + "\n", ""},
-        {17005, " 1,2 3 ",
-         "< ORB_startspace found >\n< comma found here in MHGL , >ORB_HARDC_1 = ORB_Double : 12.000000\n"
-         "ORB_HARDC_2 = ORB_Double : 3.000000\n",
-         ""},
-        {17008, ",,,,1,2,3", std::string(kTwo) + "\n", kTwo},
-    };
-    for (const auto &c : kCases) {
-        SCOPED_TRACE(c.emulation);
-        scripted::Platform platform;
-        answer().ORB_CFSTR_message = 0;
-        Reading reading = readingOf(formOf(c.emulation));
-        readReply(c.reply, formOf(c.emulation), kSerial, k1st, reading);
-        EXPECT_EQ(platform.console.out, c.console);
-        EXPECT_EQ(platform::stringView(answer().ORB_CFSTR_message), c.status);
-    }
-}
-
 } // namespace

@@ -21,6 +21,8 @@ protected:
     }
 
     void TearDown() override {
+        interface.reset();
+        plotter.reset();
         platform::endCall();
         EXPECT_EQ(platform::liveRegistryObjects(), 0U);
         EXPECT_EQ(platform::liveObjectCount(), objectsBefore);
@@ -65,6 +67,8 @@ protected:
 
     const uint32_t objectsBefore = platform::liveObjectCount();
     std::optional<bed::DeviceBed> bed;
+    std::optional<bed::UsbPlotter> plotter;
+    IOReference<IOUSBInterfaceInterface245> interface;
 };
 
 using Strings = std::vector<std::string>;

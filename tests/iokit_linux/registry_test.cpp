@@ -87,7 +87,7 @@ TEST_F(RegistryTest, SerialPortsWithHardwareInNaturalOrder) {
 }
 
 TEST_F(RegistryTest, ConfigurationsOfADevice) {
-    bed::UsbPlotter plotter(*bed, {.configurations = 2});
+    plotter.emplace(*bed, bed::PlotterShape{.configurations = 2});
     auto device = findDevice();
     ASSERT_TRUE(device);
     IOUSBConfigurationDescriptorPtr first = nullptr, second = nullptr, none = nullptr;
@@ -99,24 +99,23 @@ TEST_F(RegistryTest, ConfigurationsOfADevice) {
     EXPECT_EQ(second->bConfigurationValue, 2);
 
     EXPECT_EQ(device->SetConfiguration(1), kIOReturnNotOpen);
-    EXPECT_EQ(device->USBDeviceClose(), kIOReturnNotOpen);
     EXPECT_EQ(device->USBDeviceOpen(), kIOReturnSuccess);
     EXPECT_EQ(device->SetConfiguration(1), kIOReturnSuccess); // it is active
     EXPECT_EQ(device->SetConfiguration(2), kIOReturnSuccess);
     EXPECT_EQ(device->SetConfiguration(2), kIOReturnSuccess);
     EXPECT_EQ(device->SetConfiguration(3), kIOReturnNotFound);
-    plotter.bindDriver("usblp"); // which the device leaves alone
+    plotter->bindDriver("usblp"); // which the device leaves alone
     EXPECT_EQ(device->SetConfiguration(1), kIOReturnExclusiveAccess);
-    EXPECT_EQ(plotter.driver(), "usblp");
-    EXPECT_EQ(plotter.log(), Strings({"configuration 2", "configuration 3", "configuration 1"}));
+    EXPECT_EQ(plotter->driver(), "usblp");
+    EXPECT_EQ(plotter->log(), Strings({"configuration 2", "configuration 3", "configuration 1"}));
 }
 
 TEST_F(RegistryTest, DevicesThatCannotBeOpened) {
-    bed::UsbPlotter plotter(*bed);
+    plotter.emplace(*bed);
     auto device = findDevice();
-    auto interface = findInterface();
+    interface = findInterface();
     ASSERT_TRUE(device && interface);
-    const std::string node = bed->fileOf(plotter.node());
+    const std::string node = bed->fileOf(plotter->node());
     ASSERT_EQ(::unlink(node.c_str()), 0);
     ASSERT_EQ(::symlink("/proc/sys/kernel/osrelease", node.c_str()), 0); // which not even root may write to
     EXPECT_EQ(device->USBDeviceOpen(), kIOReturnNotPermitted);

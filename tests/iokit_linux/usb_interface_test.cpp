@@ -11,14 +11,7 @@ protected:
     void open(bed::PlotterShape shape = {}) {
         plotter.emplace(*bed, std::move(shape));
         interface = findInterface();
-        ASSERT_TRUE(interface);
         ASSERT_EQ(interface->USBInterfaceOpen(), kIOReturnSuccess);
-    }
-
-    void TearDown() override {
-        interface.reset();
-        plotter.reset();
-        RegistryTest::TearDown();
     }
 
     static std::string failed(IOReturn code, uint32_t taken = 0) {
@@ -50,9 +43,6 @@ protected:
         EXPECT_EQ(write(pipe, "IN;"), failed(code));
         EXPECT_EQ(read(pipe), failed(code));
     }
-
-    std::optional<bed::UsbPlotter> plotter;
-    IOReference<IOUSBInterfaceInterface245> interface;
 };
 
 TEST_F(InterfaceTest, PrintsAndReads) {
@@ -60,20 +50,18 @@ TEST_F(InterfaceTest, PrintsAndReads) {
     Strings texts;
     plotter->onText = [&](std::string_view text) {
         texts.emplace_back(text);
-        if (text == "OH;") plotter->reply("0,0,16158,11040\r");
+        if (text == "OH;") plotter->reply("0,0,1615,11040\r");
     };
     EXPECT_EQ(interface->ClearPipeStallBothEnds(1), kIOReturnSuccess);
     EXPECT_EQ(write(1, "IN;SP1;"), "7");
     EXPECT_EQ(write(1, ""), "0");
     EXPECT_EQ(write(1, "OH;"), "3");
-    EXPECT_EQ(read(2), "0,0,16158,11040\r");
-
+    EXPECT_EQ(read(2), "0,0,1615,11040\r");
     EXPECT_EQ(interface->SetAlternateInterface(1), kIOReturnSuccess); // with interrupt endpoints
-    EXPECT_EQ(write(1, "PU;"), "3");
-    plotter->reply("18");
-    EXPECT_EQ(read(2), "18");
+    EXPECT_EQ(write(1, "OH;"), "3");
+    EXPECT_EQ(read(2), "0,0,1615,11040\r");
     EXPECT_EQ(interface->SetAlternateInterface(2), kIOReturnNotFound);
-    EXPECT_EQ(texts, Strings({"IN;SP1;", "OH;", "PU;"})); // a text is a transfer, and nothing is none
+    EXPECT_EQ(texts, Strings({"IN;SP1;", "OH;", "OH;"})); // a text is a transfer, and nothing is none
     EXPECT_EQ(plotter->log(), Strings({"claim", "clear 01", "setting 1"}));
 }
 
@@ -87,7 +75,6 @@ TEST_F(InterfaceTest, OpenAndClosed) {
     uint8_t byte;
     EXPECT_EQ(interface->SetAlternateInterface(0), kIOReturnNotOpen);
     EXPECT_EQ(interface->GetNumEndpoints(&byte), kIOReturnNotOpen);
-    expectFailures(1, kIOReturnNotOpen);
     expectFailures(2, kIOReturnNotOpen);
 
     EXPECT_EQ(interface->USBInterfaceOpen(), kIOReturnSuccess); // and it is at setting 0 again
@@ -141,7 +128,6 @@ TEST_F(InterfaceTest, ReadsWholePacketsAndKeepsTheRest) {
     plotter->reply("abcdefgh");
     plotter->reply("ijk");
     plotter->reply("next");
-    EXPECT_EQ(read(2, 0), "");
     EXPECT_EQ(read(2, 10), "abcdefghij");
     EXPECT_EQ(read(2, 10), "k");
     EXPECT_EQ(read(2, 3), "nex");

@@ -9,8 +9,7 @@ namespace {
 struct CutCase {
     const char *what;
     int32_t emulation;
-    std::string_view terminator;
-    std::string_view chunk;
+    std::string_view terminator, chunk;
     size_t cut;
 };
 

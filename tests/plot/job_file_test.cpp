@@ -97,16 +97,13 @@ TEST_F(JobFile, EmptyDictionaryLeavesPresetsAndTheHostsStrings) {
 }
 
 TEST_F(JobFile, ChunkSizeFollowsTheEmulation) {
-    constexpr struct {
-        const char *emulation;
-        int64_t chunkSize;
-    } kCases[] = {
-        {"<integer>17008</integer>", 255}, {"<integer>17022</integer>", 16}, {"<integer>17100</integer>", 64},
-        {"<real>17008</real>", 255},       {"<real>17008.5</real>", 64},     {"<integer>4294984304</integer>", 64},
-    };
-    for (const auto &c : kCases) {
-        EXPECT_EQ(read(jobXML({{"Plotter emulation ID :", c.emulation}})), 0);
-        EXPECT_EQ(int64_t{answer().ORB_PlotChunkSize}, c.chunkSize) << c.emulation;
+    for (const auto &[emulation, size] : {std::pair{"<integer>17022</integer>", 16},
+                                          {"<integer>17100</integer>", 64},
+                                          {"<real>17008</real>", 255},
+                                          {"<real>17008.5</real>", 64},
+                                          {"<integer>4294984304</integer>", 64}}) {
+        EXPECT_EQ(read(jobXML({{"Plotter emulation ID :", emulation}})), 0);
+        EXPECT_EQ(int64_t{answer().ORB_PlotChunkSize}, size) << emulation;
     }
 }
 

@@ -23,11 +23,8 @@ const struct {
      "iokit_common_err =-536870190\n(0x2d2) // device(s) still open"},
     {kIOReturnUnformattedMedia, kIOReturnUnformattedMedia, " iokit_common_err(0x2e5)// media not formatted \n",
      "iokit_common_err =-536870171\n (0x2e5)// media not formatted"},
-    {kIOReturnNotFound, kIOReturnNotFound, " kIOReturnNotFound        iokit_common_err(0x2f0) // data was not found\n",
-     "iokit_common_err =-536870160\n (0x2f0) // data was not found"},
     {22007, 22007, " ORB error 22007\n", "ORB error 22007"},
     {0, kIOReturnNotResponding, kUnknownLine, kUnknownMessage},
-    {0x2BC, kIOReturnNotResponding, kUnknownLine, kUnknownMessage},
     {-0x1FFFFD3A, kIOReturnNotResponding, kUnknownLine, kUnknownMessage}, // 0xE00002C6
 };
 

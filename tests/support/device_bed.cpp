@@ -40,15 +40,9 @@ std::string DeviceBed::usbPath(const std::string &place) {
     return interface == std::string::npos ? path : path + "/" + place;
 }
 
-void DeviceBed::addAbove(const std::string &place) {
-    const size_t last = place.find_last_of("-.");
-    if (last == std::string::npos) return; // a bus
-    const std::string above = place.substr(0, last);
-    if (std::find(places_.begin(), places_.end(), above) == places_.end()) addUsb(above, kHub, 1);
-}
-
 std::string DeviceBed::addUsb(const std::string &place, const std::vector<uint8_t> &descriptors, int activeConfiguration) {
-    addAbove(place);
+    const std::string above = place.substr(0, place.find_last_of("-."));
+    if (above != place && std::find(places_.begin(), places_.end(), above) == places_.end()) addUsb(above, kHub, 1);
     places_.push_back(place);
     const int number = static_cast<int>(places_.size());
     char node[32], ids[64], byte[3];

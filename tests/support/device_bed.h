@@ -37,8 +37,6 @@ public:
     UMockdevTestbed *get() const { return bed_; }
 
 private:
-    void addAbove(const std::string &place);
-
     UMockdevTestbed *bed_;
     std::vector<std::string> places_;
 };

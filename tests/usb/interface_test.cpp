@@ -88,11 +88,9 @@ TEST_F(Interface, WriterTriesSixTimes) {
         int failures;
         int32_t code, status, errorID;
         int64_t taken;
-        std::string_view line; ///< the second of each pair
     } kCases[] = {
-        {2, kIOReturnNoDevice, 0, kORB_NoError, 3, " iokit_common_err(0x2c0) // no such device\n"},
-        {6, kIOUSBPipeStalled, kIOReturnNotResponding, kORB_ErrorPipe, 0,
-         " default unknownerror, thus device is not responding\n"},
+        {5, kIOReturnNoDevice, 0, kORB_NoError, 3},
+        {6, kIOUSBPipeStalled, kIOReturnNotResponding, kORB_ErrorPipe, 0},
     };
     for (const auto &c : kCases) {
         SCOPED_TRACE(c.failures);
@@ -103,10 +101,7 @@ TEST_F(Interface, WriterTriesSixTimes) {
         EXPECT_EQ(answer().ORB_errorID, c.errorID);
         EXPECT_EQ(gORB_FoundationStruct.lastWrite.taken, c.taken);
         EXPECT_EQ(platform->clock.slept, 0U);
-        std::string out;
-        for (int i = 0; i < c.failures; ++i)
-            out.append("[S9] Unable to write on this pipe  1\nORB Vectorix Foundation :").append(c.line);
-        EXPECT_EQ(platform->console.out, out);
+        EXPECT_EQ(logged("out \"[S9] Unable to write on this pipe  1\\x0a\""), c.failures);
     }
     memset(answer().ORB_writeBuffer, 'x', 256); // no room for a NUL
     ORB_USBwritePlotter();
