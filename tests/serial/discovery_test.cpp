@@ -1,6 +1,9 @@
 #include "serial/discovery.h"
 
-#include "serial_fixture.h"
+#include "record/state.h"
+#include "support/scripted.h"
+
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -31,6 +34,7 @@ std::string listed() {
 }
 
 TEST(Discovery, Outcomes) {
+    constexpr const char *kNoName = "return as ORB_IOproperty1 == (CFStringRef) NULL\n";
     const std::string wide = std::string(38, 'x') + "\xC3\xA9"; // 39 characters, more bytes in UTF-8
     const struct {
         const char *what;
@@ -45,8 +49,7 @@ TEST(Discovery, Outcomes) {
         {"no iterator", 3, "", "", kORB_ErrorGetServices, 0, "", "", "IOServiceGetMatchingServices"},
         {"no port", 0, "", "", kORB_ErrorNoPort, 0, ""},
         {"eight", 8, "", "", kORB_NoError, 7, kSevenInSix},
-        {"no name", 3, "IOTTYDevice", "", kORB_NoError, 1, "ttyUSB1/12 ",
-         "return as ORB_IOproperty1 == (CFStringRef) NULL\n"},
+        {"no name", 3, "IOTTYDevice", "", kORB_NoError, 1, "ttyUSB1/12 ", kNoName},
         {"no callout path", 3, "IOCalloutDevice", "", kORB_NoError, 1, "ttyUSB1/12 "},
         {"39 characters", 3, "IOCalloutDevice", wide, kORB_NoError, 3, "ttyUSB1/12 ttyUSB2/40 ttyUSB3/12 "},
         {"40", 3, "IODialinDevice", std::string(40, 'x'), kORB_ErrorPathNameTooLong, 1, "ttyUSB1/12 "},
@@ -55,7 +58,7 @@ TEST(Discovery, Outcomes) {
         SCOPED_TRACE(c.what);
         scripted::Platform platform;
         platform.registry.serialPorts = ports(c.ports, c.key, c.value);
-        if (*c.fails != '\0') platform.script(c.fails, gives(-5));
+        if (*c.fails != '\0') platform.script(c.fails, scripted::gives(-5));
         answer() = {};
         answer().reserved5[1] = 9;
         EXPECT_EQ(ORB_VectorixService3(), *c.fails != '\0' && c.errorID != kORB_ErrorMatching ? -5 : 0);

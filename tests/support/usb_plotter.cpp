@@ -153,8 +153,7 @@ int UsbPlotter::claim(const UMockdevIoctlClient *client) {
 
 int UsbPlotter::chooseSetting(size_t setting) {
     if (setting >= shape_.settings.size()) return -EINVAL;
-    setting_ = setting;
-    log_.push_back("setting " + std::to_string(setting));
+    log_.push_back("setting " + std::to_string(setting_ = setting));
     return 0;
 }
 
