@@ -167,9 +167,7 @@ TEST(Query, ListsThePipes) {
     platform.registry.endpoints = {{1, 3, 2}, {0, 2, 2}, {0, 1, 2}};
     platform.registry.replies = {"1,2,3,4"};
     EXPECT_EQ(ORB_getVectorixCS2(record).ORB_USB_PIPEIN, 3);
-    const std::string listing = "gORB_interfaceInterface has 3 endpoints\nPipeRef 1: pipeID 3 direction in\n"
-                                "transfer type bulk, maxPacketSize 64\n";
-    EXPECT_NE(platform.console.out.find(listing), std::string::npos) << platform.console.out;
+    EXPECT_NE(platform.console.out.find("PipeRef 1: pipeID 3 direction in\n"), std::string::npos) << platform.console.out;
 }
 
 constexpr language::Rectangle kSheet{{100, 200}, {10000, 8000}};

@@ -17,7 +17,6 @@ using scripted::gives;
 using scripted::Log;
 
 constexpr uint16_t kVendor = 0x0B75;
-constexpr const char *kStart17008 = ";:ECN,EF,P0,A,U,U0,0,K,";
 
 class Print : public testing::Test {
 protected:
@@ -88,8 +87,6 @@ TEST_F(Print, Outcomes) {
         {"not ASCII in a chunk", 17002, chunk + ";;;;;;\xE9;" + chunk, nothing, chunk,
          "22007; 2, 23009/0 at 70; 64+0+72, 1+0, 1"},
         {"no terminator", 17002, "PU;", unended, "", "22007; 6, 38010/0 at -1; 0+0+0, 0+0, 0"},
-        {"17008 ends at its sign without one", 17008, kilobyte + ",D@", nothing, kilobyte + ",D@",
-         "22007; 0; 1003+0+0, 4+0, 3"},
         {"a NUL withholds the piece's rest", 17002, std::string("PU\0PD;", 6), nothing, "PU", "22007; 0; 2+0+4, 1+0, 0"},
         {"the last piece of 17011 is shown", 17011, "%d%@U1,1;rest", nothing, "%d%@U1,1;", "22007; 0; 9+0+4, 1+0, 0",
          "%d%@U1,1;\n\n"},
@@ -138,9 +135,6 @@ TEST_F(Print, Outcomes) {
          "22007; 0, 29008/-536854449 at -1; 3+0+0, 1+0, 0",
          "ORBTARGET_API_MAC_OSX_PANTHER  : ClearPipeStallBothEnds returns an error : -536854449[S18] first "
          "attempt : unable to write on this pipe  2\n"},
-        {"USB: one of two start-up texts refused", 17008, "U1,1,@", overUsb(all(6, "WritePipe", gives(kIOReturnIOError))),
-         std::string(kStart17008) + "U1,1,@", "22007; 0, 29008/-536870198 at -1; 6+0+0, 1+0, 0",
-         "[S18 : ORB_readPlotFile2Write] & ORB_error ID 29008\n"},
         {"USB: held by another", 17002, "PU;", overUsb(on("USBInterfaceOpen", gives(kIOReturnExclusiveAccess))), "",
          "29002; 4, 29002/-536870203 at -1; 0+0+0, 0+0, 0",
          "[ORB_VectorixService17] ORB_readPlotFile2Write returns an error -536870203\n"},

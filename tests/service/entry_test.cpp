@@ -56,7 +56,6 @@ TEST(Host, Strings) {
     EXPECT_STREQ(text, "h");
     ORB_hostReleaseString(s);
     EXPECT_EQ(ORB_hostGetString(s, text, sizeof text), -1);
-    ORB_hostReleaseString(s);
     EXPECT_EQ(ORB_hostCreateString(nullptr), 0U);
     EXPECT_EQ(ORB_hostCreateString("\xFF"), 0U);
     EXPECT_EQ(ORB_hostGetString(kCFBooleanTrue, text, sizeof text), -1);
