@@ -3,7 +3,6 @@
 #include "platform/posix/stop.h"
 #include "record/state.h"
 #include "support/job.h"
-#include "usb/interface.h"
 #include "virtual_plotter/face/plotter.h"
 
 #include <gtest/gtest.h>
@@ -111,7 +110,6 @@ TEST(Query, Dialogues) {
         {"asked over USB, awaited on the line", kCrossed, "1,2,3,4\r", "IN;OH;", "1 2 3 4; 22007; 22007/0, 1 reads, 8 s",
          failing("USBInterfaceOpen", kIOReturnExclusiveAccess, 3)},
 
-        {"USB: HP-GL", kUsbHpgl, "0,0,15200,10800\r", "IN;OH;", "0 0 15200 10800; 22007; 22007/0, 1 reads, 4 s"},
         {"start of 17002", kUsb17002, "1,2,3,4", "IN;IN;OH;", "1 2 3 4; 22007; 22007/0, 1 reads, 4 s"},
         {"digits are enough", kUsbBlanks, " 5,1 6\r", "IN-1;OH;", "51 0 0 0; 22007; 22007/0, 1 reads, 4 s", nothing,
          "< ORB_startspace found >\n< comma found here in MHGL , >ORB_HARDC_1 = ORB_Double : 51.000000\n"},
@@ -153,10 +151,6 @@ TEST(Query, Dialogues) {
         EXPECT_NE(shown.find(c.shown), std::string::npos) << shown;
         const int32_t closing = c.asked.service == 7 ? 6 : 10;
         EXPECT_EQ(record.ORB_lastService, record.ORB_errorID == kORB_SerialTools_errorNoBSDIn ? 0 : closing);
-        EXPECT_TRUE(platform.terminal.openPaths.empty());
-        EXPECT_EQ(record.ORB_portFD, -1);
-        EXPECT_EQ(record.ORB_interfaceOpen, 0U);
-        EXPECT_FALSE(gORB_interfaceInterface);
     }
 }
 

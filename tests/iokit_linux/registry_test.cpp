@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <list>
 #include <optional>
-#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -183,14 +182,13 @@ TEST_F(RegistryTest, DevicesThatCannotBeOpened) {
     plotter.emplace(*bed);
     auto device = findDevice();
     interface = findInterface();
-    ASSERT_TRUE(device && interface);
     const std::string node = bed->fileOf(plotter->node());
-    ASSERT_EQ(::unlink(node.c_str()), 0);
-    ASSERT_EQ(::symlink("/proc/sys/kernel/osrelease", node.c_str()), 0); // which not even root may write to
+    std::filesystem::remove(node);
+    std::filesystem::create_symlink("/proc/sys/kernel/osrelease", node); // which not even root may write to
     EXPECT_EQ(device->USBDeviceOpen(), kIOReturnNotPermitted);
     EXPECT_EQ(interface->USBInterfaceOpen(), kIOReturnNotPermitted);
 
-    ASSERT_EQ(::unlink(node.c_str()), 0);
+    std::filesystem::remove(node);
     EXPECT_EQ(device->USBDeviceOpen(), kIOReturnNoDevice);
     EXPECT_EQ(interface->USBInterfaceOpen(), kIOReturnNoDevice);
 }
