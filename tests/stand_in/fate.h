@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,21 +34,16 @@ using Log = std::vector<std::string>;
 /// What a platform of stand-ins derives from; by itself it lets every call do its work.
 class Fate {
 public:
-    Fate() = default;
-    virtual ~Fate() = default;
+    Fate() { current = this; }
+    virtual ~Fate() { current = before_; }
     Fate(const Fate &) = delete;
-    Fate &operator=(const Fate &) = delete;
 
     /// A call begins. One that closes or releases something has done so even if it then reports a failure.
     virtual Ending before(Seam, const char *) { return {}; }
-    /// It ends.
-    virtual void after() noexcept {}
     /// Bytes were offered to a link, and it took some. ok: the call said that it took them all.
     virtual void wrote(size_t /*offered*/, size_t /*taken*/, bool /*ok*/) {}
     /// Bytes were thrown away that a line had taken and not yet sent.
     virtual void discarded(size_t) {}
-    /// A link gave bytes to the reader.
-    virtual void said(std::string_view) {}
     /// A call that nobody should make.
     virtual void misuse(const std::string &what) = 0;
     /// A call on a descriptor that is not open.
@@ -57,23 +53,35 @@ public:
 
     Log log;
     bool keepsLog = true;
+
+    static inline Fate *current = nullptr; ///< of the platform that is in place
+
+private:
+    Fate *const before_ = current;
 };
+
+inline Fate &fate() { return *Fate::current; }
 
 /// Bytes as they stand in a log.
-std::string quoted(std::string_view bytes);
-
-/// Quoted when somebody wants to read it.
-struct Quoted {
-    std::string_view bytes;
-};
+inline std::string quoted(std::string_view bytes) {
+    std::string text = "\"";
+    for (const char c : bytes) {
+        char hex[8];
+        snprintf(hex, sizeof hex, "\\x%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
+        text += c >= 0x20 && c < 0x7F ? std::string(1, c) : hex;
+    }
+    return text + "\"";
+}
 
 /// One call while it is under way.
 class Step {
 public:
-    Step(Fate &fate, Seam seam, const char *call) : fate_(fate), call_(call), ending_(fate.before(seam, call)) {}
-    ~Step() { fate_.after(); }
+    Step(Seam seam, const char *call) : call_(call), ending_((++underWay, fate().before(seam, call))) {}
+    ~Step() { --underWay; }
     Step(const Step &) = delete;
-    Step &operator=(const Step &) = delete;
+
+    /// Calls that have begun and not ended. Memory that is asked for meanwhile is the test's own.
+    static inline unsigned underWay = 0;
 
     const char *call() const noexcept { return call_; }
     /// The call does not do its work.
@@ -99,18 +107,16 @@ public:
 
     /// Writes the call down, its arguments behind its name.
     template <typename... Arguments> void log(const Arguments &...arguments) const {
-        if (!fate_.keepsLog) return;
+        if (!fate().keepsLog) return;
         std::string line = call_;
         ((line += ' ', line += text(arguments)), ...);
-        fate_.log.push_back(std::move(line));
+        fate().log.push_back(std::move(line));
     }
 
 private:
     static std::string text(long number) { return std::to_string(number); }
     static std::string_view text(std::string_view text) { return text; }
-    static std::string text(Quoted text) { return quoted(text.bytes); }
 
-    Fate &fate_;
     const char *const call_;
     const Ending ending_;
 };

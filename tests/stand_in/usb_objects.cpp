@@ -1,6 +1,5 @@
-#include "stand_in/usb_objects.h"
-
 #include "platform/posix/stop.h"
+#include "stand_in/registry.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,184 +8,140 @@ namespace stand_in {
 
 namespace {
 
-class Device final : public IOUSBDeviceInterface245 {
+/// A device or an interface, as which it was asked for.
+class Object final : public IOUSBDeviceInterface245, public IOUSBInterfaceInterface245 {
 public:
-    Device(Registry &registry, const UsbDevice &device) : registry_(registry), device_(device) {}
+    Object(Registry &registry, const UsbDevice &device, bool isDevice)
+        : registry_(registry), device_(device), isDevice_(isDevice) {}
 
     uint32_t Release() override {
-        const Step step = begin("Release");
-        if (open_) registry_.fate.misuse("a device was released open");
+        const Step step(Seam::other, "Release");
+        if (open_ && isDevice_) fate().misuse("a device was released open");
+        if (open_ && !isDevice_) fate().log.push_back("released open");
         --registry_.outstanding;
         delete this;
         return 0;
     }
+    IOReturn GetLocationID(uint32_t *location) override { return store("GetLocationID", location, device_.location); }
     IOReturn GetDeviceVendor(uint16_t *vendor) override { return store("GetDeviceVendor", vendor, device_.vendor); }
     IOReturn GetDeviceProduct(uint16_t *product) override { return store("GetDeviceProduct", product, device_.product); }
     IOReturn GetNumberOfConfigurations(uint8_t *count) override {
         return store("GetNumberOfConfigurations", count, static_cast<uint8_t>(device_.configurations.size()));
     }
-    IOReturn GetLocationID(uint32_t *location) override { return store("GetLocationID", location, device_.location); }
-    IOReturn USBDeviceOpen() override {
-        const Step step = begin("USBDeviceOpen");
-        step.log();
-        open_ = !step.fails();
-        return step.result<IOReturn>();
-    }
-    IOReturn USBDeviceClose() override {
-        const Step step = begin("USBDeviceClose");
-        step.log();
-        open_ = false;
-        return step.result<IOReturn>();
-    }
+    IOReturn USBDeviceOpen() override { return change("USBDeviceOpen", true); }
+    IOReturn USBDeviceClose() override { return change("USBDeviceClose", false); }
     IOReturn GetConfigurationDescriptorPtr(uint8_t index, IOUSBConfigurationDescriptorPtr *descriptor) override {
         const Step step = begin("GetConfigurationDescriptorPtr");
         step.log(index);
-        if (step.fails()) return step.code<IOReturn>();
         descriptor_.bConfigurationValue = device_.configurations.at(index);
-        *descriptor = step.gives() ? nullptr : &descriptor_;
-        return kIOReturnSuccess;
-    }
-    IOReturn SetConfiguration(uint8_t value) override {
-        const Step step = begin("SetConfiguration");
-        step.log(value);
+        if (!step.fails()) *descriptor = step.gives() ? nullptr : &descriptor_;
         return step.result<IOReturn>();
     }
+    IOReturn SetConfiguration(uint8_t value) override { return set("SetConfiguration", value); }
 
-private:
-    Step begin(const char *call) { return {registry_.fate, Seam::registry, call}; }
-    template <typename T> IOReturn store(const char *call, T *out, T value) {
-        return begin(call).store<IOReturn>(out, value);
-    }
-
-    Registry &registry_;
-    const UsbDevice &device_;
-    IOUSBConfigurationDescriptor descriptor_ = {};
-    bool open_ = false;
-};
-
-class Interface final : public IOUSBInterfaceInterface245 {
-public:
-    Interface(Registry &registry, uint32_t location) : registry_(registry), location_(location) {}
-
-    uint32_t Release() override {
-        const Step step = begin("Release");
-        if (open_) registry_.fate.log.push_back("released open");
-        --registry_.outstanding;
-        delete this;
-        return 0;
-    }
-    IOReturn USBInterfaceOpen() override {
-        const Step step = begin("USBInterfaceOpen");
-        step.log();
-        open_ |= !step.fails();
-        return step.result<IOReturn>();
-    }
-    IOReturn USBInterfaceClose() override {
-        const Step step = begin("USBInterfaceClose");
-        step.log();
-        open_ = false;
-        return step.result<IOReturn>();
-    }
-    IOReturn GetLocationID(uint32_t *location) override {
-        return begin("GetLocationID").store<IOReturn>(location, location_);
-    }
+    IOReturn USBInterfaceOpen() override { return change("USBInterfaceOpen", true); }
+    IOReturn USBInterfaceClose() override { return change("USBInterfaceClose", false); }
     IOReturn SetAlternateInterface(uint8_t setting) override {
-        const Step step = begin("SetAlternateInterface");
-        step.log(setting);
-        return open_ ? step.result<IOReturn>() : kIOReturnNotOpen;
+        const IOReturn result = set("SetAlternateInterface", setting);
+        return open_ ? result : kIOReturnNotOpen;
     }
     IOReturn GetNumEndpoints(uint8_t *count) override {
-        return begin("GetNumEndpoints").store<IOReturn>(count, static_cast<uint8_t>(registry_.endpoints.size()));
+        return store("GetNumEndpoints", count, static_cast<uint8_t>(registry_.endpoints.size()));
     }
     IOReturn GetPipeProperties(uint8_t pipe, uint8_t *direction, uint8_t *number, uint8_t *transferType,
-                               uint16_t *maxPacketSize, uint8_t *interval) override {
-        const Step step = begin("GetPipeProperties");
-        if (const IOReturn result = onPipe(step, pipe); result != kIOReturnSuccess) return result;
+                               uint16_t *maxPacketSize, uint8_t *) override {
+        const IOReturn result = onPipe(pipe, begin("GetPipeProperties").result<IOReturn>());
+        if (result != kIOReturnSuccess) return result;
         const Endpoint &endpoint = registry_.endpoints[pipe - 1U];
         *direction = endpoint.direction;
         *number = endpoint.number;
         *transferType = endpoint.transferType;
         *maxPacketSize = 64;
-        *interval = 0;
         return kIOReturnSuccess;
     }
-    IOReturn GetPipeStatus(uint8_t pipe) override {
-        const Step step = begin("GetPipeStatus");
-        step.log(pipe);
-        return onPipe(step, pipe);
+    IOReturn GetPipeStatus(uint8_t pipe) override { return onPipe(pipe, set("GetPipeStatus", pipe)); }
+    IOReturn ClearPipeStallBothEnds(uint8_t pipe) override { return onPipe(pipe, set("ClearPipeStallBothEnds", pipe)); }
+    IOReturn WritePipe(uint8_t pipe, const void *bytes, uint32_t size, uint32_t *taken) override {
+        const bool stopped = platform::stopRequested();
+        const Step step = begin("WritePipe");
+        const std::string_view text(static_cast<const char *>(bytes), size);
+        if (fate().keepsLog) step.log(pipe, quoted(text));
+        if (registry_.onWrite) registry_.onWrite(text);
+        const IOReturn result = onTransfer(pipe, step, stopped);
+        const bool isHalf = open_ && !stopped && step.failsAfter();
+        const uint32_t count = result == kIOReturnSuccess ? size : isHalf ? (size + 1) / 2 : 0;
+        registry_.written += text.substr(0, count);
+        if (taken != nullptr) *taken = count;
+        fate().wrote(size, count, result == kIOReturnSuccess);
+        return result;
     }
-    IOReturn ClearPipeStallBothEnds(uint8_t pipe) override {
-        const Step step = begin("ClearPipeStallBothEnds");
+    IOReturn ReadPipe(uint8_t pipe, void *buffer, uint32_t *size) override {
+        const bool stopped = platform::stopRequested();
+        const Step step = begin("ReadPipe");
         step.log(pipe);
-        return onPipe(step, pipe);
+        if (const IOReturn result = onTransfer(pipe, step, stopped); result != kIOReturnSuccess) return result;
+        if (registry_.replies.empty() && !step.gives()) return kIOReturnNotResponding;
+        const uint32_t room = step.gives() ? std::min(step.code<uint32_t>(), *size) : *size;
+        *size = static_cast<uint32_t>(registry_.say(buffer, room));
+        if (step.gives() && *size < room) { // all that it is to give
+            memset(static_cast<char *>(buffer) + *size, ';', room - *size);
+            registry_.said.assign(static_cast<const char *>(buffer), *size = room);
+        }
+        return kIOReturnSuccess;
     }
-    IOReturn WritePipe(uint8_t pipe, const void *bytes, uint32_t size, uint32_t *taken) override;
-    IOReturn ReadPipe(uint8_t pipe, void *buffer, uint32_t *size) override;
 
 private:
-    Step begin(const char *call) { return {registry_.fate, Seam::registry, call}; }
-
-    IOReturn onPipe(const Step &step, uint8_t pipe) const {
-        if (!open_) return kIOReturnNotOpen;
-        return pipe == 0 || pipe > registry_.endpoints.size() ? IOReturn{kIOUSBUnknownPipeErr} : step.result<IOReturn>();
+    static Step begin(const char *call) { return {Seam::registry, call}; }
+    template <typename T> static IOReturn store(const char *call, T *out, T value) {
+        return begin(call).store<IOReturn>(out, value);
     }
-    /// The result of a transfer. stopped: a stop was requested before it began.
-    IOReturn onTransfer(const Step &step, uint8_t pipe, bool stopped) const {
-        const IOReturn result = onPipe(step, pipe);
+    static IOReturn set(const char *call, uint8_t value) {
+        const Step step = begin(call);
+        step.log(value);
+        return step.result<IOReturn>();
+    }
+    IOReturn change(const char *call, bool opens) {
+        const Step step = begin(call);
+        step.log();
+        open_ = opens && (open_ || !step.fails());
+        return step.result<IOReturn>();
+    }
+    IOReturn onPipe(uint8_t pipe, IOReturn result) const {
+        if (!open_) return kIOReturnNotOpen;
+        return pipe == 0 || pipe > registry_.endpoints.size() ? IOReturn{kIOUSBUnknownPipeErr} : result;
+    }
+    /// The result of a transfer, which a stop that was requested before it began aborts.
+    IOReturn onTransfer(uint8_t pipe, const Step &step, bool stopped) const {
+        const IOReturn result = onPipe(pipe, step.result<IOReturn>());
         return stopped && result == kIOReturnSuccess ? kIOReturnAborted : result;
     }
 
     Registry &registry_;
-    const uint32_t location_;
+    const UsbDevice &device_;
+    const bool isDevice_;
+    IOUSBConfigurationDescriptor descriptor_ = {};
     bool open_ = false;
 };
 
-IOReturn Interface::WritePipe(uint8_t pipe, const void *bytes, uint32_t size, uint32_t *taken) {
-    const bool stopped = platform::stopRequested();
-    const Step step = begin("WritePipe");
-    const std::string_view text(static_cast<const char *>(bytes), size);
-    step.log(pipe, Quoted{text});
-    if (registry_.onWrite) registry_.onWrite(text);
-    const IOReturn result = onTransfer(step, pipe, stopped);
-    const uint32_t count = result == kIOReturnSuccess ? size : open_ && !stopped && step.failsAfter() ? (size + 1) / 2 : 0;
-    registry_.written += text.substr(0, count);
-    if (taken != nullptr) *taken = count;
-    registry_.fate.wrote(size, count, result == kIOReturnSuccess);
-    return result;
-}
+struct PlugIn final : IOCFPlugInInterface {
+    PlugIn(Registry &registry, const UsbDevice &device) : registry_(registry), device_(device) {}
 
-IOReturn Interface::ReadPipe(uint8_t pipe, void *buffer, uint32_t *size) {
-    const bool stopped = platform::stopRequested();
-    const Step step = begin("ReadPipe");
-    step.log(pipe);
-    if (const IOReturn result = onTransfer(step, pipe, stopped); result != kIOReturnSuccess) return result;
-    if (registry_.replies.empty() && !step.gives()) return kIOReturnNotResponding;
-    const uint32_t room = *size;
-    *size = registry_.replies.empty() ? 0 : static_cast<uint32_t>(registry_.say(buffer, room));
-    if (step.gives()) {
-        const uint32_t said = std::min(step.code<uint32_t>(), room);
-        if (said > *size) memset(static_cast<char *>(buffer) + *size, ';', said - *size);
-        *size = said;
+    int32_t QueryInterface(const UUIDBytes &id, IOUnknown **interface) override {
+        return registry_.handOut("QueryInterface", [&] {
+            const bool isDevice = id != kIOUSBInterfaceInterfaceID245;
+            if (isDevice) fate().log.push_back(id == kIOUSBDeviceInterfaceID245 ? "device 245" : "device");
+            auto *made = new Object(registry_, device_, isDevice);
+            *interface = static_cast<IOUSBInterfaceInterface245 *>(made);
+            if (isDevice) *interface = static_cast<IOUSBDeviceInterface245 *>(made);
+        });
     }
-    registry_.fate.said({static_cast<const char *>(buffer), *size});
-    return kIOReturnSuccess;
-}
+
+    Registry &registry_;
+    const UsbDevice &device_;
+};
 
 } // namespace
 
-int32_t PlugIn::QueryInterface(const UUIDBytes &id, IOUnknown **interface) {
-    const Step step(registry_.fate, Seam::registry, "QueryInterface");
-    if (step.fails()) return step.code<int32_t>();
-    if (step.gives()) return kIOReturnSuccess; // but hands out no interface
-    if (id == kIOUSBInterfaceInterfaceID245) {
-        *interface = new Interface(registry_, device_.location);
-    } else {
-        if (registry_.fate.keepsLog)
-            registry_.fate.log.push_back(id == kIOUSBDeviceInterfaceID245 ? "device 245" : "device");
-        *interface = new Device(registry_, device_);
-    }
-    ++registry_.outstanding;
-    return step.result<int32_t>();
-}
+IOCFPlugInInterface *makePlugIn(Registry &registry, const UsbDevice &device) { return new PlugIn(registry, device); }
 
 } // namespace stand_in

@@ -5,16 +5,14 @@
 #include "stand_in/platform.h"
 
 #include <deque>
+#include <gtest/gtest.h>
 #include <map>
 #include <string>
 
 namespace scripted {
 
-using stand_in::Log;
-using stand_in::quoted;
-using stand_in::Registry;
-using stand_in::Terminal;
-using stand_in::UsbDevice;
+using stand_in::Effect, stand_in::Ending, stand_in::Seam;
+using stand_in::Log, stand_in::quoted, stand_in::Registry, stand_in::Terminal, stand_in::UsbDevice;
 
 /// The result of one future call: -1 with an errno, or a value. IOKit's errors are values.
 struct Outcome {
@@ -28,19 +26,37 @@ inline Outcome failsAfter(long code) { return {code, 1}; }
 
 class Platform : public stand_in::Platform {
 public:
-    ~Platform() override;
+    ~Platform() override {
+        EXPECT_TRUE(files.openForks.empty()) << "forks left open";
+        EXPECT_EQ(registry.outstanding, 0) << "registry objects not released";
+        for (const auto &[call, outcomes] : script_)
+            ADD_FAILURE() << outcomes.size() << " scripted outcome(s) of " << call << " never used";
+    }
 
     /// The next call of that name (not yet scripted) gives this. Requests of ioctl are calls of their own names.
-    void script(const std::string &call, Outcome outcome, int times = 1);
+    void script(const std::string &call, Outcome outcome, int times = 1) {
+        for (; times > 0; --times)
+            script_[call].push_back(outcome);
+    }
     /// Every call of that name from now on gives this.
-    void always(const std::string &call, Outcome outcome);
+    void always(const std::string &call, Outcome outcome) { always_[call] = outcome; }
 
-    stand_in::Ending before(stand_in::Seam seam, const char *call) override;
-    void misuse(const std::string &what) override;
+    Ending before(Seam seam, const char *call) override {
+        const auto next = script_.find(call);
+        const auto forever = always_.find(call);
+        if (next == script_.end() && forever == always_.end()) return {};
+        const Outcome outcome = next != script_.end() ? next->second.front() : forever->second;
+        if (next != script_.end()) next->second.pop_front();
+        if (next != script_.end() && next->second.empty()) script_.erase(next);
+        const Effect failure = outcome.error == 0 ? Effect::fails : Effect::after;
+        if (seam == Seam::registry) return {outcome.result == 0 ? Effect::none : failure, outcome.result};
+        return outcome.result == -1 ? Ending{Effect::fails, outcome.error} : Ending{Effect::gives, outcome.result};
+    }
+    void misuse(const std::string &what) override { ADD_FAILURE() << what; }
 
 private:
-    std::map<std::string, std::deque<Outcome>, std::less<>> script_;
-    std::map<std::string, Outcome, std::less<>> always_;
+    std::map<std::string, std::deque<Outcome>> script_;
+    std::map<std::string, Outcome> always_;
 };
 
 } // namespace scripted

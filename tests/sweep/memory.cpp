@@ -1,15 +1,19 @@
-// Memory that runs out: requests of the plug-in, and of the XML parser for it, pass by the faults. Those of the test's own
-// backends do not.
-#include "sweep/faults.h"
-
-#include <pugixml.hpp>
+// Memory that runs out: the plug-in's, and the XML parser's for it. What the stand-ins ask for is given.
+#include "stand_in/fate.h"
 
 #include <cstdlib>
 #include <new>
+#include <pugixml.hpp>
 
 namespace {
 
-void *request(std::size_t size) { return sweep::Faults::memoryIsGiven() ? malloc(size == 0 ? 1 : size) : nullptr; }
+void *request(std::size_t size) {
+    if (stand_in::Fate::current != nullptr && stand_in::Step::underWay == 0) {
+        const stand_in::Step step(stand_in::Seam::other, "memory");
+        if (step.fails()) return nullptr;
+    }
+    return malloc(size == 0 ? 1 : size);
+}
 
 [[maybe_unused]] const bool kParserAsks = (pugi::set_memory_management_functions(request, free), true);
 

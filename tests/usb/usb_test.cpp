@@ -125,7 +125,7 @@ TEST_F(Scan, Outcomes) {
         start();
         platform->registry.devices.clear();
         for (const char device : std::string_view(c.devices))
-            platform->registry.devices.push_back({device == 'P' ? kVendor : kHubs, 1, 9, {1}, 1, device != '-'});
+            platform->registry.devices.push_back({device == 'P' ? kVendor : device == 'o' ? kHubs : uint16_t{0}, 1, 9});
         for (int i = 1; i <= c.nth; ++i)
             platform->script(c.call, gives(i == c.nth ? kBad : 0));
         answer().ORB_deviceCount = 5;
