@@ -1,90 +1,69 @@
-// Prints through the plug-in. Each takes the two seconds that a port is given at its close.
+// Prints through the plug-in, most of them side by side: each takes the two seconds that a port is given at its close.
 #include "host/host_fixture.h"
 
 #include "host/print/capture.h"
-#include "host/terminal/failure.h"
 
-#include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
 class PrintCommandTest : public HostTest {};
 
-TEST_F(PrintCommandTest, CapturesThePlotUpToItsLastMark) {
-    std::string plot = plotOf(400);
-    Result result = run({"print", file("plot.plt", plot + "\x1B.Z\r\n"), "--capture", path("out")});
-    EXPECT_EQ(result.code, 0) << result.err;
-    EXPECT_EQ(contents(path("out")), plot);
-    std::string bytes = std::to_string(plot.size()).insert(1, " ");
-    EXPECT_EQ(result.out.rfind("sent " + bytes + " bytes in ", 0), 0U) << result.out;
-    EXPECT_NE(result.out.find("; 5 bytes not sent"), std::string::npos) << result.out;
-    EXPECT_NE(result.err.find("note: 5 bytes at the end not sent"), std::string::npos) << result.err;
+TEST_F(PrintCommandTest, ReportsWhatArrivedAndWhatWasNotSent) {
+    const std::string plot = plotOf(400), job = path("job.plist"), whole = file("whole", plot);
+    ASSERT_EQ(run({"job", "write", job, "--emulation", "17008", "--terminator", "\\x03"}).code, 0);
+    const std::tuple<std::string, Words, int, const char *, std::string> kRows[] = {
+        // script, words behind the capture, ...
+        {"", {file("padded", plot + "\x1B.Z\r\n")}, 0, "note: 5 bytes at the end not sent", plot},
+        {"", {file("part", "IN;PD1,1;PU2,2"), "--force"}, 1, "for no \";\" ends them: \"PU2,2\"", "IN;PD1,1;"},
+        {"", {file("dmpl", "H,LBtext\x03@\n"), "--job", job}, 0, "", ";:H,LBtext\x03@"},
+        {"cat " + whole + " | ", {"-"}, 0, "\"plotFile\":\"standard input\"", plot},
+        {"ln -s /dev/full 4; ", {whole}, 1, "{\"exitCode\":1,\"message\":\"4: no space left", ""},
+    };
+    std::vector<Running> printing;
+    for (const auto &[script, words, code, says, arrives] : kRows) {
+        const std::string out = std::to_string(printing.size());
+        printing.push_back(
+            shell("cd " + folder_ + "; " + script + "\"$0\" print --json --capture " + out + " \"$@\"", words));
+    }
+    for (size_t i = 0; i < printing.size(); ++i) {
+        const auto &[script, words, code, says, arrives] = kRows[i];
+        const Result result = printing[i].wait();
+        ASSERT_TRUE(ended(result, code, says));
+        const auto report = nlohmann::json::parse(result.out); // of one line
+        EXPECT_EQ(report["exitCode"], code);
+        EXPECT_EQ(report["errorID"], 22007);
+        EXPECT_EQ(report["arrivedBytes"], arrives.size());
+        EXPECT_EQ(report["fileBytes"], report["sentBytes"].get<size_t>() + report["withheldBytes"].get<size_t>());
+        EXPECT_TRUE(arrives.empty() || contents(path(std::to_string(i))) == arrives);
+    }
     EXPECT_TRUE(isTidy());
 }
 
-TEST_F(PrintCommandTest, ReportsWithheldCommandsAsJSON) {
-    Result result = run({"print", file("plot.plt", "IN;PD1,1;PU2,2"), "--capture", path("out"), "--json", "--force"});
-    EXPECT_EQ(result.code, 1);
-    EXPECT_NE(result.err.find("5 bytes at the end not sent, from offset 9 on, for no \";\" ends them: \"PU2,2\""),
-              std::string::npos)
-        << result.err;
-    auto report = nlohmann::json::parse(result.out);
-    EXPECT_EQ(report["exitCode"], 1);
-    EXPECT_EQ(report["fileBytes"], 14);
-    EXPECT_EQ(report["sentBytes"], 9);
-    EXPECT_EQ(report["withheldBytes"], 5);
-    EXPECT_EQ(report["stopReason"], "finished");
-    EXPECT_EQ(report["errorID"], 22007);
-}
-
 TEST_F(PrintCommandTest, SendsToolStringsAndHonoursTheLineSettingsTypedOrOfAProfile) {
-    for (bool byProfile : {false, true}) {
-        SCOPED_TRACE(byProfile);
-        FarEnd plotter;
-        std::vector<std::string> words = {"print", file("plot", ";:H A L0,D,1,2,@"), "-q"};
-        std::vector<std::string> keep = {"profile", "add", "dmp"};
-        std::vector<std::string> &options = byProfile ? keep : words;
-        for (const char *word :
-             {"--port", plotter.port().c_str(), "--emulation", "17008", "--terminator", ",", "--tool", "P1,", "--tool",
-              "V\\x32,", "--baud", "2400", "--stop-bits", "2", "--handshake", "hardware"})
-            options.emplace_back(word);
-        if (byProfile) {
-            EXPECT_EQ(run(keep).code, 0);
-            words.insert(words.end(), {"-p", "dmp"});
-        }
-        Running printing(words, false);
-        ASSERT_TRUE(plotter.hasHeard());
-        termios line = plotter.attributes();
+    FarEnd plotters[2];
+    const std::string print = "exec \"$0\" print -q " + file("plot", ";:H A L0,D,1,2,@");
+    const std::string options = " --emulation 17008 --terminator , --tool P1, --tool 'V\\x32,' --baud 2400 --stop-bits 2"
+                                " --handshake hardware --port ";
+    Running printing[] = {
+        shell(print + options + plotters[0].port()),
+        shell("\"$0\" profile add dmp" + options + plotters[1].port() + " >/dev/null && " + print + " -p dmp")};
+    for (size_t i : {0, 1}) {
+        SCOPED_TRACE(i);
+        ASSERT_TRUE(plotters[i].hasHeard());
+        const termios line = plotters[i].attributes();
         EXPECT_EQ(cfgetospeed(&line), speed_t{B2400});
-        EXPECT_TRUE(line.c_cflag & CSTOPB);
-        EXPECT_TRUE(line.c_cflag & CRTSCTS);
+        EXPECT_EQ(line.c_cflag & (CSTOPB | CRTSCTS), tcflag_t{CSTOPB | CRTSCTS});
         EXPECT_FALSE(line.c_iflag & IXON);
-        EXPECT_EQ(plotter.read(), ";:P1,V2,;:H A L0,D,1,2,@");
-        Result result = printing.wait();
-        EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(plotters[i].read(), ";:P1,V2,;:H A L0,D,1,2,@");
+        const Result result = printing[i].wait();
+        EXPECT_TRUE(ended(result, 0));
         EXPECT_EQ(result.out + result.err, "") << "-q says nothing";
     }
-}
-
-TEST_F(PrintCommandTest, PrintsTheJobFileThatItWrote) {
-    std::string job = path("job.plist");
-    ASSERT_EQ(run({"job", "write", job, "--emulation", "17008", "--terminator", "\\x03"}).code, 0);
-    Result result = run({"print", file("plot", "H,LBtext\x03@\n"), "--capture", path("out"), "--job", job});
-    EXPECT_EQ(result.code, 0) << result.err;
-    EXPECT_EQ(contents(path("out")), ";:H,LBtext\x03@") << "the port opens with the job's own start-up bytes";
-}
-
-TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeWritten) {
-    // One report, which knows of it.
-    Result result = run({"print", file("plot", plotOf(1)), "--capture", "/dev/full", "--json"});
-    EXPECT_EQ(result.code, 1);
-    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1) << result.out;
-    EXPECT_EQ(result.out.find("{\"exitCode\":1,\"message\":\"/dev/full: no space left"), 0U) << result.out;
-    EXPECT_NE(result.out.find("\"stopReason\":\"finished\""), std::string::npos) << result.out;
-    EXPECT_NE(result.out.find("\"arrivedBytes\":0,"), std::string::npos) << result.out;
 }
 
 TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeClosed) {
@@ -95,6 +74,69 @@ TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeClosed) {
     }
     capture.end();
     EXPECT_THROW(capture.finish(), host::Failure);
+}
+
+TEST_F(PrintCommandTest, SaysWhatIsWrongWithAPipe) {
+    auto piped = [&](const char *from) { return shell(from + (" | \"$0\" print - --capture " + path("x"))).wait(); };
+    EXPECT_TRUE(ended(piped(":"), 7, "standard input: the plot file is empty"));
+    setenv("TMPDIR", "/none", 1);
+    EXPECT_TRUE(ended(piped("printf 'IN;'"), 1, "set TMPDIR"));
+    setenv("TMPDIR", path("tmp").c_str(), 1);
+    EXPECT_TRUE(ended(piped("ulimit -f 1; trap '' XFSZ; head -c 9999999 /dev/zero"), 1, "set TMPDIR"));
+    EXPECT_TRUE(isTidy());
+}
+
+TEST_F(PrintCommandTest, ASignalEndsTheWaitForAPipe) {
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    Running printing({"print", path("pipe"), "--capture", path("out")});
+    printing.signal(SIGINT);
+    EXPECT_TRUE(ended(printing.wait(), -SIGINT)) << "it waits in the open, or for the first byte, and holds nothing yet";
+    EXPECT_TRUE(isTidy());
+}
+
+/// Prints that are only looked at: what they say, that they end as the print would, and that nothing is sent or made.
+class DryRunTest : public HostTest {
+protected:
+    Result dryRun(Words words, const Words &more = {}) {
+        words.insert(words.begin(), {"print", "--dry-run"});
+        words.insert(words.end(), more.begin(), more.end());
+        return run(words);
+    }
+    FarEnd plotter_;
+};
+
+TEST_F(DryRunTest, SaysWhatWouldBeSentAndForHowLong) {
+    const Words print = {file("plot", plotOf(400)), "--port", plotter_.port()};
+    auto bytes = static_cast<double>(plotOf(400).size());
+    const std::tuple<Words, double, double> kRows[] = {
+        {{"--json"}, 10, 9600},
+        {{"--json", "--baud", "300", "--bits", "7", "--parity", "even", "--stop-bits", "2"}, 11, 300}};
+    for (const auto &[settings, bitsPerByte, rate] : kRows) {
+        auto report = nlohmann::json::parse(dryRun(print, settings).out);
+        EXPECT_EQ(report["dryRun"], true);
+        EXPECT_EQ(report["bytesToSend"], bytes);
+        EXPECT_EQ(report["withheldBytes"], 0);
+        EXPECT_EQ(report["line"]["baud"], rate);
+        EXPECT_DOUBLE_EQ(report["estimatedSeconds"], bytes * bitsPerByte / rate);
+    }
+    EXPECT_TRUE(ended(dryRun(print), 0, "9600 bit/s, 8 data bits, parity none, 1 stop bit, handshake xonxoff"));
+    plotter_.openPort(); // what was sent before would be read before the line's end
+    EXPECT_EQ(plotter_.read(), "");
+}
+
+/// What is refused before anything is opened is refused here as well: the tests of those refusals try both.
+TEST_F(DryRunTest, EndsAsThePrintWould) {
+    const std::string plot = file("plot", plotOf(3)), part = file("part", "IN;PD1,1;PU2,2"), port = plotter_.port();
+    const std::string start = "<plist><dict><key>Plotter emulation ID :</key><integer>17002</integer>",
+                      end = "</dict></plist>",
+                      odd = "<key>Plotfile terminator :</key><string>;</string><key>X Tile :</key><string>a</string>";
+    EXPECT_TRUE(ended(dryRun({part, "--port", port, "--force"}), 1, "5 bytes at the end not sent"));
+    EXPECT_TRUE(ended(dryRun({plot, "--port", port, "--job", file("bare", start + end)}), 7, "names no terminator"));
+    EXPECT_TRUE(ended(dryRun({plot, "--port", port, "--job", file("odd", start + odd + end)}), 0, "must be a number"));
+    EXPECT_TRUE(ended(dryRun({plot, "--capture", path("o")}), 0));
+    EXPECT_TRUE(ended(dryRun({plot, "--virtual", path("o.svg")}), 0));
+    EXPECT_FALSE(std::filesystem::exists(path("o")) || std::filesystem::exists(path("o.svg")));
+    EXPECT_TRUE(isTidy());
 }
 
 } // namespace

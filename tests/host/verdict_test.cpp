@@ -1,10 +1,11 @@
 // What a report comes to, for the outcomes that no healthy plug-in can be brought to here.
 #include "host/host_fixture.h"
 
+#include "host/print/query_verdict.h"
 #include "host/print/verdict.h"
-#include "host/terminal/text.h"
 
 #include <cerrno>
+#include <cstring>
 #include <sys/stat.h>
 
 namespace {
@@ -13,7 +14,7 @@ using host::ExitCode;
 
 struct Printed {
     host::PrintPlan plan;
-    host::PrintReport report;
+    host::PrintReport report = {};
 };
 
 class VerdictTest : public HostTest {
@@ -22,136 +23,171 @@ protected:
     Printed printed(const std::string &text, int64_t sent) {
         host::PlotFile plot(file("plot", text));
         const host::PlotRules rules{17002, ";"};
-        host::Examination examination = host::examine(plot, rules);
+        host::Examination found = host::examine(plot, rules);
         Printed result{
-            {.plot = std::move(plot), .jobFile = {}, .job = {}, .rules = rules, .examination = examination, .target = {}},
-            {}};
+            {.plot = std::move(plot), .jobFile = "roll", .job = {}, .rules = rules, .examination = found, .target = {}}};
         result.plan.target.path = "/dev/ttyUSB0";
-        result.report.job.fileBytes = examination.fileBytes;
+        result.report.job.fileBytes = found.fileBytes;
         result.report.job.sentBytes = sent;
-        result.report.job.withheldBytes = examination.fileBytes - sent;
+        result.report.job.withheldBytes = found.fileBytes - sent;
         result.report.job.firstErrorOffset = -1;
         return result;
-    }
-
-    /// The print is over USB, to a plotter whose node is its owner's alone.
-    void putPlotter(Printed &printed) const {
-        host::UsbDevice &usb = printed.plan.target.usb.emplace();
-        usb.vendor = 0x0B75;
-        usb.product = 0x0402;
-        usb.location = 0x01080000;
-        usb.node = file("node", "");
-        chmod(usb.node.c_str(), 0600);
-        printed.report.usbOutPipe = 2;
     }
 };
 
 TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
-    const struct {
-        const char *what;
-        uint32_t stopReason;
-        int32_t errorID;
-        int64_t status;
-        ExitCode code;
-        const char *says;
-        bool isUsb = false;
-    } kRows[] = {
-        {"unplugged", kORB_StopByHost, kORB_ErrorUnvalidPort, ENXIO, ExitCode::Lost, "lost after 3 of 6 bytes"},
-        {"a short write", kORB_StopByHost, kORB_ErrorUnvalidPort, EAGAIN, ExitCode::Failed, "only a part"},
-        {"another error", kORB_StopByHost, kORB_ErrorUnvalidPort, ENOMEM, ExitCode::Failed, "cannot allocate memory"},
-        {"not ASCII", kORB_StopNotASCII, kORB_ErrorPathNameTooLong, 0, ExitCode::Failed, "0xE9 at offset 3"},
-        {"the port vanished", kORB_StopNoLink, kORB_ErrorOpeningPort, 0, ExitCode::Lost, "could not be opened"},
-        {"refused settings", kORB_StopNoLink, kORB_ErrorSetAttributes, 0, ExitCode::Failed, "line settings"},
-        {"the plot vanished", kORB_StopPlotFile, kORB_ErrorOpeningPlotFile, -43, ExitCode::Missing, "could not be opened"},
-        {"the plot was locked away", kORB_StopPlotFile, kORB_ErrorOpeningPlotFile, -54, ExitCode::Permission, "opened"},
-        {"a bad disk", kORB_StopPlotFile, kORB_ErrorChunkUnreadable, -36, ExitCode::Failed, "every attempt"},
-        {"an unfit job", kORB_StopJobFile, kORB_ErrorJobFile, 0, ExitCode::Unfit, "unfit"},
-        {"the job vanished", kORB_StopJobFile, kORB_ErrorJobFile, -43, ExitCode::Missing, "job"},
-        {"no terminator", kORB_StopJobFile, kORB_ErrorNoTerminator, 0, ExitCode::Unfit, "terminator"},
-        {"a tool too long", kORB_StopUnconvertible, kORB_ErrorPathNameTooLong, 0, ExitCode::Unfit,
-         "roll.plist: a text is not ASCII or too long"},
-        {"a stop of unknown origin", kORB_StopByHost, kORB_ErrorStopped, 0, ExitCode::Failed, "before its end"},
-        {"not found", kORB_StopNoLink, kORB_ErrorNoPlotter, 0, ExitCode::Missing, "no such plotter any more", true},
-        {"gone before it began", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002C0, ExitCode::Lost, "is gone", true},
-        {"device held", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002C5, ExitCode::Busy, "claimed", true},
-        {"device forbidden", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002E2, ExitCode::Permission, "udev", true},
-        {"device shut for no known reason", kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0, ExitCode::Failed, "opened", true},
-        {"interface held", kORB_StopNoLink, kORB_ErrorInterfaceNotOpened, 0xE00002C5, ExitCode::Busy, "claimed", true},
-        {"no registry", kORB_StopNoLink, kORB_ErrorMasterPort, 0xE00002BC, ExitCode::Failed, "(code 0xE00002BC)", true},
-        {"pulled out", kORB_StopByHost, kORB_ErrorPipe, 0xE00002C0, ExitCode::Lost, "sent 3 of 6 bytes; the plotter is gone",
-         true},
-        {"gone by its own word", kORB_StopByHost, kORB_ErrorPlotterGone, 0, ExitCode::Lost, "is gone", true},
-        {"a pipe that is none", kORB_StopByHost, kORB_ErrorPipe, 0xE0004061, ExitCode::Failed,
-         "the out pipe 2 of this plotter is not an out endpoint", true},
-        {"stalled", kORB_StopByHost, kORB_ErrorPipe, 0xE000404F, ExitCode::Failed, "halted its pipe", true},
-        {"an unknown code", kORB_StopByHost, kORB_ErrorPipe, 0xE0004099, ExitCode::Failed, "(code 0xE0004099)", true},
+    constexpr std::tuple<uint32_t, int32_t, int64_t, ExitCode, const char *> kRows[] = {
+        {kORB_StopByHost, kORB_ErrorUnvalidPort, ENXIO, ExitCode::Lost, "lost after 3 of 6 bytes"},
+        {kORB_StopByHost, kORB_ErrorUnvalidPort, EAGAIN, ExitCode::Failed, "only a part"},
+        {kORB_StopByHost, kORB_ErrorUnvalidPort, ENOMEM, ExitCode::Failed, "cannot allocate memory"},
+        {kORB_StopNotASCII, kORB_ErrorPathNameTooLong, 0, ExitCode::Failed, "0xE9 at offset 3"},
+        {kORB_StopNoLink, kORB_ErrorOpeningPort, 0, ExitCode::Lost, "could not be opened"},
+        {kORB_StopPlotFile, kORB_ErrorOpeningPlotFile, -54, ExitCode::Permission, "opened"},
+        {kORB_StopJobFile, kORB_ErrorJobFile, -43, ExitCode::Missing, "job"},
+        {kORB_StopUnconvertible, kORB_ErrorPathNameTooLong, 0, ExitCode::Unfit, "roll: a text is not"},
+        {kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0xE00002E2, ExitCode::Permission, "udev"},
+        {kORB_StopNoLink, kORB_ErrorDeviceNotOpened, 0, ExitCode::Failed, "opened"},
+        {kORB_StopByHost, kORB_ErrorPipe, 0xE00002C0, ExitCode::Lost, "sent 3 of 6 bytes; the plotter"},
+        {kORB_StopByHost, kORB_ErrorPipe, 0xE0004099, ExitCode::Failed, "(code 0xE0004099)"},
     };
-    for (const auto &row : kRows) {
-        SCOPED_TRACE(row.what);
-        Printed print = printed("PU;\xE9;;", 3);
-        print.plan.jobFile = "roll.plist";
-        print.report.job.stopReason = row.stopReason;
-        print.report.job.firstErrorID = row.errorID;
-        print.report.job.firstStatus = static_cast<int32_t>(row.status);
-        if (row.isUsb) putPlotter(print);
-        host::Verdict verdict = host::judge(print.plan, print.report);
-        EXPECT_EQ(verdict.code, row.code);
-        EXPECT_NE(verdict.message.find(row.says), std::string::npos) << verdict.message;
-        EXPECT_EQ(host::callFailed(print.plan, print.report), row.stopReason != kORB_StopNotASCII)
-            << "what was foretold is no failure";
-        if (row.isUsb) {
-            EXPECT_EQ(verdict.message.rfind("0b75:0402@01080000: ", 0), 0U) << verdict.message;
-            print.report.isGone = true;
-            EXPECT_EQ(host::judge(print.plan, print.report).code, ExitCode::Lost)
-                << "a plotter that is gone explains every failure";
+    for (auto [stopReason, errorID, status, code, says] : kRows) {
+        SCOPED_TRACE(says);
+        const bool isUsb = status > 0xE0000000 || errorID == kORB_ErrorDeviceNotOpened;
+        auto [plan, report] = printed("PU;\xE9;;", 3);
+        report.job.stopReason = stopReason;
+        report.job.firstErrorID = errorID;
+        report.job.firstStatus = static_cast<int32_t>(status);
+        if (isUsb) {
+            plan.target.usb.emplace().node = file("node", "");
+            chmod(path("node").c_str(), 0600); // its owner's alone
         }
-        print.report.stopped = true;
-        EXPECT_EQ(host::judge(print.plan, print.report).code, ExitCode::Stopped) << "the user's stop explains everything";
+        host::Verdict verdict = host::judge(plan, report);
+        EXPECT_EQ(verdict.code, code);
+        EXPECT_TRUE(holds(verdict.message, says));
+        EXPECT_EQ(host::callFailed(plan, report), stopReason != kORB_StopNotASCII) << "what was foretold is no failure";
+        report.isGone = isUsb;
+        EXPECT_EQ(host::judge(plan, report).code, isUsb ? ExitCode::Lost : code) << "which explains every failure";
+        report.stopped = true;
+        EXPECT_EQ(host::judge(plan, report).code, ExitCode::Stopped) << "the user's stop explains everything";
     }
 }
 
 TEST_F(VerdictTest, JudgesAFinishedJobByWhatBecameOfItsFiles) {
-    struct Row {
-        const char *what;
+    const struct {
         std::string text;
         int64_t sent;
         ExitCode code;
-        const char *says; ///< in the message, or in the only note; nullptr for neither
+        const char *says; ///< in the message, or in the only note
         bool isGone = false;
         host::PlotChange change = {};
+    } kRows[] = {
+        {"PU;PD;", 6, ExitCode::Done, ""},
+        {"PU;\r\n", 3, ExitCode::Done, "2 bytes at the end not sent (nothing that draws)"},
+        {"PU;SP0", 3, ExitCode::Failed, "3 bytes at the end not sent, from offset 3 on"},
+        {"PU;PD;", 3, ExitCode::Failed, "3 bytes not sent"}, // though the examination found nothing
+        {"PU;", 3, ExitCode::Lost, "may not have reached it", true},
+        {"PU;SP0", 3, ExitCode::Failed, "plot: written", false, {true, "written"}},
+        {"PU;", 3, ExitCode::Done, "removed", false, {false, "removed"}},
     };
-    const Row kRows[] = {
-        {"nothing withheld", "PU;PD;", 6, ExitCode::Done, nullptr},
-        {"padding at the end", "PU;\r\n", 3, ExitCode::Done, "2 bytes at the end not sent (nothing that draws)"},
-        {"a command withheld", "PU;SP0", 3, ExitCode::Failed, "3 bytes at the end not sent, from offset 3 on"},
-        {"withheld, though the examination found nothing", "PU;PD;", 3, ExitCode::Failed, "3 bytes not sent"},
-        {"the port went away behind the last byte", "PU;", 3, ExitCode::Lost, "may not have reached it", true},
-        {"written to meanwhile", "PU;SP0", 3, ExitCode::Failed, "plot: written", false, {true, "written"}},
-        {"removed meanwhile", "PU;", 3, ExitCode::Done, "removed", false, {false, "removed"}},
-    };
-    for (const Row &row : kRows) {
-        SCOPED_TRACE(row.what);
-        Printed print = printed(row.text, row.sent);
-        print.report.isGone = row.isGone;
-        print.report.change = row.change;
-        host::Verdict verdict = host::judge(print.plan, print.report);
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(row.text + row.says);
+        auto [plan, report] = printed(row.text, row.sent);
+        report.isGone = row.isGone;
+        report.change = row.change;
+        host::Verdict verdict = host::judge(plan, report);
         EXPECT_EQ(verdict.code, row.code) << verdict.message;
         std::string said = verdict.code == ExitCode::Done && !verdict.notes.empty() ? verdict.notes[0] : verdict.message;
-        EXPECT_NE(said.find(row.says ? row.says : ""), std::string::npos) << said;
-        EXPECT_EQ(said.empty(), row.says == nullptr);
+        EXPECT_TRUE(holds(said, row.says));
+        EXPECT_EQ(said.empty(), *row.says == '\0');
     }
 }
 
-TEST_F(VerdictTest, TextsForPeople) {
-    EXPECT_EQ(host::grouped(999), "999");
-    EXPECT_EQ(host::grouped(1234567), "1 234 567");
-    EXPECT_EQ(host::counted(1, "piece"), "1 piece");
-    EXPECT_EQ(host::duration(59.2), "1 min 0 s");
-    EXPECT_EQ(host::duration(7384), "2 h 3 min");
-    EXPECT_EQ(host::shown("gr\u00fcn \xC2\x9B"
-                          "31m \xFF \xC0\x80"),
-              "gr\u00fcn \\xC2\\x9B31m \\xFF \\xC0\\x80");
-    EXPECT_EQ(host::excerpt("abcdef", 3), "abc\u2026");
+using host::QueryOutcome;
+
+QueryOutcome outcomeOf(int32_t errorID, const std::string &request, const std::string &reply, uint32_t reads) {
+    QueryOutcome outcome{};
+    outcome.source = "/dev/ttyUSB0";
+    outcome.emulation = 17002;
+    outcome.report.errorID = errorID;
+    outcome.report.reads = reads;
+    outcome.report.requestBytes = static_cast<uint32_t>(request.size());
+    memcpy(outcome.report.request, request.data(), request.size());
+    outcome.report.replyBytes = static_cast<uint32_t>(reply.size());
+    memcpy(outcome.report.reply, reply.data(), reply.size());
+    return outcome;
+}
+
+TEST(LimitsVerdict, ReportsBecomeExitCodes) {
+    constexpr auto kNotResponding = static_cast<int32_t>(0xE00002ED);
+    const struct {
+        const char *what;
+        bool isUsb;
+        int32_t errorID, status;
+        const char *reply;
+        uint32_t reads;
+        ExitCode code;
+        const char *says;
+        const char *request = "IN;OH;";
+        double upper = 0; ///< both coordinates of the upper right corner
+    } kRows[] = {
+        {"an answer", false, kORB_NoError, 0, "0,0,1,1\r", 1, ExitCode::Done, "", "IN;OH;", 1},
+        {"silence", false, kORB_ErrorNoReply, 0, "", 11, ExitCode::Lost,
+         "/dev/ttyUSB0: no reply to IN;OH; within about 11 seconds; is the plotter on-line"},
+        {"a second reply missing", false, kORB_ErrorNoReply, 0, "7,8\r", 11, ExitCode::Failed, "U is incomplete", "U", 8},
+        {"a line that hung up", false, kORB_NoError, 0, "", 1, ExitCode::Lost, "hung up"},
+        {"a write that failed", false, kORB_ErrorUnvalidPort, 0, "", 0, ExitCode::Lost, "IN;OH; could not be sent"},
+        {"zeros alone", false, kORB_NoError, 0, "0,0,0,0,\r", 1, ExitCode::Failed, "\"0,0,0,0,\\r\" gives no area"},
+        {"silence over USB", true, kORB_NoError, 0, "", 99, ExitCode::Lost, "no reply to IN;OH;; is"},
+        {"an answer to the last read", true, kORB_NoError, 0, "0,0,1,1\r", 98, ExitCode::Done, "", "IN;OH;", 1},
+        {"a plotter hung", true, kORB_ErrorPipe, kNotResponding, "", 9, ExitCode::Lost, "does not answer"},
+        {"a plotter that cannot reply", true, kORB_ErrorUSBNotOpen, kNotResponding, "", 9, ExitCode::Lost,
+         "perhaps it gives none over USB"},
+    };
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(row.what);
+        QueryOutcome outcome = outcomeOf(row.errorID, row.request, row.reply, row.reads);
+        outcome.values = {0, 0, row.upper, row.upper};
+        outcome.report.status = row.status;
+        if (row.isUsb) outcome.usb.emplace();
+        host::Verdict verdict = host::judge(outcome);
+        EXPECT_EQ(verdict.code, row.code);
+        EXPECT_TRUE(holds(verdict.message, row.says));
+        const std::string told = host::queryJson(outcome, verdict).line();
+        EXPECT_EQ(told.find("\"values\"") != told.npos, row.code == ExitCode::Done) << told;
+        outcome.stopped = true;
+        EXPECT_EQ(host::judge(outcome).code, ExitCode::Stopped) << "the user's stop explains everything";
+    }
+}
+
+TEST(LimitsVerdict, CornersAsThePlotterSaidThem) {
+    const std::string kUsual = "lower left   0, 0\nupper right  15200, 10800\nsize         380.0 x 270.0 mm\n";
+    const std::string kNegative = "lower left   -20, -20\nupper right  20, 20\nsize         1.0 x 1.0 mm\n";
+    const struct {
+        const char *reply;
+        std::array<double, 4> values; ///< of the record
+        const char *note;
+        std::string lines;
+        int32_t emulation = 17002;
+    } kRows[] = {
+        {"0,0,15200,10800\r", {0, 0, 15200, 10800}, "", kUsual},
+        {"0.0,0.0,15200.0,10800.0\r", {0, 0, 152000, 108000}, "108000: it reads no decimal points", kUsual},
+        {"0,0,15200,10800\r\n5\r", {0, 0, 15200, 108005}, "behind the end of the line", kUsual},
+        {"-20,-20,20,20\r", {20, 20, 20, 20}, "20\\r\", of which", kNegative},
+        {"9 % 0 0 15200 10800\r", {0, 0, 15200, 10800}, "", kUsual, 17005},
+        {"1.5,2,3,4\r", {15, 2, 3, 4}, "", "value 1      15\nvalue 2      2\nvalue 3      3\nvalue 4      4\n", 17009},
+    };
+    for (const auto &row : kRows) {
+        SCOPED_TRACE(row.reply);
+        QueryOutcome outcome = outcomeOf(kORB_NoError, "IN;OH;", row.reply, 1);
+        outcome.values = row.values;
+        outcome.emulation = row.emulation;
+        host::Verdict verdict = host::judge(outcome);
+        EXPECT_EQ(verdict.code, ExitCode::Done);
+        const std::string note = verdict.notes.empty() ? "" : verdict.notes[0];
+        EXPECT_EQ(note.empty(), *row.note == '\0');
+        EXPECT_TRUE(holds(note, row.note));
+        EXPECT_EQ(host::limitLines(outcome), row.lines);
+    }
 }
 
 } // namespace

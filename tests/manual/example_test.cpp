@@ -8,75 +8,43 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 
 namespace {
 
-constexpr std::string_view kPort = "/dev/ttyUSB0";
-
-/// The lines of README that begin with the command, as they are typed once it is installed.
-std::vector<std::string> readmeLines() {
-    constexpr std::string_view kIndent = "    ", kBuilt = "build/release/bin/";
-    std::vector<std::string> lines;
-    std::ifstream readme(README);
-    for (std::string line; std::getline(readme, line);) {
-        if (!line.starts_with(kIndent)) continue;
-        line.erase(0, kIndent.size());
-        if (line.starts_with(kBuilt)) line.erase(0, kBuilt.size());
-        if (line.starts_with("vectorix ")) lines.push_back(line);
-    }
-    return lines;
-}
-
-std::vector<std::string> declaredLines() {
-    std::unique_ptr<host::CommandLine> commands = host::declaredCommandLine();
-    std::vector<std::string> lines;
-    for (const host::Command &command : manual::commandsFrom(commands->root())) {
-        for (const host::Example &example : command.manual().examples)
-            lines.push_back(example.line);
-    }
-    return lines;
-}
-
-/// The words that a shell makes of a line.
-std::vector<std::string> wordsOf(const std::string &line) {
-    Result result =
-        Running({"-c", "for word in " + line.substr(0, line.find(" < ")) + "; do printf '%s\\n' \"$word\"; done"}, false, "",
-                "/bin/sh")
-            .wait();
-    std::vector<std::string> words;
-    std::istringstream lines(result.out);
-    for (std::string word; std::getline(lines, word);)
-        words.push_back(word);
-    return words;
-}
-
 class ExampleTest : public HostTest {
 protected:
+    /// Folders of their own, for the profiles of one are not those of the other.
+    std::vector<std::string> lines_[2];
+
     ExampleTest() {
-        std::filesystem::copy_file(EXAMPLE, path("drawing.plt"));
-        EXPECT_EQ(run({"job", "write", path("roll.plist")}).code, 0);
+        // Of README, as they are typed once it is installed.
+        std::istringstream readme(shell("sed -nE 's,^    (build/release/bin/)?(vectorix ),\\2,p' " README).wait().out);
+        for (std::string line; std::getline(readme, line);)
+            lines_[0].push_back(line);
+        std::unique_ptr<host::CommandLine> commands = host::declaredCommandLine();
+        for (const host::Command &command : manual::commandsFrom(commands->root())) {
+            for (const host::Example &example : command.manual().examples)
+                lines_[1].push_back(example.line);
+        }
     }
 
-    /// Ends as soon as it plays.
-    static Result interrupted(const std::string &line) {
-        Running playing({"-c", line}, false, "", "/bin/sh");
-        EXPECT_NE(playing.line(), "");
-        playing.signal(SIGINT);
-        return playing.wait();
+    /// A shell in a folder with the files, in which "vectorix" is the function.
+    Running inFolder(const std::string &function, const std::string &line) {
+        return shell("cd '" + folder_ + "'; vectorix() { " + function + "; }; " + line);
     }
 
-    /// profiles: the folder that holds them. A print to a port, or by a profile that names one, is a dry run.
-    std::string lineHere(std::string line, const std::string &port, const std::string &profiles) const {
-        constexpr std::string_view kPrint = "vectorix print";
-        bool isForPort = line.find(kPort) != std::string::npos || line.find(" -p ") != std::string::npos;
-        if (line.starts_with(kPrint) && isForPort && line.find("--dry-run") == std::string::npos)
-            line.insert(kPrint.size(), " --dry-run");
-        if (size_t at = line.find(kPort); at != std::string::npos) line.replace(at, kPort.size(), port);
-        if (size_t at = line.find("/tmp/"); at != std::string::npos) line.replace(at, 5, folder_ + "/");
-        return "cd '" + folder_ + "' && XDG_CONFIG_HOME='" + path(profiles) + "' exec '" VECTORIX "'" +
-               line.substr(std::string_view("vectorix").size());
+    void expectUnderstood(const std::string &line) {
+        std::istringstream words(inFolder("printf 'vectorix\\n'; printf '%s\\n' \"$@\"", line).wait().out);
+        Words kept;
+        for (std::string word; std::getline(words, word);)
+            kept.push_back(word);
+        std::vector<const char *> arguments;
+        for (const std::string &word : kept)
+            arguments.push_back(word.c_str());
+        std::unique_ptr<host::CommandLine> commands = host::declaredCommandLine();
+        EXPECT_EQ(commands->parse(static_cast<int>(arguments.size()), arguments.data()), host::ExitCode::Done);
+        EXPECT_TRUE(commands->run());
     }
 };
 
@@ -85,30 +53,40 @@ TEST_F(ExampleTest, AreUnderstoodAndDoWhatIsSaid) {
     /// that part.
     constexpr std::string_view kNotRun[] = {
         "vectorix ports", "vectorix plotters", "vectorix limits", "vectorix send", "vectorix doctor", "--usb", "--once"};
-    const std::vector<std::string> declared = declaredLines(), readme = readmeLines();
-    EXPECT_GE(readme.size(), 8U) << "is README read?";
-    std::vector<std::string> lines = declared;
-    lines.insert(lines.end(), readme.begin(), readme.end());
-    FarEnd plotter;
+    constexpr std::string_view kPort = "/dev/ttyUSB0", kTemporary = "/tmp/";
+    std::filesystem::copy_file(EXAMPLE, path("drawing.plt"));
+    ASSERT_EQ(run({"job", "write", path("roll.plist")}).code, 0);
+    EXPECT_GE(lines_[0].size(), 8U) << "is README read?";
+    const FarEnd plotter;
+    std::vector<Running> printing;
     size_t runs = 0;
-    for (size_t i = 0; i < lines.size(); ++i) {
-        const std::string &line = lines[i];
-        SCOPED_TRACE(line);
-        std::vector<std::string> words = wordsOf(line);
-        std::vector<const char *> arguments(words.size());
-        std::transform(words.begin(), words.end(), arguments.begin(), [](const std::string &word) { return word.c_str(); });
-        std::unique_ptr<host::CommandLine> commands = host::declaredCommandLine();
-        EXPECT_EQ(commands->parse(static_cast<int>(arguments.size()), arguments.data()), host::ExitCode::Done);
-        EXPECT_TRUE(commands->run());
-
-        auto holds = [&](std::string_view part) { return line.find(part) != std::string::npos; };
-        if (std::any_of(std::begin(kNotRun), std::end(kNotRun), holds)) continue;
-        std::string here = lineHere(line, plotter.port(), i < declared.size() ? "manual" : "readme");
-        Result result =
-            line.starts_with("vectorix simulate") ? interrupted(here) : Running({"-c", here}, false, "", "/bin/sh").wait();
-        EXPECT_EQ(result.code, 0) << result.out << result.err;
-        ++runs;
+    for (const auto &lines : lines_) {
+        setenv("XDG_CONFIG_HOME", path(std::to_string(lines.size())).c_str(), 1);
+        for (std::string line : lines) {
+            SCOPED_TRACE(line);
+            expectUnderstood(line);
+            auto holds = [&](std::string_view part) { return line.find(part) != std::string::npos; };
+            if (std::any_of(std::begin(kNotRun), std::end(kNotRun), holds)) continue;
+            ++runs;
+            if (holds("vectorix print ") && (holds(kPort) || holds(" -p ")))
+                line.insert(line.find(" print") + 6, " --dry-run");
+            if (size_t at = line.find(kPort); at != std::string::npos) line.replace(at, kPort.size(), plotter.port());
+            if (size_t at = line.find(kTemporary); at != std::string::npos)
+                line.replace(at, kTemporary.size(), folder_ + "/");
+            Running example = inFolder("exec \"$0\" \"$@\"", line);
+            if (holds("vectorix simulate")) { // which ends as soon as it plays
+                EXPECT_NE(example.line(), "");
+                example.signal(SIGINT);
+            }
+            if (holds("vectorix print")) {
+                printing.push_back(std::move(example)); // side by side: many take the two seconds of the close
+            } else {
+                EXPECT_TRUE(ended(example.wait(), 0));
+            }
+        }
     }
+    for (Running &print : printing)
+        EXPECT_TRUE(ended(print.wait(), 0));
     EXPECT_GE(runs, 15U);
     for (const char *made : {"drawing.out", "drawing.svg", "drawing.png", "drawing.pdf"})
         EXPECT_TRUE(std::filesystem::exists(path(made))) << made;

@@ -1,12 +1,13 @@
 // The command against USB plotters in software: the whole road, from sysfs to transfers on the bus.
 #include "host/usb/bed_fixture.h"
-#include "support/usb_plotter.h"
+#include "support/answering_plotter.h"
 
 #include <chrono>
 #include <csignal>
 #include <future>
 #include <glib.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -16,42 +17,20 @@ namespace {
 
 class PrintUsbTest : public BedTest {
 protected:
-    std::string plot_ = file("plot.plt", plotOf(4));
+    const std::string text_ = plotOf(4), plot_ = file("plot.plt", text_);
 };
-
-TEST_F(PrintUsbTest, ListsWhatThereIs) {
-    EXPECT_EQ(run({"plotters"}).code, 3);
-    const bed::UsbPlotter left(*bed, {.place = "1-1", .driver = "usblp"});
-    const bed::UsbPlotter right(*bed, {.place = "1-2.3", .vendor = 0x1234, .product = 0x00A1});
-    Result table = run({"plotters"});
-    EXPECT_EQ(table.code, 0) << table.err;
-    EXPECT_EQ(table.out, "MODEL      NAME  SERIAL NUMBER  LOCATION  ACCESS  HOLDER\n"
-                         "0b75:0402  -     -              01080000  ok      driver usblp\n"
-                         "1234:00a1  -     -              01118000  ok      -\n");
-
-    Result model = run({"plotters", "--vendor", "0x1234", "--product", "a1", "--json"});
-    auto plotters = nlohmann::json::parse(model.out)["plotters"];
-    ASSERT_EQ(plotters.size(), 1U) << model.out;
-    EXPECT_EQ(plotters[0]["location"], "01118000") << "as the plug-in says";
-    EXPECT_EQ(plotters[0]["node"], right.node());
-    EXPECT_EQ(run({"print", plot_, "--usb"}).code, 2) << "which of the two?";
-}
 
 TEST_F(PrintUsbTest, PrintsToTheOneAtThatPlace) {
     const bed::UsbPlotter left(*bed, {.place = "1-1", .vendor = 0x1234});
     bed::UsbPlotter right(*bed, {.place = "1-2", .vendor = 0x1234, .driver = "usblp"});
-    Result result = run({"print", plot_, "--usb", "1234:0402@01100000", "-v"});
-    EXPECT_EQ(result.code, 0) << result.err;
-    EXPECT_EQ(right.written(), "IN;" + contents(plot_));
-    EXPECT_EQ(left.written(), "");
-    EXPECT_EQ(result.out.rfind("sent " + std::to_string(contents(plot_).size()) + " bytes in ", 0), 0U) << result.out;
-    EXPECT_NE(result.out.find(" to 1234:0402@01100000 in "), std::string::npos) << result.out;
-    EXPECT_NE(result.err.find("usblp is put aside"), std::string::npos) << result.err;
-    EXPECT_EQ(right.driver(), "usblp") << "given back";
-
+    EXPECT_EQ(run({"print", plot_, "--usb"}).code, 2) << "which of the two?";
     EXPECT_EQ(run({"profile", "add", "right", "--usb", "1234:0402@01100000"}).code, 0);
-    EXPECT_EQ(run({"print", plot_, "-p", "right"}).code, 0);
-    EXPECT_EQ(right.written(), "IN;" + contents(plot_) + "IN;" + contents(plot_));
+    Result result = run({"print", plot_, "-p", "right", "-v"});
+    EXPECT_TRUE(ended(result, 0, " to 1234:0402@01100000 in "));
+    EXPECT_EQ(right.written(), "IN;" + text_);
+    EXPECT_TRUE(result.out.starts_with("sent " + std::to_string(text_.size()) + " bytes in ")) << result.out;
+    EXPECT_TRUE(holds(result.err, "usblp is put aside"));
+    EXPECT_EQ(right.driver(), "usblp") << "given back";
     EXPECT_EQ(left.written(), "");
 }
 
@@ -62,30 +41,17 @@ TEST_F(PrintUsbTest, SendsATextAsASmallJob) {
     auto report = nlohmann::json::parse(result.out);
     EXPECT_EQ(plotter.written(), report["startText"].get<std::string>() + text.substr(0, 98) + "\x1B.R") << result.err;
     EXPECT_EQ(report["sentBytes"], 101);
-    result = run({"send", "PU;", "--usb", "--emulation", "17008"});
-    EXPECT_EQ(result.code, 2) << "it would be sent in no part";
-}
-
-TEST_F(PrintUsbTest, NamesThePipeThatIsNone) {
-    // The plug-in writes to the second pipe of this vendor's plotters.
-    const bed::UsbPlotter plotter(*bed, {.vendor = 0x0C30, .settings = {{{0x02}}}});
-    Result result = run({"print", plot_, "--usb"});
-    EXPECT_EQ(result.code, 1);
-    EXPECT_EQ(plotter.written(), "");
-    EXPECT_NE(result.err.find("the out pipe 2 of this plotter is not an out endpoint"), std::string::npos) << result.err;
-    EXPECT_EQ(result.out.rfind("sent nothing to 0c30:0402@01080000", 0), 0U) << result.out;
+    EXPECT_EQ(run({"send", "PU;", "--usb", "--emulation", "17008"}).code, 2) << "it would be sent in no part";
 }
 
 TEST_F(PrintUsbTest, TellsOfAPlotterUnpluggedOnTheWay) {
     bed::UsbPlotter plotter(*bed, {.vendor = 0x1234});
-    std::string longPlot = file("long.plt", plotOf(60));
     plotter.takeOnly(300);
     plotter.onWait = [&] { plotter.unplug(); };
-    Result result = run({"print", longPlot, "--usb", "--keep-going"}); // which has nothing to go on with
-    EXPECT_EQ(result.code, 6) << result.err;
-    EXPECT_NE(result.err.find(" bytes; the plotter is gone;"), std::string::npos) << result.err;
-    EXPECT_NE(result.out.find(" in 1 piece failed; "), std::string::npos) << result.out;
-    EXPECT_EQ(plotter.written(), ("IN;" + contents(longPlot)).substr(0, 300));
+    Result result = run({"print", file("long.plt", plotOf(60)), "--usb", "--keep-going"}); // which has nothing to go on with
+    EXPECT_TRUE(ended(result, 6, " bytes; the plotter is gone;"));
+    EXPECT_TRUE(holds(result.out, " in 1 piece failed; "));
+    EXPECT_EQ(plotter.written(), ("IN;" + plotOf(60)).substr(0, 300));
 }
 
 /// A second command is kept out meanwhile; once the first is stopped the plotter is free for the next.
@@ -96,19 +62,41 @@ TEST_F(PrintUsbTest, StopsWhilePlotterDoesNotTake) {
     plotter.onWait = [&, once = false]() mutable {
         if (!std::exchange(once, true)) waits.set_value();
     };
-    Running printing({"print", file("long.plt", plotOf(60)), "--usb", "--json"}, false);
+    Running printing({"print", file("long.plt", plotOf(60)), "--usb", "--json"});
     ASSERT_EQ(waits.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
     expectRefusals({{{"print", plot_, "--usb"}, 5, "busy: held by "}});
     printing.signal(SIGINT);
     Result result = printing.wait();
-    EXPECT_EQ(result.code, 130) << result.err;
-    EXPECT_EQ(nlohmann::json::parse(result.out)["sentBytes"], 100 - std::string("IN;").size()) << result.out;
+    EXPECT_TRUE(ended(result, 130));
+    EXPECT_EQ(nlohmann::json::parse(result.out)["sentBytes"], 100 - std::string("IN;").size());
     EXPECT_EQ(plotter.log().back(), "release");
     EXPECT_EQ(plotter.written().size(), 100U) << "nothing of the second command";
     plotter.takeOnly(SIZE_MAX);
-    Result next = run({"print", plot_, "--usb"});
-    EXPECT_EQ(next.code, 0) << next.err;
-    EXPECT_EQ(plotter.written().substr(100), "IN;" + contents(plot_));
+    EXPECT_TRUE(ended(run({"print", plot_, "--usb"}), 0));
+    EXPECT_EQ(plotter.written().substr(100), "IN;" + text_);
+}
+
+// The pauses of a query are real: four seconds, here side by side. The first plotter listens on the pipe that only its
+// identifier names: without it the command would write to the in endpoint. The second is of another language, and has its in
+// endpoint first.
+TEST_F(PrintUsbTest, AsksThePlotterOnItsOwnPipeInItsOwnLanguage) {
+    const bed::AnsweringPlotter hpgl(*bed, {.settings = {{}, {{0x01}, {0x82}}}}, 17002);
+    const bed::AnsweringPlotter dmpl(*bed, {.place = "1-2", .vendor = 0x099F, .settings = {{{0x81}, {0x02}}}}, 17030);
+    Running asking({"limits", "--usb", "0b75:0402", "--plotter-id", "20596"});
+    Running another({"limits", "--usb", "099f:0402", "--emulation", "17030", "--variant", "3"});
+    EXPECT_TRUE(ended(asking.wait(), 0, "lower left   0, 0\nupper right  10000, 8000\nsize         250.0 x 200.0 mm\n"));
+    EXPECT_EQ(hpgl.usb().written(), "IN;IN;OH;");
+    EXPECT_TRUE(ended(another.wait(), 0, "value 1      0\nvalue 2      0\nvalue 3      2500\nvalue 4      2000\n"));
+    EXPECT_EQ(dmpl.usb().written(), ";:EH,ECM,ER,Q@");
+    EXPECT_EQ(dmpl.usb().log().back(), "release");
+}
+
+TEST_F(PrintUsbTest, EndsWhenThePlotterIsUnplugged) {
+    bed::UsbPlotter plotter(*bed, {.vendor = 0x1234});
+    plotter.onText = [&](std::string_view) { unlink(bed->fileOf(plotter.node()).c_str()); };
+    Result result = run({"limits", "--usb", "--json"});
+    EXPECT_TRUE(ended(result, 6, "the plotter is gone"));
+    EXPECT_EQ(nlohmann::json::parse(result.out)["errorStatus"], static_cast<int32_t>(0xE00002EB)) << "aborted";
 }
 
 } // namespace
