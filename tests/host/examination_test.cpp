@@ -20,6 +20,7 @@ TEST_F(ExaminationTest, FindsWhatWouldNotBeSent) {
         {"PU;\x1B.(\x1B%-12345X\x1B\x45\n", 17002, ";", Flaw::None, 15, ""},
         {"PU;OE\n", 17002, ";", Flaw::None, 3, ""}, // a question, but not of this language:
         {"PU@OE", 17008, ";", Flaw::BehindMark, 2, "from offset 3 on, for no \"@\" ends them: \"OE\""},
+        {"PU;\x1B%-12345X@PJL EOJ\n@PJL\r\n\x1B%-12345X", 17002, ";", Flaw::None, 33, ""},
         {"PU;" + kNul + kNul + "\n", 17002, ";", Flaw::None, 3, ""},
         {"PU1111,11" + kNul + ";PD" + std::string(60, '1') + ";", 17002, "1", Flaw::BehindNul, 3,
          "2 bytes behind NUL bytes"},
@@ -51,7 +52,6 @@ TEST_F(ExaminationTest, KnowsWhatIsNoPlotOfTheLanguage) {
         {"%!PS-Adobe-3.0\n", 17002, FileKind::PostScript},
         {" \n<svg width=\"1\">;", 17008, FileKind::Svg},
         {"\xEF\xBB\xBF<?xml version=\"1.0\"?>", 17002, FileKind::Xml},
-        {"\x1B%-12345X@PJL\nIN;", 17002, FileKind::Plot},
         {";:H A L0 ;", 17002, FileKind::Dmpl},
         {"Hello, this is a note; please send it;", 17002, FileKind::Nonsense},
     };

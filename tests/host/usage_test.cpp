@@ -30,12 +30,10 @@ TEST_F(UsageTest, RefusesWhatContradictsItself) {
         {{"send", "a\\x1", "--port", "x"}, 2, "unknown escape \"\\x1\""},
         {{"send", "gr\u00fcn", "--port", "x"}, 2, "ASCII"},
         {{"send", std::string(256, 'a'), "--port", "x"}, 2, "256 bytes, 1 more"},
-        {{"limits", "--port", "x", "--variant", "9"}, 2, "9 is not a whole number from 1 to 8"},
         {{"limits", "--port", "x", "--plotter-id", "20596"}, 2, "--usb"},
         {{"plotters", "--vendor", "0b75"}, 2, "--product"},
         {{"preview", plot_, "-o", plot_}, 2, "is the input; name another file"},
         {{"preview", file("note", "Hello, a note;"), "-o", picture}, 7, "or draw it all the same with --language"},
-        {{"simulate", "--fault", "hang:x"}, 2, "hang:x"},
         {{"simulate", "--link", plot_}, 2, "is there already, and is not a link that"},
         {{"simulate", "--link", link}, 2, "is there already"},
     });

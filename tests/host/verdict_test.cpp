@@ -41,7 +41,6 @@ TEST_F(VerdictTest, FailuresOfTheReportBecomeExitCodes) {
         {kORB_StopByHost, kORB_ErrorUnvalidPort, EAGAIN, ExitCode::Failed, "only a part"},
         {kORB_StopByHost, kORB_ErrorUnvalidPort, ENOMEM, ExitCode::Failed, "cannot allocate memory"},
         {kORB_StopNotASCII, kORB_ErrorPathNameTooLong, 0, ExitCode::Failed, "0xE9 at offset 3"},
-        {kORB_StopNoLink, kORB_ErrorOpeningPort, 0, ExitCode::Lost, "could not be opened"},
         {kORB_StopPlotFile, kORB_ErrorOpeningPlotFile, -54, ExitCode::Permission, "opened"},
         {kORB_StopJobFile, kORB_ErrorJobFile, -43, ExitCode::Missing, "job"},
         {kORB_StopUnconvertible, kORB_ErrorPathNameTooLong, 0, ExitCode::Unfit, "roll: a text is not"},
@@ -81,7 +80,6 @@ TEST_F(VerdictTest, JudgesAFinishedJobByWhatBecameOfItsFiles) {
         bool isGone = false;
         host::PlotChange change = {};
     } kRows[] = {
-        {"PU;PD;", 6, ExitCode::Done, ""},
         {"PU;\r\n", 3, ExitCode::Done, "2 bytes at the end not sent (nothing that draws)"},
         {"PU;SP0", 3, ExitCode::Failed, "3 bytes at the end not sent, from offset 3 on"},
         {"PU;PD;", 3, ExitCode::Failed, "3 bytes not sent"}, // though the examination found nothing

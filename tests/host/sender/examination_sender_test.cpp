@@ -51,8 +51,8 @@ TEST(ExaminationAgainstSender, SaysWhatWillBeWithheld) {
                                                                       {"", ""}};
     const std::string path = testing::TempDir() + "examination_sender_" + std::to_string(getpid()) + ".plt";
     int counts[2] = {};
-    for (int i = 0; i < 120 * 37; ++i) {
-        const int emulation = 17001 + i / 120;
+    for (int i = 0; i < 60 * 37; ++i) {
+        const int emulation = 17001 + i / 60;
         const auto &[xml, terminator] = kTerminators[below(40) == 0 ? 4 : below(4)];
         const host::PlotRules rules{emulation, terminator};
         std::string plot = randomPlot();
