@@ -127,12 +127,11 @@ termios FarEnd::attributes() const {
     return result;
 }
 
+constexpr const char *kHold = "import fcntl, os, sys, time\nfile = os.open(sys.argv[1], os.O_RDWR | os.O_NOCTTY)\n"
+                              "if sys.argv[2] == '1': fcntl.flock(file, fcntl.LOCK_EX)\nprint(flush=True)\ntime.sleep(999)";
+
 Bystander::Bystander(const std::string &file, bool locks)
-    : Running({"python3", "-c",
-               "import fcntl, os, sys, time\nfile = os.open(sys.argv[1], os.O_RDWR | os.O_NOCTTY)\n"
-               "if sys.argv[2] == '1': fcntl.flock(file, fcntl.LOCK_EX)\nprint(flush=True)\ntime.sleep(999)",
-               file, locks ? "1" : "0"},
-              "/usr/bin/env") {
+    : Running({"python3", "-c", kHold, file, locks ? "1" : "0"}, "/usr/bin/env") {
     line();
 }
 
