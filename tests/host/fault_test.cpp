@@ -97,6 +97,13 @@ TEST_F(FaultTest, ASignalEndsWhateverIsWaitedFor) {
         command.signal(secondSignal);
         EXPECT_TRUE(ended(command.wait(), 130));
     }
+    FarEnd plotter; // that goes away while the port is closed
+    Running sending = shell(disturbed, {"send", "IN;", "--port", plotter.port()});
+    EXPECT_EQ(plotter.read(3), "IN;");
+    sending.awaitSleep();
+    plotter.hangUp();
+    sending.signal(SIGALRM);
+    EXPECT_TRUE(ended(sending.wait(), 6, "may not have reached it"));
     EXPECT_TRUE(ended(shell(disturbed, {"preview", path_, "-o", path("p.pdf")}).wait(), -SIGINT)) << "while it writes it";
     EXPECT_FALSE(fs::exists(path("p.pdf")));
 }

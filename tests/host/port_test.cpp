@@ -55,6 +55,10 @@ TEST_F(PortTest, SendsTextWithItsEscapesAndTheStartUpBytesOfAnEmulation) {
 
 TEST_F(PortTest, NamesWhoHasThePortOpenAlsoThroughALink) {
     std::filesystem::create_symlink(plotter_.port(), path("plotter"));
+    {
+        const host::PortLock ours(plotter_.port());
+        EXPECT_NE(flock(plotter_.openPort().get(), LOCK_EX | LOCK_NB), 0);
+    }
     for (bool locks : {true, false}) {
         SCOPED_TRACE(locks);
         Bystander holder(plotter_.port(), locks);

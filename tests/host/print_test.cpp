@@ -22,7 +22,8 @@ TEST_F(PrintCommandTest, ReportsWhatArrivedAndWhatWasNotSent) {
         {"", {file("part", "IN;PD1,1;PU2,2"), "--force"}, 1, "for no \";\" ends them: \"PU2,2\"", "IN;PD1,1;"},
         {"", {file("dmpl", "H,LBtext\x03@\n"), "--job", job}, 0, "", ";:H,LBtext\x03@"},
         {"cat " + whole + " | ", {"-"}, 0, "\"plotFile\":\"standard input\"", plot},
-        {"ln -s /dev/full 4; ", {whole}, 1, "{\"exitCode\":1,\"message\":\"4: no space left", ""},
+        {"trap '' XFSZ; ulimit -f 4; ", {whole}, 1, "file too large", plot.substr(0, 2048)},
+        {"ln -s /dev/full 5; ", {whole}, 1, "{\"exitCode\":1,\"message\":\"5: no space left", ""},
     };
     std::vector<Running> printing;
     for (const auto &[script, words, code, says, arrives] : kRows) {

@@ -37,7 +37,7 @@ constexpr StrokeCase kLines[] = {
     {"percent of the area", "IR10,10,20,20;SC0,1,0,1;PU0,0PD1,1;IR0,50;PU0,0PD1,1", "1000,800 2000,1600 | 0,4000 1000,4800"},
     {"turned by 90 degrees", "RO90;PU0,0PD100,50", "10000,0 9950,100"},
     {"turning leaves the pen in place", "PU300,200;RO90;PR;PD10,0;RO;PD10,0", "300,200 300,210 310,210"},
-    {"P2 of the turned area", "RO90;IP;SC0,1,0,1;PU0,0PD1,1", "10000,0 0,8000"},
+    {"P2 of the area turned by 270 degrees", "RO270;IP;SC0,1,0,1;PU0,0PD1,1", "0,8000 10000,0"},
     {"nonsense changes nothing", "SC0,100,0,80;SC5,5,1,2;SC1,2,3;IP5,5,5,9;RO45;PU1,1PD2,2", "100,100 200,200"},
     // Line types.
     {"halves of 10 mm", "LT2,10,1;PU0,0PD1000,0", "0,0 200,0 | 400,0 600,0 | 800,0 1000,0"},
@@ -53,7 +53,7 @@ constexpr StrokeCase kLines[] = {
     // Arcs and curves.
     {"circle in four chords; draws with the pen up", "PU500,500CI100,90;PD510,500",
      "600,500 500,600 400,500 500,400 600,500 | 500,500 510,500"},
-    {"counterclockwise through a point", "PU600,500PDAT500,600,400,500,90", "600,500 500,600 400,500"},
+    {"counterclockwise through a point, the long way", "PU600,500PDAT400,500,500,400,90", "600,500 500,600 400,500 500,400"},
     {"clockwise through a point, the long way", "PU600,500PDRT-200,0,-100,100,90", "600,500 500,400 400,500 500,600"},
     {"through a point, back to the beginning", "PU600,500PDAT400,500,600,500,90", "600,500 500,600 400,500 500,400 600,500"},
     {"through a point on the line", "PU100,100PDAT200,200,400,400;RT0,0,10,0", "100,100 400,400 410,400"},

@@ -142,6 +142,7 @@ TEST_F(PictureTest, InkIsWhereItWasDrawn) {
     for (int pen = 0; pen <= 8; ++pen)
         EXPECT_TRUE(colours.insert(colourOf(pen)).second) << pen;
     EXPECT_EQ(colourOf(9), colourOf(1));
+    EXPECT_EQ(colourOf(1), 0x111111U) << "black";
     EXPECT_NE(dots.at(2000, 4000), kWhite);
 
     constexpr struct {
