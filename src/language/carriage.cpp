@@ -1,5 +1,7 @@
 #include "language/carriage.h"
 
+#include "language/number_scanner.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -12,6 +14,7 @@ constexpr double kSecondsPerStroke = 0.1;
 constexpr double kSecondsPerPenChange = 1;
 constexpr double kLeastWidth = 0.05; // millimetres: a width of 0 asks for the thinnest line that there is
 constexpr double kLeastPattern = kUnitsPerMillimetre;
+constexpr Rectangle kEverywhere{{-kLargest, -kLargest}, {kLargest, kLargest}};
 constexpr double kLeastDashed = 0.001;     // units: what is shorter can hold no pattern
 constexpr double kPatternsPerSheet = 1000; // along its diagonal, at most
 
@@ -21,9 +24,10 @@ Point along(Point from, Point to, double part) { return {from.x + part * (to.x -
 
 } // namespace
 
-Carriage::Carriage(PenSink &sink, const Rectangle &hardClip, Findings &findings)
-    : sink_(sink), hardClip_(hardClip), findings_(findings), allowance_(findings.bytes), area_(hardClip) {
-    setWindow(hardClip);
+Carriage::Carriage(PenSink &sink, const Rectangle &hardClip, Clipping clipping, Findings &findings)
+    : sink_(sink), hardClip_(hardClip), reach_(clipping == Clipping::reach ? hardClip : kEverywhere), findings_(findings),
+      allowance_(findings.bytes) {
+    setWindow(reach_);
     setSpeed(kDefaultSpeed);
     last_ = {std::clamp(0.0, hardClip.lower.x, hardClip.upper.x), std::clamp(0.0, hardClip.lower.y, hardClip.upper.y)};
     sink_.setPen(pen_, width_);
@@ -44,7 +48,7 @@ void Carriage::setSpeed(double centimetresPerSecond) {
 }
 
 void Carriage::setWindow(const Rectangle &window) {
-    area_ = intersection(hardClip_, window);
+    area_ = intersection(reach_, window);
     visible_ = area_.lower.x <= area_.upper.x && area_.lower.y <= area_.upper.y;
 }
 

@@ -18,14 +18,14 @@ public:
     static constexpr double kDefaultWidth = 0.35;
 
     /// Begins with pen 1 in the holder, at the origin. findings.bytes is kept by the caller.
-    Carriage(PenSink &sink, const Rectangle &hardClip, Findings &findings);
+    Carriage(PenSink &sink, const Rectangle &hardClip, Clipping clipping, Findings &findings);
 
     /// Pen 0 is an empty holder: moves go on, and nothing is drawn or measured. Lifts the pen when anything changes.
     void setPen(int pen, double widthMillimetres);
     void setSpeed(double centimetresPerSecond);
     /// Patterns shorter than 1 mm, or than a thousandth of the sheet's diagonal, are lengthened to that.
     void setLineType(const LineType &type);
-    /// Nothing is drawn outside it (nor outside the hard-clip area).
+    /// Nothing is drawn outside it (nor outside reach()).
     void setWindow(const Rectangle &window);
 
     /// Moves with the pen up.
@@ -43,6 +43,8 @@ public:
     bool afford(uint64_t work);
 
     const Rectangle &hardClip() const noexcept { return hardClip_; }
+    /// Within which is drawn: the hard-clip area, or everywhere.
+    const Rectangle &reach() const noexcept { return reach_; }
     int pen() const noexcept { return pen_; }
     double width() const noexcept { return width_; }
 
@@ -57,7 +59,7 @@ private:
     void drew(double units);
 
     PenSink &sink_;
-    const Rectangle hardClip_;
+    const Rectangle hardClip_, reach_;
     Findings &findings_;
     Allowance allowance_;
     PolygonClipper clipper_;

@@ -88,8 +88,8 @@ bool isSeparator(unsigned char byte) { return byte <= ' ' || byte == ',' || byte
 
 } // namespace
 
-DmplReader::DmplReader(PenSink &sink, const Rectangle &hardClip)
-    : carriage_(sink, hardClip, findings_), unit_(kUnits[0].plotterUnits) {}
+DmplReader::DmplReader(PenSink &sink, const Rectangle &hardClip, Clipping clipping)
+    : carriage_(sink, hardClip, clipping, findings_), unit_(kUnits[0].plotterUnits) {}
 
 void DmplReader::take(std::string_view bytes) {
     for (char c : bytes) {

@@ -4,8 +4,8 @@
 
 namespace language::hpgl {
 
-Plotter::Plotter(PenSink &sink, const Rectangle &hardClip, Findings &found)
-    : findings(found), carriage(sink, hardClip, found), frame(hardClip) {
+Plotter::Plotter(PenSink &sink, const Rectangle &hardClip, Clipping clipping, Findings &found)
+    : findings(found), carriage(sink, hardClip, clipping, found), frame(hardClip) {
     initialize(*this);
 }
 
@@ -56,7 +56,7 @@ void Plotter::applyLineType() {
 }
 
 void Plotter::applyWindow() {
-    if (!window) return carriage.setWindow(carriage.hardClip());
+    if (!window) return carriage.setWindow(carriage.reach());
     carriage.setWindow(rectangleOf(frame.toSheet(window->lower), frame.toSheet(window->upper)));
 }
 

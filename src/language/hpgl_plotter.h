@@ -78,7 +78,7 @@ struct Polyline {
 };
 
 struct Plotter {
-    Plotter(PenSink &sink, const Rectangle &hardClip, Findings &found);
+    Plotter(PenSink &sink, const Rectangle &hardClip, Clipping clipping, Findings &found);
 
     Findings &findings;
     Carriage carriage;

@@ -36,7 +36,9 @@ void hatch(Plotter &p, double degrees, double spacing) {
     const double least = std::hypot(area.upper.x - area.lower.x, area.upper.y - area.lower.y) / kFinestHatching;
     const double distance = std::max({spacing, least, p.carriage.width() * kUnitsPerMillimetre});
     const size_t count = p.polygon.ends().empty() ? 0 : p.polygon.ends().back();
-    Hatching hatching(p.polygon.points().first(count), p.polygon.ends(), area, p.frame.p1(), degrees, distance);
+    const Rectangle &reach = p.carriage.reach();
+    const Rectangle across = rectangleOf(p.frame.fromSheet(reach.lower), p.frame.fromSheet(reach.upper));
+    Hatching hatching(p.polygon.points().first(count), p.polygon.ends(), across, p.frame.p1(), degrees, distance);
     if (!p.carriage.afford(hatching.work())) return;
     for (int64_t line = 0; line < hatching.lines(); ++line) {
         for (const Line &piece : hatching.pieces(line)) {

@@ -19,7 +19,8 @@ bool isBlank(unsigned char byte) { return byte <= ' ' || byte == 127; }
 
 } // namespace
 
-HpglReader::HpglReader(PenSink &sink, const Rectangle &hardClip) : plotter_(sink, hardClip, findings_) {}
+HpglReader::HpglReader(PenSink &sink, const Rectangle &hardClip, Clipping clipping)
+    : plotter_(sink, hardClip, clipping, findings_) {}
 
 void HpglReader::take(std::string_view bytes) {
     for (char c : bytes) {

@@ -10,7 +10,8 @@
 namespace language {
 
 /// Receives strokes as they are made and keeps none of the memory that it is handed. Every point lies within the area that
-/// the pen can reach: what is outside has been clipped away, and line types have been cut into their dashes.
+/// the pen can reach, unless the reader was told otherwise: what is outside has been clipped away, and line types have been
+/// cut into their dashes.
 class PenSink {
 public:
     virtual ~PenSink() = default;

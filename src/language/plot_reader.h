@@ -14,7 +14,8 @@ namespace language {
 class PlotReader {
 public:
     /// The sink must live as long as the reader.
-    PlotReader(std::optional<Language> language, PenSink &sink, const Rectangle &hardClip);
+    PlotReader(std::optional<Language> language, PenSink &sink, const Rectangle &hardClip,
+               Clipping clipping = Clipping::reach);
 
     void take(std::string_view bytes);
     void finish();
@@ -33,6 +34,7 @@ private:
     std::optional<Language> language_;
     PenSink &sink_;
     Rectangle hardClip_;
+    Clipping clipping_;
     std::string head_; ///< what came before the choice; at most kLongestHead bytes
     std::unique_ptr<Reader> reader_;
 };

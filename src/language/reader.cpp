@@ -14,9 +14,9 @@ void Findings::note(Oddity::Kind kind, uint64_t offset, std::string_view text) {
     }
 }
 
-std::unique_ptr<Reader> makeReader(Language language, PenSink &sink, const Rectangle &hardClip) {
-    if (language == Language::dmpl) return std::make_unique<DmplReader>(sink, hardClip);
-    return std::make_unique<HpglReader>(sink, hardClip);
+std::unique_ptr<Reader> makeReader(Language language, PenSink &sink, const Rectangle &hardClip, Clipping clipping) {
+    if (language == Language::dmpl) return std::make_unique<DmplReader>(sink, hardClip, clipping);
+    return std::make_unique<HpglReader>(sink, hardClip, clipping);
 }
 
 Language guessLanguage(std::string_view firstBytes) noexcept {

@@ -63,6 +63,12 @@ struct PenStatus {
     Rectangle hardClip;
 };
 
+/// What of a drawing the sink is given.
+enum class Clipping : uint8_t {
+    reach, ///< what lies within the area that the pen can reach
+    none,  ///< all of it: for what is placed elsewhere afterwards. Points lie within the range of coordinates (kLargest)
+};
+
 /// Reads one language. How the bytes are cut into calls makes no difference. Nothing in them is fatal; the memory stays
 /// within some tens of megabytes (a full polygon buffer) and the time within a fixed amount per byte, whatever they hold.
 class Reader {
@@ -88,7 +94,8 @@ protected:
 };
 
 /// The sink must live as long as the reader. hardClip is the area that the pen can reach, lower below upper.
-std::unique_ptr<Reader> makeReader(Language language, PenSink &sink, const Rectangle &hardClip);
+std::unique_ptr<Reader> makeReader(Language language, PenSink &sink, const Rectangle &hardClip,
+                                   Clipping clipping = Clipping::reach);
 
 /// By the first bytes of a file or job: DM/PL begins with ";:" (blanks and line ends before it do not count).
 Language guessLanguage(std::string_view firstBytes) noexcept;
