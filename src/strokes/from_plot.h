@@ -1,0 +1,41 @@
+// The strokes of a plot file, as the reader of its language draws them. With them HP-GL and DM/PL take the same road as any
+// other drawing: what reads plots for the preview reads them here, so that no two parts of the project can differ about
+// them.
+#pragma once
+
+#include "language/pen_sink.h"
+#include "strokes/stroke.h"
+
+#include <cstdint>
+
+namespace strokes {
+
+/// Gathers what a reader draws, points in plotter units of 1/40 mm from the lower left corner of the pen's area, as strokes
+/// in millimetres from there. A solid fill becomes the outlines of its contours. Makes the reader with
+/// language::Clipping::none, or what lies outside the sheet is lost.
+class PlotStrokes final : public language::PenSink {
+public:
+    /// A few bytes can ask for as many dashes as the reader's allowance has: this many points, some 300 MB, are more than a
+    /// plot of 100 MB holds.
+    static constexpr uint64_t kMostPoints = 20'000'000;
+
+    void setPen(int pen, double widthMillimetres) override;
+    void begin(Point at) override;
+    void line(Point to) override;
+    void fill(std::span<const Point> points, std::span<const size_t> ends) override;
+
+    /// What was drawn; without a page. To be called once.
+    Drawing take() { return std::move(drawing_); }
+    /// That came after the first kMostPoints, and were left out.
+    uint64_t lostPoints() const { return points_ > kMostPoints ? points_ - kMostPoints : 0; }
+
+private:
+    void open();
+    void add(Point p);
+
+    Drawing drawing_;
+    int pen_ = 1;
+    uint64_t points_ = 0;
+};
+
+} // namespace strokes
