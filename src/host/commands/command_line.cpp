@@ -9,9 +9,9 @@ namespace host {
 
 namespace {
 
-constexpr void (*kCommands[])(const Command &) = {addPrintCommand,  addPreviewCommand,  addSimulateCommand, addSendCommand,
-                                                  addJobCommand,    addPlottersCommand, addPortsCommand,    addLimitsCommand,
-                                                  addDoctorCommand, addProfileCommand};
+constexpr void (*kCommands[])(const Command &) = {
+    addPrintCommand,    addPreviewCommand, addConvertCommand, addSimulateCommand, addSendCommand,   addJobCommand,
+    addPlottersCommand, addPortsCommand,   addLimitsCommand,  addDoctorCommand,   addProfileCommand};
 
 Manual overview() {
     return {"'vectorix COMMAND --help' tells more of a command.",
@@ -21,6 +21,8 @@ Manual overview() {
              {"vectorix print drawing.plt --port /dev/ttyUSB0", "Prints on a serial port."},
              {"vectorix print drawing.plt --usb", "Prints to the only plotter on USB."},
              {"vectorix preview drawing.plt -o drawing.svg", "Draws what would be printed."},
+             {"vectorix convert drawing.plt -o small.plt --sheet a4 --fit",
+              "Makes another plot of it: placed, ordered, cut well."},
              {"vectorix simulate --render drawing.pdf", "Plays a plotter for other programs."}},
             {}};
 }

@@ -9,6 +9,7 @@ namespace host {
 
 void addPrintCommand(const Command &app);
 void addPreviewCommand(const Command &app);
+void addConvertCommand(const Command &app);
 void addSimulateCommand(const Command &app);
 void addSendCommand(const Command &app);
 void addJobCommand(const Command &app);

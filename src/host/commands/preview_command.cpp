@@ -32,22 +32,11 @@ ExitCode tellPreview(const PreviewOptions &options, const language::PlotReader &
     return tell(options.telling, verdict, report, fmt::format("{}drew {}\n", findingsText(plot), shown(options.picture)));
 }
 
-/// Throws Failure (unfit) for a file that is no plot. A language that was typed is believed, whatever the file looks like.
-void requirePlot(const PlotFile &file, std::optional<language::Language> typed) {
-    std::string head(4096, '\0');
-    auto guessed = virtual_plotter::guessLanguage(file.read(0, head));
-    FileNature nature = natureOf(file, typed ? std::nullopt : std::optional(guessed));
-    if (nature.isPlot()) return;
-    bool isForced = nature.kind == FileKind::Nonsense;
-    throw Failure(ExitCode::Unfit, fmt::format("{}: {}; {}{}", shown(file.path()), nature.what, nature.remedy,
-                                               isForced ? ", or draw it all the same with --language hpgl" : ""));
-}
-
 ExitCode preview(const PreviewOptions &options) {
     PlotFile file(options.plot); // before signals are held: a stream may be waited for
     file.requireContents();
     requireOtherFile("-o", options.picture, options.plot);
-    requirePlot(file, languageOf(options.drawing));
+    requirePlot(file, languageOf(options.drawing), "draw");
     Drawing drawing(options.drawing, options.picture);
     language::PlotReader plot(languageOf(options.drawing), drawing.sink(), drawing.sheet().hardClip);
 

@@ -1,5 +1,8 @@
 #include "host/examination/file_kind.h"
 
+#include "host/terminal/failure.h"
+#include "host/terminal/text.h"
+
 #include <algorithm>
 #include <fmt/format.h>
 #include <string_view>
@@ -107,6 +110,16 @@ FileNature natureOf(const PlotFile &file, std::optional<Language> language) {
                             : fmt::format("not a plot: {} of the {} instructions at its start make no sense", sense.bad,
                                           sense.bad + sense.good),
             kExport};
+}
+
+void requirePlot(const PlotFile &file, std::optional<Language> typed, const char *verb) {
+    std::string head(4096, '\0');
+    const Language guessed = language::guessLanguage(file.read(0, head));
+    const FileNature nature = natureOf(file, typed ? std::nullopt : std::optional(guessed));
+    if (nature.isPlot()) return;
+    const std::string force = fmt::format(", or {} it all the same with --language hpgl", verb);
+    throw Failure(ExitCode::Unfit, fmt::format("{}: {}; {}{}", shown(file.path()), nature.what, nature.remedy,
+                                               nature.kind == FileKind::Nonsense ? force : ""));
 }
 
 } // namespace host

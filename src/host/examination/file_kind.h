@@ -39,4 +39,8 @@ struct FileNature {
 /// are instructions of that language. Throws Failure when the file cannot be read.
 FileNature natureOf(const PlotFile &file, std::optional<language::Language> language);
 
+/// For commands that read plots of any language. Throws Failure (unfit) for a file that is no plot. A language that was
+/// typed is believed, whatever the file looks like. verb is what they do with it, for the message: "draw".
+void requirePlot(const PlotFile &file, std::optional<language::Language> typed, const char *verb);
+
 } // namespace host

@@ -23,14 +23,16 @@ Failure failureOf(const std::string &path, const PictureError &error) {
 
 } // namespace
 
-std::vector<Option> addDrawingOptions(const Command &app, DrawingOptions &options) {
+Option addSheet(const Command &app, DrawingOptions &options, const std::string &help) {
     auto check = [](const std::string &text) {
         std::string error;
         return virtual_plotter::parseSheet(text, error) ? std::string() : error;
     };
-    Option sheet =
-        app.option("--sheet", options.sheet, "Sheet of the picture: a0 to a4, letter, tabloid, or WxH in mm (a4)");
-    sheet.check(check).valueName("SHEET");
+    return app.option("--sheet", options.sheet, help).check(check).valueName("SHEET");
+}
+
+std::vector<Option> addDrawingOptions(const Command &app, DrawingOptions &options) {
+    Option sheet = addSheet(app, options, "Sheet of the picture: a0 to a4, letter, tabloid, or WxH in mm (a4)");
     Option dots = app.option("--dpi", options.dotsPerInch, "Dots per inch of a PNG picture, 10 to 1200 (200)");
     dots.between(10, 1200).valueName("N");
     for (Option option : {sheet, dots})

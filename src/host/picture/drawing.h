@@ -22,6 +22,8 @@ struct DrawingOptions {
 
 /// Adds --sheet and --dpi; returns them.
 std::vector<Option> addDrawingOptions(const Command &app, DrawingOptions &options);
+/// Adds --sheet alone.
+Option addSheet(const Command &app, DrawingOptions &options, const std::string &help);
 /// Adds --language.
 void addLanguage(const Command &app, DrawingOptions &options);
 

@@ -26,10 +26,6 @@ std::string millimetres(double units) {
     return std::abs(value) < 1e7 ? fmt::format("{:.1f}", value) : fmt::format("{:.2g}", value);
 }
 
-std::string metres(double length) {
-    return length < 1000 ? fmt::format("{:.0f} mm", length) : fmt::format("{:.2f} m", length / 1000);
-}
-
 std::vector<int> pensOf(const Findings &findings) {
     std::vector<int> pens;
     for (size_t pen = 0; pen < findings.pens.size(); ++pen) {
@@ -88,6 +84,13 @@ std::vector<std::string> findingNotes(const PlotReader &plot, const virtual_plot
                                     millimetres(area.upper.x - area.lower.x), millimetres(area.upper.y - area.lower.y)));
     }
     if (!findings.anyDemand) notes.emplace_back("nothing in it draws");
+    for (std::string &note : lossNotes(findings))
+        notes.push_back(std::move(note));
+    return notes;
+}
+
+std::vector<std::string> lossNotes(const Findings &findings) {
+    std::vector<std::string> notes;
     if (findings.lostVertices > 0) {
         notes.push_back(
             fmt::format("{} did not fit into the polygon buffer", counted(signedOf(findings.lostVertices), "corner")));

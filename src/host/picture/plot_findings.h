@@ -19,6 +19,9 @@ std::string findingsText(const language::PlotReader &plot);
 /// What is worth a remark: a drawing that leaves the sheet, or of which something was left out.
 std::vector<std::string> findingNotes(const language::PlotReader &plot, const virtual_plotter::Sheet &sheet);
 
+/// The part of them that holds whatever the sheet: what a reader had to leave out.
+std::vector<std::string> lossNotes(const language::Findings &findings);
+
 /// Adds the findings to a JSON object, as the fields that findingsFields() lists.
 void addFindings(Json &object, const language::PlotReader &plot);
 

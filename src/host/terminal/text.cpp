@@ -172,6 +172,10 @@ size_t widthOf(std::string_view text) {
         std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
+std::string metres(double millimetres) {
+    return millimetres < 1000 ? fmt::format("{:.0f} mm", millimetres) : fmt::format("{:.2f} m", millimetres / 1000);
+}
+
 std::string wrapped(std::string_view text, size_t width, size_t hang) {
     std::string result;
     while (!text.empty()) {

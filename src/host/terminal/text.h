@@ -34,6 +34,9 @@ std::string counted(int64_t number, std::string_view noun);
 /// A duration as people say it: "8 s", "3 min 20 s", "2 h 5 min".
 std::string duration(double seconds);
 
+/// A length as people say it: "830 mm", "2.41 m".
+std::string metres(double millimetres);
+
 /// The text in lines of at most width characters, broken at blanks only: a longer word stays whole. The rest of a broken
 /// line is indented to the line's second column, if it has one (two blanks before it), else hang characters more than the
 /// line. Width 0 breaks nothing.

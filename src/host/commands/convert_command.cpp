@@ -1,0 +1,74 @@
+// vectorix convert: another plot file of a drawing, placed, ordered, and cut well.
+#include "host/commands/commands.h"
+#include "host/convert/conversion.h"
+#include "host/files/whole_file.h"
+#include "host/job/job_options.h"
+#include "host/terminal/output.h"
+
+#include <memory>
+
+namespace host {
+
+namespace {
+
+constexpr const char *kStandardOutput = "-";
+
+/// The plot to standard output, and what is told of it beside it.
+ExitCode pourOut(const Conversion &made, const ConvertOptions &options) {
+    writeOut(made.plot);
+    flushOut();
+    if (!options.telling.quiet) writeError(conversionText(made, options));
+    return tell(options.telling, verdictOf(made, options), {}, "");
+}
+
+ExitCode convert(const ConvertOptions &options) {
+    const bool isPoured = options.output == kStandardOutput;
+    if (isPoured && options.telling.json)
+        throw Failure(ExitCode::Usage, "--json: with -o - the plot goes to standard output; name a file");
+    requireOtherFile("-o", options.output, options.input);
+    const PlotFile input(options.input);
+    const Conversion made = conversionOf(input, options);
+    if (isPoured) return pourOut(made, options);
+
+    writeWhole(options.output, made.plot, true);
+    const Verdict verdict = verdictOf(made, options);
+    Json report = jsonOf(verdict);
+    report["plotFile"] = options.input;
+    report["output"] = options.output;
+    addConversion(report, made);
+    return tell(options.telling, verdict, report, conversionText(made, options));
+}
+
+} // namespace
+
+void addConvertCommand(const Command &app) {
+    auto options = std::make_shared<ConvertOptions>();
+    Command command = app.add("convert", "Make another plot file of one: placed, ordered, cut well");
+    std::vector<JsonFields> fields = conversionFields();
+    fields.insert(fields.begin(), {{"exitCode, message, notes", "only the first two when nothing was written"},
+                                   {"plotFile, output", "as they were named"}});
+    command.explain(
+        {"The plot is read as the plotter in software reads it, and written anew: lines and pens alone, labels, arcs and "
+         "fills "
+         "as the lines that they come to. Nothing is cut off at the sheet's edges. What is written can be cut wherever a "
+         "print has to: no instruction is sent in two pieces.\n\n"
+         "Without an option for its place, what is drawn stays where it is; turned, mirrored or scaled, its lower left "
+         "corner "
+         "does.",
+         {{"vectorix convert drawing.plt -o small.plt --sheet a4-portrait --margin 15 --fit --rotate auto",
+           "As large as an upright sheet holds it."},
+          {"vectorix convert drawing.plt -o quick.plt --order nearest", "Drawn with as little lifting as can be."},
+          {"vectorix convert drawing.plt -o cut.dmpl --emulation dmpl", "In DM/PL, in which cutters are sent theirs."},
+          {"vectorix convert drawing.plt -o - | vectorix print - --port /dev/ttyUSB0", "Printed at once."}},
+         fields});
+    command.option("PLOT", options->input, "Plot file; - for standard input").required().valueName("");
+    command.option("-o,--output", options->output, "Plot file to write; - for standard output").required().valueName("FILE");
+    addLanguage(command, options->drawing);
+    addEmulation(command, options->emulation)
+        .describe("What it will be printed on: hpgl (17002), dmpl (17008), or 17001 to 17037 (hpgl)");
+    addTelling(command, options->telling, {.verbose = nullptr});
+    addConvertOptions(command, *options);
+    command.whenTyped([options] { return convert(*options); }, &options->telling.json);
+}
+
+} // namespace host

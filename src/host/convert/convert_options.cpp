@@ -1,0 +1,83 @@
+// What can be typed for pens, place and order.
+#include "host/convert/conversion.h"
+#include "host/convert/typed_point.h"
+
+#include "strokes/order.h"
+#include "strokes/pens.h"
+
+#include <fmt/format.h>
+
+namespace host {
+
+namespace {
+
+constexpr double kMostMillimetres = 100'000, kMostScale = 1000;
+
+/// Within the bounds; what is no number at all ("nan") is not.
+Option::Check within(double least, double most) {
+    return [least, most](const std::string &text) {
+        const std::optional<double> value = typedNumber(text);
+        return value && *value >= least && *value <= most
+                   ? std::string()
+                   : fmt::format("{} is not a number from {} to {}", text, least, most);
+    };
+}
+
+void addPlacing(const Command &command, ConvertOptions &options) {
+    Option sheet =
+        addSheet(command, options.drawing, "Sheet that is drawn on: a0 to a4, letter, tabloid, or WxH in mm (a4)");
+    Option margin = command.option("--margin", options.margin, "Millimetres along the sheet's edges that stay free (0)");
+    Option fit = command.flag("--fit", options.isFitted, "As large as the sheet holds it, in the middle");
+    Option scale = command.option("--scale", options.scale, "So many times as large, 0.001 to 1000 (1)");
+    Option turn = command.option("--rotate", options.turn,
+                                 "Turn to the left by degrees; auto: by 90 when it then fits the sheet better");
+    Option mirror = command.flag("--mirror", options.isMirrored, "Swap left and right, ahead of a turn");
+    Option at = command.option("--at", options.at,
+                               "Place the lower left corner of what is drawn, in mm from that of the pen's area");
+    Option centre = command.flag("--center", options.isCentred, "Place it in the middle of the sheet");
+    margin.check(within(0, kMostMillimetres)).valueName("MM");
+    scale.check(within(1 / kMostScale, kMostScale)).valueName("FACTOR").excludes(fit);
+    turn.oneOf({"90", "180", "270", "auto"}).valueName("90|180|270|auto");
+    at.check([](const std::string &text) {
+          return typedPoint(text, kMostMillimetres)
+                     ? std::string()
+                     : fmt::format("{} is no place; write X,Y in millimetres, as in 10,20.5", text);
+      }).valueName("X,Y");
+    centre.excludes(at);
+    for (Option option : {sheet, margin, fit, scale, turn, mirror, at, centre})
+        option.group("Place");
+}
+
+std::string faultOfPens(const std::string &text) {
+    try {
+        for (const strokes::PenRule &rule : strokes::parsePens(text)) {
+            if (rule.colour) return text + " names a colour, and a plot file's strokes have none; write PEN=PEN, as in 1=2";
+        }
+    } catch (const std::invalid_argument &error) {
+        return error.what();
+    }
+    return {};
+}
+
+} // namespace
+
+void addConvertOptions(const Command &command, ConvertOptions &options) {
+    addPlacing(command, options);
+    Option pens = command.option("--pens", options.pens, "Draw with other pens: 1=2,2=1 exchanges two");
+    Option order =
+        command.option("--order", options.order,
+                       fmt::format("Which stroke comes next; nearest also turns strokes round, and joins those that "
+                                   "touch ({} mm) (as-drawn)",
+                                   strokes::kTouching));
+    Option simplify =
+        command.option("--simplify", options.simplify,
+                       "Leave out points as long as no line moves by more (with --order nearest 0.0125, half a "
+                       "plotter unit; else none)");
+    pens.check(faultOfPens).valueName("FROM=PEN,...");
+    order.oneOf({"nearest", "as-drawn"}).valueName("nearest|as-drawn");
+    simplify.check(within(0, kMostMillimetres)).valueName("MM");
+    for (Option option : {pens, order, simplify})
+        option.group("Strokes");
+}
+
+} // namespace host

@@ -1,0 +1,46 @@
+// vectorix convert, from what is typed to a plot that prints in whole instructions.
+#include "host/host_fixture.h"
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+class ConvertCommandTest : public HostTest {};
+
+TEST_F(ConvertCommandTest, WritesAPlotThatPrintsInWholeInstructions) {
+    const std::string plot = path("made.plt");
+    Result result = run({"convert", EXAMPLE, "-o", plot, "--sheet", "a3-portrait", "--margin", "50", "--fit", "--rotate",
+                         "auto", "--order", "nearest", "--json"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    auto made = nlohmann::json::parse(result.out);
+    EXPECT_EQ(made["degrees"], 90);
+    EXPECT_FALSE(made["leavesSheet"]);
+    EXPECT_LT(made["after"]["upMillimetres"], made["before"]["upMillimetres"]);
+    auto printed = nlohmann::json::parse(run({"print", plot, "--capture", path("c"), "--json"}).out);
+    EXPECT_EQ(printed["uncutChunks"], 0);
+    auto drawn = nlohmann::json::parse(run({"preview", plot, "-o", path("p.svg"), "--sheet", "a3-portrait", "--json"}).out);
+    for (int i = 0; i < 4; ++i)
+        EXPECT_NEAR(drawn["box"][i].get<double>(), made["box"][i].get<double>(), 0.013);
+}
+
+TEST_F(ConvertCommandTest, PoursPlotsOutAndLeavesThemWhereTheyAre) {
+    const std::string plot = file("plot", "SP2;PU-400,0;PD80000,0;SP1;PU0,0;PD8,8;");
+    Result result = run({"convert", plot, "-o", "-", "--pens", "1=2,2=1"});
+    EXPECT_EQ(result.out, "IN;SP1;PU-400,0;PD80000,0;SP2;PU0,0;PD8,8;PU0,0;SP0;");
+    EXPECT_NE(result.err.find("leaves what the pen reaches of this sheet (a4)"), std::string::npos) << result.err;
+    result = run({"convert", plot, "-o", "-", "-q", "--emulation", "dmpl", "--at", "1,2"});
+    EXPECT_EQ(result.out, ";:ECN,A,P2,U40,80,D80440,80,P1,U440,80,D448,88,U0,0,@");
+    const std::string out = path("o"), pdf = file("a.pdf", "%PDF-1.4\n");
+    expectRefusals({{{"convert", pdf, "-o", out}, 7, "not a plot, but a PDF document; export"},
+                    {{"convert", file("none", "IN;PU5,5;"), "-o", out}, 7, "nothing in it draws"},
+                    {{"convert", plot, "-o", plot}, 2, "is the input"},
+                    {{"convert", plot, "-o", out, "--emulation", "17009"}, 2, "no plot can be written for 17009"},
+                    {{"convert", plot, "-o", out, "--margin", "200"}, 2, "leave nothing of this sheet"},
+                    {{"convert", plot, "-o", out, "--at", "1"}, 2, "1 is no place"},
+                    {{"convert", plot, "-o", out, "--pens", "red=1"}, 2, "names a colour"},
+                    {{"convert", plot, "-o", out, "--scale", "nan"}, 2, "nan is not a number"}});
+    EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+} // namespace
