@@ -4,6 +4,7 @@
 #include <boost/geometry/geometry.hpp>
 
 #include <algorithm>
+#include <array>
 #include <boost/geometry/geometries/point_xy.hpp>
 #include <boost/geometry/index/rtree.hpp>
 #include <tuple>
@@ -31,45 +32,54 @@ struct Site {
 struct NearestEnds::Index {
     struct Member {
         Point at;
-        End end;
+        End end; ///< its stroke by the rank among those that were given
     };
-    std::vector<Member> ends; ///< in the order of their places
-    std::vector<Site> sites;
-    std::vector<uint32_t> siteOf;  ///< by twice the stroke's rank, and one more for its last point
-    std::vector<bool> isTaken;     ///< by rank
-    std::vector<uint32_t> numbers; ///< by rank
-    Tree tree;
 
+    void gather(const std::vector<Stroke> &strokes);
+    void plant();
     void leave(uint32_t site) {
         if (--sites[site].waits == 0) tree.remove(Entry{placeOf(sites[site].at), site});
     }
+
+    std::vector<uint32_t> numbers;                ///< of the strokes, by rank
+    std::vector<bool> isTaken;                    ///< by rank
+    std::vector<std::array<uint32_t, 2>> sitesOf; ///< by rank: of the first point and of the last
+    std::vector<Member> ends;                     ///< in the order of their places
+    std::vector<Site> sites;
+    Tree tree;
 };
+
+void NearestEnds::Index::gather(const std::vector<Stroke> &strokes) {
+    for (uint32_t rank = 0; rank < numbers.size(); ++rank) {
+        const std::vector<Point> &points = strokes[numbers[rank]].points;
+        ends.push_back({points.front(), {rank, false}});
+        ends.push_back({points.back(), {rank, true}});
+    }
+    // By place, and by rank within one, so that the outcome is always the same.
+    std::ranges::sort(ends, {}, [](const Member &m) { return std::tuple(m.at.x, m.at.y, m.end.stroke, m.end.isLast); });
+}
+
+void NearestEnds::Index::plant() {
+    std::vector<Entry> entries; // planted together they make a better tree, and sooner
+    for (size_t i = 0; i < ends.size(); ++i) {
+        const auto &[at, end] = ends[i];
+        if (sites.empty() || sites.back().at != at) {
+            entries.emplace_back(placeOf(at), static_cast<uint32_t>(sites.size()));
+            sites.push_back({at, i});
+        }
+        ++sites.back().waits;
+        sitesOf[end.stroke][end.isLast ? 1 : 0] = entries.back().second;
+    }
+    tree = Tree(entries);
+}
 
 NearestEnds::NearestEnds(const std::vector<Stroke> &strokes, std::span<const uint32_t> which)
     : index_(std::make_unique<Index>()) {
-    Index &all = *index_;
-    for (uint32_t rank = 0; rank < which.size(); ++rank) {
-        const std::vector<Point> &points = strokes[which[rank]].points;
-        all.ends.push_back({points.front(), {rank, false}});
-        all.ends.push_back({points.back(), {rank, true}});
-    }
-    // By place, and by rank within one, so that the outcome is always the same.
-    std::ranges::sort(all.ends, {},
-                      [](const Index::Member &m) { return std::tuple(m.at.x, m.at.y, m.end.stroke, m.end.isLast); });
-    all.numbers.assign(which.begin(), which.end());
-    all.isTaken.resize(which.size());
-    all.siteOf.resize(all.ends.size());
-    std::vector<Entry> entries;
-    for (size_t i = 0; i < all.ends.size(); ++i) {
-        const auto &[at, end] = all.ends[i];
-        if (all.sites.empty() || all.sites.back().at != at) {
-            entries.emplace_back(placeOf(at), static_cast<uint32_t>(all.sites.size()));
-            all.sites.push_back({at, i});
-        }
-        ++all.sites.back().waits;
-        all.siteOf[2 * end.stroke + (end.isLast ? 1 : 0)] = static_cast<uint32_t>(all.sites.size() - 1);
-    }
-    all.tree = Tree(entries);
+    index_->numbers.assign(which.begin(), which.end());
+    index_->isTaken.resize(which.size());
+    index_->sitesOf.resize(which.size());
+    index_->gather(strokes);
+    index_->plant();
 }
 
 NearestEnds::~NearestEnds() = default;
@@ -83,8 +93,8 @@ NearestEnds::End NearestEnds::take(Point from) {
         ++site.next;
     const End end = all.ends[site.next].end;
     all.isTaken[end.stroke] = true;
-    all.leave(all.siteOf[2 * end.stroke]);
-    all.leave(all.siteOf[2 * end.stroke + 1]);
+    for (uint32_t left : all.sitesOf[end.stroke])
+        all.leave(left);
     return {all.numbers[end.stroke], end.isLast};
 }
 

@@ -12,8 +12,8 @@ namespace strokes {
 
 using language::Point;
 
-/// Points in millimetres, x to the right and y up, from the lower left corner of the drawing's page. A stroke of one point is
-/// a dot.
+/// Points in millimetres, x to the right and y up, from the lower left corner of the drawing's page. A stroke of one point
+/// is a dot.
 struct Stroke {
     uint32_t colour = 0; ///< 0xRRGGBB; of a plot file, in which pens have no colours, 0
     int pen = 1;         ///< from 1
@@ -23,7 +23,8 @@ struct Stroke {
 struct Drawing {
     double width = 0, height = 0; ///< of its page in millimetres; 0 when it has none
     std::vector<Stroke> strokes;  ///< in the order in which they were drawn
-    std::vector<std::string> notes; ///< what was left out of it, as sentences without a full stop: "2 pictures are not plotted"
+    std::vector<std::string>
+        notes; ///< what was left out of it, as sentences without a full stop: "2 pictures are not plotted"
 };
 
 } // namespace strokes

@@ -59,7 +59,7 @@ void addConvertCommand(const Command &app) {
            "As large as an upright sheet holds it."},
           {"vectorix convert drawing.plt -o quick.plt --order nearest", "Drawn with as little lifting as can be."},
           {"vectorix convert drawing.plt -o cut.dmpl --emulation dmpl", "In DM/PL, in which cutters are sent theirs."},
-          {"vectorix convert drawing.plt -o - | vectorix print - --port /dev/ttyUSB0", "Printed at once."}},
+          {"vectorix convert - -o small.plt --scale 0.5 < drawing.plt", "Half as large, of what another program says."}},
          fields});
     command.option("PLOT", options->input, "Plot file; - for standard input").required().valueName("");
     command.option("-o,--output", options->output, "Plot file to write; - for standard output").required().valueName("FILE");
