@@ -23,11 +23,11 @@ void PlotStrokes::fill(std::span<const Point> points, std::span<const size_t> en
 }
 
 void PlotStrokes::open() {
-    if (points_ < kMostPoints) drawing_.strokes.push_back({.pen = pen_, .points = {}});
+    if (points_ < most_) drawing_.strokes.push_back({.pen = pen_, .points = {}});
 }
 
 void PlotStrokes::add(Point p) {
-    if (++points_ > kMostPoints) return;
+    if (++points_ > most_) return;
     drawing_.strokes.back().points.push_back({p.x / language::kUnitsPerMillimetre, p.y / language::kUnitsPerMillimetre});
 }
 

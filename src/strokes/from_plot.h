@@ -11,13 +11,17 @@
 namespace strokes {
 
 /// Gathers what a reader draws, points in plotter units of 1/40 mm from the lower left corner of the pen's area, as strokes
-/// in millimetres from there. A solid fill becomes the outlines of its contours. Makes the reader with
+/// in millimetres from there. A solid fill becomes the outlines of its contours. Make the reader with
 /// language::Clipping::none, or what lies outside the sheet is lost.
 class PlotStrokes final : public language::PenSink {
 public:
-    /// A few bytes can ask for as many dashes as the reader's allowance has: this many points, some 300 MB, are more than a
-    /// plot of 100 MB holds.
-    static constexpr uint64_t kMostPoints = 20'000'000;
+    /// A few bytes can ask for as many dashes as the reader allows, millions. These are as many points as a letter or a
+    /// chord comes to for each of the plot's bytes, beside what every plot may have; they take up to 400 MB until they are
+    /// written.
+    static constexpr uint64_t kAtOnce = 2'000'000, kPerByte = 20;
+
+    /// Of a plot with so many bytes.
+    explicit PlotStrokes(uint64_t bytes) : most_(kAtOnce + kPerByte * bytes) {}
 
     void setPen(int pen, double widthMillimetres) override;
     void begin(Point at) override;
@@ -26,8 +30,8 @@ public:
 
     /// What was drawn; without a page. To be called once.
     Drawing take() { return std::move(drawing_); }
-    /// That came after the first kMostPoints, and were left out.
-    uint64_t lostPoints() const { return points_ > kMostPoints ? points_ - kMostPoints : 0; }
+    /// That came after as many as may be, and were left out.
+    uint64_t lostPoints() const { return points_ > most_ ? points_ - most_ : 0; }
 
 private:
     void open();
@@ -35,7 +39,7 @@ private:
 
     Drawing drawing_;
     int pen_ = 1;
-    uint64_t points_ = 0;
+    uint64_t most_, points_ = 0;
 };
 
 } // namespace strokes

@@ -16,7 +16,7 @@ namespace {
 constexpr language::Rectangle kSheet{{0, 0}, {10900, 7650}};
 
 Drawing readBack(std::string_view plot, std::optional<language::Language> language = {}) {
-    PlotStrokes gathered;
+    PlotStrokes gathered(plot.size());
     language::PlotReader reader(language, gathered, kSheet, language::Clipping::none);
     reader.take(plot);
     reader.finish();

@@ -2,10 +2,13 @@
 #include "host/commands/commands.h"
 #include "host/convert/conversion.h"
 #include "host/files/whole_file.h"
+#include "host/files/write_all.h"
 #include "host/job/job_options.h"
 #include "host/terminal/output.h"
 
+#include <cerrno>
 #include <memory>
+#include <unistd.h>
 
 namespace host {
 
@@ -13,10 +16,9 @@ namespace {
 
 constexpr const char *kStandardOutput = "-";
 
-/// The plot to standard output, and what is told of it beside it.
+/// The plot to standard output, and what is told of it beside it. A reader that leaves has had all that it wanted.
 ExitCode pourOut(const Conversion &made, const ConvertOptions &options) {
-    writeOut(made.plot);
-    flushOut();
+    if (!writeAll(STDOUT_FILENO, made.plot) && errno != EPIPE) throw outputFailure("standard output", errno);
     if (!options.telling.quiet) writeError(conversionText(made, options));
     return tell(options.telling, verdictOf(made, options), {}, "");
 }

@@ -20,9 +20,8 @@ std::vector<std::string> notesOf(const language::Findings &findings, uint64_t lo
                                     counted(static_cast<int64_t>(odd), "instruction")));
     }
     if (lostPoints > 0) {
-        notes.push_back(fmt::format("{} left out: it draws more than the {} that are kept",
-                                    counted(static_cast<int64_t>(lostPoints), "point"),
-                                    grouped(strokes::PlotStrokes::kMostPoints)));
+        notes.push_back(fmt::format("{} left out as too much drawing for so few bytes",
+                                    counted(static_cast<int64_t>(lostPoints), "point")));
     }
     return notes;
 }
@@ -32,7 +31,7 @@ std::vector<std::string> notesOf(const language::Findings &findings, uint64_t lo
 ReadDrawing drawingOf(const PlotFile &file, std::optional<language::Language> typed, const virtual_plotter::Sheet &sheet) {
     file.requireContents();
     requirePlot(file, typed, "convert");
-    strokes::PlotStrokes gathered;
+    strokes::PlotStrokes gathered(static_cast<uint64_t>(file.size()));
     language::PlotReader plot(typed, gathered, sheet.hardClip, language::Clipping::none);
     file.readBlocks([&](std::string_view block) {
         plot.take(block);
