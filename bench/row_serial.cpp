@@ -30,7 +30,7 @@ Row pacedLine(const Settings &settings) {
     const Hasty hasty;
     NoPen pen;
     virtual_plotter::PlotterOptions options;
-    options.language = language::Language::hpgl;
+    options.language = language::Language::Hpgl;
     options.perByte = std::chrono::nanoseconds(static_cast<int64_t>(1e9 / kBytesPerSecond));
     virtual_plotter::VirtualPlotter plotter(options, pen, {{0, 0}, {10900, 7650}});
     const Plot plot(settings.quick ? 8'000 : 64'000);

@@ -73,7 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     FuzzedDataProvider input(data, size);
     PlotterOptions options;
     setEmulation(options, input.PickValueInArray({17002, 17005, 17008, 17009, 0}));
-    options.fault = input.PickValueInArray({Fault::none, Fault::hang, Fault::hangUp, Fault::rubbish, Fault::xoff});
+    options.fault = input.PickValueInArray({Fault::None, Fault::Hang, Fault::HangUp, Fault::Rubbish, Fault::Xoff});
     options.faultAfter = input.ConsumeIntegral<uint8_t>();
     options.bufferBytes = input.ConsumeIntegral<uint8_t>();
     options.perByte = std::chrono::milliseconds(input.ConsumeIntegral<uint8_t>() % 4);

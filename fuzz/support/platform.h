@@ -70,10 +70,10 @@ struct Platform final : stand_in::Platform {
     Ending before(Seam seam, const char *call) override {
         static constexpr IOReturn kCodes[] = {kIOReturnError,   kIOReturnNoDevice, kIOReturnExclusiveAccess,
                                               kIOReturnAborted, kIOReturnNotOpen,  kIOUSBPipeStalled};
-        if (seam != Seam::terminal && seam != Seam::registry) return {};
+        if (seam != Seam::Terminal && seam != Seam::Registry) return {};
         const auto now = static_cast<unsigned char>(calls < weather.size() ? weather[calls++] : 0);
-        if (now >= 0xC0) return {Effect::fails, seam == Seam::terminal ? now % 32 : kCodes[now % 6]};
-        if (mostTaken >= 0 && std::string_view(call) == "write") return {Effect::gives, mostTaken};
+        if (now >= 0xC0) return {Effect::Fails, seam == Seam::Terminal ? now % 32 : kCodes[now % 6]};
+        if (mostTaken >= 0 && std::string_view(call) == "write") return {Effect::Gives, mostTaken};
         // An open gives the lowest number that is free, as the system does.
         for (terminal.nextDescriptor = 5; terminal.openPaths.contains(terminal.nextDescriptor);)
             ++terminal.nextDescriptor;

@@ -32,11 +32,11 @@ inline constexpr Request kHpglRequest[] = {{"IN;OH;"}};
 
 /// How the four limits are written.
 enum class ReplyForm : uint8_t {
-    commas,       ///< "0,0,10900,7650" CR
-    commasToEnd,  ///< the same; over USB the end of the reply ends the fourth, even when it is 0
-    blanks,       ///< "0 0 10900 7650 " CR
-    behindFields, ///< behind four other fields, each ended by a comma
-    pairs,        ///< "0,0" CR, and the upper corner likewise in a second reply
+    Commas,       ///< "0,0,10900,7650" CR
+    CommasToEnd,  ///< the same; over USB the end of the reply ends the fourth, even when it is 0
+    Blanks,       ///< "0 0 10900 7650 " CR
+    BehindFields, ///< behind four other fields, each ended by a comma
+    Pairs,        ///< "0,0" CR, and the upper corner likewise in a second reply
 };
 
 /// What a plotter wants to hear first over USB.
@@ -50,7 +50,7 @@ struct Emulation {
     int32_t number = 0;
     const char *name = ""; ///< that can be typed for it
     /// Of its plot files; none: there is no reader of it.
-    std::optional<language::Language> language = language::Language::hpgl;
+    std::optional<language::Language> language = language::Language::Hpgl;
 
     CutRule cut = {};
     int64_t chunkSize = 64;       ///< bytes of the plot file that are looked at together: the most that a piece may hold
@@ -60,7 +60,7 @@ struct Emulation {
     UsbStart usbStart = {};
 
     Requests requests = kHpglRequest; ///< over a serial line
-    ReplyForm reply = ReplyForm::commas;
+    ReplyForm reply = ReplyForm::Commas;
     bool givesCorners = true;    ///< the limits are lower left and upper right corner, in units of 0.025 mm
     bool announcesReads = false; ///< a line on the console precedes each read over USB
 

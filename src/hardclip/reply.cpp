@@ -41,16 +41,16 @@ void readCommas(std::string_view reply, Link link, bool endsAnyhow, Reading &rea
             number.add(c);
         } else if (c == ',') {
             reading.values[fields++] = number.value();
-            if (link == Link::serial) showOnConsole(fields, number.value());
+            if (link == Link::Serial) showOnConsole(fields, number.value());
             if (fields == 4) reading.complete = true;
             number.clear();
         } else if (fields == 3 && !number.isZero()) {
             reading.values[3] = number.value();
             reading.complete = true;
-            if (link == Link::usb) fields = 4; // a serial reply is read on, and sets the value again
+            if (link == Link::Usb) fields = 4; // a serial reply is read on, and sets the value again
         }
     }
-    if (link == Link::serial || fields != 3) return;
+    if (link == Link::Serial || fields != 3) return;
     if (!number.isZero() && reading.values[3] == 0) {
         reading.values[3] = number.value();
         reading.complete = true;
@@ -72,7 +72,7 @@ void readBlanks(std::string_view reply, Link link, Reading &reading) {
             posix::puts("< ORB_startspace found >");
         } else if (c == ' ') {
             reading.values[fields++] = number.value();
-            if (fields < 4 || link == Link::serial) showOnConsole(fields, number.value());
+            if (fields < 4 || link == Link::Serial) showOnConsole(fields, number.value());
             if (fields == 4) reading.complete = true;
             number.clear();
         } else if (c == ',') {
@@ -89,7 +89,7 @@ void readBlanks(std::string_view reply, Link link, Reading &reading) {
 /// What is left of the reply behind the commas that are still to be skipped; nothing when it holds fewer.
 std::string_view behindSkipped(std::string_view reply, Link link, int &skip) {
     if (skip == 0) return reply;
-    if (link == Link::usb) {
+    if (link == Link::Usb) {
         if (size_t open = reply.find("(0"); open != std::string_view::npos) reply.remove_prefix(open + 1);
     }
     for (size_t i = 0; i < reply.size(); ++i) {
@@ -102,7 +102,7 @@ std::string_view behindSkipped(std::string_view reply, Link link, int &skip) {
 void readSkippedSerial(std::string_view reply, Reading &reading) {
     Accumulator number;
     int fields = 0;
-    for (char c : behindSkipped(reply, Link::serial, reading.skip)) {
+    for (char c : behindSkipped(reply, Link::Serial, reading.skip)) {
         if (c == ' ' || c == ')') continue;
         if (isDigit(c)) {
             number.add(c);
@@ -130,7 +130,7 @@ void readSkippedSerial(std::string_view reply, Reading &reading) {
 void readSkippedUsb(std::string_view reply, Reading &reading) {
     Accumulator number;
     int fields = 0;
-    for (char c : behindSkipped(reply, Link::usb, reading.skip)) {
+    for (char c : behindSkipped(reply, Link::Usb, reading.skip)) {
         if (isDigit(c)) number.add(c);
         if (c != ',') continue;
         reading.values[fields++] = number.value();
@@ -144,7 +144,7 @@ void readSkippedUsb(std::string_view reply, Reading &reading) {
 
 /// A pair of numbers over a serial line: values 1 and 2, or 3 and 4.
 void readPairSerial(std::string_view reply, ReplyPart part, Reading &reading) {
-    const bool first = part == ReplyPart::first;
+    const bool first = part == ReplyPart::First;
     double *pair = reading.values + (first ? 0 : 2);
     Accumulator number;
     bool behindComma = false;
@@ -202,30 +202,30 @@ void readSecondPairUsb(std::string_view reply, Reading &reading) {
 }
 
 void readPair(std::string_view reply, Link link, ReplyPart part, Reading &reading) {
-    if (link == Link::serial) return readPairSerial(reply, part, reading);
-    return part == ReplyPart::first ? readFirstPairUsb(reply, reading) : readSecondPairUsb(reply, reading);
+    if (link == Link::Serial) return readPairSerial(reply, part, reading);
+    return part == ReplyPart::First ? readFirstPairUsb(reply, reading) : readSecondPairUsb(reply, reading);
 }
 
 } // namespace
 
-Reading readingOf(ReplyForm form) noexcept { return {.skip = form == ReplyForm::behindFields ? 4 : 0}; }
+Reading readingOf(ReplyForm form) noexcept { return {.skip = form == ReplyForm::BehindFields ? 4 : 0}; }
 
 bool holdsDigit(std::string_view reply, char lowest) noexcept {
     return std::any_of(reply.begin(), reply.end(), [lowest](char c) { return c >= lowest && c <= '9'; });
 }
 
 void readReply(std::string_view reply, ReplyForm form, Link link, ReplyPart part, Reading &reading) {
-    if (link == Link::usb) reading.complete = false;
+    if (link == Link::Usb) reading.complete = false;
     switch (form) {
-    case ReplyForm::blanks:
+    case ReplyForm::Blanks:
         // Over USB any digit but 0 makes such a reply complete; values that did not come stay 0.
-        if (link == Link::usb) reading.complete = holdsDigit(reply, '1');
+        if (link == Link::Usb) reading.complete = holdsDigit(reply, '1');
         return readBlanks(reply, link, reading);
-    case ReplyForm::behindFields:
-        return link == Link::serial ? readSkippedSerial(reply, reading) : readSkippedUsb(reply, reading);
-    case ReplyForm::pairs: return readPair(reply, link, part, reading);
-    case ReplyForm::commas: return readCommas(reply, link, false, reading);
-    case ReplyForm::commasToEnd: return readCommas(reply, link, true, reading);
+    case ReplyForm::BehindFields:
+        return link == Link::Serial ? readSkippedSerial(reply, reading) : readSkippedUsb(reply, reading);
+    case ReplyForm::Pairs: return readPair(reply, link, part, reading);
+    case ReplyForm::Commas: return readCommas(reply, link, false, reading);
+    case ReplyForm::CommasToEnd: return readCommas(reply, link, true, reading);
     }
 }
 

@@ -12,10 +12,10 @@ namespace hardclip {
 
 using emulations::ReplyForm;
 
-enum class Link { serial, usb };
+enum class Link { Serial, Usb };
 
 /// Which reply of a language that gives two: the first with the first pair of values, the second with the last.
-enum class ReplyPart { first, second };
+enum class ReplyPart { First, Second };
 
 /// What lives from one reply of a query to the next. All else starts afresh with each reply.
 struct Reading {

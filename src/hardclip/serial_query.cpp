@@ -97,7 +97,7 @@ bool readFirst(int fd, ReplyForm form, Reading &reading) {
         if (count > 0) {
             polls += kReplyPolls;
             record.ORB_errorID = kORB_NoError;
-            readReply(reply, form, Link::serial, ReplyPart::first, reading);
+            readReply(reply, form, Link::Serial, ReplyPart::First, reading);
             if (reading.complete) {
                 storeValues(reading);
                 showValues(record);
@@ -138,7 +138,7 @@ int32_t readSecond(Reading &reading) {
         if (count > 0) {
             polls += kReplyPolls;
             record.ORB_errorID = kORB_NoError;
-            readReply(reply, ReplyForm::pairs, Link::serial, ReplyPart::second, reading);
+            readReply(reply, ReplyForm::Pairs, Link::Serial, ReplyPart::Second, reading);
             record.ORB_HARDC_3 = reading.values[2];
             record.ORB_HARDC_4 = reading.values[3];
         } else {
@@ -175,7 +175,7 @@ int32_t askAndRead() {
         record.ORB_errorID = kORB_ErrorUnvalidPort;
         return 0;
     }
-    return form == ReplyForm::pairs ? readSecond(reading) : 0;
+    return form == ReplyForm::Pairs ? readSecond(reading) : 0;
 }
 
 } // namespace

@@ -130,7 +130,7 @@ bool readFirst(const Emulation &emulation, Reading &reading, int32_t *status) {
             if (reply.empty()) {
                 record.ORB_errorID = kORB_ErrorReadingReply;
             } else {
-                readReply(reply, emulation.reply, Link::usb, ReplyPart::first, reading);
+                readReply(reply, emulation.reply, Link::Usb, ReplyPart::First, reading);
             }
         }
         if (reading.complete || pass >= kPassLimit) {
@@ -165,7 +165,7 @@ int32_t readSecond(Reading &reading) {
         if (result == kIOReturnSuccess && reply.empty()) {
             record.ORB_errorID = kORB_ErrorReadingReply;
         } else if (result == kIOReturnSuccess && holdsDigit(reply, '1')) {
-            readReply(reply, ReplyForm::pairs, Link::usb, ReplyPart::second, reading);
+            readReply(reply, ReplyForm::Pairs, Link::Usb, ReplyPart::Second, reading);
             storeValues(reading);
             record.ORB_errorID = kORB_NoError;
             return 0;
@@ -221,5 +221,5 @@ extern "C" int32_t ORB_USBreadHardClip() {
     const Emulation &emulation = emulations::of(record.ORB_EmulationID);
     Reading reading = readingOf(emulation.reply);
     if (!readFirst(emulation, reading, &status)) return status;
-    return emulation.reply == ReplyForm::pairs ? readSecond(reading) : 0;
+    return emulation.reply == ReplyForm::Pairs ? readSecond(reading) : 0;
 }

@@ -25,7 +25,7 @@ Point along(Point from, Point to, double part) { return {from.x + part * (to.x -
 } // namespace
 
 Carriage::Carriage(PenSink &sink, const Rectangle &hardClip, Clipping clipping, Findings &findings)
-    : sink_(sink), hardClip_(hardClip), reach_(clipping == Clipping::reach ? hardClip : kEverywhere), findings_(findings),
+    : sink_(sink), hardClip_(hardClip), reach_(clipping == Clipping::Reach ? hardClip : kEverywhere), findings_(findings),
       allowance_(findings.bytes) {
     setWindow(reach_);
     setSpeed(kDefaultSpeed);
@@ -87,7 +87,7 @@ void Carriage::strokeTo(Point to) {
 }
 
 void Carriage::lineTo(Point to) {
-    if (lineType_.kind == LineType::solid) return strokeTo(to);
+    if (lineType_.kind == LineType::Solid) return strokeTo(to);
     Point from = at_;
     const Point start = from;
     at_ = to;
@@ -96,7 +96,7 @@ void Carriage::lineTo(Point to) {
     want(to);
     const double length = distance(start, to);
     if (clipped(from, to)) {
-        if (lineType_.kind == LineType::ends) {
+        if (lineType_.kind == LineType::Ends) {
             if (to == at_) {
                 begin(to);
                 lift();
@@ -113,7 +113,7 @@ void Carriage::lineTo(Point to) {
 void Carriage::drawDashes(Point from, Point to, double skipped, double length) {
     double pattern = lineType_.length;
     double position = phase_ + skipped;
-    if (lineType_.kind == LineType::adaptive) {
+    if (lineType_.kind == LineType::Adaptive) {
         pattern = length / std::max(1.0, std::floor(length / pattern));
         position = skipped;
     }

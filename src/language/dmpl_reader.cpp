@@ -10,23 +10,23 @@ namespace language {
 /// A row of the table: an instruction of one or two letters, and what it does.
 struct DmplReader::Instruction {
     enum Action : uint8_t {
-        ignore, ///< with any numbers behind it
-        up,
-        down,
-        absolute,
-        relative,
-        home,
-        origin,
-        pen,
-        speed,
-        line,
-        arcAbout,    ///< centre and sweep
-        circleAbout, ///< centre
-        unit,
-        area,
-        report,
-        label,
-        end,
+        Ignore, ///< with any numbers behind it
+        Up,
+        Down,
+        Absolute,
+        Relative,
+        Home,
+        Origin,
+        Pen,
+        Speed,
+        Line,
+        ArcAbout,    ///< centre and sweep
+        CircleAbout, ///< centre
+        Unit,
+        Area,
+        Report,
+        Label,
+        End,
     };
     char name[2]; // the second is 0 for none
     Action action;
@@ -38,36 +38,36 @@ namespace {
 using Instruction = DmplReader::Instruction;
 
 constexpr Instruction kInstructions[] = {
-    {{'U', 0}, Instruction::up, 2},
-    {{'D', 0}, Instruction::down, 2},
-    {{'A', 0}, Instruction::absolute, 2},
-    {{'R', 0}, Instruction::relative, 2},
-    {{'H', 0}, Instruction::home, 2},
-    {{'O', 0}, Instruction::origin, 0},
-    {{'P', 0}, Instruction::pen, 1},
-    {{'V', 0}, Instruction::speed, 1},
-    {{'L', 0}, Instruction::line, 1},
-    {{'C', 'A'}, Instruction::arcAbout, 3},
-    {{'C', 'C'}, Instruction::circleAbout, 2},
-    {{'E', 'C'}, Instruction::unit, 0},
-    {{'E', 'F'}, Instruction::area, 0},
-    {{'E', 'H'}, Instruction::area, 0},
-    {{'E', 'R'}, Instruction::report, 0},
-    {{'S', 0}, Instruction::label, 0},
-    {{'@', 0}, Instruction::end, 0},
+    {{'U', 0}, Instruction::Up, 2},
+    {{'D', 0}, Instruction::Down, 2},
+    {{'A', 0}, Instruction::Absolute, 2},
+    {{'R', 0}, Instruction::Relative, 2},
+    {{'H', 0}, Instruction::Home, 2},
+    {{'O', 0}, Instruction::Origin, 0},
+    {{'P', 0}, Instruction::Pen, 1},
+    {{'V', 0}, Instruction::Speed, 1},
+    {{'L', 0}, Instruction::Line, 1},
+    {{'C', 'A'}, Instruction::ArcAbout, 3},
+    {{'C', 'C'}, Instruction::CircleAbout, 2},
+    {{'E', 'C'}, Instruction::Unit, 0},
+    {{'E', 'F'}, Instruction::Area, 0},
+    {{'E', 'H'}, Instruction::Area, 0},
+    {{'E', 'R'}, Instruction::Report, 0},
+    {{'S', 0}, Instruction::Label, 0},
+    {{'@', 0}, Instruction::End, 0},
     // Tools, pressure, paper, windows, marks, pauses: nothing that moves the pen over the sheet for good.
-    {{'B', 'P'}, Instruction::ignore, 0},
-    {{'F', 0}, Instruction::ignore, 0},
-    {{'J', 0}, Instruction::ignore, 0},
-    {{'K', 0}, Instruction::ignore, 0},
-    {{'N', 0}, Instruction::ignore, 0},
-    {{'Q', 0}, Instruction::ignore, 0},
-    {{'T', 0}, Instruction::ignore, 0},
-    {{'W', 0}, Instruction::ignore, 0},
-    {{'X', 0}, Instruction::ignore, 0},
-    {{'Z', 0}, Instruction::ignore, 0},
-    {{'c', 0}, Instruction::ignore, 0},
-    {{'e', 0}, Instruction::ignore, 0},
+    {{'B', 'P'}, Instruction::Ignore, 0},
+    {{'F', 0}, Instruction::Ignore, 0},
+    {{'J', 0}, Instruction::Ignore, 0},
+    {{'K', 0}, Instruction::Ignore, 0},
+    {{'N', 0}, Instruction::Ignore, 0},
+    {{'Q', 0}, Instruction::Ignore, 0},
+    {{'T', 0}, Instruction::Ignore, 0},
+    {{'W', 0}, Instruction::Ignore, 0},
+    {{'X', 0}, Instruction::Ignore, 0},
+    {{'Z', 0}, Instruction::Ignore, 0},
+    {{'c', 0}, Instruction::Ignore, 0},
+    {{'e', 0}, Instruction::Ignore, 0},
 };
 
 constexpr struct {
@@ -99,37 +99,37 @@ void DmplReader::take(std::string_view bytes) {
 }
 
 void DmplReader::finish() {
-    if (state_ == State::second || state_ == State::unitCode || state_ == State::text) broken_ = true;
-    if (state_ == State::second) beginInstruction(letter_, 0);
+    if (state_ == State::Second || state_ == State::UnitCode || state_ == State::Text) broken_ = true;
+    if (state_ == State::Second) beginInstruction(letter_, 0);
     endInstruction();
-    state_ = State::open;
+    state_ = State::Open;
 }
 
 void DmplReader::step(unsigned char byte) {
     switch (state_) {
-    case State::deselected:
-        if (byte == ';') state_ = State::selecting;
+    case State::Deselected:
+        if (byte == ';') state_ = State::Selecting;
         return;
-    case State::selecting: state_ = byte == ':' ? State::open : byte == ';' ? State::selecting : State::deselected; return;
-    case State::text:
-        if (byte == '_' || byte == '\r' || byte == '\n') state_ = State::open;
+    case State::Selecting: state_ = byte == ':' ? State::Open : byte == ';' ? State::Selecting : State::Deselected; return;
+    case State::Text:
+        if (byte == '_' || byte == '\r' || byte == '\n') state_ = State::Open;
         return;
     default: break;
     }
-    if (state_ == State::open && !isSeparator(byte) && !isNumeric(byte)) {
+    if (state_ == State::Open && !isSeparator(byte) && !isNumeric(byte)) {
         endInstruction();
         offset_ = findings_.bytes;
         textLength_ = 0;
     }
     if (textLength_ < text_.size()) text_[textLength_++] = static_cast<char>(byte);
 
-    if (state_ == State::second) {
-        state_ = State::open;
+    if (state_ == State::Second) {
+        state_ = State::Open;
         return beginInstruction(letter_, byte);
     }
-    if (state_ == State::unitCode) {
+    if (state_ == State::UnitCode) {
         if (byte <= ' ') return;
-        state_ = State::open;
+        state_ = State::Open;
         return setUnit(byte);
     }
     if (byte >= '0' && byte <= '9') {
@@ -143,7 +143,7 @@ void DmplReader::step(unsigned char byte) {
         completeNumber();
     } else if (hasSecondLetter(byte)) {
         letter_ = byte;
-        state_ = State::second;
+        state_ = State::Second;
     } else {
         beginInstruction(byte, 0);
     }
@@ -157,41 +157,41 @@ void DmplReader::beginInstruction(unsigned char first, unsigned char second) {
     });
     if (found == std::end(kInstructions)) {
         instruction_ = nullptr;
-        findings_.note(Oddity::unknown, offset_, {text_.data(), textLength_});
+        findings_.note(Oddity::Unknown, offset_, {text_.data(), textLength_});
         return;
     }
     instruction_ = found;
     ++findings_.instructions;
     switch (found->action) {
-    case Instruction::up:
+    case Instruction::Up:
         down_ = false;
         carriage_.moveTo(at_);
         break;
-    case Instruction::down:
+    case Instruction::Down:
         if (!down_) carriage_.touch();
         down_ = true;
         break;
-    case Instruction::absolute: relative_ = false; break;
-    case Instruction::relative: relative_ = true; break;
-    case Instruction::home:
+    case Instruction::Absolute: relative_ = false; break;
+    case Instruction::Relative: relative_ = true; break;
+    case Instruction::Home:
         down_ = false;
         origin_ = {};
         go({});
         break;
-    case Instruction::origin: origin_ = at_; break;
-    case Instruction::unit: state_ = State::unitCode; break;
-    case Instruction::area: area_ = static_cast<char>(second); break;
-    case Instruction::report:
+    case Instruction::Origin: origin_ = at_; break;
+    case Instruction::Unit: state_ = State::UnitCode; break;
+    case Instruction::Area: area_ = static_cast<char>(second); break;
+    case Instruction::Report:
         if (onRequest) {
             const char text[] = {'E', area_, ',', 'E', 'C', static_cast<char>(unitCode_), ',', 'E', 'R'};
             onRequest({text, sizeof text});
         }
         break;
-    case Instruction::label: state_ = State::text; break;
-    case Instruction::end:
+    case Instruction::Label: state_ = State::Text; break;
+    case Instruction::End:
         down_ = false;
         carriage_.moveTo(at_);
-        state_ = State::deselected;
+        state_ = State::Deselected;
         break;
     default: break;
     }
@@ -222,23 +222,23 @@ void DmplReader::completeNumber() {
 void DmplReader::act() {
     const auto &n = numbers_;
     switch (instruction_->action) {
-    case Instruction::pen:
+    case Instruction::Pen:
         // Pen 0 is the tool that a single holder has: jobs for cutters select it and draw.
         if (n[0] < 0 || n[0] >= 256)
             broken_ = true;
         else
             carriage_.setPen(std::max(1, static_cast<int>(n[0])), carriage_.width());
         break;
-    case Instruction::speed:
+    case Instruction::Speed:
         if (n[0] > 0) carriage_.setSpeed(n[0]);
         break;
-    case Instruction::line: {
+    case Instruction::Line: {
         const int type = static_cast<int>(std::clamp(n[0], 0.0, 100.0));
-        carriage_.setLineType(dashed(LineType::fixed, standardPattern(type), kPattern));
+        carriage_.setLineType(dashed(LineType::Fixed, standardPattern(type), kPattern));
         break;
     }
-    case Instruction::arcAbout: arc(placeOf(n[0], n[1]), std::clamp(n[2], -360.0, 360.0)); break;
-    case Instruction::circleAbout: arc(placeOf(n[0], n[1]), 360); break;
+    case Instruction::ArcAbout: arc(placeOf(n[0], n[1]), std::clamp(n[2], -360.0, 360.0)); break;
+    case Instruction::CircleAbout: arc(placeOf(n[0], n[1]), 360); break;
     default: go(placeOf(n[0], n[1])); break;
     }
 }
@@ -246,7 +246,7 @@ void DmplReader::act() {
 void DmplReader::endInstruction() {
     completeNumber();
     if (instruction_ != nullptr && (broken_ || count_ != 0)) {
-        findings_.note(Oddity::malformed, offset_, {text_.data(), textLength_});
+        findings_.note(Oddity::Malformed, offset_, {text_.data(), textLength_});
     }
     instruction_ = nullptr;
     count_ = 0;

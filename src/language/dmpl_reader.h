@@ -24,12 +24,12 @@ public:
 
 private:
     enum class State : uint8_t {
-        open,       // a number or an instruction
-        second,     // letter of an instruction that has two
-        unitCode,   // behind EC
-        text,       // of a label
-        deselected, // up to ";:"
-        selecting,  // after its ";"
+        Open,       // a number or an instruction
+        Second,     // letter of an instruction that has two
+        UnitCode,   // behind EC
+        Text,       // of a label
+        Deselected, // up to ";:"
+        Selecting,  // after its ";"
     };
 
     void step(unsigned char byte);
@@ -43,7 +43,7 @@ private:
     Point placeOf(double x, double y) const noexcept;
 
     Carriage carriage_;
-    State state_ = State::open;
+    State state_ = State::Open;
     const Instruction *instruction_ = nullptr;
     unsigned char letter_ = 0;
     NumberScanner number_;

@@ -21,68 +21,68 @@ uint32_t append(uint32_t number, unsigned char digit) {
 
 EscapeScanner::Step EscapeScanner::take(unsigned char byte) noexcept {
     switch (state_) {
-    case State::control: return deviceControl(byte);
-    case State::parameters:
-        if (byte == ':') return Step::done;
+    case State::Control: return deviceControl(byte);
+    case State::Parameters:
+        if (byte == ':') return Step::Done;
         // Parameters may be left out along with their colon; then the next byte is none of theirs.
-        return isDigit(byte) || within("; ,-", byte) ? Step::more : Step::doneAway;
-    case State::mode: return modeSwitch(byte);
-    case State::group: state_ = State::command; return printerCommand(byte);
-    case State::command: return printerCommand(byte);
-    case State::data: return --number_ == 0 ? Step::done : Step::more;
-    case State::first: break;
+        return isDigit(byte) || within("; ,-", byte) ? Step::More : Step::DoneAway;
+    case State::Mode: return modeSwitch(byte);
+    case State::Group: state_ = State::Command; return printerCommand(byte);
+    case State::Command: return printerCommand(byte);
+    case State::Data: return --number_ == 0 ? Step::Done : Step::More;
+    case State::First: break;
     }
     if (byte == '.')
-        state_ = State::control;
+        state_ = State::Control;
     else if (byte == '%')
-        state_ = State::mode;
+        state_ = State::Mode;
     else if (within("&*()", byte))
-        state_ = State::group;
+        state_ = State::Group;
     else {
-        if (byte == 'E') meaning_ = Meaning::reset;
+        if (byte == 'E') meaning_ = Meaning::Reset;
         // A control byte is not part of any sequence.
-        return byte < ' ' ? Step::doneAway : Step::done;
+        return byte < ' ' ? Step::DoneAway : Step::Done;
     }
-    return Step::more;
+    return Step::More;
 }
 
 EscapeScanner::Step EscapeScanner::deviceControl(unsigned char letter) noexcept {
-    meaning_ = Meaning::deviceControl;
+    meaning_ = Meaning::DeviceControl;
     text_[2] = static_cast<char>(letter);
-    if (within(kRequests, letter)) meaning_ = Meaning::request;
-    if (!within(kWithParameters, letter)) return Step::done;
-    state_ = State::parameters;
-    return Step::more;
+    if (within(kRequests, letter)) meaning_ = Meaning::Request;
+    if (!within(kWithParameters, letter)) return Step::Done;
+    state_ = State::Parameters;
+    return Step::More;
 }
 
 EscapeScanner::Step EscapeScanner::modeSwitch(unsigned char byte) noexcept {
     if (isDigit(byte)) {
         number_ = append(number_, byte);
-        return Step::more;
+        return Step::More;
     }
     if (byte == '-') {
         negative_ = true;
-        return Step::more;
+        return Step::More;
     }
-    if (byte == 'A') meaning_ = Meaning::leave;
-    if (byte == 'B') meaning_ = Meaning::enter;
-    if (byte == 'X' && negative_ && number_ == kUniversalExit) meaning_ = Meaning::exit;
-    return isUpper(byte) ? Step::done : Step::doneAway;
+    if (byte == 'A') meaning_ = Meaning::Leave;
+    if (byte == 'B') meaning_ = Meaning::Enter;
+    if (byte == 'X' && negative_ && number_ == kUniversalExit) meaning_ = Meaning::Exit;
+    return isUpper(byte) ? Step::Done : Step::DoneAway;
 }
 
 EscapeScanner::Step EscapeScanner::printerCommand(unsigned char byte) noexcept {
     if (isDigit(byte)) {
         number_ = append(number_, byte);
-        return Step::more;
+        return Step::More;
     }
-    if (byte < ' ') return Step::doneAway;
+    if (byte < ' ') return Step::DoneAway;
     if (!isUpper(byte)) {
         number_ = 0; // the group's letter, a sign, or a command that another one follows
-        return Step::more;
+        return Step::More;
     }
-    if (byte != 'W' || number_ == 0) return Step::done;
-    state_ = State::data;
-    return Step::more;
+    if (byte != 'W' || number_ == 0) return Step::Done;
+    state_ = State::Data;
+    return Step::More;
 }
 
 } // namespace language::hpgl

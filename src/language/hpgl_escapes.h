@@ -13,18 +13,18 @@ namespace language::hpgl {
 class EscapeScanner {
 public:
     enum class Step : uint8_t {
-        more,
-        done,     ///< this byte was the last of the sequence
-        doneAway, ///< the sequence ended before this byte
+        More,
+        Done,     ///< this byte was the last of the sequence
+        DoneAway, ///< the sequence ended before this byte
     };
     enum class Meaning : uint8_t {
-        nothing,
-        deviceControl, ///< without a question
-        request,       ///< a device-control question: see text
-        enter,         ///< HP-GL from here on
-        leave,         ///< another language from here on
-        exit,          ///< universal exit: job control lines may follow
-        reset,
+        Nothing,
+        DeviceControl, ///< without a question
+        Request,       ///< a device-control question: see text
+        Enter,         ///< HP-GL from here on
+        Leave,         ///< another language from here on
+        Exit,          ///< universal exit: job control lines may follow
+        Reset,
     };
 
     /// After the ESC.
@@ -39,8 +39,8 @@ private:
     Step modeSwitch(unsigned char byte) noexcept;
     Step printerCommand(unsigned char byte) noexcept;
 
-    enum class State : uint8_t { first, control, parameters, mode, group, command, data } state_ = State::first;
-    Meaning meaning_ = Meaning::nothing;
+    enum class State : uint8_t { First, Control, Parameters, Mode, Group, Command, Data } state_ = State::First;
+    Meaning meaning_ = Meaning::Nothing;
     char text_[3] = {'\x1b', '.', 0};
     uint32_t number_ = 0; // digits of a mode switch or printer command; then the bytes of data still to come
     bool negative_ = false;

@@ -11,17 +11,17 @@ namespace language::hpgl {
 
 /// What stands behind a mnemonic.
 enum class Form : uint8_t {
-    numbers,    ///< up to the terminator or the next letter
-    groups,     ///< the same, any number of them: carried out group by group as they come
-    remark,     ///< numbers and texts in quotation marks, which are skipped
-    comment,    ///< the same, or a text without quotation marks up to the semicolon
-    label,      ///< characters up to the label terminator
-    text,       ///< the same, but nothing is drawn
-    terminator, ///< one character, then numbers: the label terminator
-    symbol,     ///< one character: what marks each point
-    polyline,   ///< encoded
-    strokes,    ///< numbers, carried out one by one: a character that the plot itself makes
-    request,    ///< a question to the plotter
+    NumberList, ///< up to the terminator or the next letter
+    Groups,     ///< the same, any number of them: carried out group by group as they come
+    Remark,     ///< numbers and texts in quotation marks, which are skipped
+    Comment,    ///< the same, or a text without quotation marks up to the semicolon
+    Label,      ///< characters up to the label terminator
+    Text,       ///< the same, but nothing is drawn
+    Terminator, ///< one character, then numbers: the label terminator
+    Symbol,     ///< one character: what marks each point
+    Polyline,   ///< encoded
+    Strokes,    ///< numbers, carried out one by one: a character that the plot itself makes
+    Request,    ///< a question to the plotter
 };
 
 using Handler = bool (*)(Plotter &, Numbers);
@@ -34,7 +34,7 @@ struct Instruction {
     Handler handler = nullptr;      ///< null: known, and nothing to do for a drawing
     uint8_t least = 0, most = kAny; ///< numbers
     bool draws = false;             ///< cannot stand within the definition of a polygon
-    Form form = Form::numbers;
+    Form form = Form::NumberList;
     uint8_t group = 2; ///< numbers that are carried out at a time
 };
 

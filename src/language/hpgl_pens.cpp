@@ -50,7 +50,7 @@ bool lineType(Plotter &p, Numbers n) {
         if (n.size() > 2 && n[2] != 0 && n[2] != 1) return false;
         lines.type = static_cast<int>(n[0]);
     }
-    lines.kind = n.empty() ? Lines::solid : lines.type == 0 ? Lines::ends : Lines::dashes;
+    lines.kind = n.empty() ? Lines::Solid : lines.type == 0 ? Lines::Ends : Lines::Dashes;
     if (n.size() > 1) lines.length = n[1];
     if (n.size() > 2) lines.millimetres = n[2] == 1;
     p.applyLineType();

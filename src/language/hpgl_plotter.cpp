@@ -44,12 +44,12 @@ void Plotter::applyPen() {
 
 void Plotter::applyLineType() {
     LineType type;
-    if (lines.kind == Lines::ends) type.kind = LineType::ends;
-    if (lines.kind == Lines::dashes) {
+    if (lines.kind == Lines::Ends) type.kind = LineType::Ends;
+    if (lines.kind == Lines::Dashes) {
         const int number = std::abs(lines.type);
         const Lines::Pattern &own = lines.patterns[static_cast<size_t>(number)];
         const double length = lines.millimetres ? lines.length * kUnitsPerMillimetre : lines.length / 100 * frame.diagonal();
-        type = dashed(lines.type < 0 ? LineType::adaptive : LineType::fixed,
+        type = dashed(lines.type < 0 ? LineType::Adaptive : LineType::Fixed,
                       own.count > 0 ? Numbers(own.parts.data(), own.count) : standardPattern(number), length);
     }
     carriage.setLineType(type);

@@ -24,7 +24,7 @@ struct Pens {
 
 struct Lines {
     int type = 0; ///< 1 to 8 fixed, negative adaptive, as LT counts them
-    enum : uint8_t { solid, ends, dashes } kind = solid;
+    enum : uint8_t { Solid, Ends, Dashes } kind = Solid;
     double length = 4; ///< of a pattern
     bool millimetres = false;
     struct Pattern {
@@ -72,7 +72,7 @@ struct Polyline {
     uint64_t bits = 0;
     unsigned shift = 0;
     bool sevenBit = false, absolute = false, up = false;
-    enum : uint8_t { coordinate, pen, fraction } next = coordinate;
+    enum : uint8_t { Coordinate, Pen, Fraction } next = Coordinate;
     int fractionBits = 0;
     std::optional<double> x;
 };

@@ -22,15 +22,15 @@ void number(Plotter &p) {
     line.shift = 0;
     const double value = negative ? -whole : whole;
     switch (line.next) {
-    case Polyline::pen:
-        line.next = Polyline::coordinate;
+    case Polyline::Pen:
+        line.next = Polyline::Coordinate;
         selectPen(p, Numbers(&value, 1));
         return;
-    case Polyline::fraction:
-        line.next = Polyline::coordinate;
+    case Polyline::Fraction:
+        line.next = Polyline::Coordinate;
         line.fractionBits = static_cast<int>(std::max(-1.0 * kMostFractionBits, std::min<double>(value, kMostFractionBits)));
         return;
-    case Polyline::coordinate: break;
+    case Polyline::Coordinate: break;
     }
     const double coordinate = clamped(std::ldexp(value, -line.fractionBits));
     if (!line.x) {
@@ -72,8 +72,8 @@ bool polylineByte(Plotter &p, unsigned char byte) {
         return true;
     }
     switch (low) {
-    case ':': line.next = Polyline::pen; return true;
-    case '>': line.next = Polyline::fraction; return true;
+    case ':': line.next = Polyline::Pen; return true;
+    case '>': line.next = Polyline::Fraction; return true;
     case '<': line.up = true; return true;
     case '=': line.absolute = true; return true;
     case '7': line.sevenBit = true; return true;

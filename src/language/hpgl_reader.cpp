@@ -25,7 +25,7 @@ HpglReader::HpglReader(PenSink &sink, const Rectangle &hardClip, Clipping clippi
 void HpglReader::take(std::string_view bytes) {
     for (char c : bytes) {
         const auto byte = static_cast<unsigned char>(c);
-        if (state_ == State::numbers && isDigit(byte)) {
+        if (state_ == State::NumberList && isDigit(byte)) {
             number_.digit(byte - unsigned{'0'}); // most bytes of most jobs
             keep(byte);
         } else {
@@ -36,63 +36,63 @@ void HpglReader::take(std::string_view bytes) {
 }
 
 void HpglReader::finish() {
-    if (state_ == State::escape) state_ = resumed_;
-    if (state_ == State::label || state_ == State::quoted || state_ == State::character) broken_ = true;
+    if (state_ == State::Escape) state_ = resumed_;
+    if (state_ == State::Label || state_ == State::Quoted || state_ == State::Character) broken_ = true;
     endWhatIsOpen();
-    state_ = State::between;
+    state_ = State::Between;
 }
 
 void HpglReader::step(unsigned char byte) {
-    if (byte == kEscape && state_ != State::escape) {
+    if (byte == kEscape && state_ != State::Escape) {
         resumed_ = state_;
         escape_.begin();
-        state_ = State::escape;
+        state_ = State::Escape;
         return;
     }
     switch (state_) {
-    case State::between: startAt(byte); break;
-    case State::second:
+    case State::Between: startAt(byte); break;
+    case State::Second:
         if (isLetter(byte)) {
             keep(byte);
             beginInstruction(byte);
         } else if (!isBlank(byte)) {
-            state_ = State::rubbish;
+            state_ = State::Rubbish;
             rubbishByte(byte);
         }
         break;
-    case State::numbers: numbersByte(byte); break;
-    case State::quoted:
-        if (byte == '"') state_ = State::numbers;
+    case State::NumberList: numbersByte(byte); break;
+    case State::Quoted:
+        if (byte == '"') state_ = State::NumberList;
         break;
-    case State::comment:
+    case State::Comment:
         if (isBlank(byte)) return keep(byte);
-        state_ = byte == '"' || byte == ';' ? State::numbers : State::remark;
-        if (state_ == State::numbers) return numbersByte(byte);
+        state_ = byte == '"' || byte == ';' ? State::NumberList : State::Remark;
+        if (state_ == State::NumberList) return numbersByte(byte);
         [[fallthrough]];
-    case State::remark:
+    case State::Remark:
         keep(byte);
         if (byte == ';') endInstruction();
         break;
-    case State::character: characterByte(byte); break;
-    case State::label: labelByte(byte); break;
-    case State::polyline:
+    case State::Character: characterByte(byte); break;
+    case State::Label: labelByte(byte); break;
+    case State::Polyline:
         keep(byte);
         if (byte == ';')
             endInstruction();
         else if (!hpgl::polylineByte(plotter_, byte))
             broken_ = true;
         break;
-    case State::rubbish: rubbishByte(byte); break;
-    case State::escape: escapeByte(byte); break;
-    case State::foreign: break;
-    case State::jobStart:
+    case State::Rubbish: rubbishByte(byte); break;
+    case State::Escape: escapeByte(byte); break;
+    case State::Foreign: break;
+    case State::JobStart:
         if (byte == '@')
-            state_ = State::jobLine;
+            state_ = State::JobLine;
         else
             startAt(byte);
         break;
-    case State::jobLine:
-        if (byte == kLineFeed) state_ = State::jobStart;
+    case State::JobLine:
+        if (byte == kLineFeed) state_ = State::JobStart;
         break;
     }
 }
@@ -100,42 +100,42 @@ void HpglReader::step(unsigned char byte) {
 /// Reads over bytes that begin no instruction. A run of them counts as one oddity.
 void HpglReader::rubbishByte(unsigned char byte) {
     if (!isBlank(byte) && !isLetter(byte) && byte != ';') return keep(byte);
-    note(Oddity::unknown);
+    note(Oddity::Unknown);
     startAt(byte);
 }
 
 /// Takes a byte with which an instruction may begin.
 void HpglReader::startAt(unsigned char byte) {
-    state_ = State::between;
+    state_ = State::Between;
     if (isBlank(byte) || byte == ';' || byte == ',') return;
     offset_ = findings_.bytes;
     textLength_ = 0;
     keep(byte);
     letter_ = byte;
-    state_ = isLetter(byte) ? State::second : State::rubbish;
+    state_ = isLetter(byte) ? State::Second : State::Rubbish;
 }
 
 void HpglReader::beginInstruction(unsigned char second) {
-    state_ = State::numbers;
+    state_ = State::NumberList;
     instruction_ = hpgl::findInstruction(letter_, second);
     number_.reset();
     count_ = 0;
     broken_ = false;
     if (instruction_ == nullptr) return;
     switch (instruction_->form) {
-    case Form::groups: instruction_->handler(plotter_, {}); break;
-    case Form::terminator:
-    case Form::symbol: state_ = State::character; break;
-    case Form::label:
-    case Form::text: state_ = State::label; break;
-    case Form::comment:
+    case Form::Groups: instruction_->handler(plotter_, {}); break;
+    case Form::Terminator:
+    case Form::Symbol: state_ = State::Character; break;
+    case Form::Label:
+    case Form::Text: state_ = State::Label; break;
+    case Form::Comment:
         // In small letters it is rather part of a word in a file that is no plot, with no semicolon for a long way.
-        if (((letter_ | second) & 0x20u) == 0) state_ = State::comment;
+        if (((letter_ | second) & 0x20u) == 0) state_ = State::Comment;
         break;
-    case Form::strokes: hpgl::beginOwnCharacter(plotter_); break;
-    case Form::polyline:
+    case Form::Strokes: hpgl::beginOwnCharacter(plotter_); break;
+    case Form::Polyline:
         hpgl::beginPolyline(plotter_);
-        state_ = State::polyline;
+        state_ = State::Polyline;
         break;
     default: break;
     }
@@ -160,9 +160,9 @@ void HpglReader::numbersByte(unsigned char byte) {
     } else if (byte == '.') {
         if (!number_.point()) broken_ = true;
     } else if (byte == '"' && instruction_ != nullptr &&
-               (instruction_->form == Form::remark || instruction_->form == Form::comment)) {
+               (instruction_->form == Form::Remark || instruction_->form == Form::Comment)) {
         completeNumber();
-        state_ = State::quoted;
+        state_ = State::Quoted;
     } else {
         broken_ = true;
     }
@@ -177,28 +177,28 @@ void HpglReader::completeNumber() {
     }
     const double value = number_.take();
     if (instruction_ == nullptr) return;
-    if (instruction_->form == Form::strokes) return hpgl::ownCharacterNumber(plotter_, value);
+    if (instruction_->form == Form::Strokes) return hpgl::ownCharacterNumber(plotter_, value);
     if (count_ < numbers_.size()) numbers_[count_] = value;
     ++count_;
-    if (instruction_->form == Form::groups && count_ == instruction_->group) {
+    if (instruction_->form == Form::Groups && count_ == instruction_->group) {
         instruction_->handler(plotter_, Numbers(numbers_.data(), count_));
         count_ = 0;
     }
 }
 
 void HpglReader::endInstruction() {
-    state_ = State::between;
+    state_ = State::Between;
     completeNumber();
-    if (instruction_ == nullptr) return note(Oddity::unknown);
+    if (instruction_ == nullptr) return note(Oddity::Unknown);
     ++findings_.instructions;
     bool good = !broken_;
     switch (instruction_->form) {
-    case Form::groups: good = good && count_ == 0; break;
-    case Form::label: hpgl::endLabel(plotter_); break;
-    case Form::strokes: good = hpgl::endOwnCharacter(plotter_) && good; break;
-    case Form::polyline: good = hpgl::endPolyline(plotter_) && good; break;
-    case Form::terminator: plotter_.lettering.printsTerminator = count_ > 0 && numbers_[0] == 0; break;
-    case Form::request:
+    case Form::Groups: good = good && count_ == 0; break;
+    case Form::Label: hpgl::endLabel(plotter_); break;
+    case Form::Strokes: good = hpgl::endOwnCharacter(plotter_) && good; break;
+    case Form::Polyline: good = hpgl::endPolyline(plotter_) && good; break;
+    case Form::Terminator: plotter_.lettering.printsTerminator = count_ > 0 && numbers_[0] == 0; break;
+    case Form::Request:
         if (onRequest) onRequest(instruction_->name);
         break;
     default: {
@@ -212,7 +212,7 @@ void HpglReader::endInstruction() {
         }
     }
     }
-    if (!good) note(Oddity::malformed);
+    if (!good) note(Oddity::Malformed);
 }
 
 /// The character of DT or SM; a semicolon in its place restores the default.
@@ -220,8 +220,8 @@ void HpglReader::characterByte(unsigned char byte) {
     keep(byte);
     hpgl::Lettering &lettering = plotter_.lettering;
     const bool none = byte == ';';
-    state_ = State::numbers;
-    if (instruction_->form == Form::symbol) {
+    state_ = State::NumberList;
+    if (instruction_->form == Form::Symbol) {
         lettering.symbol = byte > ' ' && byte < 127 && !none ? byte : 0;
     } else if (byte == 0 || byte == kLineFeed) {
         broken_ = true; // these can end no label
@@ -233,7 +233,7 @@ void HpglReader::characterByte(unsigned char byte) {
 
 void HpglReader::labelByte(unsigned char byte) {
     keep(byte);
-    const bool drawn = instruction_->form == Form::label && !plotter_.defining;
+    const bool drawn = instruction_->form == Form::Label && !plotter_.defining;
     const bool last = byte == plotter_.lettering.terminator;
     if (drawn && (!last || plotter_.lettering.printsTerminator)) hpgl::label(plotter_, byte);
     if (!last) return;
@@ -243,34 +243,34 @@ void HpglReader::labelByte(unsigned char byte) {
 
 void HpglReader::escapeByte(unsigned char byte) {
     const auto step = escape_.take(byte);
-    if (step == hpgl::EscapeScanner::Step::more) return;
+    if (step == hpgl::EscapeScanner::Step::More) return;
     using Meaning = hpgl::EscapeScanner::Meaning;
     const Meaning meaning = escape_.meaning();
     state_ = resumed_;
-    if (meaning == Meaning::request) {
+    if (meaning == Meaning::Request) {
         if (onRequest) onRequest(escape_.text());
-    } else if (meaning != Meaning::deviceControl && state_ != State::foreign) {
+    } else if (meaning != Meaning::DeviceControl && state_ != State::Foreign) {
         endWhatIsOpen();
-        state_ = State::between;
+        state_ = State::Between;
     }
-    if (meaning == Meaning::enter) state_ = State::between;
-    if (meaning == Meaning::leave) state_ = State::foreign;
-    if (meaning == Meaning::exit) state_ = State::jobStart;
-    if (meaning == Meaning::reset && state_ == State::between) hpgl::initialize(plotter_);
-    if (step == hpgl::EscapeScanner::Step::doneAway) this->step(byte);
+    if (meaning == Meaning::Enter) state_ = State::Between;
+    if (meaning == Meaning::Leave) state_ = State::Foreign;
+    if (meaning == Meaning::Exit) state_ = State::JobStart;
+    if (meaning == Meaning::Reset && state_ == State::Between) hpgl::initialize(plotter_);
+    if (step == hpgl::EscapeScanner::Step::DoneAway) this->step(byte);
 }
 
 void HpglReader::endWhatIsOpen() {
     switch (state_) {
-    case State::second:
-    case State::rubbish: note(Oddity::unknown); break;
-    case State::numbers:
-    case State::quoted:
-    case State::comment:
-    case State::remark:
-    case State::character:
-    case State::label:
-    case State::polyline: endInstruction(); break;
+    case State::Second:
+    case State::Rubbish: note(Oddity::Unknown); break;
+    case State::NumberList:
+    case State::Quoted:
+    case State::Comment:
+    case State::Remark:
+    case State::Character:
+    case State::Label:
+    case State::Polyline: endInstruction(); break;
     default: break;
     }
 }

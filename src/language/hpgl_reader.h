@@ -22,20 +22,20 @@ public:
 
 private:
     enum class State : uint8_t {
-        between,   // instructions
-        second,    // letter of a mnemonic
-        numbers,   // of the instruction
-        quoted,    // text within an instruction
-        comment,   // where a text without quotation marks may begin
-        remark,    // such a text
-        character, // the one that DT or SM takes
-        label,     // or another text up to the label terminator
-        polyline,
-        rubbish, // bytes that begin no instruction
-        escape,
-        foreign,  // another language
-        jobStart, // behind a universal exit: job control lines, or HP-GL
-        jobLine,
+        Between,    // instructions
+        Second,     // letter of a mnemonic
+        NumberList, // of the instruction
+        Quoted,     // text within an instruction
+        Comment,    // where a text without quotation marks may begin
+        Remark,     // such a text
+        Character,  // the one that DT or SM takes
+        Label,      // or another text up to the label terminator
+        Polyline,
+        Rubbish, // bytes that begin no instruction
+        Escape,
+        Foreign,  // another language
+        JobStart, // behind a universal exit: job control lines, or HP-GL
+        JobLine,
     };
 
     void step(unsigned char byte);
@@ -53,8 +53,8 @@ private:
     void note(Oddity::Kind kind);
 
     hpgl::Plotter plotter_;
-    State state_ = State::between;
-    State resumed_ = State::between; // after an escape sequence
+    State state_ = State::Between;
+    State resumed_ = State::Between; // after an escape sequence
     hpgl::EscapeScanner escape_;
     unsigned char letter_ = 0; // first of the mnemonic
     const hpgl::Instruction *instruction_ = nullptr;

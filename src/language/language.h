@@ -6,6 +6,6 @@
 
 namespace language {
 
-enum class Language : uint8_t { hpgl, dmpl };
+enum class Language : uint8_t { Hpgl, Dmpl };
 
 } // namespace language

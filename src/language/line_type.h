@@ -10,14 +10,14 @@ namespace language {
 
 struct LineType {
     enum Kind : unsigned char {
-        solid,
-        ends,     ///< a dot at the end of each line
-        fixed,    ///< the pattern runs on from line to line
-        adaptive, ///< each line holds the pattern a whole number of times
+        Solid,
+        Ends,     ///< a dot at the end of each line
+        Fixed,    ///< the pattern runs on from line to line
+        Adaptive, ///< each line holds the pattern a whole number of times
     };
     static constexpr size_t kMaxParts = 20;
 
-    Kind kind = solid;
+    Kind kind = Solid;
     std::array<double, kMaxParts> parts{}; ///< down, up, down …, adding up to 1; a part of 0 with the pen down is a dot
     size_t count = 0;
     double length = 0; ///< of the whole pattern, in plotter units

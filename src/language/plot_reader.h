@@ -15,7 +15,7 @@ class PlotReader {
 public:
     /// The sink must live as long as the reader.
     PlotReader(std::optional<Language> language, PenSink &sink, const Rectangle &hardClip,
-               Clipping clipping = Clipping::reach);
+               Clipping clipping = Clipping::Reach);
 
     void take(std::string_view bytes);
     void finish();
@@ -26,7 +26,7 @@ public:
     /// The reader; nullptr while the language is not known. After finish() there is one.
     const Reader *reader() const { return reader_.get(); }
     /// Valid once there is a reader.
-    Language language() const { return language_.value_or(Language::hpgl); }
+    Language language() const { return language_.value_or(Language::Hpgl); }
 
 private:
     void choose();

@@ -6,7 +6,7 @@
 namespace language {
 
 void Findings::note(Oddity::Kind kind, uint64_t offset, std::string_view text) {
-    ++(kind == Oddity::unknown ? unknown : malformed);
+    ++(kind == Oddity::Unknown ? unknown : malformed);
     if (oddities.size() == kMaxOddities) return;
     Oddity &oddity = oddities.emplace_back(Oddity{kind, offset, std::string(text)});
     for (char &c : oddity.text) {
@@ -15,7 +15,7 @@ void Findings::note(Oddity::Kind kind, uint64_t offset, std::string_view text) {
 }
 
 std::unique_ptr<Reader> makeReader(Language language, PenSink &sink, const Rectangle &hardClip, Clipping clipping) {
-    if (language == Language::dmpl) return std::make_unique<DmplReader>(sink, hardClip, clipping);
+    if (language == Language::Dmpl) return std::make_unique<DmplReader>(sink, hardClip, clipping);
     return std::make_unique<HpglReader>(sink, hardClip, clipping);
 }
 
@@ -23,7 +23,7 @@ Language guessLanguage(std::string_view firstBytes) noexcept {
     size_t start = 0;
     while (start < firstBytes.size() && static_cast<unsigned char>(firstBytes[start]) <= ' ')
         ++start;
-    return firstBytes.substr(start, 2) == ";:" ? Language::dmpl : Language::hpgl;
+    return firstBytes.substr(start, 2) == ";:" ? Language::Dmpl : Language::Hpgl;
 }
 
 } // namespace language

@@ -18,8 +18,8 @@ namespace language {
 /// An instruction that the reader could not carry out. It is reported and skipped, and reading goes on behind it.
 struct Oddity {
     enum Kind : uint8_t {
-        unknown,   ///< no instruction of that name, or bytes that are none at all
-        malformed, ///< known, but its parameters make no sense, or are too many or too few
+        Unknown,   ///< no instruction of that name, or bytes that are none at all
+        Malformed, ///< known, but its parameters make no sense, or are too many or too few
     };
     Kind kind;
     uint64_t offset;  ///< of its first byte
@@ -65,8 +65,8 @@ struct PenStatus {
 
 /// What of a drawing the sink is given.
 enum class Clipping : uint8_t {
-    reach, ///< what lies within the area that the pen can reach
-    none,  ///< all of it: for what is placed elsewhere afterwards. Points lie within the range of coordinates (kLargest)
+    Reach, ///< what lies within the area that the pen can reach
+    None,  ///< all of it: for what is placed elsewhere afterwards. Points lie within the range of coordinates (kLargest)
 };
 
 /// Reads one language. How the bytes are cut into calls makes no difference. Nothing in them is fatal; the memory stays
@@ -95,7 +95,7 @@ protected:
 
 /// The sink must live as long as the reader. hardClip is the area that the pen can reach, lower below upper.
 std::unique_ptr<Reader> makeReader(Language language, PenSink &sink, const Rectangle &hardClip,
-                                   Clipping clipping = Clipping::reach);
+                                   Clipping clipping = Clipping::Reach);
 
 /// By the first bytes of a file or job: DM/PL begins with ";:" (blanks and line ends before it do not count).
 Language guessLanguage(std::string_view firstBytes) noexcept;

@@ -12,7 +12,7 @@ namespace strokes {
 
 /// Gathers what a reader draws, points in plotter units of 1/40 mm from the lower left corner of the pen's area, as strokes
 /// in millimetres from there. A solid fill becomes the outlines of its contours. Make the reader with
-/// language::Clipping::none, or what lies outside the sheet is lost.
+/// language::Clipping::None, or what lies outside the sheet is lost.
 class PlotStrokes final : public language::PenSink {
 public:
     /// A few bytes can ask for as many dashes as the reader allows, millions. These are as many points as a letter or a

@@ -36,11 +36,11 @@ double fitting(Point size, Point room) {
 }
 
 Turn turnOf(const Placement &placement, Point size) {
-    if (placement.turn != Turn::automatic) return placement.turn;
+    if (placement.turn != Turn::Automatic) return placement.turn;
     const Point room = sizeOf(placement.area);
     const double upright = fitting(size, room), turned = fitting({size.y, size.x}, room);
     const bool isEnough = !placement.isFitted && upright >= placement.scale;
-    return turned > upright && !isEnough ? Turn::quarter : Turn::none;
+    return turned > upright && !isEnough ? Turn::Quarter : Turn::None;
 }
 
 /// Where the lower left corner of what is drawn goes. extent is that of the mapped drawing, kept the corner to be kept, as

@@ -8,12 +8,12 @@ namespace strokes {
 
 /// Lengths in millimetres from the lower left corner of the area that the pen reaches.
 struct Placement {
-    enum class Turn : uint8_t { none, quarter, half, threeQuarters, automatic }; ///< counter-clockwise
+    enum class Turn : uint8_t { None, Quarter, Half, ThreeQuarters, Automatic }; ///< counter-clockwise
 
     Rectangle paper;         ///< its lower left corner is where a drawing's page begins
     Rectangle area;          ///< that is to be drawn in: what the pen reaches, less margins
     bool isMirrored = false; ///< left becomes right, ahead of the turn
-    Turn turn = Turn::none;  ///< automatic: a quarter when the drawing then fits area, or fits it better
+    Turn turn = Turn::None;  ///< automatic: a quarter when the drawing then fits area, or fits it better
     double scale = 1;        ///< more than 0
     bool isFitted = false;   ///< as large as area holds it, in its middle; instead of scale
     bool isCentred = false;  ///< the middle of what is drawn in the middle of area

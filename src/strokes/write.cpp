@@ -22,8 +22,8 @@ struct Words {
 };
 
 constexpr Words kWords[] = {
-    {Language::hpgl, "IN;", "SP", "PU", "PD", ";", "PU0,0;SP0;"},
-    {Language::dmpl, ";:ECN,A,", "P", "U", "D", ",", "U0,0,@"},
+    {Language::Hpgl, "IN;", "SP", "PU", "PD", ";", "PU0,0;SP0;"},
+    {Language::Dmpl, ";:ECN,A,", "P", "U", "D", ",", "U0,0,@"},
 };
 
 const Words &wordsOf(Language language) { return *std::ranges::find(kWords, language, &Words::language); }

@@ -15,7 +15,7 @@ namespace strokes {
 
 /// How the file is to be written, and by what it will be cut.
 struct PlotForm {
-    language::Language language = language::Language::hpgl;
+    language::Language language = language::Language::Hpgl;
     size_t chunk = 64; ///< bytes that are looked at together
     /// Bytes of a full chunk that are sent before the next one is looked at; 0: there is no place to cut it, and all are.
     std::function<size_t(std::string_view chunk)> cut;

@@ -9,10 +9,10 @@ namespace {
 
 using namespace hardclip;
 
-constexpr auto kSerial = Link::serial;
-constexpr auto kUsb = Link::usb;
-constexpr auto k1st = ReplyPart::first;
-constexpr auto k2nd = ReplyPart::second;
+constexpr auto kSerial = Link::Serial;
+constexpr auto kUsb = Link::Usb;
+constexpr auto k1st = ReplyPart::First;
+constexpr auto k2nd = ReplyPart::Second;
 
 constexpr struct {
     const char *what;

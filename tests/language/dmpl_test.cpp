@@ -21,20 +21,20 @@ constexpr StrokeCase kDmpl[] = {
 };
 
 TEST(Dmpl, Strokes) {
-    expectStrokes(kDmpl, Language::dmpl);
-    const Job arcs(";:ECNU600,600CA500,500,90D0,0U600,500CC500,500", Language::dmpl);
+    expectStrokes(kDmpl, Language::Dmpl);
+    const Job arcs(";:ECNU600,600CA500,500,90D0,0U600,500CC500,500", Language::Dmpl);
     EXPECT_EQ(arcs.findings().strokes, 3u);
     EXPECT_NE(arcs.strokes().find(" 400,600 | 400,600 0,0 | 600,500 "), std::string::npos) << arcs.strokes();
     EXPECT_TRUE(arcs.strokes().ends_with(" 600,500")) << arcs.strokes();
 }
 
 TEST(Dmpl, OdditiesAndQuestions) {
-    EXPECT_EQ(Job(";:U1,2,3 Y7,EC7,G,CX1,?P-1,E", Language::dmpl).oddities(),
+    EXPECT_EQ(Job(";:U1,2,3 Y7,EC7,G,CX1,?P-1,E", Language::Dmpl).oddities(),
               "malformed@2 U1,2,3 \nunknown@9 Y\nmalformed@12 EC7,\nunknown@16 G\nunknown@18 CX\nunknown@22 ?\n"
               "malformed@23 P-1,\nunknown@27 E");
-    EXPECT_EQ(Job(";:EH,ECN,ER,Q@", Language::dmpl, 1).requests, "EH,ECN,ER;");
-    EXPECT_EQ(Job(";:ECN,EF,P0,A,U,U0,0,K,", Language::dmpl).oddities(), "");
-    EXPECT_EQ(Job(";:ECNU300,200D", Language::dmpl).reader->status().at, (Point{300, 200}));
+    EXPECT_EQ(Job(";:EH,ECN,ER,Q@", Language::Dmpl, 1).requests, "EH,ECN,ER;");
+    EXPECT_EQ(Job(";:ECN,EF,P0,A,U,U0,0,K,", Language::Dmpl).oddities(), "");
+    EXPECT_EQ(Job(";:ECNU300,200D", Language::Dmpl).reader->status().at, (Point{300, 200}));
 }
 
 } // namespace

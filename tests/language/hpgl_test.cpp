@@ -128,7 +128,7 @@ constexpr StrokeCase kLabels[] = {
 TEST(Hpgl, Strokes) {
     expectStrokes(kLines);
     expectStrokes(kPolygons);
-    expectStrokes(kLabels, Language::hpgl, kLabelSetUp);
+    expectStrokes(kLabels, Language::Hpgl, kLabelSetUp);
 }
 
 TEST(Hpgl, ChordsOfACircle) {

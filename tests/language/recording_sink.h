@@ -61,7 +61,7 @@ private:
 
 /// A reader on the test sheet with all that it said, after it took the text in pieces of at most that many bytes.
 struct Job {
-    explicit Job(std::string_view text, Language language = Language::hpgl, size_t piece = SIZE_MAX)
+    explicit Job(std::string_view text, Language language = Language::Hpgl, size_t piece = SIZE_MAX)
         : reader(makeReader(language, sink, kTestSheet)) {
         reader->onRequest = [this](std::string_view request) { requests += std::string(request) + ";"; };
         for (; !text.empty(); text.remove_prefix(std::min(piece, text.size())))
@@ -74,7 +74,7 @@ struct Job {
     std::string oddities() const {
         std::string all;
         for (const Oddity &oddity : findings().oddities) {
-            all += std::string(all.empty() ? "" : "\n") + (oddity.kind == Oddity::unknown ? "unknown@" : "malformed@");
+            all += std::string(all.empty() ? "" : "\n") + (oddity.kind == Oddity::Unknown ? "unknown@" : "malformed@");
             all += std::to_string(oddity.offset) + " " + oddity.text;
         }
         return all;
@@ -92,7 +92,7 @@ struct StrokeCase {
 };
 
 /// Each job whole and byte by byte, behind the same beginning.
-inline void expectStrokes(std::span<const StrokeCase> cases, Language language = Language::hpgl,
+inline void expectStrokes(std::span<const StrokeCase> cases, Language language = Language::Hpgl,
                           std::string_view setUp = "") {
     for (const StrokeCase &c : cases)
         for (size_t piece : {size_t{1}, SIZE_MAX})

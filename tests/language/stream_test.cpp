@@ -86,7 +86,7 @@ TEST(HpglStream, CutsMakeNoDifference) {
     ASSERT_GT(whole.findings().strokes, 20u);
     for (size_t piece = 1; piece < kMixture.size(); ++piece) {
         SCOPED_TRACE(piece);
-        const Job cut(kMixture, Language::hpgl, piece);
+        const Job cut(kMixture, Language::Hpgl, piece);
         EXPECT_EQ(cut.strokes(), whole.strokes());
         EXPECT_EQ(cut.oddities(), whole.oddities());
         EXPECT_EQ(cut.requests, whole.requests);
@@ -95,10 +95,10 @@ TEST(HpglStream, CutsMakeNoDifference) {
 }
 
 TEST(PlotStream, ChoosesALanguageHoweverLateItsFirstBytesCome) {
-    for (const auto &[language, text] : {std::pair<Language, std::string>{Language::hpgl, ";"},
-                                         {Language::hpgl, ":EC;"},
-                                         {Language::dmpl, "\r\n  ;:H"},
-                                         {Language::hpgl, repeat(" ", 5000) + ";:H"}}) {
+    for (const auto &[language, text] : {std::pair<Language, std::string>{Language::Hpgl, ";"},
+                                         {Language::Hpgl, ":EC;"},
+                                         {Language::Dmpl, "\r\n  ;:H"},
+                                         {Language::Hpgl, repeat(" ", 5000) + ";:H"}}) {
         for (size_t piece : {size_t{1}, text.size()}) {
             RecordingSink sink;
             PlotReader plot(std::nullopt, sink, kTestSheet);
@@ -131,7 +131,7 @@ struct CheckingSink final : PenSink {
 /// Reads the job and checks that it stayed within its bounds.
 Findings survive(std::string_view job) {
     CheckingSink sink;
-    auto reader = makeReader(Language::hpgl, sink, kTestSheet);
+    auto reader = makeReader(Language::Hpgl, sink, kTestSheet);
     reader->take(job);
     reader->finish();
     const Findings &f = reader->findings();

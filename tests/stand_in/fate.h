@@ -14,19 +14,19 @@
 namespace stand_in {
 
 enum class Effect : uint8_t {
-    none,
-    fails, ///< does nothing, and reports the code: an errno, an IOKit or File Manager code, 0 where NULL is the failure
-    after, ///< does its work, or a part of it, and reports the code all the same
-    gives  ///< succeeds with the code as its value: a size, a count, a descriptor
+    None,
+    Fails, ///< does nothing, and reports the code: an errno, an IOKit or File Manager code, 0 where NULL is the failure
+    After, ///< does its work, or a part of it, and reports the code all the same
+    Gives  ///< succeeds with the code as its value: a size, a count, a descriptor
 };
 
 struct Ending {
-    Effect effect = Effect::none;
+    Effect effect = Effect::None;
     long code = 0;
 };
 
 /// Where a call goes, and by that how it reports a failure: with an errno, an IOReturn, an OSErr, or not at all.
-enum class Seam : uint8_t { terminal, registry, files, other };
+enum class Seam : uint8_t { Terminal, Registry, Files, Other };
 
 /// One line for each call that a device or a user could see, in the order of the calls.
 using Log = std::vector<std::string>;
@@ -85,9 +85,9 @@ public:
 
     const char *call() const noexcept { return call_; }
     /// The call does not do its work.
-    bool fails() const noexcept { return ending_.effect == Effect::fails; }
-    bool failsAfter() const noexcept { return ending_.effect == Effect::after; }
-    bool gives() const noexcept { return ending_.effect == Effect::gives; }
+    bool fails() const noexcept { return ending_.effect == Effect::Fails; }
+    bool failsAfter() const noexcept { return ending_.effect == Effect::After; }
+    bool gives() const noexcept { return ending_.effect == Effect::Gives; }
     template <typename Code> Code code() const noexcept { return static_cast<Code>(ending_.code); }
 
     /// Of calls that report a code: what this one reports, but for a value that it gives.

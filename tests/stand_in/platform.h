@@ -27,7 +27,7 @@ struct Clock final : platform::Clock {
 
     void sleep(unsigned seconds) override {
         if (platform::stopRequested()) fate().misuse("a sleep was begun after the stop");
-        const Step step(Seam::other, "sleep");
+        const Step step(Seam::Other, "sleep");
         if (platform::stopRequested()) return; // it cuts the sleep short
         slept += seconds;
         step.log(seconds);
@@ -39,7 +39,7 @@ struct Console final : platform::Console {
     std::string out, err;
 
     void print(std::string_view text, bool isError) override {
-        const Step step(Seam::other, "print");
+        const Step step(Seam::Other, "print");
         (isError ? err : out) += text;
         if (fate().keepsLog) fate().log.push_back((isError ? "err " : "out ") + quoted(text));
     }
@@ -55,7 +55,7 @@ struct FileStore final : platform::FileStore {
     OSErr sizeResult = noErr;
 
     OSErr open(const std::string &path, ForkRefNum *fork) override {
-        const Step step(Seam::files, "FSOpenFork");
+        const Step step(Seam::Files, "FSOpenFork");
         if (step.fails()) return step.code<OSErr>();
         if (!files.contains(path)) return fnfErr;
         *fork = static_cast<ForkRefNum>(openForks.empty() ? 1 : openForks.rbegin()->first + 1);
@@ -63,12 +63,12 @@ struct FileStore final : platform::FileStore {
         return noErr;
     }
     OSErr size(ForkRefNum fork, int64_t *bytes) override {
-        const Step step(Seam::files, "FSGetForkSize");
+        const Step step(Seam::Files, "FSGetForkSize");
         if (sizeResult != noErr) return sizeResult;
         return step.store<OSErr>(bytes, static_cast<int64_t>(files[openForks.at(fork)].size()));
     }
     OSErr read(ForkRefNum fork, int64_t offset, ByteCount count, void *buffer, ByteCount *actual) override {
-        const Step step(Seam::files, "FSReadFork");
+        const Step step(Seam::Files, "FSReadFork");
         if (step.fails()) return step.code<OSErr>();
         if (const OSErr result = onRead ? onRead(offset) : OSErr{noErr}; result != noErr) return result;
         const std::string &bytes = files[openForks.at(fork)];
@@ -79,7 +79,7 @@ struct FileStore final : platform::FileStore {
         return *actual == count ? noErr : eofErr;
     }
     OSErr close(ForkRefNum fork) override {
-        const Step step(Seam::files, "FSCloseFork");
+        const Step step(Seam::Files, "FSCloseFork");
         if (openForks.erase(fork) == 0) fate().misuse("a fork was closed that is not open");
         return step.result<OSErr>();
     }
@@ -92,7 +92,7 @@ struct CreationGate final : platform::CreationGate {
     int creations = 0;
 
     bool mayCreate() override {
-        const Step step(Seam::other, "create");
+        const Step step(Seam::Other, "create");
         ++creations;
         return !step.fails() && (failAt == 0 || (failAllAfter ? creations < failAt : creations != failAt));
     }

@@ -46,7 +46,7 @@ struct Registry final : platform::IORegistry, Wire {
     }
     IOReturn deallocatePort(mach_port_t port) override { return takeBack("mach_port_deallocate", port == kMasterPort); }
     bool matching(const char *className, MatchingDictionary *dictionary) override {
-        const Step step(Seam::registry, "IOServiceMatching");
+        const Step step(Seam::Registry, "IOServiceMatching");
         if (step.fails()) return false;
         (*dictionary)["class"] = className;
         return true;
@@ -64,7 +64,7 @@ struct Registry final : platform::IORegistry, Wire {
         });
     }
     io_object_t next(io_object_t iterator) override {
-        const Step step(Seam::registry, "IOIteratorNext");
+        const Step step(Seam::Registry, "IOIteratorNext");
         auto &left = iterators_.at(iterator);
         if (step.fails() || left.empty()) return 0;
         services_[nextObject_] = left.front();
@@ -76,7 +76,7 @@ struct Registry final : platform::IORegistry, Wire {
         return takeBack("IOObjectRelease", iterators_.erase(object) + services_.erase(object) != 0);
     }
     CFTypeRef createProperty(io_object_t service, const char *key) override {
-        const Step step(Seam::registry, "IORegistryEntryCreateCFProperty");
+        const Step step(Seam::Registry, "IORegistryEntryCreateCFProperty");
         if (step.fails()) return 0;
         if (step.gives()) { // a text of that length, or for 0 a number instead of a text
             const auto length = step.code<size_t>();
@@ -97,7 +97,7 @@ struct Registry final : platform::IORegistry, Wire {
 
     /// A call that gives something to be released; one that is scripted to give a value succeeds without giving anything.
     template <typename Make> IOReturn handOut(const char *call, Make make) {
-        const Step step(Seam::registry, call);
+        const Step step(Seam::Registry, call);
         if (step.gives()) return kIOReturnSuccess;
         if (step.fails()) return step.code<IOReturn>();
         make();
@@ -105,7 +105,7 @@ struct Registry final : platform::IORegistry, Wire {
         return step.result<IOReturn>();
     }
     IOReturn takeBack(const char *call, bool isOurs) {
-        const Step step(Seam::registry, call);
+        const Step step(Seam::Registry, call);
         if (!isOurs) fate().misuse(std::string(call) + " of what is not handed out");
         --outstanding;
         return step.result<IOReturn>();

@@ -17,7 +17,7 @@ inline constexpr uint32_t kUsb = kORB_OSX_METHOD_USB, kSerial = kORB_OSX_METHOD_
 inline constexpr int32_t kHostsErrorID = 4711; ///< what the host leaves in ORB_errorID: no identifier of the table
 
 /// What the host has done before.
-enum class Before : uint8_t { nothing, interfaceOpen, portOpen };
+enum class Before : uint8_t { Nothing, InterfaceOpen, PortOpen };
 
 struct Scenario {
     std::string name = {};
@@ -33,7 +33,7 @@ struct Scenario {
     std::string job = {};                    ///< another than the usual, if any
     const char *port = "/dev/plotter";       ///< "" for none
     std::string terminator = ";";            ///< in the job; "" for none
-    Before before = Before::nothing;
+    Before before = Before::Nothing;
 };
 
 void furnish(Platform &platform, const Scenario &scenario);

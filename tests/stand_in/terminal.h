@@ -49,7 +49,7 @@ struct Terminal : platform::Terminal, Wire {
     bool logWrites = true;   ///< false for jobs of many pieces: only `written` then tells
 
     int open(const char *path, int flags) override {
-        const Step step(Seam::terminal, "open");
+        const Step step(Seam::Terminal, "open");
         const std::string access = (flags & O_ACCMODE) == O_RDWR ? "rw" : "other";
         step.log(path, access + (flags & O_NONBLOCK ? "|nonblock" : "") + (flags & O_APPEND ? "|append" : ""));
         if (step.fails()) return step.posixResult();
@@ -58,7 +58,7 @@ struct Terminal : platform::Terminal, Wire {
         return fd;
     }
     int close(int fd) override {
-        const Step step(Seam::terminal, "close");
+        const Step step(Seam::Terminal, "close");
         step.log(fd);
         const int result = outcome(step, fd);
         discard();
@@ -66,7 +66,7 @@ struct Terminal : platform::Terminal, Wire {
         return result;
     }
     ssize_t read(int fd, void *buffer, size_t size) override {
-        const Step step(Seam::terminal, "read");
+        const Step step(Seam::Terminal, "read");
         ssize_t result = outcome(step, fd);
         const size_t room = step.gives() ? std::min(step.code<size_t>(), size) : size;
         const bool isSilent = room != 0 && replies.empty(); // without room, it is the end of the line
@@ -76,7 +76,7 @@ struct Terminal : platform::Terminal, Wire {
         return result;
     }
     ssize_t write(int fd, const void *bytes, size_t size) override {
-        const Step step(Seam::terminal, "write");
+        const Step step(Seam::Terminal, "write");
         const std::string_view text(static_cast<const char *>(bytes), size);
         if (fate().keepsLog && logWrites) step.log(fd, quoted(text));
         if (onWrite) onWrite(text);
@@ -141,7 +141,7 @@ private:
     /// A call that has its effect when it succeeds. Those without arguments are written down as writes are.
     template <typename Effect, typename... Arguments>
     int change(const char *call, int fd, Effect effect, const Arguments &...arguments) {
-        const Step step(Seam::terminal, call);
+        const Step step(Seam::Terminal, call);
         if (logWrites || sizeof...(arguments) != 0) step.log(fd, arguments...);
         const int result = outcome(step, fd);
         if (result == 0) effect();

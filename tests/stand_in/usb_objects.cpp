@@ -15,7 +15,7 @@ public:
         : registry_(registry), device_(device), isDevice_(isDevice) {}
 
     uint32_t Release() override {
-        const Step step(Seam::other, "Release");
+        const Step step(Seam::Other, "Release");
         if (open_ && isDevice_) fate().misuse("a device was released open");
         if (open_ && !isDevice_) fate().log.push_back("released open");
         --registry_.outstanding;
@@ -91,7 +91,7 @@ public:
     }
 
 private:
-    static Step begin(const char *call) { return {Seam::registry, call}; }
+    static Step begin(const char *call) { return {Seam::Registry, call}; }
     template <typename T> static IOReturn store(const char *call, T *out, T value) {
         return begin(call).store<IOReturn>(out, value);
     }

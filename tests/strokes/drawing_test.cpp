@@ -63,19 +63,19 @@ TEST(Place, PutsTheDrawingWhereItIsSaid) {
         {kAsIs, false, {{10, 20}, {40, 30}}},
         {kAsIs, true, {{5, 15}, {35, 25}}},
         {with([](Placement &p) { p.isMirrored = true; }), false, {{40, 20}, {10, 30}}},
-        {with([](Placement &p) { p.turn = Turn::quarter; }), false, {{20, 20}, {10, 50}}},
-        {with([](Placement &p) { p.turn = Turn::quarter, p.isMirrored = true; }), false, {{20, 50}, {10, 20}}},
-        {with([](Placement &p) { p.turn = Turn::threeQuarters; }), true, {{15, 85}, {25, 55}}}, // the page is 100 wide
-        {with([](Placement &p) { p.scale = 2, p.turn = Turn::half; }), false, {{70, 40}, {10, 20}}},
+        {with([](Placement &p) { p.turn = Turn::Quarter; }), false, {{20, 20}, {10, 50}}},
+        {with([](Placement &p) { p.turn = Turn::Quarter, p.isMirrored = true; }), false, {{20, 50}, {10, 20}}},
+        {with([](Placement &p) { p.turn = Turn::ThreeQuarters; }), true, {{15, 85}, {25, 55}}}, // the page is 100 wide
+        {with([](Placement &p) { p.scale = 2, p.turn = Turn::Half; }), false, {{70, 40}, {10, 20}}},
         {with([](Placement &p) { p.isCentred = true; }), false, {{35, 95}, {65, 105}}},
         {with([](Placement &p) {
              p.at = {0, 1};
          }),
          false,
          {{0, 1}, {30, 11}}},
-        {with([](Placement &p) { p.isFitted = true, p.turn = Turn::automatic; }), false, {{80, 10}, {20, 190}}},
-        {with([](Placement &p) { p.turn = Turn::automatic; }), false, {{10, 20}, {40, 30}}},
-        {with([](Placement &p) { p.turn = Turn::automatic, p.scale = 4; }), false, {{50, 20}, {10, 140}}},
+        {with([](Placement &p) { p.isFitted = true, p.turn = Turn::Automatic; }), false, {{80, 10}, {20, 190}}},
+        {with([](Placement &p) { p.turn = Turn::Automatic; }), false, {{10, 20}, {40, 30}}},
+        {with([](Placement &p) { p.turn = Turn::Automatic, p.scale = 4; }), false, {{50, 20}, {10, 140}}},
     };
     cases[9].placement.area = {{0, 10}, {100, 190}};
     for (const auto &c : cases) {

@@ -17,7 +17,7 @@ constexpr language::Rectangle kSheet{{0, 0}, {10900, 7650}};
 
 Drawing readBack(std::string_view plot, std::optional<language::Language> language = {}) {
     PlotStrokes gathered(plot.size());
-    language::PlotReader reader(language, gathered, kSheet, language::Clipping::none);
+    language::PlotReader reader(language, gathered, kSheet, language::Clipping::None);
     reader.take(plot);
     reader.finish();
     EXPECT_EQ(reader.reader()->findings().unknown + reader.reader()->findings().malformed, 0U) << plot.substr(0, 200);

@@ -48,9 +48,9 @@ public:
         const Outcome outcome = next != script_.end() ? next->second.front() : forever->second;
         if (next != script_.end()) next->second.pop_front();
         if (next != script_.end() && next->second.empty()) script_.erase(next);
-        const Effect failure = outcome.error == 0 ? Effect::fails : Effect::after;
-        if (seam == Seam::registry) return {outcome.result == 0 ? Effect::none : failure, outcome.result};
-        return outcome.result == -1 ? Ending{Effect::fails, outcome.error} : Ending{Effect::gives, outcome.result};
+        const Effect failure = outcome.error == 0 ? Effect::Fails : Effect::After;
+        if (seam == Seam::Registry) return {outcome.result == 0 ? Effect::None : failure, outcome.result};
+        return outcome.result == -1 ? Ending{Effect::Fails, outcome.error} : Ending{Effect::Gives, outcome.result};
     }
     void misuse(const std::string &what) override { ADD_FAILURE() << what; }
 

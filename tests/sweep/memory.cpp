@@ -9,7 +9,7 @@ namespace {
 
 void *request(std::size_t size) {
     if (stand_in::Fate::current != nullptr && stand_in::Step::underWay == 0) {
-        const stand_in::Step step(stand_in::Seam::other, "memory");
+        const stand_in::Step step(stand_in::Seam::Other, "memory");
         if (step.fails()) return nullptr;
     }
     return malloc(size == 0 ? 1 : size);

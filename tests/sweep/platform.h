@@ -24,10 +24,10 @@ struct Failure {
 
 constexpr size_t kMostCalls = 200'000; // a hundred times what the longest run makes: only a loop without end gets there
 
-constexpr Failure fails(long code = 0) { return {{Effect::fails, code}}; }
-constexpr Failure after(long code) { return {{Effect::after, code}}; }
-constexpr Failure gives(long value, bool lasting = true) { return {{Effect::gives, value}, lasting}; }
-constexpr Failure stops(long code) { return {{code == 0 ? Effect::none : Effect::fails, code}, false, true}; }
+constexpr Failure fails(long code = 0) { return {{Effect::Fails, code}}; }
+constexpr Failure after(long code) { return {{Effect::After, code}}; }
+constexpr Failure gives(long value, bool lasting = true) { return {{Effect::Gives, value}, lasting}; }
+constexpr Failure stops(long code) { return {{code == 0 ? Effect::None : Effect::Fails, code}, false, true}; }
 
 inline const struct {
     std::vector<const char *> calls;
@@ -72,19 +72,19 @@ inline std::vector<Failure> failuresOf(const Call &call) {
     std::vector<Failure> all;
     for (const auto &[calls, failures] : kFailures)
         if (std::find(calls.begin(), calls.end(), name) != calls.end()) all = failures;
-    if (all.empty() && seam == Seam::terminal) all = {fails(EIO), fails(ENOTTY)};
-    if (all.empty() && seam == Seam::registry) all = {fails(kIOReturnNoDevice), fails(kIOReturnError)};
+    if (all.empty() && seam == Seam::Terminal) all = {fails(EIO), fails(ENOTTY)};
+    if (all.empty() && seam == Seam::Registry) all = {fails(kIOReturnNoDevice), fails(kIOReturnError)};
     if (name != "memory") all.push_back(stops(0)); // in a request for memory it is one in the call before
     return all;
 }
 
-enum class Reach : uint8_t { once, sameCalls, allCalls };
+enum class Reach : uint8_t { Once, SameCalls, AllCalls };
 
 /// The failure of call number `call` (from 1), and whether later calls fail, too. Call 0: none.
 struct Injection {
     size_t call = 0;
     Failure failure = {};
-    Reach reach = Reach::once;
+    Reach reach = Reach::Once;
 };
 
 /// What was offered to a link at once, and again when it was retried.
@@ -112,14 +112,14 @@ struct Platform final : stand_in::Platform {
         const std::string_view call = name;
         const Ending ending = endingOf({seam, name});
         if (call == "read" || call == "ReadPipe") ++reads;
-        if (ending.effect == Effect::fails) {
+        if (ending.effect == Effect::Fails) {
             const bool gone = ending.code == EIO || ending.code == ENXIO;
             // What was drained before is lost when the port is found gone: a hang-up ends a drain, too.
             if ((gone && (call == "write" || call == "TIOCNXCL")) || (call == "tcdrain" && !isStopped)) lose(INT64_MAX);
         } else if (call == "FSReadFork") {
             isRetry_ = false;
         } else if (call == "FSGetForkSize" && isPlotOpen()) {
-            fileBytes = ending.effect == Effect::gives ? ending.code : static_cast<int64_t>(files.files[kPlotPath].size());
+            fileBytes = ending.effect == Effect::Gives ? ending.code : static_cast<int64_t>(files.files[kPlotPath].size());
         }
         return ending;
     }
@@ -145,8 +145,8 @@ private:
             if (isStopped) ORB_hostStop();
             return failure.ending;
         }
-        if (injection.reach == Reach::once) return {};
-        if (injection.reach == Reach::sameCalls) return call == trace[injection.call - 1] ? failure.ending : Ending{};
+        if (injection.reach == Reach::Once) return {};
+        if (injection.reach == Reach::SameCalls) return call == trace[injection.call - 1] ? failure.ending : Ending{};
         const Failure first = failuresOf(call).front();
         return first.lasting ? first.ending : Ending{};
     }

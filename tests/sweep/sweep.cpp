@@ -50,13 +50,13 @@ struct Run {
 
     Run(const Scenario &given, const Injection &injection) : scenario(given), platform(injection) {
         furnish(platform, scenario);
-        if (scenario.before == Before::portOpen) {
+        if (scenario.before == Before::PortOpen) {
             ORB_ServiceRecord earlier = sent;
             earlier.ORB_serviceNumber = kORB_ServiceOpenAndWrite;
             earlier = ORB_getVectorixCS2(earlier);
             sent.ORB_portFD = earlier.ORB_portFD;
             ORB_hostReleaseString(earlier.ORB_CFSTR_message);
-        } else if (scenario.before == Before::interfaceOpen) {
+        } else if (scenario.before == Before::InterfaceOpen) {
             answer() = sent;
             ORB_USB_getCustomergORB_interfaceInterface();
             gORB_interfaceInterface->USBInterfaceOpen();
@@ -185,8 +185,8 @@ struct Sweep {
     /// Each failure of a call comes once, for all later calls of its kind, and with all later calls failing.
     void inject(size_t call, const Outcome &clean) {
         for (const Failure &failure : failuresOf(clean.trace[call - 1])) {
-            for (const Reach reach : {Reach::once, Reach::sameCalls, Reach::allCalls}) {
-                if (reach != Reach::once && !failure.lasting) continue;
+            for (const Reach reach : {Reach::Once, Reach::SameCalls, Reach::AllCalls}) {
+                if (reach != Reach::Once && !failure.lasting) continue;
                 ++injections;
                 run({call, failure, reach}, &clean);
             }

@@ -108,20 +108,20 @@ TEST(VirtualPlotterTest, TellsItsFreeBufferAheadOfWhatWaits) {
 }
 
 TEST(VirtualPlotterTest, HangsAndHangsUpAtTheByte) {
-    for (Fault fault : {Fault::hang, Fault::hangUp}) {
+    for (Fault fault : {Fault::Hang, Fault::HangUp}) {
         for (size_t after : {0U, 1U, 7U}) {
             Played played(faulty(fault, after));
             VirtualPlotter &plotter = played.plotter;
             EXPECT_EQ(plotter.hear("IN;SP1;PA0,0;", {}), after);
             EXPECT_EQ(plotter.hear("OF;", {}), 0U);
-            EXPECT_EQ(plotter.isHanging(), fault == Fault::hang);
-            EXPECT_EQ(plotter.hasHungUp(), fault == Fault::hangUp);
+            EXPECT_EQ(plotter.isHanging(), fault == Fault::Hang);
+            EXPECT_EQ(plotter.hasHungUp(), fault == Fault::HangUp);
         }
     }
 }
 
 TEST(VirtualPlotterTest, HoldsForGoodButStillListens) {
-    Played played(paced(64, faulty(Fault::xoff, 5)));
+    Played played(paced(64, faulty(Fault::Xoff, 5)));
     played.tell("PA0,");
     EXPECT_EQ(played.said, "");
     played.tell("0;PD9,9;PU;");
@@ -131,7 +131,7 @@ TEST(VirtualPlotterTest, HoldsForGoodButStillListens) {
 }
 
 TEST(VirtualPlotterTest, TalksRubbishThatHoldsNobody) {
-    Played played(faulty(Fault::rubbish, 4));
+    Played played(faulty(Fault::Rubbish, 4));
     played.tell("OF;");
     EXPECT_EQ(played.said, "40,40\r") << "before the fault";
     for (int i = 0; i < 2000; ++i)

@@ -61,7 +61,7 @@ double secondsFor(const LimitsOptions &options, bool isUsb) {
     constexpr double kSerial = 16, kSecondReply = 2; // of a language that gives two
     constexpr double kUsb = 66, kSecondUsbReply = 63;
     constexpr int64_t kLongestRequest = 30;
-    const bool givesTwo = emulations::of(options.emulation).reply == emulations::ReplyForm::pairs;
+    const bool givesTwo = emulations::of(options.emulation).reply == emulations::ReplyForm::Pairs;
     if (isUsb) return kUsb + (givesTwo ? kSecondUsbReply : 0);
     return kSerial + (givesTwo ? kSecondReply : 0) + secondsFor(kLongestRequest, options.line);
 }

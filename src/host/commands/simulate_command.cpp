@@ -41,7 +41,7 @@ struct SimulateOptions {
 constexpr struct {
     const char *name;
     Fault fault;
-} kFaults[] = {{"hang", Fault::hang}, {"hangup", Fault::hangUp}, {"rubbish", Fault::rubbish}, {"xoff", Fault::xoff}};
+} kFaults[] = {{"hang", Fault::Hang}, {"hangup", Fault::HangUp}, {"rubbish", Fault::Rubbish}, {"xoff", Fault::Xoff}};
 
 template <class Number> bool readWhole(std::string_view text, Number &number) {
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);

@@ -27,9 +27,9 @@ constexpr struct {
     std::string_view typed;
     Placement::Turn turn;
 } kTurns[] = {
-    {"", Placement::Turn::none},          {"90", Placement::Turn::quarter},
-    {"180", Placement::Turn::half},       {"270", Placement::Turn::threeQuarters},
-    {"auto", Placement::Turn::automatic},
+    {"", Placement::Turn::None},          {"90", Placement::Turn::Quarter},
+    {"180", Placement::Turn::Half},       {"270", Placement::Turn::ThreeQuarters},
+    {"auto", Placement::Turn::Automatic},
 };
 
 Rectangle millimetres(const Rectangle &units) {

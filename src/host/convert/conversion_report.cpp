@@ -14,7 +14,7 @@ using language::Language;
 
 namespace {
 
-const char *nameOf(Language language) { return language == Language::dmpl ? "dmpl" : "hpgl"; }
+const char *nameOf(Language language) { return language == Language::Dmpl ? "dmpl" : "hpgl"; }
 
 std::set<int> pensOf(const strokes::Drawing &drawing) {
     std::set<int> pens;
@@ -36,7 +36,7 @@ Json jsonOf(const StrokeCount &count) {
 std::string printNote(int number) {
     const Language language = *emulations::of(number).language;
     if (number == emulations::kHpgl) return {};
-    const char *terminator = language == Language::dmpl ? " --terminator ," : "";
+    const char *terminator = language == Language::Dmpl ? " --terminator ," : "";
     return fmt::format("print it with --emulation {}{}", number, terminator);
 }
 

@@ -32,7 +32,7 @@ ReadDrawing drawingOf(const PlotFile &file, std::optional<language::Language> ty
     file.requireContents();
     requirePlot(file, typed, "convert");
     strokes::PlotStrokes gathered(static_cast<uint64_t>(file.size()));
-    language::PlotReader plot(typed, gathered, sheet.hardClip, language::Clipping::none);
+    language::PlotReader plot(typed, gathered, sheet.hardClip, language::Clipping::None);
     file.readBlocks([&](std::string_view block) {
         plot.take(block);
         return true;

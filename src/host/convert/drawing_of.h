@@ -12,7 +12,7 @@ namespace host {
 
 struct ReadDrawing {
     strokes::Drawing drawing;
-    language::Language language = language::Language::hpgl; ///< that the plot file is in
+    language::Language language = language::Language::Hpgl; ///< that the plot file is in
 };
 
 /// Reads the whole file. typed: the language of a plot file, where it was typed. sheet: that a plot file is made for, which

@@ -64,7 +64,7 @@ public:
         size_t end = emulations::findEnd(tail, terminator_, emulation_.cut);
         send(tail.substr(0, end));
         tail.remove_prefix(end);
-        const bool isHpgl = emulation_.language == Language::hpgl;
+        const bool isHpgl = emulation_.language == Language::Hpgl;
         if (tail.find("@PJL") != std::string_view::npos)
             result_.endPadding = "a PJL trailer";
         else if (isHpgl && !isPadding(tail) && isPadding(tail, true))

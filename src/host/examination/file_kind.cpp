@@ -97,13 +97,13 @@ FileNature natureOf(const PlotFile &file, std::optional<Language> language) {
     std::string_view head = file.read(0, buffer);
     FileNature nature = byStart(head);
     if (!nature.isPlot() || !language) return nature;
-    if (*language == Language::hpgl && language::guessLanguage(head) == Language::dmpl)
+    if (*language == Language::Hpgl && language::guessLanguage(head) == Language::Dmpl)
         return {FileKind::Dmpl, "in DM/PL (it begins with \";:\"), not in HP-GL", "print it with --emulation dmpl"};
 
     bool isAll = head.size() < kLookedAt;
     Sense sense = senseAs(*language, head, isAll);
     if (sense.isThere()) return {};
-    if (*language == Language::dmpl && senseAs(Language::hpgl, head, isAll).isThere())
+    if (*language == Language::Dmpl && senseAs(Language::Hpgl, head, isAll).isThere())
         return {FileKind::Hpgl, "in HP-GL, not in DM/PL", "print it with --emulation hpgl"};
     return {FileKind::Nonsense,
             sense.good == 0 ? "not a plot: nothing at its start is an instruction"

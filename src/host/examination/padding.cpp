@@ -40,7 +40,7 @@ bool isQuestion(std::string_view text) {
     if (text.size() < 2 || (text.size() > 2 && static_cast<unsigned char>(text[2]) > ' ')) return false;
     const Instruction *instruction =
         findInstruction(static_cast<unsigned char>(text[0]), static_cast<unsigned char>(text[1]));
-    return instruction && instruction->form == Form::request;
+    return instruction && instruction->form == Form::Request;
 }
 
 } // namespace

@@ -55,7 +55,7 @@ virtual_plotter::Sheet sheetOf(const DrawingOptions &options) {
 
 std::optional<Language> languageOf(const DrawingOptions &options) {
     if (options.language == "auto") return std::nullopt;
-    return options.language == "dmpl" ? Language::dmpl : Language::hpgl;
+    return options.language == "dmpl" ? Language::Dmpl : Language::Hpgl;
 }
 
 void requireOtherFile(const char *option, const std::string &output, const std::string &input) {

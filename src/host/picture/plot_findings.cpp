@@ -34,7 +34,7 @@ std::vector<int> pensOf(const Findings &findings) {
     return pens;
 }
 
-const char *nameOf(Oddity::Kind kind) { return kind == Oddity::unknown ? "unknown" : "malformed"; }
+const char *nameOf(Oddity::Kind kind) { return kind == Oddity::Unknown ? "unknown" : "malformed"; }
 
 int64_t signedOf(uint64_t number) { return static_cast<int64_t>(number); }
 
@@ -57,7 +57,7 @@ std::string oddityLines(const Findings &findings) {
 std::string findingsText(const PlotReader &plot) {
     const Findings &findings = plot.reader()->findings();
     std::string text =
-        fmt::format("{}: {}, {}\n", plot.language() == Language::dmpl ? "DM/PL" : "HP-GL",
+        fmt::format("{}: {}, {}\n", plot.language() == Language::Dmpl ? "DM/PL" : "HP-GL",
                     counted(signedOf(findings.bytes), "byte"), counted(signedOf(findings.instructions), "instruction"));
     if (findings.anyDemand) {
         const auto &box = findings.demand;
@@ -102,7 +102,7 @@ std::vector<std::string> lossNotes(const Findings &findings) {
 
 void addFindings(Json &object, const PlotReader &plot) {
     const Findings &findings = plot.reader()->findings();
-    object["language"] = plot.language() == Language::dmpl ? "dmpl" : "hpgl";
+    object["language"] = plot.language() == Language::Dmpl ? "dmpl" : "hpgl";
     object["bytes"] = findings.bytes;
     object["instructions"] = findings.instructions;
     object["unknown"] = findings.unknown;

@@ -1,7 +1,7 @@
 #include "host/print/print.h"
 
-#include "host/obstacles/usb_obstacles.h"
 #include "host/job/job_writer.h"
+#include "host/obstacles/usb_obstacles.h"
 #include "host/plugin/console_lines.h"
 #include "host/plugin/record.h"
 #include "host/plugin/stop_signals.h"

@@ -23,7 +23,7 @@ void setEmulation(PlotterOptions &options, int32_t emulation) {
 
 VirtualPlotter::VirtualPlotter(const PlotterOptions &options, PenSink &sink, const Rectangle &hardClip)
     : options_(options), plot_(options.language, sink, hardClip),
-      questions_(options.limits == ReplyForm::pairs, options.limitTexts, hardClip) {
+      questions_(options.limits == ReplyForm::Pairs, options.limitTexts, hardClip) {
     questions_.onPlot = [this](std::string_view bytes) { plot_.take(bytes); };
     questions_.onReply = [this](std::string_view reply) { say(reply); };
     options_.bufferBytes = std::max<size_t>(options_.bufferBytes, 1);
@@ -37,7 +37,7 @@ VirtualPlotter::VirtualPlotter(const PlotterOptions &options, PenSink &sink, con
 size_t VirtualPlotter::room() const {
     if (isHanging() || hasHungUp()) return 0;
     size_t room = options_.bufferBytes - buffer_.size();
-    if (options_.fault == Fault::hang || options_.fault == Fault::hangUp)
+    if (options_.fault == Fault::Hang || options_.fault == Fault::HangUp)
         room = static_cast<size_t>(std::min<uint64_t>(room, options_.faultAfter - heard_));
     return room;
 }
@@ -69,7 +69,7 @@ void VirtualPlotter::hearByte(char byte, Time now) {
         escape_.clear();
     }
     holdHost();
-    if (reached(Fault::rubbish) && heard_ % kRubbishEvery == 0) say("rubbish");
+    if (reached(Fault::Rubbish) && heard_ % kRubbishEvery == 0) say("rubbish");
 }
 
 void VirtualPlotter::advance(Time now) {
@@ -100,7 +100,7 @@ void VirtualPlotter::finish() {
 }
 
 void VirtualPlotter::holdHost() {
-    if (reached(Fault::xoff)) {
+    if (reached(Fault::Xoff)) {
         if (!holding_) said_ += kXoff;
         holding_ = true;
         return;
@@ -131,7 +131,7 @@ void VirtualPlotter::answer(std::string_view request) {
 }
 
 void VirtualPlotter::say(std::string_view text) {
-    if (!reached(Fault::rubbish)) {
+    if (!reached(Fault::Rubbish)) {
         said_ += text;
         return;
     }

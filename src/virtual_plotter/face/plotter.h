@@ -18,20 +18,20 @@
 namespace virtual_plotter {
 
 enum class Fault : uint8_t {
-    none,
-    hang,    ///< takes nothing any more
-    hangUp,  ///< the line goes away
-    rubbish, ///< answers with random bytes, and says some unasked
-    xoff,    ///< holds the host and never lets it go on
+    None,
+    Hang,    ///< takes nothing any more
+    HangUp,  ///< the line goes away
+    Rubbish, ///< answers with random bytes, and says some unasked
+    Xoff,    ///< holds the host and never lets it go on
 };
 
 struct PlotterOptions {
     std::optional<Language> language; ///< none: as the first bytes tell
-    ReplyForm limits = ReplyForm::commas;
+    ReplyForm limits = ReplyForm::Commas;
     LimitTexts limitTexts; ///< that ask for the limits beside the language's own questions
     size_t bufferBytes = 1024;
     std::chrono::nanoseconds perByte{0}; ///< how long a byte of the buffer takes; 0: it is always empty, and holds nobody
-    Fault fault = Fault::none;
+    Fault fault = Fault::None;
     uint64_t faultAfter = 0; ///< bytes heard before it
 };
 
@@ -65,8 +65,8 @@ public:
     /// What it has said since the last call.
     std::string takeSaid();
     bool isIdle() const { return buffer_.empty(); }
-    bool isHanging() const { return reached(Fault::hang); }
-    bool hasHungUp() const { return reached(Fault::hangUp); }
+    bool isHanging() const { return reached(Fault::Hang); }
+    bool hasHungUp() const { return reached(Fault::HangUp); }
     uint64_t heardBytes() const { return heard_; }
     const PlotReader &plot() const { return plot_; }
 

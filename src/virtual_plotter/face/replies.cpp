@@ -100,7 +100,7 @@ std::string areaReply(std::string_view request, const PenStatus &pen) {
 } // namespace
 
 std::string replyTo(std::string_view request, const Asked &asked, ReplyForm form) {
-    if (request == "OH" && form == ReplyForm::blanks) return corners(asked.pen.hardClip, ' ') + " \r";
+    if (request == "OH" && form == ReplyForm::Blanks) return corners(asked.pen.hardClip, ' ') + " \r";
     if (request.ends_with(",ER")) return areaReply(request, asked.pen);
     for (const Reply &reply : kReplies) {
         if (reply.request == request) return reply.text(asked) + '\r';
