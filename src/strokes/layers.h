@@ -1,0 +1,37 @@
+// A drawing as paper shows it: what an opaque area covers is not seen, so it is not plotted either. Strokes and areas are
+// collected in the order in which they were painted; at the end they are gone through from the top down, and each stroke is
+// cut at the areas that an R-tree of those above it finds. Cutting what is there at each new area would take strokes times
+// areas.
+#pragma once
+
+#include "strokes/region.h"
+#include "strokes/stroke.h"
+
+#include <memory>
+#include <vector>
+
+namespace strokes {
+
+class Layers {
+public:
+    void paint(Stroke stroke) { strokes_.push_back({std::move(stroke), covers_.size()}); }
+    /// Hides what was painted so far.
+    void cover(Region area) { covers_.push_back(std::move(area)); }
+
+    struct Seen {
+        std::vector<Stroke> strokes;
+        bool isComplete = true; ///< false when so much overlaps that some covered strokes were left as they are
+    };
+    /// What is seen, in the order in which it was painted.
+    Seen take() &&;
+
+private:
+    struct Painted {
+        Stroke stroke;
+        size_t covers; ///< that were there before
+    };
+    std::vector<Painted> strokes_;
+    std::vector<Region> covers_;
+};
+
+} // namespace strokes

@@ -1,0 +1,112 @@
+#include "strokes/shape_painter.h"
+
+#include "strokes/unreadable.h"
+
+#include <numbers>
+
+namespace strokes {
+
+namespace {
+
+constexpr size_t kMostPoints = 30'000'000;  // half a gigabyte
+constexpr size_t kMostWork = 2'000'000'000; // edges looked at for clipping and hatching: some ten seconds' worth
+constexpr size_t kSweepStep = 40;           // a step of a sweep, where all edges cross each other
+constexpr double kMostHatches = 1e6;
+constexpr const char *kTooIntricate = "its areas are too intricate; plot it in parts, or hatch it more widely";
+
+Point clamped(Point p, const Box &box) {
+    return {std::clamp(p.x, box.lower.x, box.upper.x), std::clamp(p.y, box.lower.y, box.upper.y)};
+}
+
+} // namespace
+
+void ShapePainter::line(const std::vector<Contour> &contours, const DashPattern &dashes, const Affine &toPage,
+                        const Clip &clip, uint32_t colour) {
+    for (const Contour &contour : contours) {
+        for (auto &dash : dashed(contour.points, dashes, toPage)) {
+            if (!clip || clip->surrounds(boxOf(dash), work_)) {
+                paint(std::move(dash), colour);
+                continue;
+            }
+            for (auto &piece : clipped(dash, *clip, work_))
+                paint(std::move(piece), colour);
+        }
+    }
+}
+
+void ShapePainter::area(const std::vector<Contour> &contours, FillRule rule, const Clip &clip, const Colour &colour,
+                        bool hasLine) {
+    Region area(contours, rule);
+    if (clip && !clip->surrounds(area.box(), work_)) area = common(area, *clip);
+    if (area.isEmpty() || !page_.box().touches(area.box())) return;
+    const bool isOutlined = colour.isSeen && !hasLine;
+    if (isOutlined || (colour.isSeen && fill_.isHatched)) {
+        if (hides_ && colour.isOpaque) layers_.cover(area);
+        for (auto &contour : isOutlined ? area.contours() : std::vector<Contour>())
+            paint(std::move(contour.points), colour.colour);
+        if (fill_.isHatched) hatch(area, colour.colour);
+    } else if (hides_ && colour.isOpaque) {
+        layers_.cover(std::move(area));
+    }
+}
+
+Region ShapePainter::common(const Region &a, const Region &b) {
+    work_ += kSweepStep * (a.sweep() + b.sweep());
+    requireMeasure();
+    return intersection(a, b);
+}
+
+void ShapePainter::requireMeasure() const {
+    if (work_ > kMostWork) throw Unreadable(kTooIntricate);
+    if (points_ > kMostPoints)
+        throw Unreadable("it has more than 30 million points; plot it in parts, or hatch it more widely");
+}
+
+/// Lines at multiples of the spacing from the page's corner, so that those of neighbours meet; to and fro, as a pen goes.
+void ShapePainter::hatch(const Region &area, uint32_t colour) {
+    const double angle = fill_.degrees * std::numbers::pi / 180;
+    const Affine turn{std::cos(angle), std::sin(angle), -std::sin(angle), std::cos(angle), 0, 0}, back = turn.inverseTurn();
+    const auto [l, u] = area.box();
+    Box turned;
+    for (const Point corner : {l, u, Point{l.x, u.y}, Point{u.x, l.y}})
+        turned.add(back(corner));
+    const double first = std::ceil(turned.lower.y / fill_.spacing), last = std::floor(turned.upper.y / fill_.spacing);
+    if (!(last - first < kMostHatches)) throw Unreadable(kTooIntricate);
+    bool isBack = false;
+    for (int i = 0; first + i <= last; ++i, isBack = !isBack) {
+        const double level = (first + i) * fill_.spacing;
+        Point from = turn({turned.lower.x, level}), to = turn({turned.upper.x, level});
+        if (isBack) std::swap(from, to);
+        std::vector<Share> inside;
+        work_ += area.within(from, to, Border::Outside, inside);
+        requireMeasure();
+        for (const Share &share : inside)
+            paint({between(from, to, share.from), between(from, to, share.to)}, colour);
+    }
+}
+
+void ShapePainter::paint(std::vector<Point> points, uint32_t colour) {
+    points.erase(std::unique(points.begin(), points.end()), points.end());
+    if (page_.surrounds(boxOf(points), work_)) {
+        paintOnPage(std::move(points), colour);
+        return;
+    }
+    for (auto &piece : clipped(points, page_, work_))
+        paintOnPage(std::move(piece), colour);
+}
+
+void ShapePainter::paintOnPage(std::vector<Point> points, uint32_t colour) {
+    points_ += points.size();
+    requireMeasure();
+    for (Point &p : points)
+        p = clamped(p, page_.box());
+    layers_.paint({colour, 1, std::move(points)});
+}
+
+std::vector<Stroke> ShapePainter::take(std::vector<std::string> &notes) {
+    auto [strokes, isComplete] = std::move(layers_).take();
+    if (!isComplete) notes.emplace_back("so much overlaps that some covered lines are plotted");
+    return std::move(strokes);
+}
+
+} // namespace strokes
