@@ -48,6 +48,8 @@ hosts in C and in Python.")
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME vectorix)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
+# The programs that read SVG and PDF.
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "librsvg2-bin, poppler-utils")
 set(CPACK_DEBIAN_TOOL_DESCRIPTION "prints plot files on pen plotters and cutters
 A command that sends HP-GL and related plot files to plotters on serial
 ports and on USB, lists them, asks for their limits, and previews plots

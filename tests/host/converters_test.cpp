@@ -1,0 +1,113 @@
+// The converters themselves on files of the test's own, and programs in their place that behave badly, through PATH.
+
+#include "failure_of.h"
+#include "host/converters/converters.h"
+#include "host/plugin/stop_signals.h"
+#include "strokes/svg_reader.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+using namespace host;
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::string kPdf = "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+                         "2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
+                         "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 720 360]/Contents 4 0 R>>endobj\n"
+                         "4 0 obj<</Length 20>>stream\n0 0 m 720 360 l S  \n\nendstream endobj\ntrailer<</Root 1 0 R>>\n";
+
+class Converters : public testing::Test {
+protected:
+    void SetUp() override {
+        folder_ = fs::path(testing::TempDir()) / "converters";
+        fs::create_directories(folder_);
+    }
+    void TearDown() override {
+        setenv("PATH", path_.c_str(), 1);
+        fs::remove_all(folder_);
+    }
+
+    PlotFile file(const std::string &text) {
+        std::ofstream(folder_ / "in") << text;
+        return PlotFile(folder_ / "in", "drawing");
+    }
+    std::string size(const std::string &text, FileKind kind) {
+        const auto drawing = strokes::readSvg(svgOf(file(text), kind, 1), {});
+        return std::to_string(drawing.width) + ' ' + std::to_string(drawing.height) + ' ' +
+               std::to_string(drawing.strokes.size());
+    }
+    /// With a shell script as the only program in PATH.
+    std::pair<ExitCode, std::string> failing(const std::string &script) {
+        const fs::path program = folder_ / "rsvg-convert";
+        fs::remove(program);
+        if (!script.empty()) {
+            std::ofstream(program) << "#!/bin/sh\nPATH=" + path_ + "\n" + script;
+            fs::permissions(program, fs::perms::owner_all);
+        }
+        setenv("PATH", folder_.c_str(), 1);
+        const PlotFile drawing = file("<svg/>");
+        return failureOf([&] {
+            svgOf(drawing, FileKind::Svg, 1, {std::chrono::milliseconds(1000), uint64_t{1} << 30, 4096});
+        });
+    }
+
+    fs::path folder_;
+    std::string path_ = getenv("PATH");
+};
+
+} // namespace
+
+TEST_F(Converters, KeepTheSizeOfAPage) {
+    const std::string line = "><path d='M0 0L9 9' stroke='#000'/></svg>", head = "<svg xmlns='http://www.w3.org/2000/svg' ";
+    EXPECT_EQ(size(head + "width='254mm' height='127mm' viewBox='0 0 10 5'" + line, FileKind::Svg),
+              "254.000000 127.000000 1");
+    EXPECT_EQ(size(head + "width='960' height='480px'" + line, FileKind::Svg), "254.000000 127.000000 1");
+    EXPECT_EQ(size(head + "viewBox='0 0 960 480'" + line, FileKind::Svg), "254.000000 127.000000 1");
+    EXPECT_EQ(size(kPdf, FileKind::Pdf), "254.000000 127.000000 1");
+}
+
+TEST_F(Converters, SayWhatIsWrongWithAFile) {
+    const PlotFile pdf = file(kPdf);
+    auto call = [&](int page) { return failureOf([&] { svgOf(pdf, FileKind::Pdf, page); }); };
+    EXPECT_EQ(call(2), std::pair(ExitCode::Usage, std::string("drawing: it has no page 2; its last page is 1")));
+    EXPECT_EQ(call(0).first, ExitCode::Usage);
+    const auto broken = failureOf([&] { svgOf(file("%PDF-1.4"), FileKind::Pdf, 1); });
+    EXPECT_EQ(broken.first, ExitCode::Unfit);
+    EXPECT_NE(broken.second.find("pdftocairo cannot read it"), std::string::npos) << broken.second;
+}
+
+TEST_F(Converters, AreLimitedWhateverTheyDo) {
+    constexpr struct {
+        const char *what, *script;
+        ExitCode code;
+        const char *text;
+    } kBad[] = {
+        {"missing", "", ExitCode::Missing, "librsvg2-bin"},
+        {"hangs, and what it started as well", "sleep 77.25 & exec sleep 77.25", ExitCode::Unfit, "within 1 s"},
+        {"closes its outputs and hangs", "exec >&- 2>&-; sleep 77.25", ExitCode::Unfit, "within 1 s"},
+        {"leaves its outputs to another", "sleep 77.25 & exit 3", ExitCode::Unfit, "does not say why"},
+        {"floods", "yes", ExitCode::Unfit, "more than 0 MiB"},
+        {"floods what it tells", "yes too bad | head -c 300000 >&2; exit 1", ExitCode::Unfit, "too bad"},
+        {"crashes", "kill -SEGV $$", ExitCode::Unfit, "it crashed (Segmentation fault)"},
+        {"eats memory", "exec python3 -c 'b\"a\" * (1 << 31)'", ExitCode::Unfit, "more memory"},
+        {"writes a file", "cd $(dirname $0) && echo x > written || { echo written: refused >&2; exit 1; }", ExitCode::Unfit,
+         "written: "},
+        {"says nothing", "exit 0", ExitCode::Unfit, "does not say why"},
+        {"needs a password", "echo Incorrect password >&2; exit 1", ExitCode::Unfit, "save it without one"},
+    };
+    for (const auto &[what, script, code, text] : kBad) {
+        const auto failure = failing(script);
+        EXPECT_EQ(failure.first, code) << what;
+        EXPECT_NE(failure.second.find(text), std::string::npos) << what << ": " << failure.second;
+    }
+    std::error_code none;
+    EXPECT_EQ(fs::exists(folder_ / "written") ? fs::file_size(folder_ / "written", none) : 0, 0U);
+    const StopOnSignal stop;
+    EXPECT_EQ(failing("kill -INT $PPID; sleep 77.25").first, ExitCode::Stopped);
+    setenv("PATH", path_.c_str(), 1);
+    EXPECT_NE(system("pgrep -f 'sleep 77.2[5]' > /dev/null"), 0) << "something was left behind";
+}
