@@ -32,13 +32,20 @@ TEST_F(ConvertCommandTest, PoursPlotsOutAndLeavesThemWhereTheyAre) {
     result = run({"convert", plot, "-o", "-", "-q", "--emulation", "dmpl", "--at", "1,2"});
     EXPECT_EQ(result.out, ";:ECN,A,P2,U40,80,D80440,80,P1,U440,80,D448,88,U0,0,@");
     const std::string out = path("o"), pdf = file("a.pdf", "%PDF-1.4\n");
-    expectRefusals({{{"convert", pdf, "-o", out}, 7, "not a plot, but a PDF document; export"},
+    const std::string svg =
+        file("a.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='50mm' height='20mm' viewBox='0 0 50 20'>"
+                      "<path d='M10 10H40' stroke='red'/><path d='M40 5H10' stroke='black'/></svg>");
+    result = run({"convert", svg, "-o", "-", "--at", "0,0", "--pens", "black=1,red=3"});
+    EXPECT_EQ(result.out, "IN;SP3;PU0,0;PD1200,0;SP1;PU1200,200;PD0,200;PU0,0;SP0;");
+    expectRefusals({{{"convert", pdf, "-o", out}, 7, "a.pdf: "},
                     {{"convert", file("none", "IN;PU5,5;"), "-o", out}, 7, "nothing in it draws"},
                     {{"convert", plot, "-o", plot}, 2, "is the input"},
                     {{"convert", plot, "-o", out, "--emulation", "17009"}, 2, "no plot can be written for 17009"},
                     {{"convert", plot, "-o", out, "--margin", "200"}, 2, "leave nothing of this sheet"},
                     {{"convert", plot, "-o", out, "--at", "1"}, 2, "1 is no place"},
                     {{"convert", plot, "-o", out, "--pens", "red=1"}, 2, "names a colour"},
+                    {{"convert", svg, "-o", out, "--pens", "1=2"}, 2, "names a pen"},
+                    {{"convert", svg, "-o", out, "--fill", "hatch:0"}, 2, "unknown fill"},
                     {{"convert", plot, "-o", out, "--scale", "nan"}, 2, "nan is not a number"}});
     EXPECT_FALSE(std::filesystem::exists(out));
 }

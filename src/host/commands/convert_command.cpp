@@ -45,25 +45,33 @@ ExitCode convert(const ConvertOptions &options) {
 
 void addConvertCommand(const Command &app) {
     auto options = std::make_shared<ConvertOptions>();
-    Command command = app.add("convert", "Make another plot file of one: placed, ordered, cut well");
+    Command command = app.add("convert", "Make a plot file of a drawing: SVG, PDF, or another plot");
     std::vector<JsonFields> fields = conversionFields();
     fields.insert(fields.begin(), {{"exitCode, message, notes", "only the first two when nothing was written"},
                                    {"plotFile, output", "as they were named"}});
     command.explain(
-        {"The plot is read as the plotter in software reads it, and written anew: lines and pens alone, labels, arcs and "
-         "fills "
-         "as the lines that they come to. Nothing is cut off at the sheet's edges. What is written can be cut wherever a "
-         "print has to: no instruction is sent in two pieces.\n\n"
+        {"SVG is read by rsvg-convert (Debian package librsvg2-bin), PDF by pdftocairo (poppler-utils): lines, however "
+         "wide, "
+         "are drawn as one, text as the outlines of its letters, areas as theirs, with hatching on demand. Pictures are "
+         "left "
+         "out, and what a later area covers. A plot is read as the plotter in software reads it: labels, arcs and fills as "
+         "the "
+         "lines that they come to.\n\n"
+         "Nothing is cut off at the sheet's edges. What is written can be cut wherever a print has to: no instruction is "
+         "sent "
+         "in two pieces.\n\n"
          "Without an option for its place, what is drawn stays where it is; turned, mirrored or scaled, its lower left "
          "corner "
          "does.",
-         {{"vectorix convert drawing.plt -o small.plt --sheet a4-portrait --margin 15 --fit --rotate auto",
+         {{"vectorix convert drawing.svg -o drawing.plt --fit --rotate auto", "As large as A4 holds it."},
+          {"vectorix convert drawing.pdf -o page.plt --page 1 --pens black=1,red=2", "A page, with two pens."},
+          {"vectorix convert drawing.plt -o small.plt --sheet a4-portrait --margin 15 --fit --rotate auto",
            "As large as an upright sheet holds it."},
           {"vectorix convert drawing.plt -o quick.plt --order nearest", "Drawn with as little lifting as can be."},
           {"vectorix convert drawing.plt -o cut.dmpl --emulation dmpl", "In DM/PL, in which cutters are sent theirs."},
           {"vectorix convert - -o small.plt --scale 0.5 < drawing.plt", "Half as large, of what another program says."}},
          fields});
-    command.option("PLOT", options->input, "Plot file; - for standard input").required().valueName("");
+    command.option("PLOT", options->input, "SVG, PDF or plot file; - for standard input").required().valueName("");
     command.option("-o,--output", options->output, "Plot file to write; - for standard output").required().valueName("FILE");
     addLanguage(command, options->drawing);
     addEmulation(command, options->emulation)

@@ -1,5 +1,6 @@
 #include "host/convert/conversion.h"
 
+#include "host/convert/typed_fill.h"
 #include "host/convert/typed_point.h"
 #include "host/terminal/failure.h"
 #include "host/terminal/text.h"
@@ -68,11 +69,26 @@ Placement placementOf(const Sheet &sheet, const ConvertOptions &options) {
 
 StrokeCount countOf(const strokes::Drawing &drawing) { return {drawing.strokes.size(), travelOf(drawing)}; }
 
-void putInOrder(strokes::Drawing &drawing, const ConvertOptions &options) {
-    const bool isNearest = options.order == "nearest";
+void putInOrder(strokes::Drawing &drawing, bool isPlot, const ConvertOptions &options) {
+    const bool isNearest = options.order == "nearest" || (options.order.empty() && !isPlot);
     if (isNearest) orderNearest(drawing);
     const double tolerance = options.simplify.value_or(isNearest ? kHalfUnit : 0);
     if (tolerance > 0) simplify(drawing, tolerance);
+}
+
+/// Throws Failure (usage) for rules that fit the other kind of drawing.
+void choosePens(strokes::Drawing &drawing, bool isPlot, const ConvertOptions &options) {
+    std::vector<strokes::PenRule> rules;
+    if (!options.pens.empty()) rules = strokes::parsePens(options.pens);
+    for (const strokes::PenRule &rule : rules) {
+        if (rule.colour.has_value() != isPlot) continue;
+        throw Failure(ExitCode::Usage,
+                      fmt::format("--pens: {} names a {}", options.pens,
+                                  isPlot ? "colour, and a plot file's strokes have none; write PEN=PEN, as in 1=2"
+                                         : "pen where a drawing has colours; write COLOUR=PEN, as in red=2"));
+    }
+    if (isPlot) return exchangePens(drawing, rules);
+    assignPens(drawing, rules, options.carousel);
 }
 
 bool lies(const Rectangle &inner, const Rectangle &outer) {
@@ -110,12 +126,16 @@ Conversion conversionOf(const PlotFile &input, const ConvertOptions &options) {
     const Sheet sheet = sheetOf(options.drawing);
     const Placement placement = placementOf(sheet, options);
     Conversion made;
-    made.read = drawingOf(input, languageOf(options.drawing), sheet);
+    made.read = drawingOf(input, {languageOf(options.drawing),
+                                  sheet,
+                                  options.page,
+                                  {.fill = *typedFill(options.fill), .hides = !options.showsHidden}});
     strokes::Drawing &drawing = made.read.drawing;
-    if (!options.pens.empty()) exchangePens(drawing, strokes::parsePens(options.pens));
+    const bool isPlot = made.read.language.has_value();
+    choosePens(drawing, isPlot, options);
     made.placed = place(drawing, placement);
     made.before = countOf(drawing);
-    putInOrder(drawing, options);
+    putInOrder(drawing, isPlot, options);
     made.after = countOf(drawing);
     made.extent = *extentOf(drawing);
     made.leavesSheet = !lies(made.extent, millimetres(sheet.hardClip));

@@ -29,7 +29,11 @@ struct ConvertOptions {
     bool isCentred = false;
     std::string at; ///< "X,Y"
     std::string pens;
-    std::string order = "as-drawn";
+    int carousel = 8;
+    std::string order; ///< empty: nearest for SVG and PDF, as-drawn for a plot
+    int page = 1;
+    std::string fill = "outline";
+    bool showsHidden = false;
     std::optional<double> simplify;
     Telling telling;
 };

@@ -67,7 +67,7 @@ std::string conversionText(const Conversion &conversion, const ConvertOptions &o
 
 void addConversion(Json &report, const Conversion &conversion) {
     const auto &[lower, upper] = conversion.extent;
-    report["language"] = nameOf(conversion.read.language);
+    report["language"] = conversion.read.language ? Json(nameOf(*conversion.read.language)) : Json();
     report["bytes"] = conversion.plot.size();
     report["box"] = std::vector{lower.x, lower.y, upper.x, upper.y};
     report["leavesSheet"] = conversion.leavesSheet;
@@ -80,7 +80,7 @@ void addConversion(Json &report, const Conversion &conversion) {
 
 std::vector<JsonFields> conversionFields() {
     return {
-        {"language", "of the plot that was read: hpgl or dmpl"},
+        {"language", "of the plot that was read: hpgl or dmpl; null for SVG and PDF"},
         {"bytes", "that were written"},
         {"box", "left, lower, right, upper in mm from the corner of the pen's area, of all\n"
                 "that is drawn"},

@@ -1,10 +1,12 @@
 // What can be typed for pens, place and order.
 #include "host/convert/conversion.h"
+#include "host/convert/typed_fill.h"
 #include "host/convert/typed_point.h"
 
 #include "strokes/order.h"
 #include "strokes/pens.h"
 
+#include <cmath>
 #include <fmt/format.h>
 
 namespace host {
@@ -50,24 +52,64 @@ void addPlacing(const Command &command, ConvertOptions &options) {
 
 std::string faultOfPens(const std::string &text) {
     try {
-        for (const strokes::PenRule &rule : strokes::parsePens(text)) {
-            if (rule.colour) return text + " names a colour, and a plot file's strokes have none; write PEN=PEN, as in 1=2";
-        }
+        strokes::parsePens(text);
     } catch (const std::invalid_argument &error) {
         return error.what();
     }
     return {};
 }
 
+void addReading(const Command &command, ConvertOptions &options) {
+    Option page = command.option("--page", options.page, "Page of a PDF document (1)");
+    Option fill =
+        command.option("--fill", options.fill,
+                       "Areas of SVG and PDF: their outline, or hatched as well, with lines so many mm apart (0.5) at "
+                       "an angle (45) (outline)");
+    Option hidden = command.flag("--no-hide", options.showsHidden, "Plot also what lies under an area that is filled later");
+    page.between(1, 1'000'000).valueName("N");
+    fill.check([](const std::string &text) {
+            return typedFill(text)
+                       ? std::string()
+                       : fmt::format("unknown fill: {}; use outline, or hatch:MM:ANGLE, as in hatch:0.5:45", text);
+        })
+        .valueName("outline|hatch[:MM[:ANGLE]]");
+    for (Option option : {page, fill, hidden})
+        option.group("SVG and PDF");
+}
+
 } // namespace
 
+std::optional<strokes::FillStyle> typedFill(const std::string &text) {
+    constexpr double kLeast = 0.05, kMost = 100, kTurn = 360;
+    strokes::FillStyle fill;
+    if (text == "outline") return fill;
+    const size_t first = text.find(':'), second = first == std::string::npos ? first : text.find(':', first + 1);
+    if (text.substr(0, first) != "hatch") return {};
+    fill.isHatched = true;
+    if (first == std::string::npos) return fill;
+    const std::optional<double> spacing = typedNumber(text.substr(first + 1, second - first - 1));
+    if (!spacing || !(*spacing >= kLeast && *spacing <= kMost)) return {};
+    fill.spacing = *spacing;
+    if (second == std::string::npos) return fill;
+    const std::optional<double> degrees = typedNumber(text.substr(second + 1));
+    if (!degrees || !(std::abs(*degrees) <= kTurn)) return {};
+    fill.degrees = *degrees;
+    return fill;
+}
+
 void addConvertOptions(const Command &command, ConvertOptions &options) {
+    addReading(command, options);
     addPlacing(command, options);
-    Option pens = command.option("--pens", options.pens, "Draw with other pens: 1=2,2=1 exchanges two");
+    Option pens =
+        command.option("--pens", options.pens,
+                       "Which pen draws a colour: black=1,red=2,#00f=3 (as they appear); of a plot, which other pen: "
+                       "1=2,2=1");
+    Option carousel =
+        command.option("--carousel", options.carousel, "Pens that the plotter holds; nearest colours share one (8)");
     Option order =
         command.option("--order", options.order,
                        fmt::format("Which stroke comes next; nearest also turns strokes round, and joins those that "
-                                   "touch ({} mm) (as-drawn)",
+                                   "touch ({} mm) (nearest; of a plot as-drawn)",
                                    strokes::kTouching));
     Option simplify =
         command.option("--simplify", options.simplify,
@@ -76,7 +118,8 @@ void addConvertOptions(const Command &command, ConvertOptions &options) {
     pens.check(faultOfPens).valueName("FROM=PEN,...");
     order.oneOf({"nearest", "as-drawn"}).valueName("nearest|as-drawn");
     simplify.check(within(0, kMostMillimetres)).valueName("MM");
-    for (Option option : {pens, order, simplify})
+    carousel.between(1, 255).valueName("N");
+    for (Option option : {pens, carousel, order, simplify})
         option.group("Strokes");
 }
 

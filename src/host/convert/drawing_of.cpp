@@ -1,12 +1,16 @@
 #include "host/convert/drawing_of.h"
 
+#include "host/converters/converters.h"
 #include "host/examination/file_kind.h"
 #include "host/picture/plot_findings.h"
+#include "host/plugin/stop_signals.h"
 #include "host/terminal/failure.h"
 #include "host/terminal/text.h"
 #include "strokes/from_plot.h"
+#include "strokes/unreadable.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 namespace host {
 
@@ -26,23 +30,40 @@ std::vector<std::string> notesOf(const language::Findings &findings, uint64_t lo
     return notes;
 }
 
-} // namespace
-
-ReadDrawing drawingOf(const PlotFile &file, std::optional<language::Language> typed, const virtual_plotter::Sheet &sheet) {
-    file.requireContents();
-    requirePlot(file, typed, "convert");
+ReadDrawing fromPlot(const PlotFile &file, const ReadOptions &options) {
+    requirePlot(file, options.language, "convert");
     strokes::PlotStrokes gathered(static_cast<uint64_t>(file.size()));
-    language::PlotReader plot(typed, gathered, sheet.hardClip, language::Clipping::None);
+    language::PlotReader plot(options.language, gathered, options.sheet.hardClip, language::Clipping::None);
     file.readBlocks([&](std::string_view block) {
         plot.take(block);
         return true;
     });
     plot.finish();
     ReadDrawing read{gathered.take(), plot.language()};
-    if (read.drawing.strokes.empty())
-        throw Failure(ExitCode::Unfit, fmt::format("{}: nothing in it draws; give a plot that does", shown(file.path())));
     read.drawing.notes = notesOf(plot.reader()->findings(), gathered.lostPoints());
     return read;
+}
+
+ReadDrawing fromSvg(const PlotFile &file, FileKind kind, const ReadOptions &options) {
+    const StopOnSignal signals; // a converter ends with a stop
+    try {
+        return {strokes::readSvg(svgOf(file, kind, options.page), options.svg), {}};
+    } catch (const strokes::Unreadable &error) {
+        throw Failure(ExitCode::Unfit, fmt::format("{}: {}", shown(file.path()), error.what()));
+    }
+}
+
+} // namespace
+
+ReadDrawing drawingOf(const PlotFile &file, const ReadOptions &options) {
+    file.requireContents();
+    const FileKind kind = options.language ? FileKind::Plot : natureOf(file, {}).kind;
+    const bool isSvg = kind == FileKind::Svg || kind == FileKind::Pdf;
+    ReadDrawing read = isSvg ? fromSvg(file, kind, options) : fromPlot(file, options);
+    if (!read.drawing.strokes.empty()) return read;
+    const std::vector<std::string> &notes = read.drawing.notes;
+    throw Failure(ExitCode::Unfit, fmt::format("{}: nothing in it draws{}; give a drawing of lines", shown(file.path()),
+                                               notes.empty() ? "" : fmt::format(" ({})", fmt::join(notes, "; "))));
 }
 
 } // namespace host

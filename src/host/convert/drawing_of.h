@@ -4,20 +4,30 @@
 #include "host/files/plot_file.h"
 #include "language/language.h"
 #include "strokes/stroke.h"
+#include "strokes/svg_reader.h"
 #include "virtual_plotter/drawing/sheet.h"
 
 #include <optional>
 
 namespace host {
 
-struct ReadDrawing {
-    strokes::Drawing drawing;
-    language::Language language = language::Language::Hpgl; ///< that the plot file is in
+/// How a file is to be read.
+struct ReadOptions {
+    std::optional<language::Language> language; ///< of a plot file, where it was typed
+    /// That a plot file is made for: how large what it measures by the sheet becomes. Nothing is cut off at its edges.
+    virtual_plotter::Sheet sheet;
+    int page = 1; ///< of a PDF document
+    strokes::SvgOptions svg;
 };
 
-/// Reads the whole file. typed: the language of a plot file, where it was typed. sheet: that a plot file is made for, which
-/// decides how large what it measures by the sheet becomes; nothing is cut off at its edges. Throws Failure (unfit) for a
-/// file of another kind, and one that draws nothing.
-ReadDrawing drawingOf(const PlotFile &file, std::optional<language::Language> typed, const virtual_plotter::Sheet &sheet);
+struct ReadDrawing {
+    strokes::Drawing drawing;
+    /// That the plot file is in, whose strokes have pens; none for SVG and PDF, whose strokes have colours.
+    std::optional<language::Language> language;
+};
+
+/// Reads the whole file: a plot, an SVG drawing, or a page of a PDF document. Throws Failure: unfit for a file of another
+/// kind, and for one that draws nothing; as svgOf() does for SVG and PDF.
+ReadDrawing drawingOf(const PlotFile &file, const ReadOptions &options);
 
 } // namespace host

@@ -16,6 +16,7 @@ namespace {
 
 constexpr size_t kLookedAt = size_t{64} * 1024; // bytes: a few thousand instructions, in a millisecond
 constexpr const char *kExport = "export the drawing in the plotter's language";
+constexpr const char *kConvert = "make a plot of it with 'vectorix convert'";
 
 /// In the order in which they are tried.
 constexpr struct {
@@ -25,9 +26,9 @@ constexpr struct {
     const char *remedy = kExport;
 } kStarts[] = {
     {"%!", FileKind::PostScript, "a PostScript document"},
-    {"%PDF-", FileKind::Pdf, "a PDF document"},
-    {"<svg", FileKind::Svg, "an SVG drawing"},
-    {"<!DOCTYPE svg", FileKind::Svg, "an SVG drawing"},
+    {"%PDF-", FileKind::Pdf, "a PDF document", kConvert},
+    {"<svg", FileKind::Svg, "an SVG drawing", kConvert},
+    {"<!DOCTYPE svg", FileKind::Svg, "an SVG drawing", kConvert},
     {"<?xml", FileKind::Xml, "an XML document"},
     {"<!DOCTYPE", FileKind::WebPage, "a web page"},
     {"<html", FileKind::WebPage, "a web page"},
@@ -62,7 +63,7 @@ FileNature byStart(std::string_view head) {
         if (start.rfind(row.start, 0) != 0) continue;
         bool isSvg = row.kind == FileKind::Xml && head.find("<svg") != std::string_view::npos;
         return {isSvg ? FileKind::Svg : row.kind, fmt::format("not a plot, but {}", isSvg ? "an SVG drawing" : row.name),
-                row.remedy};
+                isSvg ? kConvert : row.remedy};
     }
     return {};
 }

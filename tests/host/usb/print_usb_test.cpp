@@ -79,14 +79,17 @@ TEST_F(PrintUsbTest, StopsWhilePlotterDoesNotTake) {
 // The pauses of a query are real: four seconds, here side by side. The first plotter listens on the pipe that only its
 // identifier names: without it the command would write to the in endpoint. The second is of another language, and has its in
 // endpoint first.
-TEST_F(PrintUsbTest, AsksThePlotterOnItsOwnPipeInItsOwnLanguage) {
+TEST_F(PrintUsbTest, AsksThePlotterOnItsOwnPipe) {
     const bed::AnsweringPlotter hpgl(*bed, {.settings = {{}, {{0x01}, {0x82}}}}, 17002);
-    const bed::AnsweringPlotter dmpl(*bed, {.place = "1-2", .vendor = 0x099F, .settings = {{{0x81}, {0x02}}}}, 17030);
-    Running asking({"limits", "--usb", "0b75:0402", "--plotter-id", "20596"});
-    Running another({"limits", "--usb", "099f:0402", "--emulation", "17030", "--variant", "3"});
-    EXPECT_TRUE(ended(asking.wait(), 0, "lower left   0, 0\nupper right  10000, 8000\nsize         250.0 x 200.0 mm\n"));
+    const Result result = run({"limits", "--usb", "--plotter-id", "20597"});
+    EXPECT_TRUE(ended(result, 0, "lower left   0, 0\nupper right  10000, 8000\nsize         250.0 x 200.0 mm\n"));
     EXPECT_EQ(hpgl.usb().written(), "IN;IN;OH;");
-    EXPECT_TRUE(ended(another.wait(), 0, "value 1      0\nvalue 2      0\nvalue 3      2500\nvalue 4      2000\n"));
+}
+
+TEST_F(PrintUsbTest, AsksThePlotterInItsOwnLanguage) {
+    const bed::AnsweringPlotter dmpl(*bed, {.vendor = 0x099F, .settings = {{{0x81}, {0x02}}}}, 17030);
+    const Result result = run({"limits", "--usb", "--emulation", "17030", "--variant", "3"});
+    EXPECT_TRUE(ended(result, 0, "value 1      0\nvalue 2      0\nvalue 3      2500\nvalue 4      2000\n"));
     EXPECT_EQ(dmpl.usb().written(), ";:EH,ECM,ER,Q@");
     EXPECT_EQ(dmpl.usb().log().back(), "release");
 }
