@@ -60,7 +60,7 @@ TEST_F(ExampleHostTest, PrintsAndAsks) {
 }
 
 TEST_F(ExampleHostTest, ListsPortsAndPlotters) {
-    BedTest::SetUp();
+    makeBed();
     if (IsSkipped()) return;
     EXPECT_EQ(start({"ports"}).wait().code, 3);
     EXPECT_EQ(start({"plotters", "0b75", "0402"}).wait().code, 3);

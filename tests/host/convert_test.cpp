@@ -20,7 +20,7 @@ TEST_F(ConvertCommandTest, WritesAPlotThatPrintsInWholeInstructions) {
     auto printed = nlohmann::json::parse(run({"print", plot, "--capture", path("c"), "--json"}).out);
     EXPECT_EQ(printed["uncutChunks"], 0);
     auto drawn = nlohmann::json::parse(run({"preview", plot, "-o", path("p.svg"), "--sheet", "a3-portrait", "--json"}).out);
-    for (int i = 0; i < 4; ++i)
+    for (size_t i = 0; i < 4; ++i)
         EXPECT_NEAR(drawn["box"][i].get<double>(), made["box"][i].get<double>(), 0.013);
 }
 

@@ -55,8 +55,9 @@ class UsbTest : public HostTest {
 protected:
     /// A device with its files, or one of its interfaces.
     void add(const std::string &name, const std::map<std::string, std::string> &files, const std::string &below = "") {
+        const std::string folder = "sys/devices/" + below + name + "/";
         for (const auto &[key, value] : files)
-            file("sys/devices/" + below + name + "/" + key, value);
+            file(folder + key, value);
         fs::create_directories(path("sys/bus/usb/devices"));
         fs::create_directory_symlink(path("sys/devices/" + below + name), path("sys/bus/usb/devices/" + name));
     }

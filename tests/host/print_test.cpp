@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -29,7 +30,7 @@ TEST_F(PrintCommandTest, ReportsWhatArrivedAndWhatWasNotSent) {
     for (const auto &[script, words, code, says, arrives] : kRows) {
         const std::string out = std::to_string(printing.size());
         printing.push_back(
-            shell("cd " + folder_ + "; " + script + "\"$0\" print --json --capture " + out + " \"$@\"", words));
+            shell(fmt::format("cd {}; {}\"$0\" print --json --capture {} \"$@\"", folder_, script, out), words));
     }
     for (size_t i = 0; i < printing.size(); ++i) {
         const auto &[script, words, code, says, arrives] = kRows[i];
@@ -53,7 +54,7 @@ TEST_F(PrintCommandTest, SendsToolStringsAndHonoursTheLineSettingsTypedOrOfAProf
     Running printing[] = {
         shell(print + options + plotters[0].port()),
         shell("\"$0\" profile add dmp" + options + plotters[1].port() + " >/dev/null && " + print + " -p dmp")};
-    for (size_t i : {0, 1}) {
+    for (const size_t i : {size_t{0}, size_t{1}}) {
         SCOPED_TRACE(i);
         ASSERT_TRUE(plotters[i].hasHeard());
         const termios line = plotters[i].attributes();

@@ -149,9 +149,9 @@ TEST_F(ProfileTest, LivesInTheConfigurationFolder) {
     EXPECT_EQ(shell(home + add).wait().code, 0);
     EXPECT_TRUE(fs::exists(path("home/.config/vectorix/profiles/x.toml")));
     for (const char *rights : {"0", "500"}) {
-        const std::string closed = std::string("rm -rf \"$1\"; mkdir -m ") + rights + " \"$1\"; HOME=\"$1\" ";
-        EXPECT_TRUE(
-            ended(shell("XDG_CONFIG_HOME=; " + closed + add, {path("closed")}).wait(), 4, "profiles are kept below it"));
+        const std::string closed =
+            fmt::format("XDG_CONFIG_HOME=; rm -rf \"$1\"; mkdir -m {} \"$1\"; HOME=\"$1\" {}", rights, add);
+        EXPECT_TRUE(ended(shell(closed, {path("closed")}).wait(), 4, "profiles are kept below it"));
     }
     EXPECT_TRUE(ended(shell("unset HOME XDG_CONFIG_HOME; " + add).wait(), 2, "set HOME"));
 }
@@ -178,6 +178,7 @@ TEST_F(ProfileTest, ReplacesWholeOrNotAtAll) {
 
 TEST_F(ProfileTest, OfMakersAtTheSameTimeOneWins) {
     std::vector<Running> makers;
+    makers.reserve(4);
     for (int i = 0; i < 4; ++i)
         makers.emplace_back(Words{"profile", "add", "shared", "--emulation", fmt::format("{}", 17002 + i)});
     Words winners;

@@ -17,21 +17,8 @@ size_t below(size_t limit) { return generator() % limit; }
 
 /// Made of what cutting depends on. Some are exactly a chunk long, or a byte to either side.
 std::string randomPlot() {
-    static const std::string kParts[] = {";PD",
-                                         ",D",
-                                         "\x03"
-                                         "D",
-                                         "D",
-                                         ";",
-                                         ",",
-                                         "@",
-                                         "\x03",
-                                         "PU1,2",
-                                         "12,34",
-                                         "LBtext",
-                                         std::string(17, 'x'),
-                                         "\r\n",
-                                         "\x1B.("};
+    static const std::string kParts[] = {
+        ";PD", ",D", "\3D", "D", ";", ",", "@", "\x03", "PU1,2", "12,34", "LBtext", std::string(17, 'x'), "\r\n", "\x1B.("};
     static const std::string kRare[] = {std::string(1, '\0'), std::string(3, '\0'), "\x80", std::string(300, ' ')};
     std::string plot;
     size_t rareOneIn = below(2) == 0 ? 100'000 : 60;

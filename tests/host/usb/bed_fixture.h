@@ -9,7 +9,8 @@
 
 class BedTest : public HostTest {
 protected:
-    void SetUp() override {
+    void SetUp() override { makeBed(); }
+    void makeBed() {
         if (const char *reason = bed::whyNot()) GTEST_SKIP() << reason;
         bed.emplace();
         // For the command, which is not linked to it as this program is.
