@@ -15,8 +15,4 @@ constexpr double kTouching = 1 / language::kUnitsPerMillimetre;
 /// Every stroke must have a point.
 void orderNearest(Drawing &drawing);
 
-/// Leaves out points, but never a stroke's first and last, as long as the line stays within so many millimetres of what it
-/// was, and what it was of it. Takes one step a point.
-void simplify(Drawing &drawing, double tolerance);
-
 } // namespace strokes

@@ -1,6 +1,6 @@
 // Leaving out points: one look at each, however long the line.
+#include "strokes/simplify.h"
 #include "strokes/measure.h"
-#include "strokes/order.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,6 +2,7 @@
 #include "strokes/order.h"
 #include "strokes/pens.h"
 #include "strokes/place.h"
+#include "strokes/simplify.h"
 
 #include <gtest/gtest.h>
 

@@ -6,6 +6,7 @@
 #include "host/terminal/text.h"
 #include "strokes/order.h"
 #include "strokes/pens.h"
+#include "strokes/simplify.h"
 #include "strokes/write.h"
 
 #include <algorithm>
