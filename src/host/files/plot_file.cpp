@@ -42,9 +42,17 @@ void requireInputFile(const std::string &path, const char *what) {
 }
 
 PlotFile::PlotFile(const std::string &path, std::string name)
-    : path_(path), name_(std::move(name)), isStream_(isPlotStream(path)),
-      fd_(isStream_ ? keepPlotStream(path) : openInput(path, "plot file", opened_)) {
-    if (isStream_) fstat(fd_.get(), &opened_);
+    : path_(path), name_(std::move(name)), isUnnamed_(isPlotStream(path)),
+      fd_(isUnnamed_ ? keepPlotStream(path).take() : openInput(path, "plot file", opened_)) {
+    if (isUnnamed_) fstat(fd_.get(), &opened_);
+}
+
+PlotFile::PlotFile(KeptFile kept) : name_(kept.name()), isUnnamed_(true), fd_(kept.take()) { fstat(fd_.get(), &opened_); }
+
+PlotFile PlotFile::holding(std::string name, std::string_view bytes) {
+    KeptFile kept(std::move(name));
+    kept.add(bytes);
+    return PlotFile(std::move(kept));
 }
 
 void PlotFile::requireContents() const {
@@ -71,7 +79,7 @@ void PlotFile::readBlocks(const std::function<bool(std::string_view block)> &loo
 
 PlotChange PlotFile::change() const {
     struct stat now, named;
-    if (isStream_ || fstat(fd_.get(), &now) != 0) return {};
+    if (isUnnamed_ || fstat(fd_.get(), &now) != 0) return {};
     if (now.st_size != opened_.st_size) {
         return {true, fmt::format("its size changed while it was printed, from {} to {} bytes; print it again once it is "
                                   "finished",

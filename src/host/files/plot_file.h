@@ -3,6 +3,7 @@
 // writing to the file itself: that is found afterwards, by change().
 #pragma once
 
+#include "host/files/kept_file.h"
 #include "host/files/plot_stream.h"
 #include "host/files/unique_fd.h"
 
@@ -30,6 +31,10 @@ public:
     explicit PlotFile(const std::string &path) : PlotFile(path, streamName(path)) {}
     /// The same, of a file that messages call otherwise.
     PlotFile(const std::string &path, std::string name);
+    /// A plot that is no file of the user's: messages call it by the name that it was kept under.
+    explicit PlotFile(KeptFile kept);
+    /// The same, of bytes. Throws Failure.
+    static PlotFile holding(std::string name, std::string_view bytes);
 
     /// Throws Failure (unfit) when it is empty.
     void requireContents() const;
@@ -47,12 +52,13 @@ public:
     /// Reads it block by block to its present end, until look returns false. Throws Failure.
     void readBlocks(const std::function<bool(std::string_view block)> &look) const;
 
-    /// Compares the file with what it was when it was opened. A stream never changes: nobody else can write to its copy.
+    /// Compares the file with what it was when it was opened. What has no name never changes: nobody else can
+    /// write to it.
     PlotChange change() const;
 
 private:
     std::string path_, name_;
-    bool isStream_;
+    bool isUnnamed_;
     struct stat opened_;
     UniqueFd fd_;
 };

@@ -1,9 +1,8 @@
 // A plot that comes through a pipe. A plot is read more than once, for its examination and for the print, and a pipe can be
-// read only once: so it is copied to its end into a temporary file. That has no name, so that nothing is left behind however
-// the process ends.
+// read only once: so it is copied to its end into a temporary file.
 #pragma once
 
-#include "host/files/unique_fd.h"
+#include "host/files/kept_file.h"
 
 #include <string>
 
@@ -15,9 +14,8 @@ bool isPlotStream(const std::string &path);
 /// For messages: "standard input", or the path.
 std::string streamName(const std::string &path);
 
-/// A file below $TMPDIR or /tmp with all that came until the stream's end. Blocks
-/// until then, and a signal with a handler does not end that: to be called before StopOnSignal holds Ctrl-C. Throws Failure,
-/// also when standard input is a terminal.
-UniqueFd keepPlotStream(const std::string &path);
+/// All that came until the stream's end. Blocks until then, and a signal with a handler does not end that: to be called
+/// before StopOnSignal holds Ctrl-C. Throws Failure, also when standard input is a terminal.
+KeptFile keepPlotStream(const std::string &path);
 
 } // namespace host
