@@ -17,13 +17,13 @@ using language::Language;
 struct Words {
     Language language;
     std::string_view begin; ///< chooses absolute coordinates in units of 0.025 mm
-    std::string_view pen, up, down, terminator;
+    std::string_view pen, up, down;
     std::string_view end; ///< takes the pen home and puts it away
 };
 
 constexpr Words kWords[] = {
-    {Language::Hpgl, "IN;", "SP", "PU", "PD", ";", "PU0,0;SP0;"},
-    {Language::Dmpl, ";:ECN,A,", "P", "U", "D", ",", "U0,0,@"},
+    {Language::Hpgl, "IN;", "SP", "PU", "PD", "PU0,0;SP0;"},
+    {Language::Dmpl, ";:ECN,A,", "P", "U", "D", "U0,0,@"},
 };
 
 const Words &wordsOf(Language language) { return *std::ranges::find(kWords, language, &Words::language); }
@@ -59,14 +59,15 @@ size_t longestWay(const Drawing &drawing, const Words &words) {
     int pen = 1;
     for (const Stroke &stroke : drawing.strokes)
         pen = std::max(pen, stroke.pen);
-    const size_t ends = 3 * words.terminator.size();
+    const size_t ends = 3 * terminatorOf(words.language).size();
     return words.pen.size() + lengthOf(pen) + words.up.size() + words.down.size() + 2 * place + ends;
 }
 
 class Writer {
 public:
     Writer(const Drawing &drawing, const PlotForm &form)
-        : words_(wordsOf(form.language)), pieces_(form, longestWay(drawing, words_)) {}
+        : words_(wordsOf(form.language)), terminator_(terminatorOf(form.language)),
+          pieces_(form, longestWay(drawing, words_)) {}
 
     std::string write(const Drawing &drawing) {
         pieces_.add(words_.begin);
@@ -95,7 +96,7 @@ private:
 
     /// Draws as many points as one instruction may hold; returns which is next.
     size_t drawFrom(size_t i) {
-        const ptrdiff_t room = pieces_.room() - static_cast<ptrdiff_t>(words_.terminator.size());
+        const ptrdiff_t room = pieces_.room() - static_cast<ptrdiff_t>(terminator_.size());
         text_ = words_.down;
         append(text_, toDraw_[i]);
         for (++i; i < toDraw_.size(); ++i) {
@@ -106,7 +107,7 @@ private:
             text_.resize(length);
             break;
         }
-        text_ += words_.terminator;
+        text_ += terminator_;
         pieces_.addMark(text_);
         return i;
     }
@@ -114,10 +115,11 @@ private:
     template <class Add> const std::string &instruction(std::string_view name, Add addParameters) {
         text_ = name;
         addParameters();
-        return text_ += words_.terminator;
+        return text_ += terminator_;
     }
 
     const Words &words_;
+    const std::string_view terminator_;
     Pieces pieces_;
     int pen_ = 0;
     std::string text_;         // of an instruction; kept for its memory, as is:
@@ -125,8 +127,6 @@ private:
 };
 
 } // namespace
-
-std::string_view terminatorOf(Language language) { return wordsOf(language).terminator; }
 
 std::string plotOf(const Drawing &drawing, const PlotForm &form) { return Writer(drawing, form).write(drawing); }
 

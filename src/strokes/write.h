@@ -21,18 +21,16 @@ struct PlotForm {
     std::function<size_t(std::string_view chunk)> cut;
 };
 
-/// What behind an instruction's last number ends it in that language: the terminator that a job for the file must name.
-std::string_view terminatorOf(language::Language language);
-
 /// A drawing that has no place in a plot file.
 struct Unwritable : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The plot file: whole plotter units of 1/40 mm, points that are one after rounding written once. No instruction lies in
-/// two pieces: where a chunk has no place to be cut, blanks fill it behind its last instruction. In chunks of 64 bytes and
-/// more there is one in each, unless coordinates take more than six characters (beyond 2.5 m left of or below 0, 25 m right
-/// or above). Throws Unwritable when a single instruction is longer than a chunk.
+/// The plot file, whose terminator is language::terminatorOf(): whole plotter units of 1/40 mm, points that are one after
+/// rounding written once. No instruction lies in two pieces: where a chunk has no place to be cut, blanks fill it behind its
+/// last instruction. In chunks of 64 bytes and more there is one in each, unless coordinates take more than six characters
+/// (beyond 2.5 m left of or below 0, 25 m right or above). Throws Unwritable when a single instruction is longer than a
+/// chunk.
 std::string plotOf(const Drawing &drawing, const PlotForm &form);
 
 } // namespace strokes

@@ -37,6 +37,12 @@ TEST_F(ConvertCommandTest, PoursPlotsOutAndLeavesThemWhereTheyAre) {
                       "<path d='M10 10H40' stroke='red'/><path d='M40 5H10' stroke='black'/></svg>");
     result = run({"convert", svg, "-o", "-", "--at", "0,0", "--pens", "black=1,red=3"});
     EXPECT_EQ(result.out, "IN;SP3;PU0,0;PD1200,0;SP1;PU1200,200;PD0,200;PU0,0;SP0;");
+    // A print sends what convert writes, in the language of the plotter; and DM/PL in its own, where none was named.
+    const std::string sent = path("sent"), dmpl = file("cut.dmpl", ";:ECN,A,U40,0,D80,0,U0,0,@");
+    EXPECT_EQ(run({"print", svg, "--capture", sent, "--at", "0,0", "--emulation", "17001"}).code, 0);
+    EXPECT_EQ(contents(sent), "IN;SP1;PU0,0;PD1200,0;SP2;PU1200,200;PD0,200;PU0,0;SP0;");
+    EXPECT_EQ(run({"print", dmpl, "--capture", sent, "--scale", "2"}).code, 0);
+    EXPECT_EQ(contents(sent), ";:;:ECN,A,P1,U40,0,D120,0,U0,0,@"); // behind what the plotter wants to hear first
     expectRefusals({{{"convert", pdf, "-o", out}, 7, "a.pdf: "},
                     {{"convert", file("none", "IN;PU5,5;"), "-o", out}, 7, "nothing in it draws"},
                     {{"convert", plot, "-o", plot}, 2, "is the input"},

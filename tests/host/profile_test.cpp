@@ -78,8 +78,8 @@ std::string merged(const std::string &typed) {
     line.parse(static_cast<int>(words.size()), words.data());
     host::applyProfile(command);
     return fmt::format("port={} usb={} id={} baud={} {}-{} {} {}", options.port, option("--usb").isTyped(),
-                       options.plotterID, options.line.baud, options.job.emulation, options.variant, options.job.terminator,
-                       fmt::join(options.job.tools, "|"));
+                       options.plotterID, options.line.baud, emulationOf(options.job), options.variant,
+                       terminatorOf(options.job), fmt::join(options.job.tools, "|"));
 }
 
 TEST_F(ProfileTest, WhatIsTypedWins) {

@@ -52,7 +52,7 @@ TEST_F(UsageTest, RefusesFilesThatCannotBePrinted) {
         {{"print", path("circle"), "--capture", out}, 3, "where its links lead"},
         {{"print", empty, "--capture", out}, 7, "the plot file is empty"},
         {{"print", closed, "--capture", out}, 4, "permission denied"},
-        {{"print", file("a.pdf", "%PDF-1.7;"), "--capture", out}, 7, "a PDF document"},
+        {{"print", file("a.pdf", "%PDF-1.7;"), "--capture", out}, 7, "a.pdf: "},
         {{"print", plot_, "--capture", out, "--emulation", "17008"}, 7, "in HP-GL, not in DM/PL"},
         {{"print", file("foreign.plt", "IN;PU;\xE9;"), "--capture", out}, 7, "0xE9 at offset 6"},
         {{"print", plot_, "--capture", out, "--job", pipe}, 7, "file; name a job file"},

@@ -1,12 +1,16 @@
 // vectorix convert: another plot file of a drawing, placed, ordered, and cut well.
+#include "emulations/emulations.h"
 #include "host/commands/commands.h"
 #include "host/convert/conversion.h"
 #include "host/files/whole_file.h"
 #include "host/files/write_all.h"
 #include "host/job/job_options.h"
 #include "host/terminal/output.h"
+#include "host/terminal/telling.h"
+#include "host/terminal/text.h"
 
 #include <cerrno>
+#include <fmt/format.h>
 #include <memory>
 #include <unistd.h>
 
@@ -16,11 +20,29 @@ namespace {
 
 constexpr const char *kStandardOutput = "-";
 
+struct ConvertOptions {
+    std::string input, output;
+    DrawingOptions drawing; ///< the sheet, and the input's language
+    int emulation = emulations::kHpgl;
+    ConversionOptions conversion;
+    Telling telling;
+};
+
+language::Language languageOf(int emulation) {
+    return emulations::of(emulation).language.value_or(language::Language::Hpgl);
+}
+
+/// How to print it, where that is not what 'print' does without options.
+std::string printNote(int emulation) {
+    const bool isFound = emulation == emulations::kHpgl || emulation == emulations::kDmpl; // by the plot's first bytes
+    return isFound ? std::string() : fmt::format("print it with --emulation {}", emulation);
+}
+
 /// The plot to standard output, and what is told of it beside it. A reader that leaves has had all that it wanted.
-ExitCode pourOut(const Conversion &made, const ConvertOptions &options) {
+ExitCode pourOut(const Conversion &made, const ConvertOptions &options, const Verdict &verdict, const std::string &text) {
     if (!writeAll(STDOUT_FILENO, made.plot) && errno != EPIPE) throw outputFailure("standard output", errno);
-    if (!options.telling.quiet) writeError(conversionText(made, options));
-    return tell(options.telling, verdictOf(made, options), {}, "");
+    if (!options.telling.quiet) writeError(text);
+    return tell(options.telling, verdict, {}, "");
 }
 
 ExitCode convert(const ConvertOptions &options) {
@@ -29,16 +51,22 @@ ExitCode convert(const ConvertOptions &options) {
         throw Failure(ExitCode::Usage, "--json: with -o - the plot goes to standard output; name a file");
     requireOtherFile("-o", options.output, options.input);
     const PlotFile input(options.input);
-    const Conversion made = conversionOf(input, options);
-    if (isPoured) return pourOut(made, options);
+    const std::string terminator(language::terminatorOf(languageOf(options.emulation)));
+    const Conversion made = conversionOf(input, options.conversion, {options.drawing, options.emulation, terminator});
+
+    Verdict verdict{.message = "", .notes = made.report.notes};
+    if (const std::string print = printNote(options.emulation); !print.empty()) verdict.notes.push_back(print);
+    const std::string text =
+        fmt::format("{}wrote {}, {}\n", conversionText(made.report), isPoured ? "standard output" : shown(options.output),
+                    counted(static_cast<int64_t>(made.plot.size()), "byte"));
+    if (isPoured) return pourOut(made, options, verdict, text);
 
     writeWhole(options.output, made.plot, true);
-    const Verdict verdict = verdictOf(made, options);
     Json report = jsonOf(verdict);
     report["plotFile"] = options.input;
     report["output"] = options.output;
-    addConversion(report, made);
-    return tell(options.telling, verdict, report, conversionText(made, options));
+    addConversion(report, made.report);
+    return tell(options.telling, verdict, report, text);
 }
 
 } // namespace
@@ -77,7 +105,9 @@ void addConvertCommand(const Command &app) {
     addEmulation(command, options->emulation)
         .describe("What it will be printed on: hpgl (17002), dmpl (17008), or 17001 to 17037 (hpgl)");
     addTelling(command, options->telling, {.verbose = nullptr});
-    addConvertOptions(command, *options);
+    addSheet(command, options->drawing, "Sheet that is drawn on: a0 to a4, letter, tabloid, or WxH in mm (a4)")
+        .group("Place");
+    addConversionOptions(command, options->conversion);
     command.whenTyped([options] { return convert(*options); }, &options->telling.json);
 }
 

@@ -7,6 +7,7 @@
 #include "host/print/dry_run.h"
 #include "host/print/print.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <memory>
 
@@ -36,7 +37,7 @@ ExitCode run(const TypedPrint &typed) {
 void addPrintCommand(const Command &app) {
     auto typed = std::make_shared<TypedPrint>();
     PrintOptions *options = &typed->options;
-    Command command = app.add("print", "Print a plot file");
+    Command command = app.add("print", "Print a drawing: a plot file, SVG or PDF");
     command.explain(
         {fmt::format("{}\n\nA dry run opens neither port nor plotter, and ends with the exit code that the print would have "
                      "if nothing disturbed it.",
@@ -45,13 +46,14 @@ void addPrintCommand(const Command &app) {
           {"vectorix print drawing.plt --port /dev/ttyUSB0 --baud 2400 --bits 7 --parity even --handshake hardware",
            "The same, for a plotter whose switches say so."},
           {"vectorix print drawing.plt --port /dev/ttyUSB0 --dry-run", "Says what would be sent, and for how long."},
+          {"vectorix print drawing.svg --fit --rotate auto --port /dev/ttyUSB0", "A drawing, as large as A4 holds it."},
           {"vectorix print - --port /dev/ttyUSB0 < drawing.plt", "What another program says."},
           {"vectorix print drawing.plt --usb", "To the only plotter on USB."},
           {"vectorix print drawing.plt --job roll.plist --port /dev/ttyUSB0", "As a job file says."},
           {"vectorix print drawing.plt --capture drawing.out", "Into a file: what a plotter would get."},
           {"vectorix print drawing.plt --virtual drawing.png", "To a plotter in software, whose picture is kept."}},
          printFields()});
-    command.option("PLOT", options->plot, "Plot file; - for standard input").required().valueName("");
+    command.option("PLOT", options->plot, "Plot file, SVG or PDF; - for standard input").required().valueName("");
     addProfileOption(command);
     Option port = addPort(command, options->port);
     Option capture = command.option("--capture", options->capture, "Print into a file what the plotter would get")
@@ -62,19 +64,23 @@ void addPrintCommand(const Command &app) {
                          .excludes(port)
                          .excludes(capture);
     Option usb = addUsb(command, options->usbChoice).excludes(port).excludes(capture).excludes(picture);
-    for (Option option : addDrawingOptions(command, options->drawing))
-        option.needs(picture);
+    addSheet(command, options->drawing, "Sheet that is drawn on: a0 to a4, letter, tabloid, or WxH in mm (a4)")
+        .group("Place");
+    addDotsPerInch(command, options->drawing).needs(picture);
+    const std::vector<Option> forStrokes = addConversionOptions(command, options->ready.conversion);
     Option job = command.option("--job", options->jobFile, "Job file that says what follows").valueName("JOB");
     for (Option option : addJobOptions(command, options->job))
         option.excludes(job);
     addLineOptions(command, options->line);
     command.flag("--dry-run", typed->dryRun, "Check everything, say what would be sent, and send nothing");
+    command.flag("--exact", options->ready.isExact, "Mend nothing: refuse a plot file that would not arrive whole as it is");
     command.flag("--force", options->force, "Print also a plot file of which a part cannot be sent");
     command.flag("--keep-going", options->keepGoing, "Go on after a piece that the plotter did not take");
     addTelling(command, typed->telling);
     command.whenTyped(
-        [typed, command, usb] {
+        [typed, command, usb, forStrokes] {
             applyProfile(command);
+            typed->options.ready.isConverted = std::ranges::any_of(forStrokes, &Option::isTyped);
             typed->options.toUsb = usb.isTyped();
             return run(*typed);
         },

@@ -112,7 +112,7 @@ void sendToUsb(const SendOptions &options, const UsbDevice &device, const std::s
     const PrintPlan plan{.plot = PlotFile(plot.path(), "TEXT"),
                          .jobFile = {},
                          .job = propertyList(jobOf(job)),
-                         .rules = {job.emulation, terminatorOf(job)},
+                         .rules = {emulationOf(job), terminatorOf(job)},
                          .target = {.kind = Target::Kind::Usb, .path = {}, .line = {}, .usb = device, .drawing = {}}};
     StopOnSignal signals;
     Destination destination(plan.target);

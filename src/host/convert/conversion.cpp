@@ -1,5 +1,6 @@
 #include "host/convert/conversion.h"
 
+#include "emulations/emulations.h"
 #include "host/convert/typed_fill.h"
 #include "host/convert/typed_point.h"
 #include "host/terminal/failure.h"
@@ -46,7 +47,7 @@ Rectangle paperOf(const Sheet &sheet) {
 }
 
 /// What the pen reaches of the sheet within the margin. Throws Failure (usage).
-Rectangle areaOf(const Sheet &sheet, const ConvertOptions &options) {
+Rectangle areaOf(const Sheet &sheet, const ConversionOptions &options) {
     const Rectangle paper = paperOf(sheet), reach = millimetres(sheet.hardClip);
     const Rectangle area{
         {std::max(reach.lower.x, paper.lower.x + options.margin), std::max(reach.lower.y, paper.lower.y + options.margin)},
@@ -55,7 +56,7 @@ Rectangle areaOf(const Sheet &sheet, const ConvertOptions &options) {
     throw Failure(ExitCode::Usage, fmt::format("--margin: {} mm leave nothing of this sheet; give less", options.margin));
 }
 
-Placement placementOf(const Sheet &sheet, const ConvertOptions &options) {
+Placement placementOf(const Sheet &sheet, const ConversionOptions &options) {
     Placement placement;
     placement.paper = paperOf(sheet);
     placement.area = areaOf(sheet, options);
@@ -70,7 +71,7 @@ Placement placementOf(const Sheet &sheet, const ConvertOptions &options) {
 
 StrokeCount countOf(const strokes::Drawing &drawing) { return {drawing.strokes.size(), travelOf(drawing)}; }
 
-void putInOrder(strokes::Drawing &drawing, bool isPlot, const ConvertOptions &options) {
+void putInOrder(strokes::Drawing &drawing, bool isPlot, const ConversionOptions &options) {
     const bool isNearest = options.order == "nearest" || (options.order.empty() && !isPlot);
     if (isNearest) orderNearest(drawing);
     const double tolerance = options.simplify.value_or(isNearest ? kHalfUnit : 0);
@@ -78,7 +79,7 @@ void putInOrder(strokes::Drawing &drawing, bool isPlot, const ConvertOptions &op
 }
 
 /// Throws Failure (usage) for rules that fit the other kind of drawing.
-void choosePens(strokes::Drawing &drawing, bool isPlot, const ConvertOptions &options) {
+void choosePens(strokes::Drawing &drawing, bool isPlot, const ConversionOptions &options) {
     std::vector<strokes::PenRule> rules;
     if (!options.pens.empty()) rules = strokes::parsePens(options.pens);
     for (const strokes::PenRule &rule : rules) {
@@ -89,7 +90,7 @@ void choosePens(strokes::Drawing &drawing, bool isPlot, const ConvertOptions &op
                                          : "pen where a drawing has colours; write COLOUR=PEN, as in red=2"));
     }
     if (isPlot) return exchangePens(drawing, rules);
-    assignPens(drawing, rules, options.carousel);
+    assignPens(drawing, rules, options.pensHeld);
 }
 
 bool lies(const Rectangle &inner, const Rectangle &outer) {
@@ -97,18 +98,27 @@ bool lies(const Rectangle &inner, const Rectangle &outer) {
            inner.upper.x <= outer.upper.x + kHalfUnit && inner.upper.y <= outer.upper.y + kHalfUnit;
 }
 
-/// By the emulation that it will be printed with. Throws Failure (usage).
-strokes::PlotForm formOf(int number) {
-    const emulations::Emulation &emulation = emulations::of(number);
+/// By the emulation and the terminator that it will be printed with. Throws Failure (usage).
+strokes::PlotForm formOf(const ConversionTarget &target) {
+    const emulations::Emulation &emulation = emulations::of(target.emulation);
     if (!emulation.language) {
         throw Failure(ExitCode::Usage, fmt::format("--emulation: no plot can be written for {}; use hpgl, dmpl, or a number "
                                                    "of a plotter that takes either",
-                                                   number));
+                                                   target.emulation));
     }
-    const std::string_view terminator = strokes::terminatorOf(*emulation.language);
-    return {*emulation.language, static_cast<size_t>(emulation.chunkSize), [&emulation, terminator](std::string_view chunk) {
+    return {*emulation.language, static_cast<size_t>(emulation.chunkSize),
+            [&emulation, terminator = target.terminator](std::string_view chunk) {
                 return emulations::findCut(chunk, terminator, emulation.cut);
             }};
+}
+
+/// Millimetres become as many units of the plotter's own size as they come to.
+void measureIn(double unit, strokes::Drawing &drawing) {
+    const double factor = 1 / (unit * kUnitsPerMillimetre);
+    if (factor == 1) return;
+    for (strokes::Stroke &stroke : drawing.strokes)
+        for (Point &p : stroke.points)
+            p = {p.x * factor, p.y * factor};
 }
 
 std::string written(const strokes::Drawing &drawing, const strokes::PlotForm &form, const PlotFile &input) {
@@ -120,27 +130,49 @@ std::string written(const strokes::Drawing &drawing, const strokes::PlotForm &fo
     }
 }
 
+std::set<int> pensOf(const strokes::Drawing &drawing) {
+    std::set<int> pens;
+    for (const strokes::Stroke &stroke : drawing.strokes)
+        pens.insert(stroke.pen);
+    return pens;
+}
+
+/// Whether it leaves what the pen reaches of the sheet, which is worth a note.
+void lookAtSheet(const Sheet &sheet, const DrawingOptions &typed, ConversionReport &report) {
+    report.leavesSheet = !lies(report.extent, millimetres(sheet.hardClip));
+    if (!report.leavesSheet) return;
+    report.notes.push_back(fmt::format("the drawing leaves what the pen reaches of this sheet ({}); --fit makes it fit, "
+                                       "--sheet names another",
+                                       shown(typed.sheet)));
+}
+
 } // namespace
 
-Conversion conversionOf(const PlotFile &input, const ConvertOptions &options) {
-    const strokes::PlotForm form = formOf(options.emulation);
-    const Sheet sheet = sheetOf(options.drawing);
+Conversion conversionOf(const PlotFile &input, const ConversionOptions &options, const ConversionTarget &target) {
+    const strokes::PlotForm form = formOf(target);
+    const Sheet sheet = sheetOf(target.drawing);
     const Placement placement = placementOf(sheet, options);
+    ReadDrawing read = drawingOf(input, {languageOf(target.drawing),
+                                         sheet,
+                                         options.page,
+                                         {.fill = *typedFill(options.fill), .hides = !options.showsHidden}});
+    strokes::Drawing &drawing = read.drawing;
+    const bool isPlot = read.language.has_value();
     Conversion made;
-    made.read = drawingOf(input, {languageOf(options.drawing),
-                                  sheet,
-                                  options.page,
-                                  {.fill = *typedFill(options.fill), .hides = !options.showsHidden}});
-    strokes::Drawing &drawing = made.read.drawing;
-    const bool isPlot = made.read.language.has_value();
+    ConversionReport &report = made.report;
+    report.language = read.language;
     choosePens(drawing, isPlot, options);
-    made.placed = place(drawing, placement);
-    made.before = countOf(drawing);
+    report.placed = place(drawing, placement);
+    report.before = countOf(drawing);
     putInOrder(drawing, isPlot, options);
-    made.after = countOf(drawing);
-    made.extent = *extentOf(drawing);
-    made.leavesSheet = !lies(made.extent, millimetres(sheet.hardClip));
+    report.after = countOf(drawing);
+    report.extent = *extentOf(drawing);
+    report.pens = pensOf(drawing);
+    report.notes = drawing.notes;
+    lookAtSheet(sheet, target.drawing, report);
+    measureIn(options.unit, drawing);
     made.plot = written(drawing, form, input);
+    report.bytes = made.plot.size();
     return made;
 }
 

@@ -1,26 +1,24 @@
-// What "vectorix convert" makes of a drawing: strokes with pens, placed on a sheet and put in order, as a plot file that
-// cuts well. The steps are those of src/strokes; here is what people type for them, and what they are told.
+// What becomes of a drawing on its way to a plotter: strokes with pens, placed on a sheet and put in order, as a plot file
+// that cuts well. The steps are those of src/strokes; here is what people type for them, and what they are told. "convert"
+// writes it to a file, "print" and "preview" go on with it.
 #pragma once
 
-#include "emulations/emulations.h"
 #include "host/convert/drawing_of.h"
 #include "host/picture/drawing.h"
 #include "host/terminal/command.h"
+#include "host/terminal/json.h"
 #include "host/terminal/manual.h"
-#include "host/terminal/telling.h"
 #include "strokes/place.h"
 
 #include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace host {
 
 /// As typed; lengths in millimetres.
-struct ConvertOptions {
-    std::string input;
-    std::string output;     ///< "-" for standard output
-    DrawingOptions drawing; ///< its sheet, and the input's language
-    int emulation = emulations::kHpgl;
+struct ConversionOptions {
     double margin = 0;
     bool isFitted = false;
     double scale = 1;
@@ -28,18 +26,25 @@ struct ConvertOptions {
     bool isMirrored = false;
     bool isCentred = false;
     std::string at; ///< "X,Y"
+    double unit = 1 / language::kUnitsPerMillimetre;
     std::string pens;
-    int carousel = 8;
+    int pensHeld = 8;
     std::string order; ///< empty: nearest for SVG and PDF, as-drawn for a plot
     int page = 1;
     std::string fill = "outline";
     bool showsHidden = false;
     std::optional<double> simplify;
-    Telling telling;
 };
 
-/// Adds the options for pens, place and order.
-void addConvertOptions(const Command &command, ConvertOptions &options);
+/// Adds the options for pens, place and order, but for the sheet; returns those that a plot file must be converted for.
+std::vector<Option> addConversionOptions(const Command &command, ConversionOptions &options);
+
+/// What the plot is written for.
+struct ConversionTarget {
+    DrawingOptions drawing; ///< the sheet, and the input's language
+    int emulation = 0;
+    std::string terminator; ///< that the job names
+};
 
 /// What became of the strokes.
 struct StrokeCount {
@@ -47,24 +52,30 @@ struct StrokeCount {
     strokes::Travel travel;
 };
 
-struct Conversion {
-    std::string plot;           ///< the file's bytes
-    ReadDrawing read;           ///< with the strokes as they were written
-    language::Rectangle extent; ///< of them in millimetres, from the corner of the pen's area
+struct ConversionReport {
+    std::optional<language::Language> language; ///< that the drawing was in; none for SVG and PDF
+    size_t bytes = 0;                           ///< of the plot
+    language::Rectangle extent;                 ///< in millimetres, from the corner of the pen's area
     strokes::Placed placed;
     StrokeCount before, after; ///< they were put in order, both where they were placed
+    std::set<int> pens;
     bool leavesSheet = false;
+    std::vector<std::string> notes; ///< what is worth knowing
+};
+
+struct Conversion {
+    std::string plot; ///< the file's bytes
+    ConversionReport report;
 };
 
 /// Throws Failure.
-Conversion conversionOf(const PlotFile &input, const ConvertOptions &options);
+Conversion conversionOf(const PlotFile &input, const ConversionOptions &options, const ConversionTarget &target);
 
-/// The verdict with its notes; the report as lines for people, and as JSON without the verdict.
-Verdict verdictOf(const Conversion &conversion, const ConvertOptions &options);
-std::string conversionText(const Conversion &conversion, const ConvertOptions &options);
-void addConversion(Json &report, const Conversion &conversion);
+/// The report as lines for people, and as members of a JSON object.
+std::string conversionText(const ConversionReport &report);
+void addConversion(Json &object, const ConversionReport &report);
 
-/// The fields that addConversion() writes, for the help and the manual page.
+/// The members that addConversion() writes, for the help and the manual page.
 std::vector<JsonFields> conversionFields();
 
 } // namespace host

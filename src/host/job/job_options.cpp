@@ -50,7 +50,7 @@ Option addEmulation(const Command &app, int &emulation) {
 std::vector<Option> addJobOptions(const Command &app, JobOptions &options) {
     std::vector<Option> added = {
         addEmulation(app, options.emulation),
-        app.option("--terminator", options.terminator, "What ends a command in the plot file (;)"),
+        app.option("--terminator", options.terminator, "What ends a command in the plot file (; or in DM/PL ,)"),
         app.option("--tool", options.tools, "Tool string for emulation 17008, up to eight times").repeatable(kToolCount),
         app.option("--project", options.project, "Project name"), app.option("--plotter", options.plotter, "Plotter name")};
     for (const Option &option : added)
@@ -72,14 +72,21 @@ void addJobDetails(const Command &app, JobOptions &options) {
     }
 }
 
-std::string terminatorOf(const JobOptions &options) { return plotterText(options.terminator, "--terminator"); }
+int emulationOf(const JobOptions &options) { return options.emulation == 0 ? emulations::kHpgl : options.emulation; }
+
+std::string terminatorOf(const JobOptions &options) {
+    if (options.terminator) return plotterText(*options.terminator, "--terminator");
+    return std::string(
+        language::terminatorOf(emulations::of(emulationOf(options)).language.value_or(language::Language::Hpgl)));
+}
 
 std::vector<JobEntry> jobOf(const JobOptions &options) {
-    const emulations::Emulation &emulation = emulations::of(options.emulation);
+    const int number = emulationOf(options);
+    const emulations::Emulation &emulation = emulations::of(number);
     if (!options.tools.empty() && !emulation.hasTools) {
         throw Failure(ExitCode::Usage,
                       fmt::format("--tool: emulation {} is sent no tool strings; add --emulation {}, or leave --tool out",
-                                  options.emulation, emulations::kDmpl));
+                                  number, emulations::kDmpl));
     }
     if (options.tools.size() > kToolCount) {
         throw Failure(ExitCode::Usage,
@@ -87,7 +94,7 @@ std::vector<JobEntry> jobOf(const JobOptions &options) {
     }
     std::string terminator = terminatorOf(options);
     if (terminator.empty() && emulation.cut.end.empty()) {
-        throw Failure(ExitCode::Usage, fmt::format("--terminator: empty, but emulation {} needs one", options.emulation));
+        throw Failure(ExitCode::Usage, fmt::format("--terminator: empty, but emulation {} needs one", number));
     }
 
     std::vector<JobEntry> job;
@@ -98,7 +105,7 @@ std::vector<JobEntry> jobOf(const JobOptions &options) {
         if (key == kPlotterKey && options.plotter) job.push_back({&row, *options.plotter});
         if (key == kTerminatorKey) job.push_back({&row, terminator});
         if (key == kUseToolsKey) job.push_back({&row, options.tools.empty() ? "0" : "1"});
-        if (key == kEmulationKey) job.push_back({&row, fmt::format("{}", options.emulation)});
+        if (key == kEmulationKey) job.push_back({&row, fmt::format("{}", number)});
         if (isToolKey(key) && tool < options.tools.size())
             job.push_back({&row, plotterText(options.tools[tool++], "--tool")});
         if (options.details[i]) job.push_back({&row, fmt::format("{}", *options.details[i])});

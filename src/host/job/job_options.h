@@ -15,9 +15,9 @@
 namespace host {
 
 struct JobOptions {
-    int emulation = emulations::kHpgl;
-    std::string terminator = ";";   ///< as typed, with escapes
-    std::vector<std::string> tools; ///< the same
+    int emulation = 0;                     ///< 0: none was named, and it is emulationOf()
+    std::optional<std::string> terminator; ///< as typed, with escapes
+    std::vector<std::string> tools;        ///< the same
     std::optional<std::string> project;
     std::optional<std::string> plotter;
     std::array<std::optional<double>, std::size(kJobKeys)> details; ///< by index in kJobKeys, for keys with an option
@@ -40,7 +40,10 @@ struct JobEntry {
     std::string value; ///< as in the file, before XML's escapes
 };
 
-/// The bytes that the terminator means. Throws Failure (usage).
+/// The one that was named, or plain HP-GL.
+int emulationOf(const JobOptions &options);
+
+/// The bytes that the terminator means; where none was named, the language's own. Throws Failure (usage).
 std::string terminatorOf(const JobOptions &options);
 
 /// The job's entries in the order of a job file. Throws Failure (usage) when the options do not make a job.

@@ -23,7 +23,7 @@ bool isSetAside(Option option) {
 bool isOtherLanguage(const Command &command, const Profile &profile) {
     std::optional<Option> typed = command.find("--emulation");
     if (!typed || !typed->isTyped()) return false;
-    int own = JobOptions().emulation;
+    int own = emulations::kHpgl;
     for (const ProfileValue &value : profile.values) {
         if (optionName(*value.key) == "--emulation") own = std::stoi(value.words.front());
     }

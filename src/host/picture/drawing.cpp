@@ -31,13 +31,17 @@ Option addSheet(const Command &app, DrawingOptions &options, const std::string &
     return app.option("--sheet", options.sheet, help).check(check).valueName("SHEET");
 }
 
+Option addDotsPerInch(const Command &app, DrawingOptions &options) {
+    return app.option("--dpi", options.dotsPerInch, "Dots per inch of a PNG picture, 10 to 1200 (200)")
+        .between(10, 1200)
+        .valueName("N")
+        .group("Picture");
+}
+
 std::vector<Option> addDrawingOptions(const Command &app, DrawingOptions &options) {
     Option sheet = addSheet(app, options, "Sheet of the picture: a0 to a4, letter, tabloid, or WxH in mm (a4)");
-    Option dots = app.option("--dpi", options.dotsPerInch, "Dots per inch of a PNG picture, 10 to 1200 (200)");
-    dots.between(10, 1200).valueName("N");
-    for (Option option : {sheet, dots})
-        option.group("Picture");
-    return {sheet, dots};
+    sheet.group("Picture");
+    return {sheet, addDotsPerInch(app, options)};
 }
 
 void addLanguage(const Command &app, DrawingOptions &options) {

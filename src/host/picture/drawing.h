@@ -20,6 +20,8 @@ struct DrawingOptions {
     std::string language = "auto";
 };
 
+/// Adds --dpi alone.
+Option addDotsPerInch(const Command &app, DrawingOptions &options);
 /// Adds --sheet and --dpi; returns them.
 std::vector<Option> addDrawingOptions(const Command &app, DrawingOptions &options);
 /// Adds --sheet alone.

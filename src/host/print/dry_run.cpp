@@ -20,8 +20,9 @@ PrintReport undisturbed(const PrintPlan &plan) {
 }
 
 std::string lines(const PrintPlan &plan, const ORB_JobReport &job) {
-    std::string text = fmt::format("would send {} in {} to {}\n", counted(job.sentBytes, "byte"),
-                                   counted(plan.examination.pieces, "piece"), shown(plan.target.name()));
+    std::string text = readyText(plan.ready);
+    text += fmt::format("would send {} in {} to {}\n", counted(job.sentBytes, "byte"),
+                        counted(plan.examination.pieces, "piece"), shown(plan.target.name()));
     if (job.withheldBytes > 0) text += fmt::format("not sent    {}\n", counted(job.withheldBytes, "byte"));
     text += fmt::format("emulation   {}\nterminator  \"{}\"\n", plan.rules.emulation, shown(plan.rules.terminator));
     if (plan.target.kind != Target::Kind::Port) return text;
@@ -44,6 +45,7 @@ Json planJson(const PrintPlan &plan, const ORB_JobReport &job, const Verdict &ve
     Json object = jsonOf(verdict);
     object["dryRun"] = true;
     object["plotFile"] = plan.plot.path();
+    addReady(object, plan.ready);
     object["destination"] = plan.target.name();
     object["emulation"] = plan.rules.emulation;
     object["terminator"] = plan.rules.terminator;

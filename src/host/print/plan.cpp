@@ -1,5 +1,6 @@
 #include "host/print/plan.h"
 
+#include "host/examination/file_kind.h"
 #include "host/job/job_reader.h"
 #include "host/job/job_writer.h"
 #include "host/plugin/usb_target.h"
@@ -52,20 +53,35 @@ Target targetOf(const PrintOptions &options) {
 } // namespace
 
 PrintPlan planOf(const PrintOptions &options) {
+    PlotFile given(options.plot);
     std::string job;
     PlotRules rules;
     std::vector<std::string> notes;
     if (options.jobFile.empty()) {
-        job = propertyList(jobOf(options.job));
-        rules = {options.job.emulation, terminatorOf(options.job)};
+        JobOptions typed = options.job;
+        if (typed.emulation == 0 && natureOf(given, language::Language::Hpgl).kind == FileKind::Dmpl)
+            typed.emulation = emulations::kDmpl;
+        job = propertyList(jobOf(typed));
+        rules = {emulationOf(typed), terminatorOf(typed)};
     } else {
         readRules(options.jobFile, rules, notes);
     }
-    PlotFile plot(options.plot);
+    ReadyOptions wanted = options.ready;
+    wanted.isForced = options.force;
+    auto [plot, ready] = readyPlot(std::move(given), wanted, options.drawing, rules);
     Examination examination = examine(plot, rules);
     if (!options.force) requireFitPlot(examination, plot, rules);
-    return {std::move(plot),   options.jobFile, job, rules, std::move(examination), targetOf(options),
-            options.keepGoing, std::move(notes)};
+    for (std::string &note : readyNotes(ready))
+        notes.push_back(std::move(note));
+    return {.plot = std::move(plot),
+            .ready = std::move(ready),
+            .jobFile = options.jobFile,
+            .job = std::move(job),
+            .rules = std::move(rules),
+            .examination = std::move(examination),
+            .target = targetOf(options),
+            .keepGoing = options.keepGoing,
+            .notes = std::move(notes)};
 }
 
 } // namespace host

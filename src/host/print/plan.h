@@ -3,12 +3,10 @@
 // verdict judges it beside its report; none of them knows what was typed.
 #pragma once
 
+#include "host/convert/ready_plot.h"
 #include "host/devices/usb_devices.h"
-#include "host/examination/examination.h"
-#include "host/files/plot_file.h"
 #include "host/job/job_options.h"
 #include "host/options/line_settings.h"
-#include "host/picture/drawing.h"
 
 #include <optional>
 #include <string>
@@ -23,8 +21,9 @@ struct PrintOptions {
     JobOptions job;
     std::string port;
     std::string capture;
-    std::string picture; ///< the file of --virtual; of port, capture, picture and toUsb one is set
-    DrawingOptions drawing;
+    std::string picture;    ///< the file of --virtual; of port, capture, picture and toUsb one is set
+    DrawingOptions drawing; ///< the sheet that is drawn on, and of a picture the resolution
+    ReadyOptions ready;
     bool toUsb = false;
     std::string usbChoice;
     LineSettings line;
@@ -47,10 +46,11 @@ struct Target {
 };
 
 struct PrintPlan {
-    PlotFile plot;       ///< held open, so that what was examined is what is printed
-    std::string jobFile; ///< empty when the job was typed
-    std::string job;     ///< the property list of a job that was typed
-    PlotRules rules;     ///< by which the job has the plot cut
+    PlotFile plot;          ///< held open, so that what was examined is what is printed
+    ReadyReport ready = {}; ///< what became of the file that was named
+    std::string jobFile;    ///< empty when the job was typed
+    std::string job;        ///< the property list of a job that was typed
+    PlotRules rules;        ///< by which the job has the plot cut
     Examination examination = {};
     Target target;
     bool keepGoing = false;

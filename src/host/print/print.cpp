@@ -95,6 +95,7 @@ PrintReport carryOut(const PrintPlan &plan, Destination &destination, ProgressBa
 ExitCode print(const PrintPlan &plan, const Telling &telling) {
     std::optional<StopOnSignal> signals(std::in_place);
     Destination destination(plan.target);
+    if (telling.verbose) writeError(readyText(plan.ready));
     if (telling.verbose && plan.target.usb) printError("{}", notesOf(*plan.target.usb));
     ProgressBar bar(!telling.quiet && !telling.json && ProgressBar::isPossible());
     ConsoleLines console(telling.verbose, bar);

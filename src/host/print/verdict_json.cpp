@@ -13,6 +13,7 @@ Json printJson(const PrintPlan &plan, const PrintReport &report, const Verdict &
     const ORB_JobReport &job = report.job;
     Json object = jsonOf(verdict);
     object["plotFile"] = plan.plot.path();
+    addReady(object, plan.ready);
     object["destination"] = plan.target.name();
     object["emulation"] = report.emulation;
     object["terminator"] = report.terminator;
@@ -34,7 +35,7 @@ Json printJson(const PrintPlan &plan, const PrintReport &report, const Verdict &
 }
 
 std::vector<JsonFields> printFields() {
-    return {
+    std::vector<JsonFields> fields = {
         {"exitCode, message, notes", "what became of the job; only the first two when it did not begin"},
         {"plotFile, destination", "as they were named"},
         {"emulation, terminator, seconds", "of the job"},
@@ -51,6 +52,9 @@ std::vector<JsonFields> printFields() {
         {"line, estimatedSeconds",
          "with --dry-run: of a serial port; null for others. A line has baud, bits,\nparity, stopBits and handshake"},
     };
+    const std::vector<JsonFields> ready = readyFields();
+    fields.insert(fields.begin() + 2, ready.begin(), ready.end());
+    return fields;
 }
 
 } // namespace host

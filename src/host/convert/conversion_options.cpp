@@ -14,6 +14,7 @@ namespace host {
 namespace {
 
 constexpr double kMostMillimetres = 100'000, kMostScale = 1000;
+constexpr double kLeastUnit = 0.001, kMostUnit = 1;
 
 /// Within the bounds; what is no number at all ("nan") is not.
 Option::Check within(double least, double most) {
@@ -25,9 +26,7 @@ Option::Check within(double least, double most) {
     };
 }
 
-void addPlacing(const Command &command, ConvertOptions &options) {
-    Option sheet =
-        addSheet(command, options.drawing, "Sheet that is drawn on: a0 to a4, letter, tabloid, or WxH in mm (a4)");
+std::vector<Option> addPlacing(const Command &command, ConversionOptions &options) {
     Option margin = command.option("--margin", options.margin, "Millimetres along the sheet's edges that stay free (0)");
     Option fit = command.flag("--fit", options.isFitted, "As large as the sheet holds it, in the middle");
     Option scale = command.option("--scale", options.scale, "So many times as large, 0.001 to 1000 (1)");
@@ -37,6 +36,7 @@ void addPlacing(const Command &command, ConvertOptions &options) {
     Option at = command.option("--at", options.at,
                                "Place the lower left corner of what is drawn, in mm from that of the pen's area");
     Option centre = command.flag("--center", options.isCentred, "Place it in the middle of the sheet");
+    Option unit = command.option("--unit", options.unit, "Size of a plotter unit in mm: 0.02488 of some plotters (0.025)");
     margin.check(within(0, kMostMillimetres)).valueName("MM");
     scale.check(within(1 / kMostScale, kMostScale)).valueName("FACTOR").excludes(fit);
     turn.oneOf({"90", "180", "270", "auto"}).valueName("90|180|270|auto");
@@ -46,8 +46,10 @@ void addPlacing(const Command &command, ConvertOptions &options) {
                      : fmt::format("{} is no place; write X,Y in millimetres, as in 10,20.5", text);
       }).valueName("X,Y");
     centre.excludes(at);
-    for (Option option : {sheet, margin, fit, scale, turn, mirror, at, centre})
+    unit.check(within(kLeastUnit, kMostUnit)).valueName("MM");
+    for (Option option : {margin, fit, scale, turn, mirror, at, centre, unit})
         option.group("Place");
+    return {fit, scale, turn, mirror, at, centre, unit};
 }
 
 std::string faultOfPens(const std::string &text) {
@@ -59,7 +61,7 @@ std::string faultOfPens(const std::string &text) {
     return {};
 }
 
-void addReading(const Command &command, ConvertOptions &options) {
+void addReading(const Command &command, ConversionOptions &options) {
     Option page = command.option("--page", options.page, "Page of a PDF document (1)");
     Option fill =
         command.option("--fill", options.fill,
@@ -97,15 +99,15 @@ std::optional<strokes::FillStyle> typedFill(const std::string &text) {
     return fill;
 }
 
-void addConvertOptions(const Command &command, ConvertOptions &options) {
+std::vector<Option> addConversionOptions(const Command &command, ConversionOptions &options) {
     addReading(command, options);
-    addPlacing(command, options);
+    std::vector<Option> forStrokes = addPlacing(command, options);
     Option pens =
         command.option("--pens", options.pens,
                        "Which pen draws a colour: black=1,red=2,#00f=3 (as they appear); of a plot, which other pen: "
                        "1=2,2=1");
-    Option carousel =
-        command.option("--carousel", options.carousel, "Pens that the plotter holds; nearest colours share one (8)");
+    Option held =
+        command.option("--pens-held", options.pensHeld, "Pens that the plotter holds; nearest colours share one (8)");
     Option order =
         command.option("--order", options.order,
                        fmt::format("Which stroke comes next; nearest also turns strokes round, and joins those that "
@@ -118,9 +120,11 @@ void addConvertOptions(const Command &command, ConvertOptions &options) {
     pens.check(faultOfPens).valueName("FROM=PEN,...");
     order.oneOf({"nearest", "as-drawn"}).valueName("nearest|as-drawn");
     simplify.check(within(0, kMostMillimetres)).valueName("MM");
-    carousel.between(1, 255).valueName("N");
-    for (Option option : {pens, carousel, order, simplify})
+    held.between(1, 255).valueName("N");
+    for (Option option : {pens, held, order, simplify})
         option.group("Strokes");
+    forStrokes.insert(forStrokes.end(), {pens, order, simplify});
+    return forStrokes;
 }
 
 } // namespace host
