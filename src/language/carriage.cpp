@@ -12,7 +12,8 @@ namespace {
 constexpr double kUpSecondsPerUnit = 1 / (500 * kUnitsPerMillimetre);
 constexpr double kSecondsPerStroke = 0.1;
 constexpr double kSecondsPerPenChange = 1;
-constexpr double kLeastWidth = 0.05; // millimetres: a width of 0 asks for the thinnest line that there is
+constexpr double kBufferBytes = 1024; // of many desk-top plotters
+constexpr double kLeastWidth = 0.05;  // millimetres: a width of 0 asks for the thinnest line that there is
 constexpr double kLeastPattern = kUnitsPerMillimetre;
 constexpr Rectangle kEverywhere{{-kLargest, -kLargest}, {kLargest, kLargest}};
 constexpr double kLeastDashed = 0.001;     // units: what is shorter can hold no pattern
@@ -24,9 +25,9 @@ Point along(Point from, Point to, double part) { return {from.x + part * (to.x -
 
 } // namespace
 
-Carriage::Carriage(PenSink &sink, const Rectangle &hardClip, Clipping clipping, Findings &findings)
+Carriage::Carriage(PenSink &sink, const Rectangle &hardClip, Clipping clipping, double secondsPerByte, Findings &findings)
     : sink_(sink), hardClip_(hardClip), reach_(clipping == Clipping::Reach ? hardClip : kEverywhere), findings_(findings),
-      allowance_(findings.bytes) {
+      allowance_(findings.bytes), secondsPerByte_(secondsPerByte) {
     setWindow(reach_);
     setSpeed(kDefaultSpeed);
     last_ = {std::clamp(0.0, hardClip.lower.x, hardClip.upper.x), std::clamp(0.0, hardClip.lower.y, hardClip.upper.y)};
@@ -37,9 +38,10 @@ void Carriage::setPen(int pen, double widthMillimetres) {
     const double width = std::clamp(widthMillimetres, kLeastWidth, 50.0);
     if (pen == pen_ && width == width_) return;
     lift();
-    if (pen != pen_ && pen != 0) findings_.seconds += kSecondsPerPenChange;
+    const bool isTaken = pen != pen_ && pen != 0;
     pen_ = pen;
     width_ = width;
+    if (isTaken) spend(kSecondsPerPenChange);
     sink_.setPen(pen, width);
 }
 
@@ -210,15 +212,25 @@ void Carriage::begin(Point at) {
 void Carriage::travel(Point at) {
     const double way = distance(last_, at);
     findings_.upMillimetres += way / kUnitsPerMillimetre;
-    findings_.seconds += way * kUpSecondsPerUnit + kSecondsPerStroke;
+    spend(way * kUpSecondsPerUnit + kSecondsPerStroke);
     ++findings_.strokes;
-    findings_.pens.set(static_cast<size_t>(pen_) % findings_.pens.size());
+    ++own().strokes;
     last_ = at;
 }
 
 void Carriage::drew(double units) {
     findings_.downMillimetres += units / kUnitsPerMillimetre;
-    findings_.seconds += units * secondsPerUnit_;
+    own().downMillimetres += units / kUnitsPerMillimetre;
+    spend(units * secondsPerUnit_);
+}
+
+/// Once what asks for it has arrived.
+void Carriage::spend(double seconds) {
+    const auto bytes = static_cast<double>(findings_.bytes);
+    const double start = std::max(findings_.seconds, bytes * secondsPerByte_ + held_);
+    held_ = std::max(held_, start - (bytes + kBufferBytes) * secondsPerByte_);
+    own().seconds += start + seconds - findings_.seconds;
+    findings_.seconds = start + seconds;
 }
 
 } // namespace language

@@ -11,14 +11,17 @@ namespace language {
 
 /// Takes moves to anywhere (finite, in plotter units on the sheet), clips them, cuts them into dashes, gives the sink what
 /// is left, and measures. The time is an estimate for a desk-top pen plotter: drawing at the selected speed, 50 cm/s on the
-/// way with the pen up, 0.1 s for each time that the pen is put down and lifted, 1 s for each change of pens.
+/// way with the pen up, 0.1 s for each time that the pen is put down and lifted, 1 s for each change of pens. On a line, the
+/// pen cannot draw what has not arrived, and the line is ahead of it by 1024 bytes at most, the plotter's buffer: so at each
+/// moment the slower of the two sets the pace.
 class Carriage {
 public:
     static constexpr double kDefaultSpeed = 38; // cm/s
     static constexpr double kDefaultWidth = 0.35;
 
-    /// Begins with pen 1 in the holder, at the origin. findings.bytes is kept by the caller.
-    Carriage(PenSink &sink, const Rectangle &hardClip, Clipping clipping, Findings &findings);
+    /// Begins with pen 1 in the holder, at the origin. secondsPerByte: on the line, 0 for none. findings.bytes is kept by
+    /// the caller.
+    Carriage(PenSink &sink, const Rectangle &hardClip, Clipping clipping, double secondsPerByte, Findings &findings);
 
     /// Pen 0 is an empty holder: moves go on, and nothing is drawn or measured. Lifts the pen when anything changes.
     void setPen(int pen, double widthMillimetres);
@@ -39,6 +42,9 @@ public:
     /// Fills closed contours by the even-odd rule; leaves the language's pen where it is. ends: see PenSink::fill.
     void fill(std::span<const Point> points, std::span<const size_t> ends);
 
+    /// The bytes end here: waits for those that ask for nothing more.
+    void finish() { spend(0); }
+
     /// To be asked before much work: see Allowance. False: it must not be done, and is counted as refused.
     bool afford(uint64_t work);
 
@@ -57,6 +63,8 @@ private:
     void lift() { drawing_ = false; }
     void drawDashes(Point from, Point to, double skipped, double length);
     void drew(double units);
+    void spend(double seconds);
+    PenFindings &own() { return findings_.byPen[static_cast<size_t>(pen_) % findings_.byPen.size()]; }
 
     PenSink &sink_;
     const Rectangle hardClip_, reach_;
@@ -69,6 +77,8 @@ private:
     int pen_ = 1;
     double width_ = kDefaultWidth;
     double secondsPerUnit_ = 0;
+    const double secondsPerByte_;
+    double held_ = 0;      // seconds for which a full buffer has held the line so far
     Point at_;             // where the language's pen is
     Point last_;           // where the sink's pen is
     bool drawing_ = false; // the sink's stroke ends at last_ and may go on

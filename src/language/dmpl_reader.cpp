@@ -88,8 +88,8 @@ bool isSeparator(unsigned char byte) { return byte <= ' ' || byte == ',' || byte
 
 } // namespace
 
-DmplReader::DmplReader(PenSink &sink, const Rectangle &hardClip, Clipping clipping)
-    : carriage_(sink, hardClip, clipping, findings_), unit_(kUnits[0].plotterUnits) {}
+DmplReader::DmplReader(PenSink &sink, const Rectangle &hardClip, Clipping clipping, double secondsPerByte)
+    : carriage_(sink, hardClip, clipping, secondsPerByte, findings_), unit_(kUnits[0].plotterUnits) {}
 
 void DmplReader::take(std::string_view bytes) {
     for (char c : bytes) {
@@ -103,6 +103,7 @@ void DmplReader::finish() {
     if (state_ == State::Second) beginInstruction(letter_, 0);
     endInstruction();
     state_ = State::Open;
+    carriage_.finish();
 }
 
 void DmplReader::step(unsigned char byte) {

@@ -15,7 +15,7 @@ namespace language {
 /// follows, up to the next ";:", is not for this plotter. Labels (S) are read over.
 class DmplReader final : public Reader {
 public:
-    DmplReader(PenSink &sink, const Rectangle &hardClip, Clipping clipping);
+    DmplReader(PenSink &sink, const Rectangle &hardClip, Clipping clipping, double secondsPerByte);
     void take(std::string_view bytes) override;
     void finish() override;
     PenStatus status() const override;

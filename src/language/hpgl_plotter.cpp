@@ -4,8 +4,8 @@
 
 namespace language::hpgl {
 
-Plotter::Plotter(PenSink &sink, const Rectangle &hardClip, Clipping clipping, Findings &found)
-    : findings(found), carriage(sink, hardClip, clipping, found), frame(hardClip) {
+Plotter::Plotter(PenSink &sink, const Rectangle &hardClip, Clipping clipping, double secondsPerByte, Findings &found)
+    : findings(found), carriage(sink, hardClip, clipping, secondsPerByte, found), frame(hardClip) {
     initialize(*this);
 }
 

@@ -78,7 +78,7 @@ struct Polyline {
 };
 
 struct Plotter {
-    Plotter(PenSink &sink, const Rectangle &hardClip, Clipping clipping, Findings &found);
+    Plotter(PenSink &sink, const Rectangle &hardClip, Clipping clipping, double secondsPerByte, Findings &found);
 
     Findings &findings;
     Carriage carriage;

@@ -19,8 +19,8 @@ bool isBlank(unsigned char byte) { return byte <= ' ' || byte == 127; }
 
 } // namespace
 
-HpglReader::HpglReader(PenSink &sink, const Rectangle &hardClip, Clipping clipping)
-    : plotter_(sink, hardClip, clipping, findings_) {}
+HpglReader::HpglReader(PenSink &sink, const Rectangle &hardClip, Clipping clipping, double secondsPerByte)
+    : plotter_(sink, hardClip, clipping, secondsPerByte, findings_) {}
 
 void HpglReader::take(std::string_view bytes) {
     for (char c : bytes) {
@@ -40,6 +40,7 @@ void HpglReader::finish() {
     if (state_ == State::Label || state_ == State::Quoted || state_ == State::Character) broken_ = true;
     endWhatIsOpen();
     state_ = State::Between;
+    plotter_.carriage.finish();
 }
 
 void HpglReader::step(unsigned char byte) {

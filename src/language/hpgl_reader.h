@@ -15,7 +15,7 @@ namespace language {
 /// ones count; both are malformed.
 class HpglReader final : public Reader {
 public:
-    HpglReader(PenSink &sink, const Rectangle &hardClip, Clipping clipping);
+    HpglReader(PenSink &sink, const Rectangle &hardClip, Clipping clipping, double secondsPerByte);
     void take(std::string_view bytes) override;
     void finish() override;
     PenStatus status() const override;

@@ -25,4 +25,13 @@ public:
     virtual void fill(std::span<const Point> points, std::span<const size_t> ends) = 0;
 };
 
+/// Draws nothing, where only the findings are wanted.
+class NoPen final : public PenSink {
+public:
+    void setPen(int, double) override {}
+    void begin(Point) override {}
+    void line(Point) override {}
+    void fill(std::span<const Point>, std::span<const size_t>) override {}
+};
+
 } // namespace language

@@ -16,12 +16,13 @@ bool tells(std::string_view head) {
 
 } // namespace
 
-PlotReader::PlotReader(std::optional<Language> language, PenSink &sink, const Rectangle &hardClip, Clipping clipping)
-    : language_(language), sink_(sink), hardClip_(hardClip), clipping_(clipping) {}
+PlotReader::PlotReader(std::optional<Language> language, PenSink &sink, const Rectangle &hardClip, Clipping clipping,
+                       double secondsPerByte)
+    : language_(language), sink_(sink), hardClip_(hardClip), clipping_(clipping), secondsPerByte_(secondsPerByte) {}
 
 void PlotReader::choose() {
     if (!language_) language_ = guessLanguage(head_);
-    reader_ = makeReader(*language_, sink_, hardClip_, clipping_);
+    reader_ = makeReader(*language_, sink_, hardClip_, clipping_, secondsPerByte_);
     if (onChoice) onChoice(*reader_);
     reader_->take(head_);
     head_.clear();

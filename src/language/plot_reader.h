@@ -15,7 +15,7 @@ class PlotReader {
 public:
     /// The sink must live as long as the reader.
     PlotReader(std::optional<Language> language, PenSink &sink, const Rectangle &hardClip,
-               Clipping clipping = Clipping::Reach);
+               Clipping clipping = Clipping::Reach, double secondsPerByte = 0);
 
     void take(std::string_view bytes);
     void finish();
@@ -35,6 +35,7 @@ private:
     PenSink &sink_;
     Rectangle hardClip_;
     Clipping clipping_;
+    double secondsPerByte_;
     std::string head_; ///< what came before the choice; at most kLongestHead bytes
     std::unique_ptr<Reader> reader_;
 };

@@ -14,9 +14,10 @@ void Findings::note(Oddity::Kind kind, uint64_t offset, std::string_view text) {
     }
 }
 
-std::unique_ptr<Reader> makeReader(Language language, PenSink &sink, const Rectangle &hardClip, Clipping clipping) {
-    if (language == Language::Dmpl) return std::make_unique<DmplReader>(sink, hardClip, clipping);
-    return std::make_unique<HpglReader>(sink, hardClip, clipping);
+std::unique_ptr<Reader> makeReader(Language language, PenSink &sink, const Rectangle &hardClip, Clipping clipping,
+                                   double secondsPerByte) {
+    if (language == Language::Dmpl) return std::make_unique<DmplReader>(sink, hardClip, clipping, secondsPerByte);
+    return std::make_unique<HpglReader>(sink, hardClip, clipping, secondsPerByte);
 }
 
 Language guessLanguage(std::string_view firstBytes) noexcept {

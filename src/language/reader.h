@@ -5,7 +5,7 @@
 #include "language/language.h"
 #include "language/pen_sink.h"
 
-#include <bitset>
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -26,6 +26,13 @@ struct Oddity {
     std::string text; ///< how it begins, at most 24 bytes; a dot stands for a byte that does not print
 };
 
+/// What one pen did.
+struct PenFindings {
+    uint64_t strokes = 0; ///< how often it was put down
+    double downMillimetres = 0;
+    double seconds = 0; ///< while it was in the holder: see Carriage
+};
+
 /// What the bytes so far asked for and what came of it. Lengths and time are those of the pen on the sheet.
 struct Findings {
     static constexpr size_t kMaxOddities = 20;
@@ -43,8 +50,8 @@ struct Findings {
     double downMillimetres = 0; ///< drawn; dashes without their gaps, a solid fill as strokes one pen width apart
     double upMillimetres = 0;   ///< straight from the end of each stroke to the next
     uint64_t strokes = 0;       ///< how often the pen was put down
-    std::bitset<256> pens;      ///< that drew something
-    double seconds = 0;         ///< estimate: see Carriage
+    std::array<PenFindings, 256> byPen = {}; ///< by its number; those that drew nothing have no strokes
+    double seconds = 0;                      ///< estimate: see Carriage
 
     uint64_t lostVertices = 0; ///< that the polygon buffer had no room for
     uint64_t refused = 0;      ///< fills, outlines and dashings given up as far too much work for so few bytes
@@ -93,9 +100,10 @@ protected:
     Findings findings_;
 };
 
-/// The sink must live as long as the reader. hardClip is the area that the pen can reach, lower below upper.
+/// The sink must live as long as the reader. hardClip is the area that the pen can reach, lower below upper; secondsPerByte
+/// is how long the line takes for a byte, 0 when the pen alone sets the pace.
 std::unique_ptr<Reader> makeReader(Language language, PenSink &sink, const Rectangle &hardClip,
-                                   Clipping clipping = Clipping::Reach);
+                                   Clipping clipping = Clipping::Reach, double secondsPerByte = 0);
 
 /// By the first bytes of a file or job: DM/PL begins with ";:" (blanks and line ends before it do not count).
 Language guessLanguage(std::string_view firstBytes) noexcept;

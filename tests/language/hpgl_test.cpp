@@ -153,7 +153,8 @@ TEST(Hpgl, Measures) {
     EXPECT_DOUBLE_EQ(f.upMillimetres, 100);
     EXPECT_EQ(f.strokes, 2u);
     EXPECT_NEAR(f.seconds, 2.0 + 0.2 + 0.2 + 1.0, 1e-9);
-    EXPECT_EQ(f.pens.to_ulong(), 1u << 1);
+    EXPECT_EQ(f.byPen[1].strokes, 2u);
+    EXPECT_EQ(f.byPen[2].strokes, 0u);
     EXPECT_TRUE(f.outsideHardClip);
     EXPECT_EQ(f.demand.lower, (Point{0, 0}));
     EXPECT_EQ(f.demand.upper, (Point{4000, 12000}));

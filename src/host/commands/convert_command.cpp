@@ -18,8 +18,6 @@ namespace host {
 
 namespace {
 
-constexpr const char *kStandardOutput = "-";
-
 struct ConvertOptions {
     std::string input, output;
     DrawingOptions drawing; ///< the sheet, and the input's language
@@ -105,8 +103,7 @@ void addConvertCommand(const Command &app) {
     addEmulation(command, options->emulation)
         .describe("What it will be printed on: hpgl (17002), dmpl (17008), or 17001 to 17037 (hpgl)");
     addTelling(command, options->telling, {.verbose = nullptr});
-    addSheet(command, options->drawing, "Sheet that is drawn on: a0 to a4, letter, tabloid, or WxH in mm (a4)")
-        .group("Place");
+    addPlaceOn(command, options->drawing);
     addConversionOptions(command, options->conversion);
     command.whenTyped([options] { return convert(*options); }, &options->telling.json);
 }

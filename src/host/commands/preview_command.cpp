@@ -1,10 +1,15 @@
-// vectorix preview: a picture of a plot file, without a plotter.
+// vectorix preview: what a plot file comes to, and a picture of it, without a plotter.
 #include "host/commands/commands.h"
 #include "host/examination/file_kind.h"
 #include "host/files/plot_file.h"
+#include "host/options/apply_profile.h"
+#include "host/options/line_settings.h"
+#include "host/options/plotter_options.h"
 #include "host/picture/drawing.h"
+#include "host/picture/estimate.h"
 #include "host/picture/plot_findings.h"
 #include "host/plugin/stop_signals.h"
+#include "host/terminal/output.h"
 #include "host/terminal/telling.h"
 #include "host/terminal/text.h"
 
@@ -18,28 +23,53 @@ namespace {
 
 struct PreviewOptions {
     std::string plot;
-    std::string picture;
+    std::string picture; ///< empty for none
     DrawingOptions drawing;
+    LineSettings line;
+    std::string usbChoice;
+    bool isUsb = false; ///< the time is that of the pen alone
     Telling telling;
+
+    bool isPoured() const { return picture == kStandardOutput; }
 };
 
-ExitCode tellPreview(const PreviewOptions &options, const language::PlotReader &plot, std::vector<std::string> notes) {
-    const Verdict verdict{ExitCode::Done, "", std::move(notes)};
-    Json report = jsonOf(verdict);
-    report["plotFile"] = options.plot;
-    report["picture"] = options.picture;
-    addFindings(report, plot);
-    return tell(options.telling, verdict, report, fmt::format("{}drew {}\n", findingsText(plot), shown(options.picture)));
+struct Preview {
+    Estimate estimate;
+    View view;
+    std::string note; ///< on how the picture was drawn
+};
+
+std::string textOf(const Preview &made, const PreviewOptions &options) {
+    const std::string line = options.isUsb ? "" : fmt::format("{} bit/s", options.line.baud);
+    std::string text = findingsText(made.estimate.language, made.estimate.findings, line);
+    if (options.picture.empty()) return text;
+    return text + fmt::format("drew {}{}\n", options.isPoured() ? "the picture" : shown(options.picture),
+                              made.view.name.empty() ? "" : " on " + shown(made.view.name));
 }
 
-ExitCode preview(const PreviewOptions &options) {
-    PlotFile file(options.plot); // before signals are held: a stream may be waited for
-    file.requireContents();
-    requireOtherFile("-o", options.picture, options.plot);
-    requirePlot(file, languageOf(options.drawing), "draw");
-    Drawing drawing(options.drawing, options.picture);
-    language::PlotReader plot(languageOf(options.drawing), drawing.sink(), drawing.sheet().hardClip);
+Json jsonOf(const Preview &made, const PreviewOptions &options, const Verdict &verdict) {
+    Json report = jsonOf(verdict);
+    report["plotFile"] = options.plot;
+    report["picture"] = options.picture.empty() ? Json() : Json(options.picture);
+    addFindings(report, made.estimate.language, made.estimate.findings);
+    report["sheet"] = made.view.name.empty() ? Json() : Json(made.view.name);
+    report["leavesSheet"] = made.view.isLeft;
+    return report;
+}
 
+ExitCode tellPreview(const Preview &made, const PreviewOptions &options) {
+    Verdict verdict{ExitCode::Done, "", viewNotes(made.estimate.findings, made.view, !options.picture.empty())};
+    if (!made.note.empty()) verdict.notes.push_back(shown(made.note));
+    if (!options.isPoured()) return tell(options.telling, verdict, jsonOf(made, options, verdict), textOf(made, options));
+    if (!options.telling.quiet) writeError(textOf(made, options));
+    return tell(options.telling, verdict, {}, "");
+}
+
+/// Returns the remark on how it was drawn.
+std::string draw(const PlotFile &file, const View &view, const PreviewOptions &options) {
+    Drawing drawing(view, options.drawing, options.picture);
+    language::PlotReader plot(languageOf(options.drawing), drawing.sink(), sheetOf(options.drawing).hardClip,
+                              language::Clipping::None);
     std::optional<StopOnSignal> signals(std::in_place);
     file.readBlocks([&](std::string_view block) {
         plot.take(block);
@@ -48,14 +78,29 @@ ExitCode preview(const PreviewOptions &options) {
     signals.reset(); // writing the picture asks for no stop: from here on a signal ends the process
     if (StopOnSignal::came()) throw Failure(ExitCode::Stopped, "stopped: nothing was written");
     plot.finish();
-    if (plot.reader()->findings().instructions == 0) {
+    drawing.finish();
+    return drawing.note();
+}
+
+ExitCode preview(const PreviewOptions &options) {
+    if (options.isPoured() && options.telling.json)
+        throw Failure(ExitCode::Usage, "--json: with -o - the picture goes to standard output; name a file");
+    PlotFile file(options.plot); // before signals are held: a stream may be waited for
+    file.requireContents();
+    requireOtherFile("-o", options.picture, options.plot);
+    requirePlot(file, languageOf(options.drawing), "draw");
+    Preview made{.estimate = estimateOf(file, languageOf(options.drawing), sheetOf(options.drawing).hardClip,
+                                        options.isUsb ? 0 : secondsFor(1, options.line)),
+                 .view = {},
+                 .note = {}};
+    const language::Findings &findings = made.estimate.findings;
+    if (findings.instructions == 0) {
         throw Failure(ExitCode::Unfit,
                       fmt::format("{}: no plot in a language that can be drawn; give HP-GL or DM/PL", shown(file.path())));
     }
-    drawing.finish();
-    std::vector<std::string> notes = findingNotes(plot, drawing.sheet());
-    if (!drawing.note().empty()) notes.push_back(shown(drawing.note()));
-    return tellPreview(options, plot, std::move(notes));
+    made.view = viewOf(options.drawing, findings);
+    if (!options.picture.empty()) made.note = draw(file, made.view, options);
+    return tellPreview(made, options);
 }
 
 } // namespace
@@ -65,19 +110,47 @@ void addPreviewCommand(const Command &app) {
     Command command = app.add("preview", "Draw a plot file as a picture");
     std::vector<JsonFields> fields = findingsFields();
     fields.insert(fields.begin(), {{"exitCode, message, notes", "only the first two when nothing was drawn"},
-                                   {"plotFile, picture", "as they were named"}});
+                                   {"plotFile, picture", "as they were named; null for no picture"},
+                                   {"sheet", "that the drawing was held against; null when no usual one holds it"}});
     command.explain(
-        {"The whole file is drawn, also what a print would not send: text behind the last terminator.",
-         {{"vectorix preview drawing.plt -o drawing.svg --sheet a3", "As SVG, on a sheet of 420 x 297 mm."},
+        {"The whole file is drawn, also what a print would not send: text behind the last terminator.\n\n"
+         "Without --sheet and --area the sheet is the smallest usual one that holds the drawing (A4 where it does), with "
+         "0,0 "
+         "in its middle for a drawing that lies around it. Where none holds it, the picture is as large as the drawing, and "
+         "A4 is outlined. What leaves a sheet or an area that was named is grey.\n\n"
+         "The time is that of 'vectorix print': at each moment the slower of the pen and the line, which is one of 9600 "
+         "bit/s unless options or the profile say otherwise.",
+         {{"vectorix preview drawing.plt", "Says what is in it, and draws nothing."},
+          {"vectorix preview drawing.plt -o drawing.svg --sheet a3", "As SVG, on a sheet of 420 x 297 mm."},
           {"vectorix preview drawing.plt -o drawing.png --dpi 100 --sheet a4-portrait", "As PNG, on an upright sheet."},
-          {"vectorix preview drawing.plt -o drawing.pdf --json", "As PDF; what was found in the plot as JSON."}},
+          {"vectorix preview drawing.plt -o drawing.pdf --json", "As PDF; what was found in the plot as JSON."},
+          {"vectorix preview drawing.plt -o - --format png", "As PNG to standard output, for another program."}},
          fields});
     command.option("PLOT", options->plot, "Plot file; - for standard input").required().valueName("");
-    command.option("-o,--output", options->picture, "Picture to write: .svg, .png or .pdf").required().valueName("FILE");
+    Option picture = command
+                         .option("-o,--output", options->picture,
+                                 "Picture to write: .svg, .png or .pdf; - for standard output, with --format (svg)")
+                         .valueName("FILE");
+    command.option("--format", options->drawing.format, "Format of the picture (by its name)")
+        .oneOf({"svg", "png", "pdf"})
+        .valueName("svg|png|pdf")
+        .needs(picture);
+    addProfileOption(command);
     addLanguage(command, options->drawing);
     addTelling(command, options->telling, {.verbose = nullptr});
-    addDrawingOptions(command, options->drawing);
-    command.whenTyped([options] { return preview(*options); }, &options->telling.json);
+    addDrawingOptions(command, options->drawing)
+        .front()
+        .describe("Sheet that it is drawn on: a0 to a4, letter, tabloid, or WxH in mm (the smallest that holds it)");
+    Option usb = addUsb(command, options->usbChoice).describe("Estimate the time for a plotter on USB, not on a line");
+    addLineOptions(command, options->line);
+    command.whenTyped(
+        [options, command, usb] {
+            applyProfile(command);
+            options->isUsb = usb.isTyped();
+            if (options->isPoured() && options->drawing.format.empty()) options->drawing.format = "svg";
+            return preview(*options);
+        },
+        &options->telling.json);
 }
 
 } // namespace host

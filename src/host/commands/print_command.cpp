@@ -64,8 +64,7 @@ void addPrintCommand(const Command &app) {
                          .excludes(port)
                          .excludes(capture);
     Option usb = addUsb(command, options->usbChoice).excludes(port).excludes(capture).excludes(picture);
-    addSheet(command, options->drawing, "Sheet that is drawn on: a0 to a4, letter, tabloid, or WxH in mm (a4)")
-        .group("Place");
+    addPlaceOn(command, options->drawing);
     addDotsPerInch(command, options->drawing).needs(picture);
     const std::vector<Option> forStrokes = addConversionOptions(command, options->ready.conversion);
     Option job = command.option("--job", options->jobFile, "Job file that says what follows").valueName("JOB");

@@ -136,7 +136,8 @@ constexpr const char *kHelp =
     "for each option: port = '/dev/ttyUSB0', baud = 2400, tool = ['P1,', 'P2,'], and usb = true for the only USB plotter.\n"
     "A text in single quotes stands as it would be typed.\n"
     "\n"
-    "'vectorix print PLOT -p NAME' takes from it what is not typed; so do send, limits and simulate. What is typed wins.\n"
+    "'vectorix print PLOT -p NAME' takes from it what is not typed; so do preview, send, limits and\n"
+    "simulate. What is typed wins.\n"
     "With another --emulation typed than the profile's, its terminator, tools and variant are left out.";
 
 } // namespace

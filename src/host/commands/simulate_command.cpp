@@ -142,10 +142,10 @@ ExitCode tellSimulation(const SimulateOptions &options, const virtual_plotter::V
     Json report = jsonOf(verdict);
     report["picture"] = options.picture;
     report["heardBytes"] = plotter.heardBytes();
-    addFindings(report, plotter.plot());
+    addFindings(report, plotter.plot().language(), plotter.plot().reader()->findings());
     return tell(options.telling, verdict, report,
                 fmt::format("heard {}\n{}{}", counted(static_cast<int64_t>(plotter.heardBytes()), "byte"),
-                            findingsText(plotter.plot()),
+                            findingsText(plotter.plot().language(), plotter.plot().reader()->findings()),
                             options.picture.empty() ? "" : fmt::format("drew {}\n", shown(options.picture))));
 }
 

@@ -143,7 +143,7 @@ void lookAtSheet(const Sheet &sheet, const DrawingOptions &typed, ConversionRepo
     if (!report.leavesSheet) return;
     report.notes.push_back(fmt::format("the drawing leaves what the pen reaches of this sheet ({}); --fit makes it fit, "
                                        "--sheet names another",
-                                       shown(typed.sheet)));
+                                       shown(sheetName(typed))));
 }
 
 } // namespace

@@ -68,14 +68,6 @@ FileNature byStart(std::string_view head) {
     return {};
 }
 
-/// Draws nothing: only what the reader understands is wanted.
-struct NoPen final : language::PenSink {
-    void setPen(int, double) override {}
-    void begin(language::Point) override {}
-    void line(language::Point) override {}
-    void fill(std::span<const language::Point>, std::span<const size_t>) override {}
-};
-
 struct Sense {
     uint64_t good = 0, bad = 0; ///< instructions, and what is none or malformed
     /// A plot has next to nothing bad in it, other texts have three times as much of it as of what looks good.
@@ -83,7 +75,7 @@ struct Sense {
 };
 
 Sense senseAs(Language language, std::string_view text, bool isAll) {
-    NoPen noPen;
+    language::NoPen noPen;
     auto reader = language::makeReader(language, noPen, {{0, 0}, {1, 1}});
     reader->take(text);
     if (isAll) reader->finish();

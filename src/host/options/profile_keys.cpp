@@ -20,6 +20,7 @@ void addProfileOptions(const Command &app, ProfileOptions &options) {
     addVariant(app, options.variant);
     addLineOptions(app, options.line);
     addJobOptions(app, options.job);
+    addArea(app, options.area);
 }
 
 void requireFitProfile(const ProfileOptions &options) {

@@ -4,6 +4,7 @@
 
 #include "host/job/job_options.h"
 #include "host/options/line_settings.h"
+#include "host/picture/drawing_options.h"
 #include "host/terminal/command.h"
 
 #include <string>
@@ -35,6 +36,7 @@ inline constexpr ProfileKey kProfileKeys[] = {
     {"tool", ProfileKind::Texts, true},
     {"project", ProfileKind::Text},
     {"plotter", ProfileKind::Text},
+    {"area", ProfileKind::Text},
 };
 
 struct ProfileOptions {
@@ -43,6 +45,7 @@ struct ProfileOptions {
     int32_t plotterID = 0;
     uint32_t variant = 1;
     LineSettings line;
+    std::string area;
     JobOptions job;
 };
 

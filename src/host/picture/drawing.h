@@ -1,37 +1,20 @@
-// What preview, simulate and "print --virtual" share when they draw: the options for sheet, resolution and language, and the
-// picture with its file. The plotter in software answers with errors of its own, since it knows nothing of the command; here
-// they become failures with the command's exit codes.
+// What preview, simulate and "print --virtual" share when they draw: the picture with its file. The plotter in software
+// answers with errors of its own, since it knows nothing of the command; here they become failures with the command's exit
+// codes.
 #pragma once
 
-#include "host/terminal/command.h"
+#include "host/picture/drawing_options.h"
+#include "host/picture/view.h"
 
-#include "language/reader.h"
+#include "virtual_plotter/drawing/outside.h"
 #include "virtual_plotter/drawing/picture.h"
 
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace host {
 
-struct DrawingOptions {
-    std::string sheet = "a4";
-    double dotsPerInch = 200;
-    std::string language = "auto";
-};
-
-/// Adds --dpi alone.
-Option addDotsPerInch(const Command &app, DrawingOptions &options);
-/// Adds --sheet and --dpi; returns them.
-std::vector<Option> addDrawingOptions(const Command &app, DrawingOptions &options);
-/// Adds --sheet alone.
-Option addSheet(const Command &app, DrawingOptions &options, const std::string &help);
-/// Adds --language.
-void addLanguage(const Command &app, DrawingOptions &options);
-
-virtual_plotter::Sheet sheetOf(const DrawingOptions &options);
-/// None for "auto".
-std::optional<language::Language> languageOf(const DrawingOptions &options);
+/// A file's name that stands for standard output.
+inline constexpr const char *kStandardOutput = "-";
 
 /// Throws Failure (usage) when the file to be written is one that is to be read; option names it in the message.
 void requireOtherFile(const char *option, const std::string &output, const std::string &input);
@@ -39,10 +22,12 @@ void requireOtherFile(const char *option, const std::string &output, const std::
 /// A picture with its file. With an empty path it takes strokes all the same, but there is no file.
 class Drawing {
 public:
-    /// Throws Failure.
+    /// Of one sheet, for strokes that do not leave it. Throws Failure.
     Drawing(const DrawingOptions &options, const std::string &path);
-    virtual_plotter::Picture &sink() { return picture_; }
-    const virtual_plotter::Sheet &sheet() const { return sheet_; }
+    /// Of a view; what the pen does not reach is grey, when the sheet was asked for. Throws Failure.
+    Drawing(const View &view, const DrawingOptions &options, const std::string &path);
+    virtual_plotter::PenSink &sink();
+    const virtual_plotter::Sheet &sheet() const { return view_.sheet; }
     /// A remark on how it was drawn; mostly empty.
     const std::string &note() const { return picture_.note(); }
     /// Gives the complete file its name. Throws Failure; a Drawing that is destroyed without this leaves no file.
@@ -50,8 +35,9 @@ public:
 
 private:
     std::string path_;
-    virtual_plotter::Sheet sheet_;
+    View view_;
     virtual_plotter::Picture picture_;
+    virtual_plotter::GreyOutside parted_;
 };
 
 } // namespace host

@@ -1,12 +1,10 @@
 #include "host/picture/plot_findings.h"
 #include "host/terminal/json.h"
-
 #include "host/terminal/text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 namespace host {
 
@@ -26,10 +24,11 @@ std::string millimetres(double units) {
     return std::abs(value) < 1e7 ? fmt::format("{:.1f}", value) : fmt::format("{:.2g}", value);
 }
 
-std::vector<int> pensOf(const Findings &findings) {
-    std::vector<int> pens;
-    for (size_t pen = 0; pen < findings.pens.size(); ++pen) {
-        if (findings.pens[pen]) pens.push_back(static_cast<int>(pen));
+/// Those that drew something.
+std::vector<size_t> pensOf(const Findings &findings) {
+    std::vector<size_t> pens;
+    for (size_t pen = 0; pen < findings.byPen.size(); ++pen) {
+        if (findings.byPen[pen].strokes > 0) pens.push_back(pen);
     }
     return pens;
 }
@@ -52,12 +51,26 @@ std::string oddityLines(const Findings &findings) {
     return text;
 }
 
+std::string leavingNote(const virtual_plotter::Sheet &sheet, const char *outside) {
+    const auto &[lower, upper] = sheet.hardClip;
+    return fmt::format("the drawing leaves the {} x {} mm that the pen reaches on this sheet; what is outside {}",
+                       millimetres(upper.x - lower.x), millimetres(upper.y - lower.y), outside);
+}
+
+std::vector<std::string> notesOf(const Findings &findings, const std::string &leaving) {
+    std::vector<std::string> notes;
+    if (!leaving.empty()) notes.push_back(leaving);
+    if (!findings.anyDemand) notes.emplace_back("nothing in it draws");
+    for (std::string &note : lossNotes(findings))
+        notes.push_back(std::move(note));
+    return notes;
+}
+
 } // namespace
 
-std::string findingsText(const PlotReader &plot) {
-    const Findings &findings = plot.reader()->findings();
+std::string findingsText(Language language, const Findings &findings, const std::string &line) {
     std::string text =
-        fmt::format("{}: {}, {}\n", plot.language() == Language::Dmpl ? "DM/PL" : "HP-GL",
+        fmt::format("{}: {}, {}\n", language == Language::Dmpl ? "DM/PL" : "HP-GL",
                     counted(signedOf(findings.bytes), "byte"), counted(signedOf(findings.instructions), "instruction"));
     if (findings.anyDemand) {
         const auto &box = findings.demand;
@@ -65,28 +78,31 @@ std::string findingsText(const PlotReader &plot) {
                             millimetres(box.upper.y - box.lower.y), millimetres(box.lower.x), millimetres(box.lower.y),
                             millimetres(box.upper.x), millimetres(box.upper.y));
     }
+    for (size_t pen : pensOf(findings)) {
+        const language::PenFindings &own = findings.byPen[pen];
+        text += fmt::format("pen {}: {} drawn in {}, about {}\n", pen, metres(own.downMillimetres),
+                            counted(signedOf(own.strokes), "stroke"), duration(own.seconds));
+    }
     if (findings.strokes > 0) {
-        std::vector<int> pens = pensOf(findings);
-        text += fmt::format("pen {}: {} drawn in {}, {} lifted, about {}\n", fmt::join(pens, ", "),
-                            metres(findings.downMillimetres), counted(signedOf(findings.strokes), "stroke"),
-                            metres(findings.upMillimetres), duration(findings.seconds));
+        text += fmt::format("lifted: {}\ntime: about {}{}\n", metres(findings.upMillimetres), duration(findings.seconds),
+                            line.empty() ? "" : " at " + line);
     }
     return text + oddityLines(findings);
 }
 
 std::vector<std::string> findingNotes(const PlotReader &plot, const virtual_plotter::Sheet &sheet) {
     const Findings &findings = plot.reader()->findings();
-    std::vector<std::string> notes;
-    if (findings.outsideHardClip) {
-        const auto &area = sheet.hardClip;
-        notes.push_back(fmt::format("the drawing leaves the {} x {} mm that the pen reaches on this sheet; what is outside "
-                                    "is not drawn",
-                                    millimetres(area.upper.x - area.lower.x), millimetres(area.upper.y - area.lower.y)));
-    }
-    if (!findings.anyDemand) notes.emplace_back("nothing in it draws");
-    for (std::string &note : lossNotes(findings))
-        notes.push_back(std::move(note));
-    return notes;
+    return notesOf(findings, findings.outsideHardClip ? leavingNote(sheet, "is not drawn") : "");
+}
+
+std::vector<std::string> viewNotes(const Findings &findings, const View &view, bool isDrawn) {
+    if (!view.isLeft) return notesOf(findings, "");
+    const bool isGrey = view.isTyped && isDrawn;
+    if (!view.name.empty())
+        return notesOf(findings,
+                       leavingNote(view.sheet, isGrey ? "is not plotted, and grey in the picture" : "is not plotted"));
+    return notesOf(findings, fmt::format("no usual sheet holds the drawing{}",
+                                         isDrawn ? fmt::format("; the one outlined is {}", kUsualSheet) : ""));
 }
 
 std::vector<std::string> lossNotes(const Findings &findings) {
@@ -100,9 +116,8 @@ std::vector<std::string> lossNotes(const Findings &findings) {
     return notes;
 }
 
-void addFindings(Json &object, const PlotReader &plot) {
-    const Findings &findings = plot.reader()->findings();
-    object["language"] = plot.language() == Language::Dmpl ? "dmpl" : "hpgl";
+void addFindings(Json &object, Language language, const Findings &findings) {
+    object["language"] = language == Language::Dmpl ? "dmpl" : "hpgl";
     object["bytes"] = findings.bytes;
     object["instructions"] = findings.instructions;
     object["unknown"] = findings.unknown;
@@ -122,6 +137,12 @@ void addFindings(Json &object, const PlotReader &plot) {
     object["upMillimetres"] = findings.upMillimetres;
     object["seconds"] = findings.seconds;
     object["pens"] = pensOf(findings);
+    auto &byPen = object["byPen"] = Json::array();
+    for (size_t pen : pensOf(findings)) {
+        const language::PenFindings &own = findings.byPen[pen];
+        byPen.push_back(
+            {{"number", pen}, {"strokes", own.strokes}, {"downMillimetres", own.downMillimetres}, {"seconds", own.seconds}});
+    }
     object["lostCorners"] = findings.lostVertices;
     object["leftOut"] = findings.refused;
 }
@@ -136,7 +157,8 @@ std::vector<JsonFields> findingsFields() {
         {"leavesSheet", "whether some of it lies outside that area"},
         {"strokes, pens", "what was drawn, with which pens"},
         {"downMillimetres, upMillimetres", "the way of the pen down and up"},
-        {"seconds", "that a plotter takes"},
+        {"seconds", "that a plotter takes, about"},
+        {"byPen", "of each pen: number, strokes, downMillimetres, and seconds in the holder"},
         {"lostCorners, leftOut", "what the plotter had no room or time for"},
     };
 }

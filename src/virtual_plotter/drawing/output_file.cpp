@@ -42,6 +42,15 @@ int OutputFile::open(const std::string &path) {
     return error_;
 }
 
+int OutputFile::openStandardOutput() {
+    discard();
+    error_ = 0;
+    path_.clear();
+    temporary_.clear();
+    file_ = ::fdopen(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0), "w");
+    return file_ != nullptr ? 0 : error_ = errno;
+}
+
 bool OutputFile::named(const std::function<bool(const std::string &name)> &take) {
     static std::atomic<unsigned> counter = 0;
     for (int tries = 0; tries < 100; ++tries) {
@@ -70,11 +79,12 @@ int OutputFile::commit() {
     const auto link = [&](const std::string &name) {
         return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
     };
-    if (error_ == 0 && temporary_.empty() && !named(link)) error_ = errno;
+    const bool isNamed = !path_.empty(); // standard output has no name to be given
+    if (error_ == 0 && isNamed && temporary_.empty() && !named(link)) error_ = errno;
     const bool closed = std::fclose(file_) == 0;
     file_ = nullptr;
     if (!closed && error_ == 0) error_ = errno;
-    if (error_ == 0 && std::rename(temporary_.c_str(), path_.c_str()) != 0) error_ = errno;
+    if (error_ == 0 && isNamed && std::rename(temporary_.c_str(), path_.c_str()) != 0) error_ = errno;
     if (error_ != 0 && !temporary_.empty()) ::unlink(temporary_.c_str());
     return error_;
 }

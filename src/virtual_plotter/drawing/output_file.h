@@ -21,6 +21,7 @@ public:
 
     /// Each returns 0 or an errno. Once one has failed, commit answers with that error and the file is gone.
     int open(const std::string &path);
+    int openStandardOutput(); ///< what is written goes there at once, and stays
     int write(const void *bytes, size_t size);
     int commit();
     void discard();

@@ -41,10 +41,4 @@ std::unique_ptr<Page> makePngPage(const Sheet &sheet, double dotsPerInch, Output
 /// The resolution, lowered where the sheet would otherwise need more dots than a PNG page holds.
 double pngResolution(const Sheet &sheet, double dotsPerInch) noexcept;
 
-/// The lower left corner of the pen's area, in millimetres from the lower left corner of the paper.
-constexpr Point areaOrigin(const Sheet &sheet) {
-    return {(sheet.width - sheet.hardClip.upper.x / kUnitsPerMillimetre) / 2,
-            (sheet.height - sheet.hardClip.upper.y / kUnitsPerMillimetre) / 2};
-}
-
 } // namespace virtual_plotter

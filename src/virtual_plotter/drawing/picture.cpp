@@ -26,13 +26,13 @@ constexpr Colour kPens[] = {
     {0x00, 0x9A, 0xB0}, // turquoise
 };
 constexpr Colour kFrame = {0xA0, 0xA0, 0xA0};
+constexpr Colour kOutside = {0xC8, 0xC8, 0xC8};
 constexpr double kFrameWidth = 0.2;
 
 Colour colourOf(int pen) { return kPens[static_cast<size_t>(pen - 1) % std::size(kPens)]; }
 
-bool hasEnding(const std::string &path, const char *ending) {
-    const size_t length = strlen(ending);
-    return path.size() > length && strcasecmp(path.c_str() + path.size() - length, ending) == 0;
+bool hasEnding(const std::string &path, const std::string &ending) {
+    return path.size() > ending.size() && strcasecmp(path.c_str() + path.size() - ending.size(), ending.c_str()) == 0;
 }
 
 } // namespace
@@ -42,23 +42,36 @@ Picture::Picture(const Sheet &sheet, const PictureOptions &options) : sheet_(she
 Picture::~Picture() = default;
 
 std::optional<PictureError> Picture::open(const std::string &path) {
-    path_ = path;
-    const bool svg = hasEnding(path, ".svg"), png = hasEnding(path, ".png"), pdf = hasEnding(path, ".pdf");
+    const bool isPoured = path == "-";
+    path_ = isPoured ? "standard output" : path;
+    const bool svg = hasFormat("svg"), png = hasFormat("png"), pdf = hasFormat("pdf");
     if (!svg && !png && !pdf) return failure("a picture's name must end in .svg, .png or .pdf");
     if (png && !(options_.dotsPerInch >= 1)) return failure("the resolution must be at least 1 dot per inch");
-    if (const int error = file_.open(path)) return failure(strerror(error), error);
+    if (const int error = isPoured ? file_.openStandardOutput() : file_.open(path)) return failure(strerror(error), error);
 
     if (svg) page_ = makeSvgPage(sheet_, file_);
     if (pdf) page_ = makePdfPage(sheet_, file_);
     if (png) {
         const double resolution = pngResolution(sheet_, options_.dotsPerInch);
         if (resolution < options_.dotsPerInch)
-            note_ = path + ": drawn with " + std::to_string(static_cast<int>(resolution)) +
+            note_ = path_ + ": drawn with " + std::to_string(static_cast<int>(resolution)) +
                     " dots per inch, as many as this sheet allows; an .svg or .pdf has no such limit";
         page_ = makePngPage(sheet_, resolution, file_);
     }
-    if (options_.frame) drawFrame();
+    if (options_.frame) drawFrame(*options_.frame);
     return std::nullopt;
+}
+
+bool Picture::hasFormat(const char *format) const {
+    return options_.format.empty() ? hasEnding(path_, std::string(".") + format) : options_.format == format;
+}
+
+Colour Picture::ink() const { return isOutside_ ? kOutside : colourOf(pen_); }
+
+void Picture::setOutside(bool isOutside) {
+    if (isOutside == isOutside_) return;
+    flush();
+    isOutside_ = isOutside;
 }
 
 void Picture::setPen(int pen, double widthMillimetres) {
@@ -85,7 +98,7 @@ void Picture::line(Point to) {
 
 // Strokes of this pen that still wait are drawn after the fill: in one colour the order makes no difference.
 void Picture::fill(std::span<const Point> points, std::span<const size_t> ends) {
-    if (page_ != nullptr && pen_ > 0) page_->fill({points, ends}, colourOf(pen_));
+    if (page_ != nullptr && pen_ > 0) page_->fill({points, ends}, ink());
 }
 
 std::optional<PictureError> Picture::finish() {
@@ -105,16 +118,15 @@ std::optional<PictureError> Picture::finish() {
 void Picture::flush() {
     if (points_.empty()) return;
     ends_.push_back(points_.size());
-    if (page_ != nullptr && pen_ > 0) page_->stroke({points_, ends_}, colourOf(pen_), width_);
+    if (page_ != nullptr && pen_ > 0) page_->stroke({points_, ends_}, ink(), width_);
     points_.clear();
     ends_.clear();
 }
 
-void Picture::drawFrame() {
-    const Point origin = areaOrigin(sheet_);
-    const double left = (kFrameWidth / 2 - origin.x) * kUnitsPerMillimetre;
-    const double bottom = (kFrameWidth / 2 - origin.y) * kUnitsPerMillimetre;
-    const double right = sheet_.hardClip.upper.x - left, top = sheet_.hardClip.upper.y - bottom;
+void Picture::drawFrame(const Rectangle &edges) {
+    constexpr double kInside = kFrameWidth / 2 * kUnitsPerMillimetre;
+    const double left = edges.lower.x + kInside, bottom = edges.lower.y + kInside;
+    const double right = edges.upper.x - kInside, top = edges.upper.y - kInside;
     const Point corners[] = {{left, bottom}, {right, bottom}, {right, top}, {left, top}, {left, bottom}};
     const size_t ends[] = {std::size(corners)};
     page_->stroke({corners, ends}, kFrame, kFrameWidth);

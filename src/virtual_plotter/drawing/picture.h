@@ -20,24 +20,28 @@ struct PictureError {
 
 struct PictureOptions {
     double dotsPerInch = 200; ///< of a PNG; lowered, with a note, for a sheet that would then be too large for the memory
-    bool frame = false;       ///< a thin grey line along the edge of the paper
+    std::optional<Rectangle> frame = {}; ///< a thin grey line within these edges: those of the paper
+    std::string format = {};             ///< svg, png or pdf; empty: by the path's ending
 };
 
-/// One sheet in one file of exactly the sheet's size. The file appears, or replaces an older one, at finish(): a picture
-/// that is destroyed without it, or whose finish() fails, leaves nothing. The same calls give the same bytes. Memory does
-/// not grow with the number of strokes, but for a PDF: some 30 to 50 bytes a segment until the end. Pens have eight colours;
-/// the ninth draws like the first, and pen 0 or less not at all.
+/// One sheet in one file of exactly the sheet's size, which may be larger than what is outlined in it. The file appears, or
+/// replaces an older one, at finish(): a picture that is destroyed without it, or whose finish() fails, leaves nothing. The
+/// same calls give the same bytes. Memory does not grow with the number of strokes, but for a PDF: some 30 to 50 bytes a
+/// segment until the end. Pens have eight colours; the ninth draws like the first, and pen 0 or less not at all.
 class Picture final : public PenSink {
 public:
     explicit Picture(const Sheet &sheet, const PictureOptions &options = {});
     ~Picture() override;
 
-    /// The format follows the path's ending: .svg, .png or .pdf, in any case. To be called once, before anything is drawn;
-    /// without it strokes are taken and go nowhere.
+    /// The format follows the path's ending: .svg, .png or .pdf, in any case, unless the options name one. "-" is standard
+    /// output, which gets the picture as it is made. To be called once, before anything is drawn; without it strokes are
+    /// taken and go nowhere.
     std::optional<PictureError> open(const std::string &path);
     /// A remark for the user on how the picture was made; mostly empty.
     const std::string &note() const { return note_; }
 
+    /// What follows lies outside of what the pen reaches, and is drawn in grey whatever the pen; or no longer does.
+    void setOutside(bool isOutside);
     void setPen(int pen, double widthMillimetres) override;
     void begin(Point at) override;
     void line(Point to) override;
@@ -48,7 +52,9 @@ public:
 
 private:
     void flush();
-    void drawFrame();
+    void drawFrame(const Rectangle &edges);
+    bool hasFormat(const char *format) const;
+    Colour ink() const;
     std::optional<PictureError> failure(const std::string &what, int errnoValue = 0) const;
 
     Sheet sheet_;
@@ -58,6 +64,7 @@ private:
     std::unique_ptr<Page> page_;
     int pen_ = 1;
     double width_ = 0.3;
+    bool isOutside_ = false;
     Point last_;
     std::vector<Point> points_; // the strokes since the last flush
     std::vector<size_t> ends_;  // of all of them but the last

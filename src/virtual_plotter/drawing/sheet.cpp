@@ -3,19 +3,20 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <span>
 #include <utility>
 
 namespace virtual_plotter {
 
 namespace {
 
-struct NamedSheet {
+struct Size {
     std::string_view name;
     double width, height;         // millimetres
     double areaWidth, areaHeight; // plotter units; 0: by the margins
 };
 
-constexpr NamedSheet kSheets[] = {
+constexpr Size kSheets[] = {
     {"a4", 297, 210, 10900, 7650},
     {"a3", 420, 297, 16158, 11040},
     {"a2", 594, 420, 0, 0},
@@ -25,30 +26,47 @@ constexpr NamedSheet kSheets[] = {
     {"tabloid", 431.8, 279.4, 16640, 10365},
 };
 
-constexpr double kShortest = 10, kLongest = 20000;
+constexpr double kShortest = 10, kLongest = 20000, kFarthest = 100'000; // millimetres
 
 double areaOf(double side) { return std::floor((side - 2 * std::min(10.0, side / 10)) * kUnitsPerMillimetre); }
 
-Sheet sheetOf(const NamedSheet &named) {
-    Sheet sheet{named.width, named.height, {}};
+Sheet sheetOf(const Size &size) {
+    Sheet sheet{size.width, size.height, {}};
     sheet.hardClip.upper =
-        named.areaWidth > 0 ? Point{named.areaWidth, named.areaHeight} : Point{areaOf(named.width), areaOf(named.height)};
+        size.areaWidth > 0 ? Point{size.areaWidth, size.areaHeight} : Point{areaOf(size.width), areaOf(size.height)};
+    return sheet;
+}
+
+Sheet standing(Sheet sheet) {
+    std::swap(sheet.width, sheet.height);
+    std::swap(sheet.hardClip.upper.x, sheet.hardClip.upper.y);
     return sheet;
 }
 
 bool fits(double side) { return side >= kShortest && side <= kLongest; } // false for NaN
 
 // False when the text is no number or holds anything beside it.
-bool readSide(std::string_view text, double &side) {
+bool readNumber(std::string_view text, double &number) {
     const char *end = text.data() + text.size();
-    const auto [stop, code] = std::from_chars(text.data(), end, side, std::chars_format::fixed);
+    const auto [stop, code] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
     return code == std::errc() && stop == end;
 }
+
+// False unless the text is as many numbers as there is room for, parted by the mark.
+bool readNumbers(std::string_view text, char mark, std::span<double> numbers) {
+    for (double &number : numbers.first(numbers.size() - 1)) {
+        const size_t end = text.find(mark);
+        if (end == std::string_view::npos || !readNumber(text.substr(0, end), number)) return false;
+        text.remove_prefix(end + 1);
+    }
+    return readNumber(text, numbers.back());
+}
+
+constexpr std::string_view kPortrait = "-portrait";
 
 } // namespace
 
 std::optional<Sheet> parseSheet(std::string_view text, std::string &error) {
-    constexpr std::string_view kPortrait = "-portrait";
     std::string lower(text);
     for (char &c : lower)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -56,30 +74,53 @@ std::optional<Sheet> parseSheet(std::string_view text, std::string &error) {
     const bool portrait = name.ends_with(kPortrait);
     if (portrait) name.remove_suffix(kPortrait.size());
 
-    for (const NamedSheet &named : kSheets) {
-        if (name != named.name) continue;
-        Sheet sheet = sheetOf(named);
-        if (portrait) {
-            std::swap(sheet.width, sheet.height);
-            std::swap(sheet.hardClip.upper.x, sheet.hardClip.upper.y);
-        }
-        return sheet;
+    for (const Size &size : kSheets) {
+        if (name == size.name) return portrait ? standing(sheetOf(size)) : sheetOf(size);
     }
 
-    const size_t cross = lower.find('x');
-    NamedSheet custom = {};
-    if (cross == std::string::npos || !readSide(std::string_view(lower).substr(0, cross), custom.width) ||
-        !readSide(std::string_view(lower).substr(cross + 1), custom.height)) {
+    double sides[2];
+    if (!readNumbers(lower, 'x', sides)) {
         error = "unknown sheet \"" + std::string(text) +
                 "\"; use a0, a1, a2, a3, a4, letter, tabloid (each also with -portrait), or WIDTHxHEIGHT in "
                 "millimetres, as in 297x210";
         return std::nullopt;
     }
-    if (!fits(custom.width) || !fits(custom.height)) {
+    if (!fits(sides[0]) || !fits(sides[1])) {
         error = "sheet " + std::string(text) + ": each side must be 10 to 20000 millimetres long";
         return std::nullopt;
     }
-    return sheetOf(custom);
+    return sheetOf({"", sides[0], sides[1], 0, 0});
+}
+
+std::optional<Sheet> parseArea(std::string_view text, std::string &error) {
+    std::string numbers(text);
+    std::erase(numbers, ' ');
+    double corners[4];
+    if (!readNumbers(numbers, ',', corners)) {
+        error = "unknown area \"" + std::string(text) +
+                "\"; use X1,Y1,X2,Y2 in millimetres, lower left and upper right, as in 0,0,272.5,191.25";
+        return std::nullopt;
+    }
+    const auto [left, lower, right, upper] = corners;
+    const auto isFar = [](double corner) { return !(std::abs(corner) <= kFarthest); }; // true for NaN
+    if (std::ranges::any_of(corners, isFar) || right - left < kShortest || upper - lower < kShortest) {
+        error = "area " + std::string(text) +
+                ": the second corner must lie 10 millimetres or more to the right of the first and above it, and none "
+                "farther than 100000 from 0,0";
+        return std::nullopt;
+    }
+    return sheetWithin({{left * kUnitsPerMillimetre, lower * kUnitsPerMillimetre},
+                        {right * kUnitsPerMillimetre, upper * kUnitsPerMillimetre}});
+}
+
+std::vector<NamedSheet> namedSheets() {
+    std::vector<NamedSheet> sheets;
+    for (const Size &size : kSheets) {
+        sheets.push_back({std::string(size.name), sheetOf(size)});
+        sheets.push_back({std::string(size.name) + std::string(kPortrait), standing(sheets.back().sheet)});
+    }
+    std::ranges::stable_sort(sheets, {}, [](const NamedSheet &named) { return named.sheet.width * named.sheet.height; });
+    return sheets;
 }
 
 } // namespace virtual_plotter
