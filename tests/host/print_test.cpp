@@ -20,7 +20,7 @@ TEST_F(PrintCommandTest, ReportsWhatArrivedAndWhatWasNotSent) {
     const std::tuple<std::string, Words, int, const char *, std::string> kRows[] = {
         // script, words behind the capture, ...
         {"", {file("padded", plot + "\x1B.Z\r\n")}, 0, "note: 5 bytes at the end not sent", plot},
-        {"", {file("part", "IN;PD1,1;PU2,2"), "--force"}, 1, "for no \";\" ends them: \"PU2,2\"", "IN;PD1,1;"},
+        {"", {file("part", "IN;PD1,1;PU2,"), "--force"}, 1, "4 bytes at the end not sent", "IN;PD1,1;"},
         {"", {file("dmpl", "H,LBtext\x03@\n"), "--job", job}, 0, "", ";:H,LBtext\x03@"},
         {"cat " + whole + " | ", {"-"}, 0, "\"plotFile\":\"standard input\"", plot},
         {"trap '' XFSZ; ulimit -f 4; ", {whole}, 1, "file too large", plot.substr(0, 2048)},
@@ -128,11 +128,11 @@ TEST_F(DryRunTest, SaysWhatWouldBeSentAndForHowLong) {
 
 /// What is refused before anything is opened is refused here as well: the tests of those refusals try both.
 TEST_F(DryRunTest, EndsAsThePrintWould) {
-    const std::string plot = file("plot", plotOf(3)), part = file("part", "IN;PD1,1;PU2,2"), port = plotter_.port();
+    const std::string plot = file("plot", plotOf(3)), part = file("part", "IN;PD1,1;PU2,"), port = plotter_.port();
     const std::string start = "<plist><dict><key>Plotter emulation ID :</key><integer>17002</integer>",
                       end = "</dict></plist>",
                       odd = "<key>Plotfile terminator :</key><string>;</string><key>X Tile :</key><string>a</string>";
-    EXPECT_TRUE(ended(dryRun({part, "--port", port, "--force"}), 1, "5 bytes at the end not sent"));
+    EXPECT_TRUE(ended(dryRun({part, "--port", port, "--force"}), 1, "4 bytes at the end not sent"));
     EXPECT_TRUE(ended(dryRun({plot, "--port", port, "--job", file("bare", start + end)}), 7, "names no terminator"));
     EXPECT_TRUE(ended(dryRun({plot, "--port", port, "--job", file("odd", start + odd + end)}), 0, "must be a number"));
     EXPECT_TRUE(ended(dryRun({plot, "--capture", path("o")}), 0));

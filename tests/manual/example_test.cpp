@@ -54,7 +54,10 @@ TEST_F(ExampleTest, AreUnderstoodAndDoWhatIsSaid) {
     constexpr std::string_view kNotRun[] = {
         "vectorix ports", "vectorix plotters", "vectorix limits", "vectorix send", "vectorix doctor", "--usb", "--once"};
     constexpr std::string_view kPort = "/dev/ttyUSB0", kTemporary = "/tmp/";
-    std::filesystem::copy_file(EXAMPLE, path("drawing.plt"));
+    const auto examples = std::filesystem::path(EXAMPLE).parent_path();
+    for (auto [from, to] :
+         {std::pair("moonrise.plt", "drawing.plt"), {"lighthouse.svg", "drawing.svg"}, {"tides.pdf", "page.pdf"}})
+        std::filesystem::copy_file(examples / from, path(to));
     ASSERT_EQ(run({"job", "write", path("roll.plist")}).code, 0);
     EXPECT_GE(lines_[0].size(), 8U) << "is README read?";
     const FarEnd plotter;

@@ -1,10 +1,11 @@
 // vectorix convert: another plot file of a drawing, placed, ordered, and cut well.
 #include "emulations/emulations.h"
 #include "host/commands/commands.h"
-#include "host/convert/conversion.h"
+#include "host/convert/ready_plot.h"
 #include "host/files/whole_file.h"
 #include "host/files/write_all.h"
 #include "host/job/job_options.h"
+#include "host/mending/mending.h"
 #include "host/terminal/output.h"
 #include "host/terminal/telling.h"
 #include "host/terminal/text.h"
@@ -23,6 +24,7 @@ struct ConvertOptions {
     DrawingOptions drawing; ///< the sheet, and the input's language
     int emulation = emulations::kHpgl;
     ConversionOptions conversion;
+    bool isMendedOnly = false;
     Telling telling;
 };
 
@@ -36,11 +38,39 @@ std::string printNote(int emulation) {
     return isFound ? std::string() : fmt::format("print it with --emulation {}", emulation);
 }
 
+/// What is written, and what became of the file.
+struct Made {
+    std::string plot;
+    ReadyReport report;
+    Verdict verdict;
+};
+
+Made converted(const PlotFile &input, const ConvertOptions &options) {
+    const std::string terminator(language::terminatorOf(languageOf(options.emulation)));
+    Conversion made = conversionOf(input, options.conversion, {options.drawing, options.emulation, terminator});
+    Verdict verdict{.message = "", .notes = made.report.notes};
+    if (const std::string print = printNote(options.emulation); !print.empty()) verdict.notes.push_back(print);
+    return {std::move(made.plot), {{}, std::move(made.report)}, std::move(verdict)};
+}
+
+/// The input's bytes, but for what was mended.
+Made mendedOnly(const PlotFile &input) {
+    Made made;
+    std::optional<Mended> mend = mended(input, usualRules(input));
+    (mend ? mend->plot : input).readBlocks([&](std::string_view block) {
+        made.plot += block;
+        return true;
+    });
+    if (mend) made.report.mendings = std::move(mend->mendings);
+    made.verdict.notes = mend ? readyNotes(made.report) : std::vector<std::string>{"nothing had to be mended"};
+    return made;
+}
+
 /// The plot to standard output, and what is told of it beside it. A reader that leaves has had all that it wanted.
-ExitCode pourOut(const Conversion &made, const ConvertOptions &options, const Verdict &verdict, const std::string &text) {
+ExitCode pourOut(const Made &made, const Telling &telling, const std::string &text) {
     if (!writeAll(STDOUT_FILENO, made.plot) && errno != EPIPE) throw outputFailure("standard output", errno);
-    if (!options.telling.quiet) writeError(text);
-    return tell(options.telling, verdict, {}, "");
+    if (!telling.quiet) writeError(text);
+    return tell(telling, made.verdict, {}, "");
 }
 
 ExitCode convert(const ConvertOptions &options) {
@@ -49,22 +79,20 @@ ExitCode convert(const ConvertOptions &options) {
         throw Failure(ExitCode::Usage, "--json: with -o - the plot goes to standard output; name a file");
     requireOtherFile("-o", options.output, options.input);
     const PlotFile input(options.input);
-    const std::string terminator(language::terminatorOf(languageOf(options.emulation)));
-    const Conversion made = conversionOf(input, options.conversion, {options.drawing, options.emulation, terminator});
-
-    Verdict verdict{.message = "", .notes = made.report.notes};
-    if (const std::string print = printNote(options.emulation); !print.empty()) verdict.notes.push_back(print);
+    const Made made = options.isMendedOnly ? mendedOnly(input) : converted(input, options);
     const std::string text =
-        fmt::format("{}wrote {}, {}\n", conversionText(made.report), isPoured ? "standard output" : shown(options.output),
+        fmt::format("{}wrote {}, {}\n", readyText(made.report), isPoured ? "standard output" : shown(options.output),
                     counted(static_cast<int64_t>(made.plot.size()), "byte"));
-    if (isPoured) return pourOut(made, options, verdict, text);
+    if (isPoured) return pourOut(made, options.telling, text);
 
     writeWhole(options.output, made.plot, true);
-    Json report = jsonOf(verdict);
+    Json report = jsonOf(made.verdict);
     report["plotFile"] = options.input;
     report["output"] = options.output;
-    addConversion(report, made.report);
-    return tell(options.telling, verdict, report, text);
+    report["mended"] = made.report.mendings;
+    report["bytes"] = made.plot.size();
+    if (made.report.conversion) addConversion(report, *made.report.conversion);
+    return tell(options.telling, made.verdict, report, text);
 }
 
 } // namespace
@@ -73,8 +101,10 @@ void addConvertCommand(const Command &app) {
     auto options = std::make_shared<ConvertOptions>();
     Command command = app.add("convert", "Make a plot file of a drawing: SVG, PDF, or another plot");
     std::vector<JsonFields> fields = conversionFields();
-    fields.insert(fields.begin(), {{"exitCode, message, notes", "only the first two when nothing was written"},
-                                   {"plotFile, output", "as they were named"}});
+    fields.insert(fields.begin(),
+                  {{"exitCode, message, notes", "only the first two when nothing was written"},
+                   {"plotFile, output", "as they were named"},
+                   {"mended", "with --mend-only: what was mended, as sentences; there is nothing more then but bytes"}});
     command.explain(
         {"SVG is read by rsvg-convert (Debian package librsvg2-bin), PDF by pdftocairo (poppler-utils): lines, however "
          "wide, "
@@ -93,6 +123,7 @@ void addConvertCommand(const Command &app) {
           {"vectorix convert drawing.pdf -o page.plt --page 1 --pens black=1,red=2", "A page, with two pens."},
           {"vectorix convert drawing.plt -o small.plt --sheet a4-portrait --margin 15 --fit --rotate auto",
            "As large as an upright sheet holds it."},
+          {"vectorix convert drawing.plt -o mended.plt --mend-only", "Mended as a print does it, and otherwise as it was."},
           {"vectorix convert drawing.plt -o quick.plt --order nearest", "Drawn with as little lifting as can be."},
           {"vectorix convert drawing.plt -o cut.dmpl --emulation dmpl", "In DM/PL, in which cutters are sent theirs."},
           {"vectorix convert - -o small.plt --scale 0.5 < drawing.plt", "Half as large, of what another program says."}},
@@ -104,7 +135,11 @@ void addConvertCommand(const Command &app) {
         .describe("What it will be printed on: hpgl (17002), dmpl (17008), or 17001 to 17037 (hpgl)");
     addTelling(command, options->telling, {.verbose = nullptr});
     addPlaceOn(command, options->drawing);
-    addConversionOptions(command, options->conversion);
+    const std::vector<Option> forStrokes = addConversionOptions(command, options->conversion);
+    Option mend = command.flag("--mend-only", options->isMendedOnly,
+                               "Write a plot file as it is, but for what would keep it from arriving whole");
+    for (Option option : forStrokes)
+        mend.excludes(option);
     command.whenTyped([options] { return convert(*options); }, &options->telling.json);
 }
 

@@ -1,6 +1,9 @@
 #include "host/convert/ready_plot.h"
 
+#include "emulations/emulations.h"
 #include "host/examination/file_kind.h"
+#include "host/mending/mending.h"
+#include "host/terminal/failure.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -15,12 +18,35 @@ bool isDrawing(const PlotFile &file) {
     return kind == FileKind::Svg || kind == FileKind::Pdf;
 }
 
+/// As it would arrive whole, where it can be made so: what cannot be mended may be drawn all the same.
+PlotFile wholeOf(PlotFile file, const PlotRules &rules) {
+    try {
+        if (std::optional<Mended> made = mended(file, rules)) return std::move(made->plot);
+    } catch (const Failure &) { // told by the reader, if there is anything to tell
+    }
+    return file;
+}
+
 } // namespace
 
+PlotRules usualRules(const PlotFile &file) {
+    const bool isDmpl = natureOf(file, language::Language::Hpgl).kind == FileKind::Dmpl;
+    return {isDmpl ? emulations::kDmpl : emulations::kHpgl,
+            std::string(language::terminatorOf(isDmpl ? language::Language::Dmpl : language::Language::Hpgl))};
+}
+
 ReadyPlot readyPlot(PlotFile file, const ReadyOptions &options, const DrawingOptions &drawing, const PlotRules &rules) {
-    if (options.isConverted || isDrawing(file)) {
-        const Conversion made = conversionOf(file, options.conversion, {drawing, rules.emulation, rules.terminator});
-        return {PlotFile::holding(file.path(), made.plot), {{}, made.report}};
+    const bool isPlot = !isDrawing(file);
+    if (options.isConverted || !isPlot) {
+        const PlotFile whole = isPlot ? wholeOf(std::move(file), usualRules(file)) : std::move(file);
+        const Conversion made = conversionOf(whole, options.conversion, {drawing, rules.emulation, rules.terminator});
+        return {PlotFile::holding(whole.path(), made.plot), {{}, made.report}};
+    }
+    if (options.isExact) return {std::move(file), {}};
+    try {
+        if (std::optional<Mended> made = mended(file, rules)) return {std::move(made->plot), {made->mendings, {}}};
+    } catch (const Failure &) {
+        if (!options.isForced) throw;
     }
     return {std::move(file), {}};
 }

@@ -27,6 +27,9 @@ struct ReadyPlot {
     ReadyReport report;
 };
 
+/// Of a plot file for which none were named: those of its language.
+PlotRules usualRules(const PlotFile &file);
+
 /// rules: by which the plot will be cut; drawing: sheet and language. Throws Failure.
 ReadyPlot readyPlot(PlotFile file, const ReadyOptions &options, const DrawingOptions &drawing, const PlotRules &rules);
 

@@ -1,6 +1,5 @@
 #include "host/print/plan.h"
 
-#include "host/examination/file_kind.h"
 #include "host/job/job_reader.h"
 #include "host/job/job_writer.h"
 #include "host/plugin/usb_target.h"
@@ -59,8 +58,7 @@ PrintPlan planOf(const PrintOptions &options) {
     std::vector<std::string> notes;
     if (options.jobFile.empty()) {
         JobOptions typed = options.job;
-        if (typed.emulation == 0 && natureOf(given, language::Language::Hpgl).kind == FileKind::Dmpl)
-            typed.emulation = emulations::kDmpl;
+        if (typed.emulation == 0 && usualRules(given).emulation == emulations::kDmpl) typed.emulation = emulations::kDmpl;
         job = propertyList(jobOf(typed));
         rules = {emulationOf(typed), terminatorOf(typed)};
     } else {
