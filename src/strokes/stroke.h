@@ -24,7 +24,8 @@ struct Drawing {
     double width = 0, height = 0; ///< of its page in millimetres; 0 when it has none
     std::vector<Stroke> strokes;  ///< in the order in which they were drawn
     std::vector<std::string>
-        notes; ///< what was left out of it, as sentences without a full stop: "2 pictures are not plotted"
+        notes;                   ///< what was left out of it, as sentences without a full stop: "2 pictures are not plotted"
+    bool isPicturesOnly = false; ///< nothing but pictures was in it, and so there are no strokes
 };
 
 } // namespace strokes

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <iterator>
+#include <numeric>
 #include <optional>
 #include <string_view>
 
@@ -37,6 +38,11 @@ static_assert(std::size(kLeft) == static_cast<size_t>(Left::Count));
 class LeftOut {
 public:
     void add(Left what) { ++counts_[static_cast<size_t>(what)]; }
+
+    bool isOnly(Left what) const {
+        const size_t count = counts_[static_cast<size_t>(what)];
+        return count > 0 && count == std::reduce(counts_.begin(), counts_.end());
+    }
 
     void tell(std::vector<std::string> &notes) const {
         for (size_t i = 0; i < counts_.size(); ++i)
@@ -74,9 +80,10 @@ public:
 
     void read() { children(document_.root(), {document_.toPage(), SvgStyle().of(document_.root())}); }
 
-    std::vector<Stroke> take(std::vector<std::string> &notes) {
-        leftOut_.tell(notes);
-        return painter_.take(notes);
+    void take(Drawing &drawing) {
+        leftOut_.tell(drawing.notes);
+        drawing.strokes = painter_.take(drawing.notes);
+        drawing.isPicturesOnly = drawing.strokes.empty() && leftOut_.isOnly(Left::Pictures);
     }
 
 private:
@@ -300,8 +307,8 @@ Drawing readSvg(std::string svg, const SvgOptions &options) {
     const SvgDocument document(std::move(svg));
     Reader reader(document, options);
     reader.read();
-    Drawing drawing{document.page().upper.x, document.page().upper.y, {}, {}};
-    drawing.strokes = reader.take(drawing.notes);
+    Drawing drawing{.width = document.page().upper.x, .height = document.page().upper.y, .strokes = {}, .notes = {}};
+    reader.take(drawing);
     return drawing;
 }
 

@@ -36,7 +36,7 @@ protected:
         return PlotFile(folder_ / "in", "drawing");
     }
     std::string size(const std::string &text, FileKind kind) {
-        const auto drawing = strokes::readSvg(svgOf(file(text), kind, 1), {});
+        const auto drawing = strokes::readSvg(plainSvgOf(file(text), kind, 1).text, {});
         return std::to_string(drawing.width) + ' ' + std::to_string(drawing.height) + ' ' +
                std::to_string(drawing.strokes.size());
     }
@@ -51,7 +51,7 @@ protected:
         setenv("PATH", folder_.c_str(), 1);
         const PlotFile drawing = file("<svg/>");
         return failureOf([&] {
-            svgOf(drawing, FileKind::Svg, 1, {std::chrono::milliseconds(1000), uint64_t{1} << 30, 4096});
+            plainSvgOf(drawing, FileKind::Svg, 1, {std::chrono::milliseconds(1000), uint64_t{1} << 28, 4096});
         });
     }
 
@@ -72,10 +72,10 @@ TEST_F(Converters, KeepTheSizeOfAPage) {
 
 TEST_F(Converters, SayWhatIsWrongWithAFile) {
     const PlotFile pdf = file(kPdf);
-    auto call = [&](int page) { return failureOf([&] { svgOf(pdf, FileKind::Pdf, page); }); };
+    auto call = [&](int page) { return failureOf([&] { plainSvgOf(pdf, FileKind::Pdf, page); }); };
     EXPECT_TRUE(ended(call(2), 2, "drawing: it has no page 2; its last page is 1"));
     EXPECT_TRUE(ended(call(0), 2));
-    EXPECT_TRUE(ended(failureOf([&] { svgOf(file("%PDF-1.4"), FileKind::Pdf, 1); }), 7, "pdftocairo cannot read it"));
+    EXPECT_TRUE(ended(failureOf([&] { plainSvgOf(file("%PDF-1.4"), FileKind::Pdf, 1); }), 7, "pdftocairo cannot read it"));
 }
 
 TEST_F(Converters, AreLimitedWhateverTheyDo) {
@@ -91,10 +91,11 @@ TEST_F(Converters, AreLimitedWhateverTheyDo) {
         {"floods", "yes", 7, "more than 0 MiB"},
         {"floods what it tells", "yes too bad | head -c 300000 >&2; exit 1", 7, "too bad"},
         {"crashes", "kill -SEGV $$", 7, "it crashed (Segmentation fault)"},
-        {"eats memory", "exec python3 -c 'b\"a\" * (1 << 31)'", 7, "more memory"},
+        {"eats memory", "exec python3 -c '[b\"a\" * (1 << 24) for _ in range(99)]' 2>&-", 7, "more memory"},
+        {"gives what it has without memory", "echo '<svg/>'; echo cairo error: out of memory >&2", 7, "more memory"},
         {"writes a file", "cd $(dirname $0) && echo x > written || { echo written: refused >&2; exit 1; }", 7, "written: "},
         {"says nothing", "exit 0", 7, "does not say why"},
-        {"needs a password", "echo Incorrect password >&2; exit 1", 7, "save it without one"},
+        {"needs a password", "echo Incorrect password >&2; exit 1", 7, "qpdf --decrypt"},
     };
     for (const auto &[what, script, code, text] : kBad) {
         EXPECT_TRUE(ended(failing(script), code, text)) << what;

@@ -47,10 +47,21 @@ ReadDrawing fromPlot(const PlotFile &file, const ReadOptions &options) {
 ReadDrawing fromSvg(const PlotFile &file, FileKind kind, const ReadOptions &options) {
     const StopOnSignal signals; // a converter ends with a stop
     try {
-        return {strokes::readSvg(svgOf(file, kind, options.page), options.svg), {}};
+        auto [text, notes] = plainSvgOf(file, kind, options.page);
+        ReadDrawing read{strokes::readSvg(std::move(text), options.svg), {}};
+        read.drawing.notes.insert(read.drawing.notes.begin(), notes.begin(), notes.end());
+        return read;
     } catch (const strokes::Unreadable &error) {
         throw Failure(ExitCode::Unfit, fmt::format("{}: {}", shown(file.path()), error.what()));
     }
+}
+
+/// Of a drawing without strokes.
+std::string emptiness(const strokes::Drawing &drawing, FileKind kind, int page) {
+    const std::string notes = drawing.notes.empty() ? "" : fmt::format(" ({})", fmt::join(drawing.notes, "; "));
+    if (kind != FileKind::Svg && kind != FileKind::Pdf) return "nothing in it draws" + notes;
+    return fmt::format("nothing to plot: {} holds {}", kind == FileKind::Pdf ? fmt::format("page {}", page) : "it",
+                       drawing.isPicturesOnly ? "pictures only" : "no lines" + notes);
 }
 
 } // namespace
@@ -61,9 +72,8 @@ ReadDrawing drawingOf(const PlotFile &file, const ReadOptions &options) {
     const bool isSvg = kind == FileKind::Svg || kind == FileKind::Pdf;
     ReadDrawing read = isSvg ? fromSvg(file, kind, options) : fromPlot(file, options);
     if (!read.drawing.strokes.empty()) return read;
-    const std::vector<std::string> &notes = read.drawing.notes;
-    throw Failure(ExitCode::Unfit, fmt::format("{}: nothing in it draws{}; give a drawing of lines", shown(file.path()),
-                                               notes.empty() ? "" : fmt::format(" ({})", fmt::join(notes, "; "))));
+    throw Failure(ExitCode::Unfit, fmt::format("{}: {}; give a drawing of lines", shown(file.path()),
+                                               emptiness(read.drawing, kind, options.page)));
 }
 
 } // namespace host

@@ -27,7 +27,7 @@ struct ReadDrawing {
 };
 
 /// Reads the whole file: a plot, an SVG drawing, or a page of a PDF document. Throws Failure: unfit for a file of another
-/// kind, and for one that draws nothing; as svgOf() does for SVG and PDF.
+/// kind, and for one that draws nothing; as plainSvgOf() does for SVG and PDF.
 ReadDrawing drawingOf(const PlotFile &file, const ReadOptions &options);
 
 } // namespace host

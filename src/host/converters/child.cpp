@@ -109,20 +109,36 @@ public:
         return waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == pid_;
     }
 
-    /// Kills what is left of the group, and returns what waitpid() tells of the process.
-    int end() {
-        if (pid_ < 0) return status_;
+    struct Ended {
+        int status;   ///< as waitpid() tells it
+        rusage usage; ///< also of its own children
+    };
+    /// Kills what is left of the group.
+    const Ended &end() {
+        if (pid_ < 0) return ended_;
         kill(-pid_, SIGKILL);
-        while (waitpid(pid_, &status_, 0) < 0 && errno == EINTR) {
+        while (wait4(pid_, &ended_.status, 0, &ended_.usage) < 0 && errno == EINTR) {
         }
         pid_ = -1;
-        return status_;
+        return ended_;
     }
 
 private:
     pid_t pid_;
-    int status_ = 0;
+    Ended ended_{};
 };
+
+/// Why a child failed that was left to end by itself. No one tells that a limit was the reason, but what it took does: a
+/// request for memory that is refused is for as much again as a program has, at most, or half as much, so that it fails with
+/// a quarter in use. A single large one remains; the program's own words tell of that.
+ChildResult::End endOf(const Child::Ended &ended, const ChildLimits &limits) {
+    const auto &[status, usage] = ended;
+    const std::chrono::seconds worked(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec);
+    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL && worked >= limits.time) return ChildResult::End::OutOfTime;
+    if (status != 0 && static_cast<uint64_t>(usage.ru_maxrss) * 1024 >= limits.memory / 4)
+        return ChildResult::End::OutOfMemory;
+    return WIFSIGNALED(status) ? ChildResult::End::Killed : ChildResult::End::Exited;
+}
 
 /// Reads what is there without waiting; false at the end.
 bool drain(UniqueFd &fd, std::string &text, size_t most) {
@@ -159,9 +175,9 @@ public:
         if (result_.output.size() > limits_.output) fail(ChildResult::End::TooMuchOutput);
     }
 
-    ChildResult result(int status) && {
-        if (result_.end == ChildResult::End::Exited && WIFSIGNALED(status)) result_.end = ChildResult::End::Killed;
-        result_.code = WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
+    ChildResult result(const Child::Ended &ended) && {
+        if (result_.end == ChildResult::End::Exited) result_.end = endOf(ended, limits_);
+        result_.code = WIFSIGNALED(ended.status) ? WTERMSIG(ended.status) : WEXITSTATUS(ended.status);
         return std::move(result_);
     }
 

@@ -15,7 +15,7 @@ struct ChildLimits {
 };
 
 struct ChildResult {
-    enum class End { Exited, Killed, Missing, OutOfTime, TooMuchOutput, Stopped } end = End::Exited;
+    enum class End { Exited, Killed, Missing, OutOfTime, OutOfMemory, TooMuchOutput, Stopped } end = End::Exited;
     int code = 0;            ///< exit code, or the signal's number
     std::string output;      ///< what it wrote to standard output
     std::string diagnostics; ///< the last of what it wrote to standard error

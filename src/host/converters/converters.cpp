@@ -11,6 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -45,30 +46,45 @@ const Converter &converterOf(FileKind kind) {
                          [kind](const Converter &row) { return row.kind == kind; });
 }
 
-struct Trouble {
-    std::string_view sign; ///< in what the converter told
-    ExitCode code;
+constexpr const char *kTooLittleMemory =
+    "converting it needs more memory than is allowed; make it simpler, or plot it in parts";
+
+/// What a converter tells, and what is said of it. The first one that it told counts, whatever it ended with: pdftocairo
+/// without memory hands out what it has so far, as a success.
+constexpr struct {
+    std::string_view sign;
     const char *text;
+} kTroubles[] = {
+    {"Incorrect password", "it is encrypted; remove its password first, as with qpdf --decrypt"},
+    {"cairo error: out of memory", kTooLittleMemory},
+    {"rendering error: NoMemory", kTooLittleMemory},
+    {"memory allocation of", kTooLittleMemory},
+    {"std::bad_alloc", kTooLittleMemory},
 };
 
-/// The first one told counts. What fails for want of memory says so in many ways.
-constexpr Trouble kTroubles[] = {
-    {"Incorrect password", ExitCode::Unfit, "it has a password; save it without one"},
-    {"emory", ExitCode::Unfit, "converting it needs more memory than is allowed; make it simpler, or plot it in parts"},
-    {"alloc", ExitCode::Unfit, "converting it needs more memory than is allowed; make it simpler, or plot it in parts"},
-};
+const char *troubleIn(std::string_view diagnostics) {
+    const auto *trouble = std::ranges::find_if(
+        kTroubles, [&](const auto &row) { return diagnostics.find(row.sign) != std::string_view::npos; });
+    return trouble == std::end(kTroubles) ? nullptr : trouble->text;
+}
+
+/// The line of a text that something in it begins; empty without.
+std::string_view lineFrom(std::string_view text, std::string_view start) {
+    const size_t at = std::min(text.find(start), text.size());
+    return text.substr(at, std::min(text.find('\n', at), text.size()) - at);
+}
 
 std::string_view lastLine(std::string_view text) {
-    while (text.ends_with('\n'))
+    while (text.ends_with('\n') || text.ends_with('.'))
         text.remove_suffix(1);
     return text.substr(text.rfind('\n') + 1); // 0 when there is none
 }
 
-/// The number of pages, from what pdftocairo tells of a page beyond the last one; 0 for anything else.
-int pagesTold(std::string_view diagnostics) {
+/// The number of pages, from what pdftocairo tells of a page beyond the last one; nothing for anything else.
+std::optional<int> pagesTold(std::string_view diagnostics) {
     constexpr std::string_view kBefore = "can not be after the last page (";
     const size_t at = diagnostics.find(kBefore);
-    if (at == std::string_view::npos) return 0;
+    if (at == std::string_view::npos) return {};
     int pages = 0;
     const char *first = diagnostics.data() + at + kBefore.size();
     std::from_chars(first, diagnostics.data() + diagnostics.size(), pages);
@@ -76,12 +92,12 @@ int pagesTold(std::string_view diagnostics) {
 }
 
 Failure failed(const std::string &name, const Converter &converter, const ChildResult &result, int page) {
-    if (const int pages = pagesTold(result.diagnostics); pages > 0) {
-        return {ExitCode::Usage, fmt::format("{}: it has no page {}; its last page is {}", name, page, pages)};
+    if (const char *trouble = troubleIn(result.diagnostics)) return {ExitCode::Unfit, fmt::format("{}: {}", name, trouble)};
+    if (const auto pages = pagesTold(result.diagnostics)) {
+        return *pages == 0
+                   ? Failure{ExitCode::Unfit, fmt::format("{}: it has no pages; make it again", name)}
+                   : Failure{ExitCode::Usage, fmt::format("{}: it has no page {}; its last page is {}", name, page, *pages)};
     }
-    for (const Trouble &trouble : kTroubles)
-        if (result.diagnostics.find(trouble.sign) != std::string::npos)
-            return {trouble.code, fmt::format("{}: {}", name, trouble.text)};
     const std::string why = result.end == End::Killed ? fmt::format("it crashed ({})", strsignal(result.code))
                                                       : shown(std::string(lastLine(result.diagnostics)));
     return {ExitCode::Unfit, fmt::format("{}: {} cannot read it: {}; save it again, or export it as plain SVG", name,
@@ -92,8 +108,8 @@ void requireResult(const std::string &name, const Converter &converter, const Ch
                    const ConverterLimits &limits) {
     switch (result.end) {
     case End::Exited:
-        if (result.code == 0 && !result.output.empty()) return;
-        throw failed(name, converter, result, page);
+        if (result.code == 0 && !result.output.empty() && !troubleIn(result.diagnostics)) return;
+        [[fallthrough]];
     case End::Killed: throw failed(name, converter, result, page);
     case End::Missing:
         throw Failure(ExitCode::Missing, fmt::format("{}: not found, and {} are read by it; install the Debian package {}",
@@ -101,6 +117,7 @@ void requireResult(const std::string &name, const Converter &converter, const Ch
     case End::OutOfTime:
         throw Failure(ExitCode::Unfit, fmt::format("{}: not converted within {} s; make it simpler, or plot it in parts",
                                                    name, limits.time.count() / 1000));
+    case End::OutOfMemory: throw Failure(ExitCode::Unfit, fmt::format("{}: {}", name, kTooLittleMemory));
     case End::TooMuchOutput:
         throw Failure(ExitCode::Unfit, fmt::format("{}: it becomes more than {} MiB; make it simpler, or plot it in parts",
                                                    name, limits.output >> 20));
@@ -108,9 +125,16 @@ void requireResult(const std::string &name, const Converter &converter, const Ch
     }
 }
 
+/// A damaged document is read as far as it goes, and the rest left out.
+std::vector<std::string> notesOf(const Converter &converter, const ChildResult &result) {
+    const std::string error = shown(std::string(lineFrom(result.diagnostics, "Syntax Error")));
+    if (error.empty()) return {};
+    return {fmt::format("{} found the file damaged, and parts may be missing ({})", converter.program, error)};
+}
+
 } // namespace
 
-std::string svgOf(const PlotFile &file, FileKind kind, int page, const ConverterLimits &limits) {
+PlainSvg plainSvgOf(const PlotFile &file, FileKind kind, int page, const ConverterLimits &limits) {
     const std::string name = shown(file.path());
     if (page < 1) throw Failure(ExitCode::Usage, fmt::format("page {}: there is none; pages count from 1", page));
     const UniqueFd input(open(file.heldPath().c_str(), O_RDONLY | O_CLOEXEC));
@@ -120,7 +144,7 @@ std::string svgOf(const PlotFile &file, FileKind kind, int page, const Converter
     arguments.insert(arguments.begin(), converter.program);
     ChildResult result = runChild(arguments, input.get(), {limits.time, limits.memory, limits.output});
     requireResult(name, converter, result, page, limits);
-    return std::move(result.output);
+    return {std::move(result.output), notesOf(converter, result)};
 }
 
 } // namespace host

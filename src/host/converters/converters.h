@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace host {
 
@@ -19,11 +20,16 @@ struct ConverterLimits {
     uint64_t output = uint64_t{512} << 20; ///< bytes
 };
 
+struct PlainSvg {
+    std::string text;
+    std::vector<std::string> notes; ///< what the converter found wrong, as sentences without a full stop
+};
+
 /// The drawing as SVG in the dialect of cairo, at its size in millimetres: of an SVG drawing (kind Svg), or of a page of a
 /// PDF document (kind Pdf; pages count from 1). Its converter is found in PATH, reads the file on standard input, can open
 /// no network connection where the system allows to forbid that, and is gone, with all that it started, when this returns.
 /// Throws Failure: when the converter is missing, fails or exceeds a limit, when a password is needed or there is no such
 /// page; Stopped when a StopOnSignal saw a stop.
-std::string svgOf(const PlotFile &file, FileKind kind, int page, const ConverterLimits &limits = {});
+PlainSvg plainSvgOf(const PlotFile &file, FileKind kind, int page, const ConverterLimits &limits = {});
 
 } // namespace host
