@@ -1,5 +1,7 @@
 #include "strokes/layers.h"
 
+#include "strokes/twins.h"
+
 #include <boost/geometry/geometry.hpp> // before the others, which need parts of it
 
 #include <boost/geometry/geometries/box.hpp>
@@ -88,14 +90,26 @@ private:
 
 } // namespace
 
+/// Their points are taken. Returns how many there were, without the outlines of areas.
+size_t Layers::leaveTwinsOut() {
+    Twins twins(strokes_.size());
+    std::vector<Painted *> left;
+    for (auto painted = strokes_.rbegin(); painted != strokes_.rend(); ++painted)
+        if (twins.has(painted->stroke, painted->isOutline)) left.push_back(&*painted);
+    for (Painted *painted : left)
+        painted->stroke.points.clear();
+    return static_cast<size_t>(std::ranges::count(left, false, [](const Painted *painted) { return painted->isOutline; }));
+}
+
 Layers::Seen Layers::take() && {
-    Seen seen;
+    Seen seen{.strokes = {}, .twins = leaveTwinsOut()};
     Cutter cutter;
     size_t below = covers_.size();
     for (auto painted = strokes_.rbegin(); painted != strokes_.rend(); ++painted) {
         for (; below > painted->covers; --below)
             cutter.add(covers_[below - 1]);
         auto &[colour, pen, points] = painted->stroke;
+        if (points.empty()) continue;
         seen.isComplete = !cutter.isExhausted();
         if (!seen.isComplete || !cutter.mayHide(points)) {
             seen.strokes.push_back(std::move(painted->stroke));

@@ -290,6 +290,14 @@ Region intersection(const Region &a, const Region &b) {
     return {contoursOf(common, isTurned), FillRule::EvenOdd};
 }
 
+Region united(const Region &region) {
+    ClipperLib::Clipper clipper;
+    clipper.AddPaths(clipperPaths(region.contours(), region.isTurned_), ClipperLib::ptSubject, true);
+    ClipperLib::Paths whole;
+    clipper.Execute(ClipperLib::ctUnion, whole, clipperRule(region.rule_), ClipperLib::pftEvenOdd);
+    return {contoursOf(whole, region.isTurned_), FillRule::EvenOdd};
+}
+
 void VisibleParts::add(Point from, Point to, std::span<const Share> visible) {
     for (const Share &share : visible) {
         if (!goesOn_ || share.from > 0) pieces_.push_back({between(from, to, share.from)});

@@ -50,7 +50,11 @@ public:
     /// About how many steps a sweep over its edges takes: edges, times those that a sweep line crosses.
     size_t sweep() const { return sweep_; }
 
+    /// Whether some of its contours may run through the inside.
+    bool mayHoldLines() const { return rule_ == FillRule::NonZero && edges_.size() > 3; }
+
     friend Region intersection(const Region &a, const Region &b);
+    friend Region united(const Region &region);
 
 private:
     struct Edge {
@@ -85,6 +89,9 @@ private:
 
 /// What both hold. Takes the sum of both sweeps, and more where edges cross.
 Region intersection(const Region &a, const Region &b);
+
+/// The same area, with its border alone for contours. Takes its sweep, and more where edges cross.
+Region united(const Region &region);
 
 /// Joins the visible shares of segment after segment to lines.
 class VisibleParts {

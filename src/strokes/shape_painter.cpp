@@ -42,8 +42,8 @@ void ShapePainter::area(const std::vector<Contour> &contours, FillRule rule, con
     const bool isOutlined = colour.isSeen && !hasLine;
     if (isOutlined || (colour.isSeen && fill_.isHatched)) {
         if (hides_ && colour.isOpaque) layers_.cover(area);
-        for (auto &contour : isOutlined ? area.contours() : std::vector<Contour>())
-            paint(std::move(contour.points), colour.colour);
+        for (auto &contour : isOutlined ? outlinesOf(area) : std::vector<Contour>())
+            paint(std::move(contour.points), colour.colour, true);
         if (fill_.isHatched) hatch(area, colour.colour);
     } else if (hides_ && colour.isOpaque) {
         layers_.cover(std::move(area));
@@ -85,27 +85,40 @@ void ShapePainter::hatch(const Region &area, uint32_t colour) {
     }
 }
 
-void ShapePainter::paint(std::vector<Point> points, uint32_t colour) {
+/// Without what lies within the area, where that does not take too long. Of one without any width, its contours.
+std::vector<Contour> ShapePainter::outlinesOf(const Region &area) {
+    const size_t work = kSweepStep * area.sweep();
+    if (!area.mayHoldLines()) return area.contours();
+    isComplete_ = isComplete_ && work_ + work < kMostWork / 2;
+    if (work_ + work >= kMostWork / 2) return area.contours();
+    work_ += work;
+    const Region outer = united(area);
+    return outer.isEmpty() ? area.contours() : outer.contours();
+}
+
+void ShapePainter::paint(std::vector<Point> points, uint32_t colour, bool isOutline) {
     points.erase(std::unique(points.begin(), points.end()), points.end());
     if (page_.surrounds(boxOf(points), work_)) {
-        paintOnPage(std::move(points), colour);
+        paintOnPage(std::move(points), colour, isOutline);
         return;
     }
     for (auto &piece : clipped(points, page_, work_))
-        paintOnPage(std::move(piece), colour);
+        paintOnPage(std::move(piece), colour, isOutline);
 }
 
-void ShapePainter::paintOnPage(std::vector<Point> points, uint32_t colour) {
+void ShapePainter::paintOnPage(std::vector<Point> points, uint32_t colour, bool isOutline) {
     points_ += points.size();
     requireMeasure();
     for (Point &p : points)
         p = clamped(p, page_.box());
-    layers_.paint({colour, 1, std::move(points)});
+    layers_.paint({colour, 1, std::move(points)}, isOutline);
 }
 
 std::vector<Stroke> ShapePainter::take(std::vector<std::string> &notes) {
-    auto [strokes, isComplete] = std::move(layers_).take();
-    if (!isComplete) notes.emplace_back("so much overlaps that some covered lines are plotted");
+    auto [strokes, twins, isComplete] = std::move(layers_).take();
+    if (twins == 1) notes.emplace_back("1 line lies on another of its colour, and is plotted once");
+    if (twins > 1) notes.push_back(std::to_string(twins) + " lines lie on others of their colour, and are plotted once");
+    if (!isComplete || !isComplete_) notes.emplace_back("so much overlaps that some covered lines are plotted");
     return std::move(strokes);
 }
 

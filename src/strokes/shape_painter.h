@@ -46,8 +46,9 @@ public:
 
 private:
     void requireMeasure() const;
-    void paint(std::vector<Point> points, uint32_t colour);
-    void paintOnPage(std::vector<Point> points, uint32_t colour);
+    std::vector<Contour> outlinesOf(const Region &area);
+    void paint(std::vector<Point> points, uint32_t colour, bool isOutline = false);
+    void paintOnPage(std::vector<Point> points, uint32_t colour, bool isOutline);
     void hatch(const Region &area, uint32_t colour);
 
     Region page_;
@@ -55,6 +56,7 @@ private:
     bool hides_;
     Layers layers_;
     size_t points_ = 0, work_ = 0;
+    bool isComplete_ = true; ///< all areas were freed of the lines within them
 };
 
 } // namespace strokes
