@@ -44,10 +44,14 @@ ReadDrawing fromPlot(const PlotFile &file, const ReadOptions &options) {
     return read;
 }
 
+PlainSvg converted(const PlotFile &file, FileKind kind, int page) {
+    const StopOnSignal signals; // a converter ends with a stop, and what follows as any program does
+    return plainSvgOf(file, kind, page);
+}
+
 ReadDrawing fromSvg(const PlotFile &file, FileKind kind, const ReadOptions &options) {
-    const StopOnSignal signals; // a converter ends with a stop
     try {
-        auto [text, notes] = plainSvgOf(file, kind, options.page);
+        auto [text, notes] = converted(file, kind, options.page);
         ReadDrawing read{strokes::readSvg(std::move(text), options.svg), {}};
         read.drawing.notes.insert(read.drawing.notes.begin(), notes.begin(), notes.end());
         return read;
