@@ -19,9 +19,6 @@ using IndexBox = model::box<model::d2::point_xy<double>>;
 using Entry = std::pair<IndexBox, const Region *>;
 using Index = index::rtree<Entry, index::quadratic<16>>;
 
-/// Edges and areas looked at, some seconds' worth: real drawings need a hundredth of it.
-constexpr size_t kMostWork = 200'000'000;
-
 IndexBox indexed(const Box &box) { return {{box.lower.x, box.lower.y}, {box.upper.x, box.upper.y}}; }
 
 /// What is left of a segment, from the parts that are hidden, in any order.
@@ -40,7 +37,7 @@ void invert(std::vector<Share> &shares) {
 /// Cuts strokes at the areas that it was given before.
 class Cutter {
 public:
-    bool isExhausted() const { return work_ > kMostWork; }
+    size_t work() const { return work_; }
 
     /// An area that lies within one rectangle hides nothing that this does not. The area must outlive the cutter.
     void add(const Region &area) {
@@ -101,7 +98,7 @@ size_t Layers::leaveTwinsOut() {
     return static_cast<size_t>(std::ranges::count(left, false, [](const Painted *painted) { return painted->isOutline; }));
 }
 
-Layers::Seen Layers::take() && {
+Layers::Seen Layers::take(size_t mostWork) && {
     Seen seen{.strokes = {}, .twins = leaveTwinsOut()};
     Cutter cutter;
     size_t below = covers_.size();
@@ -110,7 +107,7 @@ Layers::Seen Layers::take() && {
             cutter.add(covers_[below - 1]);
         auto &[colour, pen, points] = painted->stroke;
         if (points.empty()) continue;
-        seen.isComplete = !cutter.isExhausted();
+        seen.isComplete = cutter.work() <= mostWork;
         if (!seen.isComplete || !cutter.mayHide(points)) {
             seen.strokes.push_back(std::move(painted->stroke));
             continue;

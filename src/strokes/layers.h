@@ -24,8 +24,8 @@ public:
         size_t twins = 0;       ///< lines that were left out, for another of their colour lies on them
         bool isComplete = true; ///< false when so much overlaps that some covered strokes were left as they are
     };
-    /// What is seen, in the order in which it was painted.
-    Seen take() &&;
+    /// What is seen, in the order in which it was painted; found with about so many edges and areas looked at.
+    Seen take(size_t mostWork) &&;
 
 private:
     struct Painted {

@@ -8,9 +8,7 @@ namespace strokes {
 
 namespace {
 
-constexpr size_t kMostPoints = 30'000'000;  // half a gigabyte
-constexpr size_t kMostWork = 2'000'000'000; // edges looked at for clipping and hatching: some ten seconds' worth
-constexpr size_t kSweepStep = 40;           // a step of a sweep, where all edges cross each other
+constexpr size_t kSweepStep = 40; // a step of a sweep, where all edges cross each other
 constexpr double kMostHatches = 1e6;
 constexpr const char *kTooIntricate = "its areas are too intricate; plot it in parts, or hatch it more widely";
 
@@ -57,9 +55,9 @@ Region ShapePainter::common(const Region &a, const Region &b) {
 }
 
 void ShapePainter::requireMeasure() const {
-    if (work_ > kMostWork) throw Unreadable(kTooIntricate);
-    if (points_ > kMostPoints)
-        throw Unreadable("it has more than 30 million points; plot it in parts, or hatch it more widely");
+    if (work_ > limits_.work) throw Unreadable(kTooIntricate);
+    if (points_ > limits_.points)
+        throw Unreadable("it comes to millions of lines; plot it in parts, or hatch it more widely");
 }
 
 /// Lines at multiples of the spacing from the page's corner, so that those of neighbours meet; to and fro, as a pen goes.
@@ -89,8 +87,8 @@ void ShapePainter::hatch(const Region &area, uint32_t colour) {
 std::vector<Contour> ShapePainter::outlinesOf(const Region &area) {
     const size_t work = kSweepStep * area.sweep();
     if (!area.mayHoldLines()) return area.contours();
-    isComplete_ = isComplete_ && work_ + work < kMostWork / 2;
-    if (work_ + work >= kMostWork / 2) return area.contours();
+    isComplete_ = isComplete_ && work_ + work < limits_.work / 2;
+    if (work_ + work >= limits_.work / 2) return area.contours();
     work_ += work;
     const Region outer = united(area);
     return outer.isEmpty() ? area.contours() : outer.contours();
@@ -107,7 +105,7 @@ void ShapePainter::paint(std::vector<Point> points, uint32_t colour, bool isOutl
 }
 
 void ShapePainter::paintOnPage(std::vector<Point> points, uint32_t colour, bool isOutline) {
-    points_ += points.size();
+    points_ += points.size() + Limits::kStroke;
     requireMeasure();
     for (Point &p : points)
         p = clamped(p, page_.box());
@@ -115,7 +113,7 @@ void ShapePainter::paintOnPage(std::vector<Point> points, uint32_t colour, bool 
 }
 
 std::vector<Stroke> ShapePainter::take(std::vector<std::string> &notes) {
-    auto [strokes, twins, isComplete] = std::move(layers_).take();
+    auto [strokes, twins, isComplete] = std::move(layers_).take(limits_.work / 10);
     if (twins == 1) notes.emplace_back("1 line lies on another of its colour, and is plotted once");
     if (twins > 1) notes.push_back(std::to_string(twins) + " lines lie on others of their colour, and are plotted once");
     if (!isComplete || !isComplete_) notes.emplace_back("so much overlaps that some covered lines are plotted");

@@ -18,12 +18,23 @@ struct FillStyle {
     double degrees = 45;    ///< of the lines, counterclockwise from the x axis
 };
 
+/// What a drawing may ask for, however few bytes it is: by default some seconds and half a gigabyte, of which real drawings
+/// need a hundredth.
+struct Limits {
+    size_t elements = 10'000'000; ///< with all that references repeat
+    size_t points = 30'000'000;   ///< of all strokes, and kStroke for each
+    size_t work = 2'000'000'000;  ///< edges looked at for clipping and hatching; a tenth as many for hiding
+
+    static constexpr size_t kStroke = 6; ///< as many points take as much memory as a stroke without its points
+};
+
 using Clip = std::shared_ptr<const Region>; ///< none: only the page clips
 
 class ShapePainter {
 public:
     /// hides: an opaque area covers what was painted before. The page is in millimetres.
-    ShapePainter(const Box &page, const FillStyle &fill, bool hides) : page_(page), fill_(fill), hides_(hides) {}
+    ShapePainter(const Box &page, const FillStyle &fill, bool hides, const Limits &limits)
+        : page_(page), fill_(fill), hides_(hides), limits_(limits) {}
 
     /// Something of one colour.
     struct Colour {
@@ -54,6 +65,7 @@ private:
     Region page_;
     FillStyle fill_;
     bool hides_;
+    Limits limits_;
     Layers layers_;
     size_t points_ = 0, work_ = 0;
     bool isComplete_ = true; ///< all areas were freed of the lines within them

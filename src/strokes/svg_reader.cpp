@@ -14,9 +14,8 @@ namespace strokes {
 
 namespace {
 
-constexpr int kDeepest = 400;                // groups and references; the recursion takes about 1 KiB a step
-constexpr size_t kMostElements = 10'000'000; // with all that references repeat
-constexpr double kSeen = 0.05;               // opacity; what has less is not seen on paper
+constexpr int kDeepest = 400;  // groups and references; the recursion takes about 1 KiB a step
+constexpr double kSeen = 0.05; // opacity; what has less is not seen on paper
 constexpr double kOpaque = 0.95;
 
 /// What is not plotted as it is.
@@ -76,7 +75,8 @@ struct Opening {
 class Reader {
 public:
     Reader(const SvgDocument &document, const SvgOptions &options)
-        : document_(document), painter_(document.page(), options.fill, options.hides) {}
+        : document_(document), painter_(document.page(), options.fill, options.hides, options.limits),
+          mostElements_(options.limits.elements) {}
 
     void read() { children(document_.root(), {document_.toPage(), SvgStyle().of(document_.root())}); }
 
@@ -119,7 +119,7 @@ private:
     const SvgDocument &document_;
     ShapePainter painter_;
     LeftOut leftOut_;
-    size_t elements_ = 0;
+    size_t mostElements_, elements_ = 0;
 };
 
 constexpr Reader::Kind Reader::kKinds[] = {
@@ -146,7 +146,7 @@ void Reader::element(pugi::xml_node element, const State &outer) {
 
 /// What is in force within the element; nothing when nothing of it is plotted.
 std::optional<State> Reader::entered(pugi::xml_node element, const State &outer) {
-    if (++elements_ > kMostElements) throw Unreadable("it has more than 10 million elements; plot it in parts");
+    if (++elements_ > mostElements_) throw Unreadable("it has millions of elements; plot it in parts");
     if (outer.depth == kDeepest) throw Unreadable("its groups are nested more than 400 deep; take groups apart");
     const auto map = transformOf(element.attribute("transform").value());
     if (!map) {

@@ -14,6 +14,7 @@ namespace strokes {
 struct SvgOptions {
     FillStyle fill;
     bool hides = true; ///< what a later opaque fill covers is not plotted
+    Limits limits = {};
 };
 
 /// The drawing's strokes. Lines are one stroke however wide; what is (nearly) white draws nothing, but hides; of a gradient
