@@ -27,6 +27,8 @@ constexpr struct {
     {"cpu-slopes", "the same, processor time", bench::processorSlopes},
     {"memory", "peak memory of 1 GB, and of 1 MB", bench::peakMemory},
     {"preview", "preview to PNG, 1.7 MB", bench::previewProcessor},
+    {"convert", "convert of 32,000 shapes, beside librsvg", bench::convertDrawing},
+    {"order", "putting 100,000 strokes in order", bench::orderStrokes},
 };
 
 void show(const char *what, const Row &row) {

@@ -20,6 +20,8 @@ Row wallSlopes(const Settings &settings);
 Row processorSlopes(const Settings &settings);
 Row peakMemory(const Settings &settings);
 Row previewProcessor(const Settings &settings);
+Row convertDrawing(const Settings &settings);
+Row orderStrokes(const Settings &settings);
 
 /// What a process started by peakMemory does: prints the file on the port, then says its peak memory in kB.
 int printAndTellMemory(const std::string &plotFile, const std::string &port);

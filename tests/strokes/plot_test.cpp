@@ -1,9 +1,6 @@
 // The road of strokes: what is written must be read as the strokes that were given, and be cut between instructions.
-#include "emulations/emulations.h"
-#include "language/plot_reader.h"
-#include "strokes/from_plot.h"
 #include "strokes/measure.h"
-#include "strokes/write.h"
+#include "strokes/round_trip.h"
 
 #include <gtest/gtest.h>
 
@@ -13,21 +10,11 @@ namespace strokes {
 
 namespace {
 
-constexpr language::Rectangle kSheet{{0, 0}, {10900, 7650}};
-
-Drawing readBack(std::string_view plot, std::optional<language::Language> language = {}) {
-    PlotStrokes gathered(plot.size());
-    language::PlotReader reader(language, gathered, kSheet, language::Clipping::None);
-    reader.take(plot);
-    reader.finish();
-    EXPECT_EQ(reader.reader()->findings().unknown + reader.reader()->findings().malformed, 0U) << plot.substr(0, 200);
-    return gathered.take();
-}
-
-PlotForm formOf(int32_t number) {
-    const emulations::Emulation &e = emulations::of(number);
-    return {*e.language, static_cast<size_t>(e.chunkSize),
-            [&e](std::string_view chunk) { return emulations::findCut(chunk, terminatorOf(*e.language), e.cut); }};
+Drawing readBack(std::string_view plot) {
+    uint64_t strange = 0;
+    Drawing read = readPlot(plot, strange);
+    EXPECT_EQ(strange, 0U) << plot.substr(0, 200);
+    return read;
 }
 
 /// Steps of all lengths around 0, 0, up to 2.5 m away, some too small to be told apart; dots among the strokes, and 12 pens.

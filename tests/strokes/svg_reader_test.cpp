@@ -103,6 +103,14 @@ const Case kCases[] = {
      "<linearGradient id='l'><stop style='stop-color:rgb(0,0,255);'/></linearGradient>"
      "<path fill='url(#l)' d='M 0 0 L 10 0 L 0 10 Z'/>",
      "ff: 0,500 100,500 0,400 0,500 (1 gradient is plotted in one colour)"},
+    {"a line that lies on another is drawn once, the topmost",
+     kLine + "<path fill='none' stroke='red' d='M30 10L10.004 9.997'/><path fill='none' stroke='#f00' d='M30 10L10 10'/>",
+     "0: 300,400 100,400 | ff0000: 300,400 100,400 (1 line lies on another of its colour, and is plotted once)"},
+    {"an outline under any line, wherever that begins",
+     "<path fill='#00f' d='M5 5L9 5L9 8L5 8'/><path stroke='#f00' fill='none' d='M9 8L9 5L5 5L5 8Z'/>",
+     "ff0000: 90,420 90,450 50,450 50,420 90,420"},
+    {"an area without what lies within it", "<path d='M1 1L5 1L5 5L1 5ZM2 2L3 2L3 3L2 3ZM4 4L6 4L6 6L4 6Z'/>",
+     "0: 60,460 50,460 50,490 10,490 10,450 40,450 40,440 60,440 60,460"},
     {"impossible numbers",
      "<path d='M 1e400 0 L 1 1'/><path d='M 1 q'/><path d='M 1 1 Z 5'/><rect width='1e99' height='1'/>" + kLine,
      "ff0000: 100,400 300,400 (4 shapes with unusable numbers are not plotted)"},
@@ -116,6 +124,7 @@ TEST(SvgReader, DrawsWhatIsSeen) {
     for (const Case &c : kCases)
         EXPECT_EQ(read(c.body), c.strokes) << c.what;
     EXPECT_EQ(read(kLine + kBox, {.fill = {}, .hides = false}), "ff0000: 100,400 300,400");
+    EXPECT_EQ(read(kLine + kLine, {.fill = {}, .limits = {.points = 15}}).substr(0, 20), "it comes to millions");
     EXPECT_EQ(read("<rect x='10' y='10' width='4' height='4' fill='#000'/>", {.fill = {true, 2, 0}}),
               "0: 100,360 140,360 140,400 100,400 100,360 | 0: 140,380 100,380");
 }
