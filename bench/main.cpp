@@ -25,10 +25,10 @@ constexpr struct {
     {"paced", "wall time, line of 38400 bit/s", bench::pacedLine},
     {"slopes", "wall time, 1 to 256 MB, flattest-steepest", bench::wallSlopes},
     {"cpu-slopes", "the same, processor time", bench::processorSlopes},
-    {"memory", "peak memory of 1 GB, and of 1 MB", bench::peakMemory},
-    {"preview", "preview to PNG, 1.7 MB", bench::previewProcessor},
     {"convert", "convert of 32,000 shapes, beside librsvg", bench::convertDrawing},
     {"order", "putting 100,000 strokes in order", bench::orderStrokes},
+    {"memory", "peak memory of 1 GB, and of 1 MB", bench::peakMemory},
+    {"preview", "preview to PNG, 1.7 MB", bench::previewProcessor},
 };
 
 void show(const char *what, const Row &row) {

@@ -85,11 +85,12 @@ void ShapePainter::hatch(const Region &area, uint32_t colour) {
 
 /// Without what lies within the area, where that does not take too long. Of one without any width, its contours.
 std::vector<Contour> ShapePainter::outlinesOf(const Region &area) {
-    const size_t work = kSweepStep * area.sweep();
     if (!area.mayHoldLines()) return area.contours();
-    isComplete_ = isComplete_ && work_ + work < limits_.work / 2;
-    if (work_ + work >= limits_.work / 2) return area.contours();
-    work_ += work;
+    const size_t work = work_ + kSweepStep * area.sweep();
+    const bool isTooMuch = work > limits_.work / 4; // the rest is for what cannot be done without
+    isComplete_ = isComplete_ && !isTooMuch;
+    if (isTooMuch) return area.contours();
+    work_ = work;
     const Region outer = united(area);
     return outer.isEmpty() ? area.contours() : outer.contours();
 }

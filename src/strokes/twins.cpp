@@ -9,7 +9,8 @@ namespace strokes {
 namespace {
 
 constexpr double kCell = 25 * kBorder; // so that most strokes are looked for in one cell alone
-constexpr int kMostLooks = 32;
+constexpr int kMostLooks = 16;         // at lines in one place
+constexpr int kMostStarts = 4;         // of one line along another
 
 bool isSame(Point a, Point b) { return std::abs(a.x - b.x) <= kBorder && std::abs(a.y - b.y) <= kBorder; }
 
@@ -30,7 +31,7 @@ bool coincide(const std::vector<Point> &a, const std::vector<Point> &b) {
     const size_t last = a.size() - 1;
     if (!areClosed) return runsAlong(a, b, 0, false, a.size()) || runsAlong(a, b, last, true, a.size());
     int looks = 0;
-    for (size_t from = 0; from < last && looks < kMostLooks; ++from) {
+    for (size_t from = 0; from < last && looks < kMostStarts; ++from) {
         if (!isSame(a[0], b[from])) continue;
         ++looks;
         if (runsAlong(a, b, from, false, last) || runsAlong(a, b, from, true, last)) return true;

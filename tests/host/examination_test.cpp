@@ -51,6 +51,7 @@ TEST_F(ExaminationTest, KnowsWhatIsNoPlotOfTheLanguage) {
     constexpr std::tuple<const char *, int32_t, FileKind> kRows[] = {
         {"%!PS-Adobe-3.0\n", 17002, FileKind::PostScript},
         {" \n<svg width=\"1\">;", 17008, FileKind::Svg},
+        {"<!-- drawn by hand -->\n<svg width=\"1\">;", 17002, FileKind::Svg},
         {"\xEF\xBB\xBF<?xml version=\"1.0\"?>", 17002, FileKind::Xml},
         {";:H A L0 ;", 17002, FileKind::Dmpl},
         {"Hello, this is a note; please send it;", 17002, FileKind::Nonsense},

@@ -30,6 +30,7 @@ constexpr struct {
     {"<svg", FileKind::Svg, "an SVG drawing", kConvert},
     {"<!DOCTYPE svg", FileKind::Svg, "an SVG drawing", kConvert},
     {"<?xml", FileKind::Xml, "an XML document"},
+    {"<!--", FileKind::Xml, "an XML document"},
     {"<!DOCTYPE", FileKind::WebPage, "a web page"},
     {"<html", FileKind::WebPage, "a web page"},
     {"\x89PNG", FileKind::Picture, "a PNG picture"},
