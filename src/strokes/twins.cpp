@@ -39,13 +39,17 @@ bool coincide(const std::vector<Point> &a, const std::vector<Point> &b) {
     return false;
 }
 
+Twins::Cell Twins::cellOf(Point p) {
+    return {static_cast<int64_t>(std::floor(p.x / kCell)), static_cast<int64_t>(std::floor(p.y / kCell))};
+}
+
 Twins::Twins(size_t count) : first_(std::bit_ceil(count + 1)) { entries_.reserve(count); }
 
-size_t Twins::placeOf(Point cell, size_t points) const {
+size_t Twins::placeOf(Cell cell, size_t points) const {
     constexpr uint64_t kMix = 0x9E3779B97F4A7C15; // 2^64 by the golden ratio: spreads neighbours
     uint64_t hash = points;
-    for (const double part : {cell.x, cell.y})
-        hash = (hash ^ static_cast<uint64_t>(static_cast<int64_t>(part))) * kMix;
+    for (const int64_t part : {cell.x, cell.y})
+        hash = (hash ^ static_cast<uint64_t>(part)) * kMix;
     return hash >> 32 & (first_.size() - 1);
 }
 
@@ -61,11 +65,12 @@ bool Twins::isIn(size_t place, const Stroke &stroke, bool isOutline) const {
 bool Twins::has(const Stroke &stroke, bool isOutline) {
     const Point corner = boxOf(stroke.points).lower;
     const size_t points = stroke.points.size();
-    auto cellOf = [](double value) { return std::floor(value / kCell); };
-    for (double x = cellOf(corner.x - kBorder); x <= cellOf(corner.x + kBorder); ++x)
-        for (double y = cellOf(corner.y - kBorder); y <= cellOf(corner.y + kBorder); ++y)
+    const Cell least = cellOf({corner.x - kBorder, corner.y - kBorder}),
+               most = cellOf({corner.x + kBorder, corner.y + kBorder});
+    for (int64_t x = least.x; x <= most.x; ++x)
+        for (int64_t y = least.y; y <= most.y; ++y)
             if (isIn(placeOf({x, y}, points), stroke, isOutline)) return true;
-    uint32_t &first = first_[placeOf({cellOf(corner.x), cellOf(corner.y)}, points)];
+    uint32_t &first = first_[placeOf(cellOf(corner), points)];
     entries_.push_back({&stroke, first});
     first = static_cast<uint32_t>(entries_.size());
     return false;

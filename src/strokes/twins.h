@@ -29,7 +29,11 @@ private:
         const Stroke *stroke;
         uint32_t next; ///< of the same place, from 1; 0: none
     };
-    size_t placeOf(Point cell, size_t points) const;
+    struct Cell {
+        int64_t x, y;
+    };
+    static Cell cellOf(Point p);
+    size_t placeOf(Cell cell, size_t points) const;
     bool isIn(size_t place, const Stroke &stroke, bool isOutline) const;
 
     std::vector<uint32_t> first_; ///< entry of each place, from 1; as many as a power of two
