@@ -16,7 +16,7 @@ using namespace strokes;
 constexpr size_t kMost = 2000; // strokes that are taken on: more would be slow, and the same
 
 Drawing fromSvg(const std::string &svg, uint8_t how) {
-    const FillStyle fill{.isHatched = (how & 1) != 0, .spacing = 1.0 + how / 32, .degrees = how * 1.5};
+    const FillStyle fill{.isHatched = (how & 1) != 0, .spacing = 1 + how / 32.0, .degrees = how * 1.5};
     Drawing drawing = readSvg(svg, {fill, (how & 2) == 0, {.elements = 3000, .points = 300'000, .work = 10'000'000}});
     for (const Stroke &stroke : drawing.strokes)
         for (Point p : stroke.points) {
