@@ -7,6 +7,7 @@
 #include "host/options/apply_profile.h"
 #include "host/options/line_settings.h"
 #include "host/options/plotter_options.h"
+#include "host/options/profile.h"
 #include "host/plugin/console_lines.h"
 #include "host/plugin/query_watch.h"
 #include "host/plugin/record.h"
@@ -15,9 +16,11 @@
 #include "host/print/query_verdict.h"
 #include "host/terminal/output.h"
 #include "host/terminal/text.h"
+#include "language/geometry.h"
 
 #include <chrono>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <memory>
 #include <unistd.h>
 
@@ -33,6 +36,8 @@ struct LimitsOptions {
     uint32_t variant = 1;
     int32_t plotterID = 0;
     LineSettings line;
+    bool isKept = false; ///< in the profile
+    std::string profile;
     Telling telling;
 };
 
@@ -103,11 +108,27 @@ void announce(const LimitsOptions &options, const std::string &source, bool isUs
     printError("asking {} …; this takes {} to {:.0f} seconds\n", shown(source), isUsb ? 5 : 6, secondsFor(options, isUsb));
 }
 
-ExitCode tellLimits(const Telling &telling, const QueryOutcome &outcome, const Verdict &verdict) {
+/// Puts the limits into the profile; where the plotter said none that have an area, the verdict says so.
+void keep(const std::string &profile, const QueryOutcome &outcome, Verdict &verdict) {
+    std::optional<Corners> corners = cornersOf(outcome);
+    if (!corners || (*corners)[2] <= (*corners)[0] || (*corners)[3] <= (*corners)[1]) {
+        verdict.code = ExitCode::Failed;
+        verdict.message = fmt::format("{}: it told no two corners to keep in the profile", shown(outcome.source));
+        return;
+    }
+    for (double &corner : *corners)
+        corner /= language::kUnitsPerMillimetre;
+    keepInProfile(profile, "area", fmt::format("{}", fmt::join(*corners, ",")));
+}
+
+ExitCode tellLimits(const LimitsOptions &options, const QueryOutcome &outcome, Verdict verdict) {
+    const Telling &telling = options.telling;
+    const bool isKnown = verdict.code == ExitCode::Done;
+    if (isKnown && options.isKept) keep(options.profile, outcome, verdict);
     if (telling.verbose) {
         printError("vectorix: sent \"{}\", heard \"{}\"\n", requestShown(outcome.report), replyShown(outcome.report));
     }
-    if (!telling.json && verdict.code == ExitCode::Done) printOut("{}", limitLines(outcome)); // also with --quiet
+    if (!telling.json && isKnown) printOut("{}", limitLines(outcome)); // also with --quiet
     return tell(telling, verdict, queryJson(outcome, verdict), "");
 }
 
@@ -138,7 +159,7 @@ ExitCode limits(const LimitsOptions &options) {
     }
     lock.reset();
     signals.reset();
-    return tellLimits(options.telling, outcome, judge(outcome));
+    return tellLimits(options, outcome, judge(outcome));
 }
 
 } // namespace
@@ -153,7 +174,8 @@ void addLimitsCommand(const Command &app) {
          "Vendor 0b75 has plotters that listen on their first USB pipe, identifiers 20595 to 20597: give --plotter-id for\n"
          "these. All its others listen on the second.",
          {{"vectorix limits --port /dev/ttyUSB0", "Of a plotter on a serial port."},
-          {"vectorix limits --usb --emulation 17005 --json", "Of the only plotter on USB, for programs."}},
+          {"vectorix limits --usb --emulation 17005 --json", "Of the only plotter on USB, for programs."},
+          {"vectorix limits -p house --save", "Keeps them in the profile: preview and print hold drawings against them."}},
          queryFields()});
     addProfileOption(command);
     Option port = addPort(command, options->port);
@@ -161,6 +183,7 @@ void addLimitsCommand(const Command &app) {
     addEmulation(command, options->emulation);
     addVariant(command, options->variant);
     addPlotterID(command, options->plotterID).needs(usb);
+    command.flag("--save", options->isKept, "Keep the limits in the profile, as its area").needs(*command.find("--profile"));
     addLineOptions(command, options->line);
     addTelling(command, options->telling,
                {.verbose = "Show what is said and heard, and what the plug-in says",
@@ -169,6 +192,7 @@ void addLimitsCommand(const Command &app) {
         [options, command, usb] {
             applyProfile(command);
             options->toUsb = usb.isTyped();
+            options->profile = command.find("--profile")->value();
             return limits(*options);
         },
         &options->telling.json);

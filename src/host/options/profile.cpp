@@ -5,6 +5,7 @@
 #include "host/terminal/near_miss.h"
 #include "host/terminal/text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fmt/format.h>
 #include <sstream>
@@ -162,19 +163,10 @@ void check(const Profile &profile) {
     }
 }
 
-} // namespace
-
-Failure unknownProfile(const std::string &name) {
-    return {ExitCode::Missing, fmt::format("{}: no such profile; {}'vectorix profile list' shows those that there are", name,
-                                           didYouMean(name, profileNames()))};
-}
-
-Profile readProfile(const std::string &name) {
-    Profile profile{name, profilePath(name), {}};
-    struct stat status;
-    if (lstat(profile.path.c_str(), &status) != 0 && errno == ENOENT) throw unknownProfile(name);
-    toml::table table = parsed(profile.path, readWhole(profile.path, "profile", kLargest));
-    requireKnown(profile.path, table);
+Profile profileOf(const std::string &name, const std::string &path, const std::string &text) {
+    Profile profile{name, path, {}};
+    const toml::table table = parsed(path, text);
+    requireKnown(path, table);
     for (const ProfileKey &key : kProfileKeys) {
         const toml::node *node = table.get(key.name);
         if (!node) continue;
@@ -185,9 +177,51 @@ Profile readProfile(const std::string &name) {
     return profile;
 }
 
-void writeProfile(const Profile &profile, bool force) {
+/// Where a line begins; the end for one behind the last.
+size_t startOf(const std::string &text, size_t line) {
+    size_t start = 0;
+    while (--line > 0 && start < text.size())
+        start = std::min(text.find('\n', start), text.size() - 1) + 1;
+    return start;
+}
+
+std::string lineFor(const ProfileKey &key, const std::vector<std::string> &words) {
+    toml::table line;
+    kindOf(key).put(line, key.name, words);
     std::ostringstream text;
-    text << kFirstLine;
+    text << line << '\n';
+    return text.str();
+}
+
+} // namespace
+
+Failure unknownProfile(const std::string &name) {
+    return {ExitCode::Missing, fmt::format("{}: no such profile; {}'vectorix profile list' shows those that there are", name,
+                                           didYouMean(name, profileNames()))};
+}
+
+Profile readProfile(const std::string &name) {
+    const std::string path = profilePath(name);
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0 && errno == ENOENT) throw unknownProfile(name);
+    return profileOf(name, path, readWhole(path, "profile", kLargest));
+}
+
+void keepInProfile(const std::string &name, std::string_view key, const std::string &word) {
+    const Profile profile = readProfile(name);
+    std::string text = readWhole(profile.path, "profile", kLargest);
+    const toml::table table = parsed(profile.path, text);
+    if (const toml::node *old = table.get(key)) {
+        const size_t first = startOf(text, old->source().begin.line);
+        text.erase(first, startOf(text, old->source().end.line + 1) - first);
+    }
+    if (!text.empty() && text.back() != '\n') text += '\n';
+    text += lineFor(*findProfileKey(key), {word});
+    profileOf(name, profile.path, text); // it will be read again
+    writeWhole(profile.path, text, true);
+}
+void writeProfile(const Profile &profile, bool force) {
+    std::string text = kFirstLine;
     for (const ProfileValue &value : profile.values) {
         for (const std::string &word : value.words) {
             if (!isUtf8(word)) {
@@ -195,16 +229,14 @@ void writeProfile(const Profile &profile, bool force) {
                                                            optionName(*value.key), excerpt(word, 60)));
             }
         }
-        toml::table line;
-        kindOf(*value.key).put(line, value.key->name, value.words);
-        text << line << '\n';
+        text += lineFor(*value.key, value.words);
     }
-    if (static_cast<int64_t>(text.str().size()) > kLargest) {
+    if (static_cast<int64_t>(text.size()) > kLargest) {
         throw Failure(ExitCode::Usage, fmt::format("{}: more than the {} bytes that a profile may have; shorten its texts",
                                                    profile.name, grouped(kLargest)));
     }
     makeProfileFolder();
-    writeWhole(profile.path, text.str(), force);
+    writeWhole(profile.path, text, force);
 }
 
 } // namespace host

@@ -30,6 +30,10 @@ Profile readProfile(const std::string &name);
 /// Writes the profile's file whole or not at all. Throws Failure; without force also when there is one already.
 void writeProfile(const Profile &profile, bool force);
 
+/// Puts a value into a profile that exists, in place of the one that it has, and leaves all else of its file as it is,
+/// comments too. Throws Failure, also for a value that the profile cannot have.
+void keepInProfile(const std::string &name, std::string_view key, const std::string &word);
+
 /// The failure (missing) for a name without a profile; it names similar ones. Throws Failure like profileNames().
 Failure unknownProfile(const std::string &name);
 

@@ -88,18 +88,6 @@ Verdict failedLink(const QueryOutcome &outcome) {
 
 bool givesCorners(const QueryOutcome &outcome) { return emulations::of(outcome.emulation).givesCorners; }
 
-using Corners = std::array<double, 4>;
-
-/// Lower left and upper right as the plotter said them; none where the language has no corners, or the reply not enough
-/// numbers.
-std::optional<Corners> cornersOf(const QueryOutcome &outcome) {
-    const std::vector<double> said = numbersIn(replyOf(outcome.report));
-    Corners corners;
-    if (!givesCorners(outcome) || said.size() < corners.size()) return {};
-    std::copy_n(said.begin(), corners.size(), corners.begin());
-    return corners;
-}
-
 /// Width and height in millimetres; none where there is no area between the corners.
 std::optional<std::array<double, 2>> sizeOf(const std::optional<Corners> &corners) {
     if (!corners) return {};
@@ -124,6 +112,14 @@ std::string differenceNote(const QueryOutcome &outcome) {
 }
 
 } // namespace
+
+std::optional<Corners> cornersOf(const QueryOutcome &outcome) {
+    const std::vector<double> said = numbersIn(replyOf(outcome.report));
+    Corners corners;
+    if (!givesCorners(outcome) || said.size() < corners.size()) return {};
+    std::copy_n(said.begin(), corners.size(), corners.begin());
+    return corners;
+}
 
 std::string requestShown(const ORB_QueryReport &report) { return shown({report.request, report.requestBytes}); }
 

@@ -32,6 +32,11 @@ struct QueryOutcome {
 /// Judges by the query report.
 Verdict judge(const QueryOutcome &outcome);
 
+/// Lower left and upper right in plotter units as the plotter said them; none where the language has no corners, or the
+/// reply not enough numbers.
+using Corners = std::array<double, 4>;
+std::optional<Corners> cornersOf(const QueryOutcome &outcome);
+
 /// What the plotter was sent and what it said, safe to print.
 std::string requestShown(const ORB_QueryReport &report);
 std::string replyShown(const ORB_QueryReport &report);
