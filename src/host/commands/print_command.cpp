@@ -5,6 +5,7 @@
 #include "host/options/plotter_options.h"
 #include "host/plugin/usb_target.h"
 #include "host/print/dry_run.h"
+#include "host/print/plan_estimate.h"
 #include "host/print/print.h"
 
 #include <algorithm>
@@ -29,6 +30,7 @@ ExitCode run(const TypedPrint &typed) {
     }
     parseUsbChoice(options.usbChoice); // what was typed is looked at first
     const PrintPlan plan = planOf(options);
+    if (!options.force) requireWithinArea(plan);
     return typed.dryRun ? tellPlan(plan, typed.telling) : print(plan, typed.telling);
 }
 
@@ -73,7 +75,8 @@ void addPrintCommand(const Command &app) {
     addLineOptions(command, options->line);
     command.flag("--dry-run", typed->dryRun, "Check everything, say what would be sent, and send nothing");
     command.flag("--exact", options->ready.isExact, "Mend nothing: refuse a plot file that would not arrive whole as it is");
-    command.flag("--force", options->force, "Print also a plot file of which a part cannot be sent");
+    command.flag("--force", options->force,
+                 "Print also a plot file of which a part cannot be sent, or that leaves the area");
     command.flag("--keep-going", options->keepGoing, "Go on after a piece that the plotter did not take");
     addTelling(command, typed->telling);
     command.whenTyped(

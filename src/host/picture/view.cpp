@@ -79,8 +79,8 @@ void requireWithinArea(const std::string &plot, const Findings &findings, const 
     if (options.area.empty()) return;
     const Sheet sheet = sheetOf(options);
     if (!leavesArea(findings, sheet)) return;
-    throw Failure(ExitCode::Unfit, fmt::format("{}: the drawing, {}, leaves what the pen reaches, {}; make it fit with "
-                                               "'vectorix convert --area', or print it all the same with --force",
+    throw Failure(ExitCode::Unfit, fmt::format("{}: the drawing ({}) leaves what the pen reaches ({}); make it fit with "
+                                               "'vectorix convert --fit', or print it all the same with --force",
                                                shown(plot), cornersOf(findings.demand), cornersOf(sheet.hardClip)));
 }
 

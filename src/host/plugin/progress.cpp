@@ -54,6 +54,7 @@ Progress JobProgress::now() {
     Progress progress;
     progress.totalBytes = fileBytes_;
     progress.doneBytes = std::min(known.done + ofThePieceUnderWay(known.notes), fileBytes_);
+    if (secondsLeft) progress.left = secondsLeft(progress.doneBytes);
     auto time = Clock::now();
     progress.seconds = std::chrono::duration<double>(time - start_).count();
     if (progress.doneBytes != shown_ || known.hasEnded || progress.doneBytes >= bytesToSend_) forward_ = time;

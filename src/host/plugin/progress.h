@@ -5,7 +5,9 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <mutex>
+#include <optional>
 #include <orb/vectorix.h>
 
 namespace host {
@@ -26,8 +28,9 @@ Wait waitOnLine(int descriptor, bool usesHardwareHandshake);
 struct Progress {
     int64_t doneBytes = 0; ///< of the plot file, sent or failed; of the piece under way, what has left this computer
     int64_t totalBytes = 0;
-    double seconds = 0; ///< since the start
-    double still = 0;   ///< seconds since anything went forward; 0 when they are less than two
+    double seconds = 0;         ///< since the start
+    std::optional<double> left; ///< seconds, as they were estimated; without an estimate the rate tells
+    double still = 0;           ///< seconds since anything went forward; 0 when they are less than two
     Wait wait = Wait::None;
 };
 
@@ -45,6 +48,10 @@ public:
     /// while now() is called.
     JobProgress(const WatchedLine &line, int64_t fileBytes, int64_t bytesToSend)
         : line_(line), fileBytes_(fileBytes), bytesToSend_(bytesToSend) {}
+
+    /// What was estimated to remain when so many bytes are done; empty without an estimate. To be set before the first
+    /// now().
+    std::function<double(int64_t doneBytes)> secondsLeft;
 
     /// To be called after each piece.
     void note(const ORB_JobReport &soFar);

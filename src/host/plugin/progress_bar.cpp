@@ -42,7 +42,7 @@ std::string courseOf(const Progress &progress) {
     if (progress.seconds < 1 || rate < 1) return {};
     std::string text = fmt::format("{} B/s", grouped(static_cast<int64_t>(rate)));
     int64_t left = progress.totalBytes - progress.doneBytes;
-    if (left > 0) text += fmt::format("  {} left", duration(static_cast<double>(left) / rate));
+    if (left > 0) text += fmt::format("  {} left", duration(progress.left.value_or(static_cast<double>(left) / rate)));
     return text;
 }
 

@@ -1,6 +1,7 @@
 #include "host/print/dry_run.h"
 
 #include "host/print/destination.h"
+#include "host/print/plan_estimate.h"
 #include "host/terminal/text.h"
 
 #include <fmt/format.h>
@@ -19,17 +20,16 @@ PrintReport undisturbed(const PrintPlan &plan) {
     return report;
 }
 
-std::string lines(const PrintPlan &plan, const ORB_JobReport &job) {
+std::string lines(const PrintPlan &plan, const ORB_JobReport &job, double seconds) {
     std::string text = readyText(plan.ready);
     text += fmt::format("would send {} in {} to {}\n", counted(job.sentBytes, "byte"),
                         counted(plan.examination.pieces, "piece"), shown(plan.target.name()));
     if (job.withheldBytes > 0) text += fmt::format("not sent    {}\n", counted(job.withheldBytes, "byte"));
     text += fmt::format("emulation   {}\nterminator  \"{}\"\n", plan.rules.emulation, shown(plan.rules.terminator));
-    if (plan.target.kind != Target::Kind::Port) return text;
-    const LineSettings &line = plan.target.line;
-    return text +
-           fmt::format("line        {}\ntime        {} at the line's rate; a plotter that holds the line takes longer\n",
-                       settingsText(line), duration(secondsFor(job.sentBytes, line)));
+    if (!takesItsTime(plan.target)) return text;
+    if (plan.target.usb) return text + fmt::format("time        about {} for the pen\n", duration(seconds));
+    return text + fmt::format("line        {}\ntime        about {}, by the slower of line and pen at each moment\n",
+                              settingsText(plan.target.line), duration(seconds));
 }
 
 Json jsonOf(const LineSettings &line) {
@@ -40,7 +40,7 @@ Json jsonOf(const LineSettings &line) {
             {"handshake", line.handshake}};
 }
 
-Json planJson(const PrintPlan &plan, const ORB_JobReport &job, const Verdict &verdict) {
+Json planJson(const PrintPlan &plan, const ORB_JobReport &job, double seconds, const Verdict &verdict) {
     const bool isLine = plan.target.kind == Target::Kind::Port;
     Json object = jsonOf(verdict);
     object["dryRun"] = true;
@@ -54,7 +54,7 @@ Json planJson(const PrintPlan &plan, const ORB_JobReport &job, const Verdict &ve
     object["piecesToSend"] = plan.examination.pieces;
     object["withheldBytes"] = job.withheldBytes;
     object["line"] = isLine ? jsonOf(plan.target.line) : Json();
-    object["estimatedSeconds"] = isLine ? Json(secondsFor(job.sentBytes, plan.target.line)) : Json();
+    object["estimatedSeconds"] = takesItsTime(plan.target) ? Json(seconds) : Json();
     return object;
 }
 
@@ -64,7 +64,8 @@ ExitCode tellPlan(const PrintPlan &plan, const Telling &telling) {
     requireFree(plan.target);
     const PrintReport report = undisturbed(plan);
     const Verdict verdict = judge(plan, report);
-    return tell(telling, verdict, planJson(plan, report.job, verdict), lines(plan, report.job));
+    const double seconds = takesItsTime(plan.target) ? estimateOf(plan).findings.seconds : 0;
+    return tell(telling, verdict, planJson(plan, report.job, seconds, verdict), lines(plan, report.job, seconds));
 }
 
 } // namespace host

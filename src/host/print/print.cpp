@@ -6,6 +6,7 @@
 #include "host/plugin/record.h"
 #include "host/plugin/stop_signals.h"
 #include "host/plugin/usb_target.h"
+#include "host/print/plan_estimate.h"
 #include "host/terminal/output.h"
 #include "host/terminal/text.h"
 
@@ -59,7 +60,7 @@ void finish(Destination &destination, const PrintPlan &plan, const PrintReport &
 
 } // namespace
 
-PrintReport carryOut(const PrintPlan &plan, Destination &destination, ProgressBar &bar) {
+PrintReport carryOut(const PrintPlan &plan, Destination &destination, ProgressBar &bar, const Estimate *estimate) {
     std::optional<TemporaryJob> made;
     if (plan.jobFile.empty()) made.emplace(plan.job);
     HostString portPath(destination.port(), "--port");
@@ -69,6 +70,10 @@ PrintReport carryOut(const PrintPlan &plan, Destination &destination, ProgressBa
 
     PrintReport report;
     JobProgress progress(destination.line(), plan.plot.size(), plan.plot.size() - plan.examination.withheldBytes);
+    if (estimate) {
+        report.estimatedSeconds = estimate->findings.seconds;
+        progress.secondsLeft = [estimate](int64_t done) { return estimate->secondsLeft(done); };
+    }
     PieceWatch watch{progress, plan.keepGoing};
     ORB_hostSetProgress(PieceWatch::look, &watch);
     bar.follow([&progress] { return progress.now(); });
@@ -93,13 +98,15 @@ PrintReport carryOut(const PrintPlan &plan, Destination &destination, ProgressBa
 }
 
 ExitCode print(const PrintPlan &plan, const Telling &telling) {
+    std::optional<Estimate> estimate; // read before signals are held: a large file takes a while
+    if (takesItsTime(plan.target)) estimate = estimateOf(plan);
     std::optional<StopOnSignal> signals(std::in_place);
     Destination destination(plan.target);
     if (telling.verbose) writeError(readyText(plan.ready));
     if (telling.verbose && plan.target.usb) printError("{}", notesOf(*plan.target.usb));
     ProgressBar bar(!telling.quiet && !telling.json && ProgressBar::isPossible());
     ConsoleLines console(telling.verbose, bar);
-    PrintReport report = carryOut(plan, destination, bar);
+    PrintReport report = carryOut(plan, destination, bar, estimate ? &*estimate : nullptr);
     signals.reset();
 
     Verdict verdict = judge(plan, report);

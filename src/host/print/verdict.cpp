@@ -183,6 +183,8 @@ std::string summary(const PrintPlan &plan, const PrintReport &report) {
     std::string text = job.sentBytes == 0 ? fmt::format("sent nothing to {}", shown(plan.target.name()))
                                           : fmt::format("sent {} in {} to {} in {:.1f} s", counted(job.sentBytes, "byte"),
                                                         counted(pieces, "piece"), shown(plan.target.name()), report.seconds);
+    if (report.estimatedSeconds && job.sentBytes > 0)
+        text += fmt::format(" (estimated {})", duration(*report.estimatedSeconds));
     if (job.failedBytes > 0) {
         text += fmt::format("; {} in {} failed", counted(job.failedBytes, "byte"),
                             counted(static_cast<int64_t>(job.piecesFailed), "piece"));

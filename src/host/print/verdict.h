@@ -25,12 +25,13 @@ struct PrintReport {
     int32_t recordErrorID = kORB_NoError; ///< as the record came back
     bool stopped = false;                 ///< by the user
     double seconds = 0;
-    int32_t emulation = 0;               ///< as the plug-in read it from the job
-    std::string terminator;              ///< the same
-    std::optional<int64_t> arrivedBytes; ///< at the file, or at the plotter when it is one in software
-    uint8_t usbOutPipe = 0;              ///< the pipe reference that the plug-in wrote to
-    bool isGone = false;                 ///< the port or the plotter is not there any more
-    PlotChange change;                   ///< of the plot file during the job
+    std::optional<double> estimatedSeconds; ///< of a plotter, beforehand
+    int32_t emulation = 0;                  ///< as the plug-in read it from the job
+    std::string terminator;                 ///< the same
+    std::optional<int64_t> arrivedBytes;    ///< at the file, or at the plotter when it is one in software
+    uint8_t usbOutPipe = 0;                 ///< the pipe reference that the plug-in wrote to
+    bool isGone = false;                    ///< the port or the plotter is not there any more
+    PlotChange change;                      ///< of the plot file during the job
 };
 
 /// True when the plug-in itself reports a failure. False does not mean that all of the plot was sent.

@@ -18,6 +18,7 @@ Json printJson(const PrintPlan &plan, const PrintReport &report, const Verdict &
     object["emulation"] = report.emulation;
     object["terminator"] = report.terminator;
     object["seconds"] = report.seconds;
+    object["estimatedSeconds"] = report.estimatedSeconds ? Json(*report.estimatedSeconds) : Json();
     object["stopReason"] = job.stopReason < std::size(kStopReasons) ? kStopReasons[job.stopReason] : "unknown";
     object["fileBytes"] = job.fileBytes;
     object["sentBytes"] = job.sentBytes;
@@ -49,7 +50,8 @@ std::vector<JsonFields> printFields() {
         {"errorID, errorText", "the first failure; 22007 for none"},
         {"errorStatus, errorOffset", "its system code, and where in the plot file (-1: not in it)"},
         {"dryRun, bytesToSend, piecesToSend", "with --dry-run, in place of what was sent and failed"},
-        {"line, estimatedSeconds",
+        {"estimatedSeconds", "that the plot takes, as preview says it; null for a file and a plotter in software"},
+        {"line",
          "with --dry-run: of a serial port; null for others. A line has baud, bits,\nparity, stopBits and handshake"},
     };
     const std::vector<JsonFields> ready = readyFields();
