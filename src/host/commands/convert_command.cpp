@@ -6,6 +6,7 @@
 #include "host/files/write_all.h"
 #include "host/job/job_options.h"
 #include "host/mending/mending.h"
+#include "host/options/apply_profile.h"
 #include "host/terminal/output.h"
 #include "host/terminal/telling.h"
 #include "host/terminal/text.h"
@@ -130,6 +131,7 @@ void addConvertCommand(const Command &app) {
          fields});
     command.option("PLOT", options->input, "SVG, PDF or plot file; - for standard input").required().valueName("");
     command.option("-o,--output", options->output, "Plot file to write; - for standard output").required().valueName("FILE");
+    addProfileOption(command);
     addLanguage(command, options->drawing);
     addEmulation(command, options->emulation)
         .describe("What it will be printed on: hpgl (17002), dmpl (17008), or 17001 to 17037 (hpgl)");
@@ -140,7 +142,12 @@ void addConvertCommand(const Command &app) {
                                "Write a plot file as it is, but for what would keep it from arriving whole");
     for (Option option : forStrokes)
         mend.excludes(option);
-    command.whenTyped([options] { return convert(*options); }, &options->telling.json);
+    command.whenTyped(
+        [options, command] {
+            applyProfile(command);
+            return convert(*options);
+        },
+        &options->telling.json);
 }
 
 } // namespace host

@@ -24,6 +24,7 @@ using virtual_plotter::Sheet;
 
 namespace {
 
+constexpr int kUsualPens = 8;
 constexpr double kHalfUnit = 0.5 / kUnitsPerMillimetre;
 
 constexpr struct {
@@ -90,7 +91,7 @@ void choosePens(strokes::Drawing &drawing, bool isPlot, const ConversionOptions 
                                          : "pen where a drawing has colours; write COLOUR=PEN, as in red=2"));
     }
     if (isPlot) return exchangePens(drawing, rules);
-    assignPens(drawing, rules, options.pensHeld);
+    assignPens(drawing, rules, options.pensHeld > 0 ? options.pensHeld : kUsualPens);
 }
 
 bool lies(const Rectangle &inner, const Rectangle &outer) {

@@ -28,8 +28,8 @@ struct ConversionOptions {
     std::string at; ///< "X,Y"
     double unit = 1 / language::kUnitsPerMillimetre;
     std::string pens;
-    int pensHeld = 8;
-    std::string order; ///< empty: nearest for SVG and PDF, as-drawn for a plot
+    int32_t pensHeld = 0; ///< 0: as many as most plotters hold
+    std::string order;    ///< empty: nearest for SVG and PDF, as-drawn for a plot
     int page = 1;
     std::string fill = "outline";
     bool showsHidden = false;

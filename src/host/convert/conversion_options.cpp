@@ -106,8 +106,7 @@ std::vector<Option> addConversionOptions(const Command &command, ConversionOptio
         command.option("--pens", options.pens,
                        "Which pen draws a colour: black=1,red=2,#00f=3 (as they appear); of a plot, which other pen: "
                        "1=2,2=1");
-    Option held =
-        command.option("--pens-held", options.pensHeld, "Pens that the plotter holds; nearest colours share one (8)");
+    Option held = addPensHeld(command, options.pensHeld);
     Option order =
         command.option("--order", options.order,
                        fmt::format("Which stroke comes next; nearest also turns strokes round, and joins those that "
@@ -120,7 +119,6 @@ std::vector<Option> addConversionOptions(const Command &command, ConversionOptio
     pens.check(faultOfPens).valueName("FROM=PEN,...");
     order.oneOf({"nearest", "as-drawn"}).valueName("nearest|as-drawn");
     simplify.check(within(0, kMostMillimetres)).valueName("MM");
-    held.between(1, 255).valueName("N");
     for (Option option : {pens, held, order, simplify})
         option.group("Strokes");
     forStrokes.insert(forStrokes.end(), {pens, order, simplify});

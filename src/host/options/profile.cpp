@@ -126,11 +126,12 @@ ProfileValue valueOf(const std::string &path, const ProfileKey &key, const toml:
 /// Throws an option's complaint ("--baud: …") as one about the file ("baud: …"), with the line of that key, or with the
 /// given line when the profile has no such key.
 [[noreturn]] void refuseFor(const Profile &profile, int line, std::string text) {
-    if (text.rfind("--", 0) == 0) text.erase(0, 2);
-    std::string name = text.substr(0, text.find(':'));
+    const size_t end = text.find(':');
     for (const ProfileValue &value : profile.values) {
-        if (value.key->name == name) line = value.line;
+        if (optionName(*value.key) != text.substr(0, end)) continue;
+        refuse(profile.path, value.line, value.key->name + text.substr(end));
     }
+    if (text.rfind("--", 0) == 0) text.erase(0, 2);
     refuse(profile.path, line, text);
 }
 

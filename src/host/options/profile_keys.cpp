@@ -21,6 +21,7 @@ void addProfileOptions(const Command &app, ProfileOptions &options) {
     addLineOptions(app, options.line);
     addJobOptions(app, options.job);
     addArea(app, options.area);
+    addPensHeld(app, options.pensHeld);
 }
 
 void requireFitProfile(const ProfileOptions &options) {

@@ -15,9 +15,10 @@ namespace host {
 enum class ProfileKind { Text, Texts, Number, TextOrTrue };
 
 struct ProfileKey {
-    const char *name; ///< in the file; with "--" before it, the option
+    const char *name; ///< in the file; with "--" before it, mostly the option
     ProfileKind kind;
-    bool isOfLanguage = false; ///< left out when another emulation is typed: it is written in the profile's language
+    bool isOfLanguage = false;    ///< left out when another emulation is typed: it is written in the profile's language
+    const char *option = nullptr; ///< where its name is another
 };
 
 /// In the order in which they are written and put on a command: what an option needs stands before it.
@@ -37,6 +38,7 @@ inline constexpr ProfileKey kProfileKeys[] = {
     {"project", ProfileKind::Text},
     {"plotter", ProfileKind::Text},
     {"area", ProfileKind::Text},
+    {"pens", ProfileKind::Number, false, "--pens-held"},
 };
 
 struct ProfileOptions {
@@ -46,13 +48,14 @@ struct ProfileOptions {
     uint32_t variant = 1;
     LineSettings line;
     std::string area;
+    int32_t pensHeld = 0;
     JobOptions job;
 };
 
 /// nullptr for a key that no profile has.
 const ProfileKey *findProfileKey(std::string_view name);
 
-inline std::string optionName(const ProfileKey &key) { return std::string("--") + key.name; }
+inline std::string optionName(const ProfileKey &key) { return key.option ? key.option : std::string("--") + key.name; }
 
 /// Adds an option for each row of kProfileKeys to a command.
 void addProfileOptions(const Command &app, ProfileOptions &options);

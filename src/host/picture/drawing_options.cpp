@@ -59,6 +59,12 @@ std::vector<Option> addDrawingOptions(const Command &app, DrawingOptions &option
     return {sheet, addDotsPerInch(app, options)};
 }
 
+Option addPensHeld(const Command &app, int32_t &pens) {
+    return app.option("--pens-held", pens, "Pens that the plotter holds; of a drawing's colours, the nearest share one (8)")
+        .between(1, 255)
+        .valueName("N");
+}
+
 void addLanguage(const Command &app, DrawingOptions &options) {
     app.option("--language", options.language, "Language of the plot; auto looks at its first bytes (auto)")
         .oneOf({"hpgl", "dmpl", "auto"})

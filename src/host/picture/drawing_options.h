@@ -1,5 +1,5 @@
-// The options that say what a plot is drawn on: a sheet, or the area that a plotter's pen reaches, and in which language the
-// plot is. Preview, print, simulate and convert take the same ones, and profiles keep the area.
+// The options that say what a plot is drawn on and with: a sheet, or the area that a plotter's pen reaches, pens, and which
+// language the plot is in. Preview, print, simulate and convert take the same ones, and profiles keep the area.
 #pragma once
 
 #include "host/terminal/command.h"
@@ -34,6 +34,8 @@ Option addDotsPerInch(const Command &app, DrawingOptions &options);
 Option addSheet(const Command &app, DrawingOptions &options, const std::string &help);
 /// Adds --area alone.
 Option addArea(const Command &app, std::string &area);
+/// Adds --pens-held; 0 when it is not typed.
+Option addPensHeld(const Command &app, int32_t &pens);
 /// Adds --language.
 void addLanguage(const Command &app, DrawingOptions &options);
 
