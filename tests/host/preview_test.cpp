@@ -46,6 +46,64 @@ TEST_F(PreviewTest, DrawsAndTellsWhatItFound) {
     EXPECT_TRUE(run({"preview", plot, "-o", picture_, "--language", "hpgl"}).out.starts_with("HP-GL: "));
 }
 
+TEST_F(PreviewTest, ShowsAllOfADrawing) {
+    const std::string plot = path("plot");
+    const std::tuple<const char *, const char *, const char *, const char *> kRows[] = {
+        // drawing, sheet, size, origin
+        {"PD10900,7650;", "a4", "297 210", "12.25 200.625"},
+        {"PD10000,7700;", "letter", "279.4 215.9", "10.137 207.475"},
+        {"PD7650,10900;", "a4-portrait", "210 297", "9.375 284.75"},
+        {"PU0,-20;PD16158,11000;", "a3", "420 297", "8.025 286.5"}, // whose paper holds it, if not what the pen reaches
+        {"PU-4000,-3000;PD4000,3000;", "a4", "297 210", "148.5 105"},
+        {"PD600000,4000;", nullptr, "15022.25 210.625", "12.25 200.625"},
+    };
+    for (const auto &[drawing, sheet, size, origin] : kRows) {
+        SCOPED_TRACE(drawing);
+        file("plot", drawing);
+        auto report = json::parse(run({"preview", plot, "-o", picture_, "--json"}).out);
+        EXPECT_EQ(report["sheet"], sheet ? json(sheet) : json());
+        EXPECT_TRUE(holds(contents(picture_), std::string("viewBox=\"0 0 ") + size + "\""));
+        EXPECT_TRUE(holds(contents(picture_), std::string(" -0.025 ") + origin + ")"));
+    }
+    file("plot", "PD16000,0;");
+    Result result = run({"preview", plot, "-o", "-", "--area", "-10,-10,300,300"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_TRUE(holds(result.err, "drew the picture on -10,-10,300,300\n"));
+    EXPECT_TRUE(holds(result.err, "is not plotted, and grey in the picture"));
+    EXPECT_TRUE(holds(result.out, "width=\"420mm\" height=\"310mm\""));
+    EXPECT_TRUE(holds(result.out, "stroke=\"#c8c8c8\" stroke-width=\"14\" d=\"M12000 0L16000 0\"/>\n</g>\n</svg>\n"));
+}
+
+TEST_F(PreviewTest, TellsTheTimeThatDryRunsTell) {
+    const std::string plot = file("plot", "SP1;VS1;PU0,0;PD4000,0;SP2;PD4000,400;" + std::string(400, ' ') + "PD0,0;");
+    auto report = json::parse(run({"preview", plot, "--json", "--baud", "300"}).out);
+    EXPECT_TRUE(report["picture"].is_null());
+    const FarEnd plotter;
+    const Words dryRun = {"print", plot, "--dry-run", "--json", "--baud", "300", "--port", plotter.port()};
+    EXPECT_EQ(json::parse(run(dryRun).out)["estimatedSeconds"], report["seconds"]);
+    ASSERT_EQ(report["byPen"].size(), 2U);
+    EXPECT_EQ(report["byPen"][0]["downMillimetres"], 100);
+    EXPECT_NEAR(report["byPen"][0]["seconds"].get<double>(), 22.0 / 30 + 10, 1e-9);
+    EXPECT_LT(json::parse(run({"preview", plot, "--json", "--usb"}).out)["seconds"], report["seconds"]);
+}
+
+TEST_F(PreviewTest, APlottersLimitsAreKeptAndHeldAgainstDrawings) {
+    Running simulating = simulation({"--once", "--linger", "0", "--area", "-100,-50,172.5,150"});
+    const std::string port = "port = '" + simulating.line() + "'\n";
+    const std::string profile =
+        file("config/vectorix/profiles/house.toml", "# mine\narea = \"\"\"0,0,\\\n9e1,90\"\"\"\n" + port);
+    EXPECT_TRUE(ended(run({"limits", "-p", "house", "--save"}), 7, "house.toml: line 2: area"));
+    file("config/vectorix/profiles/house.toml", "# mine\narea = \"\"\"0,0,\\\n90,90\"\"\"\n" + port);
+    EXPECT_TRUE(ended(run({"limits", "-p", "house", "--save"}), 0));
+    EXPECT_EQ(contents(profile), "# mine\n" + port + "area = '-100,-50,172.5,150'\n");
+    EXPECT_TRUE(ended(simulating.wait(), 0));
+
+    Words print = {"print", file("plot", "PU0,0;PD-4000,-2000,-4100,-2000;"), "-p", "house", "--capture", path("bytes")};
+    EXPECT_TRUE(ended(run(print), 7, "leaves what the pen reaches (-100.0, -50.0 to 172.5, 150.0 mm)"));
+    print.emplace_back("--force");
+    EXPECT_TRUE(ended(run(print), 0));
+}
+
 TEST_F(PreviewTest, PrintDrawsWhatPreviewDraws) {
     const std::string sheet = " --sheet a3 -o " + picture_;
     ASSERT_TRUE(ended(shell("mkfifo $1/f; cat " EXAMPLE " > $1/f & \"$0\" preview $1/f" + sheet, {folder_}).wait(), 0));

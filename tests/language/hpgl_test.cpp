@@ -161,6 +161,18 @@ TEST(Hpgl, Measures) {
     EXPECT_FALSE(Job("PU90000,0;PU5,5;").findings().anyDemand) << "moves demand nothing";
 }
 
+TEST(Hpgl, TheSlowerOfLineAndPenSetsThePace) {
+    const auto seconds = [](const std::string &text) {
+        return Job(text, Language::Hpgl, SIZE_MAX, 0.01).findings().seconds;
+    };
+    const std::string slow = "VS1;PU0,0;PD400,0;", idle(200, ' '); // 1 s of drawing
+    EXPECT_NEAR(seconds(slow), 0.11 + 0.1 + 1, 1e-9) << "the pen waits for the line, here for the D of PD";
+    EXPECT_NEAR(seconds(slow + idle + "PD800,0;"), 2.25 + 1, 1e-9) << "it waits again, behind what the line is ahead";
+    EXPECT_NEAR(seconds(slow + idle), 2.18, 1e-9) << "the last byte is waited for, too";
+    EXPECT_NEAR(seconds("VS1;PU0,0;PD8000,0;PD0,0;" + std::string(4000, ' ')), 20.21 - 10.48 + 40.25, 1e-9)
+        << "a full buffer holds the line until the second instruction begins";
+}
+
 TEST(Hpgl, LettersStayInTheirCells) {
     for (int c = '!'; c <= 0x7F; ++c)
         for (const GlyphPoint &p : glyph(static_cast<unsigned char>(c)))

@@ -61,8 +61,9 @@ private:
 
 /// A reader on the test sheet with all that it said, after it took the text in pieces of at most that many bytes.
 struct Job {
-    explicit Job(std::string_view text, Language language = Language::Hpgl, size_t piece = SIZE_MAX)
-        : reader(makeReader(language, sink, kTestSheet)) {
+    explicit Job(std::string_view text, Language language = Language::Hpgl, size_t piece = SIZE_MAX,
+                 double secondsPerByte = 0)
+        : reader(makeReader(language, sink, kTestSheet, Clipping::Reach, secondsPerByte)) {
         reader->onRequest = [this](std::string_view request) { requests += std::string(request) + ";"; };
         for (; !text.empty(); text.remove_prefix(std::min(piece, text.size())))
             reader->take(text.substr(0, piece));

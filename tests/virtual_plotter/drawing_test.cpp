@@ -1,4 +1,4 @@
-#include "virtual_plotter/drawing/picture.h"
+#include "virtual_plotter/drawing/outside.h"
 #include "virtual_plotter/drawing/png_size_chunk.h"
 
 #include <gtest/gtest.h>
@@ -49,6 +49,15 @@ TEST(Sheet, Sizes) {
          {"", "a4 ", "x210", "297x210mm", "297 x 210", "297x210-portrait", "9.9x100", "nanx100", "100xnan", "100x20001"})
         EXPECT_FALSE(parseSheet(text, error).has_value()) << text;
     EXPECT_EQ(error, "sheet 100x20001: each side must be 10 to 20000 millimetres long");
+}
+
+TEST(Sheet, AreasCountAsTheirPlotter) {
+    std::string error;
+    const Sheet area = parseArea("-100, -50,172.5,150", error).value();
+    EXPECT_EQ((Point{area.width, area.height}), (Point{272.5, 200}));
+    EXPECT_EQ(areaOrigin(area), (Point{100, 50}));
+    for (const char *text : {"", "0,0,100", "0,0,100,100,", "0,0,100,9", "100,0,0,100", "0,0,nan,100", "0,0,100001,100"})
+        EXPECT_FALSE(parseArea(text, error).has_value()) << text;
 }
 
 /// A PNG of an A4 sheet, read back.
@@ -168,6 +177,27 @@ TEST_F(PictureTest, InkIsWhereItWasDrawn) {
         EXPECT_EQ(dots.at(p.x, p.y), colourOf(p.pen)) << p.what;
     for (int x = 0; x < 10000; ++x)
         EXPECT_TRUE(dots.at(x, 5000) == colourOf(4) && dots.at(x, 6000) == colourOf(4)) << "a gap at " << x;
+}
+
+TEST_F(PictureTest, GreyIsWhatThePenDoesNotReach) {
+    draw("grey.png", [](PenSink &sink) {
+        GreyOutside parted(dynamic_cast<Picture &>(sink), {{1000, 1000}, {5000, 5000}});
+        parted.setPen(2, 2.0);
+        parted.begin({0, 2000});
+        parted.line({6000, 2000});
+        parted.begin({0, 0});
+        parted.line({6000, 0});
+        parted.line({4000, 1500});
+        parted.begin({500, 2500});
+        const Point square[] = {{4000, 3000}, {6000, 3000}, {6000, 4000}, {4000, 4000}};
+        const size_t ends[] = {4};
+        parted.fill(square, ends);
+    });
+    const Dots dots(path("grey.png"));
+    for (const Point p : {Point{500, 2000}, {5500, 2000}, {3000, 0}, {500, 2500}, {5500, 3500}})
+        EXPECT_EQ(dots.at(p.x, p.y), 0xC8C8C8U) << p.x << ',' << p.y;
+    for (const Point p : {Point{3000, 2000}, {4000, 1500}, {4500, 3500}})
+        EXPECT_EQ(dots.at(p.x, p.y), 0xD21F26U) << p.x << ',' << p.y;
 }
 
 TEST_F(PictureTest, FilesSayTheSizeOfTheSheet) {
