@@ -59,7 +59,8 @@ Findings draw(const PlotterOptions &options, language::PenSink &sink, std::strin
 void makePicture(const PlotterOptions &options, const char *type, const std::string &text) {
     const std::string file = std::filesystem::temp_directory_path() / ("orb-fuzz-" + std::to_string(getpid()) + type);
     std::string error;
-    Picture picture(parseSheet("10x10", error).value(), {20, true});
+    const Sheet sheet = parseSheet("10x10", error).value();
+    Picture picture(sheet, {20, edgesOf(sheet)});
     fuzz::require(!picture.open(file), "the picture can be begun");
     draw(options, picture, text, text.size());
     fuzz::require(!picture.finish(), "the picture can be ended");

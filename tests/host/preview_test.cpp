@@ -71,7 +71,7 @@ TEST_F(PreviewTest, ShowsAllOfADrawing) {
     EXPECT_TRUE(holds(result.err, "drew the picture on -10,-10,300,300\n"));
     EXPECT_TRUE(holds(result.err, "is not plotted, and grey in the picture"));
     EXPECT_TRUE(holds(result.out, "width=\"420mm\" height=\"310mm\""));
-    EXPECT_TRUE(holds(result.out, "stroke=\"#c8c8c8\" stroke-width=\"14\" d=\"M12000 0L16000 0\"/>\n</g>\n</svg>\n"));
+    EXPECT_TRUE(holds(result.out, "stroke=\"#a0a0a0\" stroke-width=\"14\" d=\"M12000 0L16000 0\"/>\n</g>\n</svg>\n"));
 }
 
 TEST_F(PreviewTest, TellsTheTimeThatDryRunsTell) {

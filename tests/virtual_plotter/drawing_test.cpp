@@ -195,7 +195,7 @@ TEST_F(PictureTest, GreyIsWhatThePenDoesNotReach) {
     });
     const Dots dots(path("grey.png"));
     for (const Point p : {Point{500, 2000}, {5500, 2000}, {3000, 0}, {500, 2500}, {5500, 3500}})
-        EXPECT_EQ(dots.at(p.x, p.y), 0xC8C8C8U) << p.x << ',' << p.y;
+        EXPECT_EQ(dots.at(p.x, p.y), 0xA0A0A0U) << p.x << ',' << p.y;
     for (const Point p : {Point{3000, 2000}, {4000, 1500}, {4500, 3500}})
         EXPECT_EQ(dots.at(p.x, p.y), 0xD21F26U) << p.x << ',' << p.y;
 }

@@ -107,7 +107,7 @@ ExitCode preview(const PreviewOptions &options) {
 
 void addPreviewCommand(const Command &app) {
     auto options = std::make_shared<PreviewOptions>();
-    Command command = app.add("preview", "Draw a plot file as a picture");
+    Command command = app.add("preview", "Tell what a plot file comes to, and draw it");
     std::vector<JsonFields> fields = findingsFields();
     fields.insert(fields.begin(), {{"exitCode, message, notes", "only the first two when nothing was drawn"},
                                    {"plotFile, picture", "as they were named; null for no picture"},

@@ -152,9 +152,9 @@ std::vector<JsonFields> findingsFields() {
         {"language, bytes, instructions", "of the plot"},
         {"unknown, malformed", "instructions not understood"},
         {"oddities", "the first of them: kind, offset, text"},
-        {"box", "left, lower, right, upper in mm from the corner of the pen's area, of all\n"
-                "that was to be drawn; null for nothing"},
-        {"leavesSheet", "whether some of it lies outside that area"},
+        {"box", "left, lower, right, upper in mm as the plotter counts, of all that was\n"
+                "to be drawn; null for nothing"},
+        {"leavesSheet", "whether some of it lies outside of what the pen reaches on the sheet"},
         {"strokes, pens", "what was drawn, with which pens"},
         {"downMillimetres, upMillimetres", "the way of the pen down and up"},
         {"seconds", "that a plotter takes, about"},

@@ -26,7 +26,6 @@ constexpr Colour kPens[] = {
     {0x00, 0x9A, 0xB0}, // turquoise
 };
 constexpr Colour kFrame = {0xA0, 0xA0, 0xA0};
-constexpr Colour kOutside = {0xC8, 0xC8, 0xC8};
 constexpr double kFrameWidth = 0.2;
 
 Colour colourOf(int pen) { return kPens[static_cast<size_t>(pen - 1) % std::size(kPens)]; }
@@ -66,7 +65,7 @@ bool Picture::hasFormat(const char *format) const {
     return options_.format.empty() ? hasEnding(path_, std::string(".") + format) : options_.format == format;
 }
 
-Colour Picture::ink() const { return isOutside_ ? kOutside : colourOf(pen_); }
+Colour Picture::ink() const { return isOutside_ ? kFrame : colourOf(pen_); }
 
 void Picture::setOutside(bool isOutside) {
     if (isOutside == isOutside_) return;
