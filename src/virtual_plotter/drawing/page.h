@@ -1,5 +1,6 @@
 // The page that a picture is drawn on: the seam between the picture, which knows pens and strokes, and the file formats,
-// which know paths and colours. SVG is written by our own code as it is drawn; PDF and PNG are made by a drawing library.
+// which know paths and colours. SVG is written as it is drawn, a PNG is drawn dot by dot, and a PDF is made by a drawing
+// library.
 #pragma once
 
 #include "virtual_plotter/drawing/output_file.h"
@@ -14,7 +15,11 @@ namespace virtual_plotter {
 
 struct Colour {
     uint8_t red, green, blue;
+    friend constexpr bool operator==(const Colour &, const Colour &) = default;
 };
+
+/// As many a page can tell apart: any further one may look like one before.
+constexpr size_t kMostColours = 9;
 
 /// Points in plotter units; ends: the index behind each contour's last point.
 struct Contours {

@@ -27,6 +27,7 @@ constexpr Colour kPens[] = {
 };
 constexpr Colour kFrame = {0xA0, 0xA0, 0xA0};
 constexpr double kFrameWidth = 0.2;
+static_assert(std::size(kPens) + 1 <= kMostColours);
 
 Colour colourOf(int pen) { return kPens[static_cast<size_t>(pen - 1) % std::size(kPens)]; }
 
