@@ -28,7 +28,9 @@ constexpr struct {
     {"convert", "convert of 32,000 shapes, beside librsvg", bench::convertDrawing},
     {"order", "putting 100,000 strokes in order", bench::orderStrokes},
     {"memory", "peak memory of 1 GB, and of 1 MB", bench::peakMemory},
-    {"preview", "preview to PNG, 1.7 MB", bench::previewProcessor},
+    {"preview", "preview to PNG, 1.7 MB", bench::previewOutlines},
+    {"preview-long", "preview, long lines, 1 MB", bench::previewLongLines},
+    {"preview-small", "preview, small", bench::previewSmall},
 };
 
 void show(const char *what, const Row &row) {

@@ -86,4 +86,15 @@ std::string outlines(size_t bytes) {
     return plot + "PU;SP0;";
 }
 
+std::string longLines(size_t bytes) {
+    std::minstd_rand random(1);
+    auto below = [&](unsigned limit) { return static_cast<unsigned>(random()) % limit; };
+    std::string plot = "IN;SP1;";
+    while (plot.size() < bytes) {
+        const unsigned x = below(10900), y = below(7650), toX = below(10900), toY = below(7650);
+        plot += text("PU%u,%u;PD%u,%u;\n", x, y, toX, toY);
+    }
+    return plot;
+}
+
 } // namespace bench

@@ -46,4 +46,7 @@ private:
 /// A sheet of small outlines, of about so many bytes: what a cutter is sent.
 std::string outlines(size_t bytes);
 
+/// Lines from anywhere on a sheet to anywhere, of about so many bytes: the most dots for the least plot.
+std::string longLines(size_t bytes);
+
 } // namespace bench

@@ -19,7 +19,9 @@ Row pacedLine(const Settings &settings);
 Row wallSlopes(const Settings &settings);
 Row processorSlopes(const Settings &settings);
 Row peakMemory(const Settings &settings);
-Row previewProcessor(const Settings &settings);
+Row previewOutlines(const Settings &settings);
+Row previewLongLines(const Settings &settings);
+Row previewSmall(const Settings &settings);
 Row convertDrawing(const Settings &settings);
 Row orderStrokes(const Settings &settings);
 
