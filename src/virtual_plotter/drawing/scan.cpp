@@ -8,7 +8,7 @@ namespace virtual_plotter {
 
 namespace {
 
-constexpr float kHalfDot = 0.5F;
+constexpr float kHalfDot = 0.5F, kRounding = 0.5F;
 
 /// The first dot, or row, whose middle lies behind the place.
 int firstBehind(float place, int limit) {
@@ -64,7 +64,7 @@ struct Axes {
 /// By how much a line covers dots that far from it.
 struct Width {
     explicit Width(float radius)
-        : reach(radius + kHalfDot), full(std::min(1.0F, 2 * radius) * kShades), edge(reach * kShades + 0.5F) {}
+        : reach(radius + kHalfDot), full(std::min(1.0F, 2 * radius) * kShades), edge(reach * kShades + kRounding) {}
 
     FloatRun shades(const FloatRun &squares) const {
         FloatRun shades;
@@ -205,7 +205,7 @@ void AreaScan::coverRow(InkedDots &dots, int y, uint8_t ink) {
         for (uint8_t &shade : shades) {
             turns += *more++;
             const float around = std::abs(turns), even = 2 * static_cast<float>(static_cast<int>((around + 1) / 2));
-            shade = static_cast<uint8_t>(std::abs(around - even) * kShades + 0.5F);
+            shade = static_cast<uint8_t>(std::abs(around - even) * kShades + kRounding);
         }
         dots.cover(left_ + x, y, ink, shades);
     }
