@@ -94,7 +94,7 @@ TEST_F(PreviewTest, APlottersLimitsAreKeptAndHeldAgainstDrawings) {
         file("config/vectorix/profiles/house.toml", "# mine\narea = \"\"\"0,0,\\\n9e1,90\"\"\"\n" + port);
     EXPECT_TRUE(ended(run({"limits", "-p", "house", "--save"}), 7, "house.toml: line 2: area"));
     file("config/vectorix/profiles/house.toml", "# mine\narea = \"\"\"0,0,\\\n90,90\"\"\"\n" + port);
-    EXPECT_TRUE(ended(run({"limits", "-p", "house", "--save"}), 0));
+    EXPECT_TRUE(ended(run({"limits", "-p", "house", "--save"}), 0, "kept in      house\n"));
     EXPECT_EQ(contents(profile), "# mine\n" + port + "area = '-100,-50,172.5,150'\n");
     EXPECT_TRUE(ended(simulating.wait(), 0));
 

@@ -108,27 +108,31 @@ void announce(const LimitsOptions &options, const std::string &source, bool isUs
     printError("asking {} …; this takes {} to {:.0f} seconds\n", shown(source), isUsb ? 5 : 6, secondsFor(options, isUsb));
 }
 
-/// Puts the limits into the profile; where the plotter said none that have an area, the verdict says so.
-void keep(const std::string &profile, const QueryOutcome &outcome, Verdict &verdict) {
+/// Puts the limits into the profile; where the plotter said none that have an area, the verdict says so, and the answer is
+/// false.
+bool keep(const std::string &profile, const QueryOutcome &outcome, Verdict &verdict) {
     std::optional<Corners> corners = cornersOf(outcome);
     if (!corners || (*corners)[2] <= (*corners)[0] || (*corners)[3] <= (*corners)[1]) {
         verdict.code = ExitCode::Failed;
         verdict.message = fmt::format("{}: it told no two corners to keep in the profile", shown(outcome.source));
-        return;
+        return false;
     }
     for (double &corner : *corners)
         corner /= language::kUnitsPerMillimetre;
     keepInProfile(profile, "area", fmt::format("{}", fmt::join(*corners, ",")));
+    return true;
 }
 
 ExitCode tellLimits(const LimitsOptions &options, const QueryOutcome &outcome, Verdict verdict) {
     const Telling &telling = options.telling;
     const bool isKnown = verdict.code == ExitCode::Done;
-    if (isKnown && options.isKept) keep(options.profile, outcome, verdict);
+    const bool isKept = isKnown && options.isKept && keep(options.profile, outcome, verdict);
     if (telling.verbose) {
         printError("vectorix: sent \"{}\", heard \"{}\"\n", requestShown(outcome.report), replyShown(outcome.report));
     }
-    if (!telling.json && isKnown) printOut("{}", limitLines(outcome)); // also with --quiet
+    if (!telling.json && isKnown) { // also with --quiet
+        printOut("{}{}", limitLines(outcome), isKept ? fmt::format("kept in      {}\n", options.profile) : "");
+    }
     return tell(telling, verdict, queryJson(outcome, verdict), "");
 }
 
