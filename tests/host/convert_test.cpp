@@ -19,6 +19,12 @@ TEST_F(ConvertCommandTest, WritesAPlotThatPrintsInWholeInstructions) {
     EXPECT_LT(made["after"]["upMillimetres"], made["before"]["upMillimetres"]);
     auto printed = nlohmann::json::parse(run({"print", plot, "--capture", path("c"), "--json"}).out);
     EXPECT_EQ(printed["uncutChunks"], 0);
+    const std::vector<std::string> place = {"--sheet", "a3-portrait", "--margin", "50", "--fit", "--rotate", "auto"};
+    std::vector<std::string> source = {"preview", EXAMPLE, "-o", path("a.png"), "--order", "nearest"};
+    source.insert(source.end(), place.begin(), place.end());
+    EXPECT_EQ(run(source).code, 0);
+    EXPECT_EQ(run({"preview", plot, "-o", path("b.png"), "--sheet", "a3-portrait"}).code, 0);
+    EXPECT_TRUE(contents(path("a.png")) == contents(path("b.png"))) << "a preview shows what is written";
     auto drawn = nlohmann::json::parse(run({"preview", plot, "-o", path("p.svg"), "--sheet", "a3-portrait", "--json"}).out);
     for (size_t i = 0; i < 4; ++i)
         EXPECT_NEAR(drawn["box"][i].get<double>(), made["box"][i].get<double>(), 0.013);

@@ -1,5 +1,6 @@
-// vectorix preview: what a plot file comes to, and a picture of it, without a plotter.
+// vectorix preview: what a drawing comes to on a plotter, and a picture of it, without one.
 #include "host/commands/commands.h"
+#include "host/convert/ready_plot.h"
 #include "host/examination/file_kind.h"
 #include "host/files/plot_file.h"
 #include "host/options/apply_profile.h"
@@ -13,6 +14,7 @@
 #include "host/terminal/telling.h"
 #include "host/terminal/text.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <memory>
 #include <optional>
@@ -25,6 +27,7 @@ struct PreviewOptions {
     std::string plot;
     std::string picture; ///< empty for none
     DrawingOptions drawing;
+    ReadyOptions ready;
     LineSettings line;
     std::string usbChoice;
     bool isUsb = false; ///< the time is that of the pen alone
@@ -34,6 +37,7 @@ struct PreviewOptions {
 };
 
 struct Preview {
+    ReadyReport ready;
     Estimate estimate;
     View view;
     std::string note; ///< on how the picture was drawn
@@ -41,7 +45,7 @@ struct Preview {
 
 std::string textOf(const Preview &made, const PreviewOptions &options) {
     const std::string line = options.isUsb ? "" : fmt::format("{} bit/s", options.line.baud);
-    std::string text = findingsText(made.estimate.language, made.estimate.findings, line);
+    std::string text = readyText(made.ready) + findingsText(made.estimate.language, made.estimate.findings, line);
     if (options.picture.empty()) return text;
     return text + fmt::format("drew {}{}\n", options.isPoured() ? "the picture" : shown(options.picture),
                               made.view.name.empty() ? "" : " on " + shown(made.view.name));
@@ -51,6 +55,7 @@ Json jsonOf(const Preview &made, const PreviewOptions &options, const Verdict &v
     Json report = jsonOf(verdict);
     report["plotFile"] = options.plot;
     report["picture"] = options.picture.empty() ? Json() : Json(options.picture);
+    addReady(report, made.ready);
     addFindings(report, made.estimate.language, made.estimate.findings);
     report["sheet"] = made.view.name.empty() ? Json() : Json(made.view.name);
     report["leavesSheet"] = made.view.isLeft;
@@ -59,6 +64,9 @@ Json jsonOf(const Preview &made, const PreviewOptions &options, const Verdict &v
 
 ExitCode tellPreview(const Preview &made, const PreviewOptions &options) {
     Verdict verdict{ExitCode::Done, "", viewNotes(made.estimate.findings, made.view, !options.picture.empty())};
+    for (std::string &note : readyNotes(made.ready))
+        verdict.notes.push_back(std::move(note));
+    if (!made.ready.refusal.empty()) verdict.notes.push_back("a print refuses it: " + made.ready.refusal);
     if (!made.note.empty()) verdict.notes.push_back(shown(made.note));
     if (!options.isPoured()) return tell(options.telling, verdict, jsonOf(made, options, verdict), textOf(made, options));
     if (!options.telling.quiet) writeError(textOf(made, options));
@@ -85,11 +93,14 @@ std::string draw(const PlotFile &file, const View &view, const PreviewOptions &o
 ExitCode preview(const PreviewOptions &options) {
     if (options.isPoured() && options.telling.json)
         throw Failure(ExitCode::Usage, "--json: with -o - the picture goes to standard output; name a file");
-    PlotFile file(options.plot); // before signals are held: a stream may be waited for
-    file.requireContents();
+    PlotFile given(options.plot); // before signals are held: a stream may be waited for
+    given.requireContents();
     requireOtherFile("-o", options.picture, options.plot);
+    const PlotRules rules = usualRules(given);
+    const auto [file, ready] = readyPlot(std::move(given), options.ready, options.drawing, rules);
     requirePlot(file, languageOf(options.drawing), "draw");
-    Preview made{.estimate = estimateOf(file, languageOf(options.drawing), sheetOf(options.drawing).hardClip,
+    Preview made{.ready = ready,
+                 .estimate = estimateOf(file, languageOf(options.drawing), sheetOf(options.drawing).hardClip,
                                         options.isUsb ? 0 : secondsFor(1, options.line)),
                  .view = {},
                  .note = {}};
@@ -107,13 +118,17 @@ ExitCode preview(const PreviewOptions &options) {
 
 void addPreviewCommand(const Command &app) {
     auto options = std::make_shared<PreviewOptions>();
-    Command command = app.add("preview", "Tell what a plot file comes to, and draw it");
+    Command command = app.add("preview", "Tell what a drawing comes to on a plotter, and draw that");
     std::vector<JsonFields> fields = findingsFields();
+    const std::vector<JsonFields> ready = readyFields();
+    fields.insert(fields.begin(), ready.begin(), ready.end());
     fields.insert(fields.begin(), {{"exitCode, message, notes", "only the first two when nothing was drawn"},
                                    {"plotFile, picture", "as they were named; null for no picture"},
                                    {"sheet", "that the drawing was held against; null when no usual one holds it"}});
     command.explain(
-        {"The whole file is drawn, also what a print would not send: text behind the last terminator.\n\n"
+        {"Of SVG and PDF, what is drawn are the strokes that a print would send; of a plot the whole file, also what a "
+         "print "
+         "would not send: text behind the last terminator.\n\n"
          "Without --sheet and --area the sheet is the smallest usual one that holds the drawing (A4 where it does), with "
          "0,0 "
          "in its middle for a drawing that lies around it. Where none holds it, the picture is as large as the drawing, and "
@@ -121,12 +136,13 @@ void addPreviewCommand(const Command &app) {
          "The time is that of 'vectorix print': at each moment the slower of the pen and the line, which is one of 9600 "
          "bit/s unless options or the profile say otherwise.",
          {{"vectorix preview drawing.plt", "Says what is in it, and draws nothing."},
+          {"vectorix preview drawing.svg -o plot.png --fit", "What a plotter makes of an SVG drawing."},
           {"vectorix preview drawing.plt -o drawing.svg --sheet a3", "As SVG, on a sheet of 420 x 297 mm."},
           {"vectorix preview drawing.plt -o drawing.png --dpi 100 --sheet a4-portrait", "As PNG, on an upright sheet."},
           {"vectorix preview drawing.plt -o drawing.pdf --json", "As PDF; what was found in the plot as JSON."},
           {"vectorix preview drawing.plt -o - --format png", "As PNG to standard output, for another program."}},
          fields});
-    command.option("PLOT", options->plot, "Plot file; - for standard input").required().valueName("");
+    command.option("PLOT", options->plot, "Plot file, SVG or PDF; - for standard input").required().valueName("");
     Option picture = command
                          .option("-o,--output", options->picture,
                                  "Picture to write: .svg, .png or .pdf; - for standard output, with --format (svg)")
@@ -143,9 +159,12 @@ void addPreviewCommand(const Command &app) {
         .describe("Sheet that it is drawn on: a0 to a4, letter, tabloid, or WxH in mm (the smallest that holds it)");
     Option usb = addUsb(command, options->usbChoice).describe("Estimate the time for a plotter on USB, not on a line");
     addLineOptions(command, options->line);
+    const std::vector<Option> forStrokes = addConversionOptions(command, options->ready.conversion);
+    options->ready.isForced = true;
     command.whenTyped(
-        [options, command, usb] {
+        [options, command, usb, forStrokes] {
             applyProfile(command);
+            options->ready.isConverted = std::ranges::any_of(forStrokes, &Option::isTyped);
             options->isUsb = usb.isTyped();
             if (options->isPoured() && options->drawing.format.empty()) options->drawing.format = "svg";
             return preview(*options);

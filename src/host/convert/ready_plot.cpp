@@ -45,8 +45,9 @@ ReadyPlot readyPlot(PlotFile file, const ReadyOptions &options, const DrawingOpt
     if (options.isExact) return {std::move(file), {}};
     try {
         if (std::optional<Mended> made = mended(file, rules)) return {std::move(made->plot), {made->mendings, {}}};
-    } catch (const Failure &) {
+    } catch (const Failure &failure) {
         if (!options.isForced) throw;
+        return {std::move(file), {.mendings = {}, .conversion = {}, .refusal = failure.what()}};
     }
     return {std::move(file), {}};
 }

@@ -20,6 +20,7 @@ struct ReadyOptions {
 struct ReadyReport {
     std::vector<std::string> mendings;          ///< of a plot file: "ended with \";\""
     std::optional<ConversionReport> conversion; ///< of one that was written anew
+    std::string refusal = {};                   ///< why it would not arrive whole, of one that is taken all the same
 };
 
 struct ReadyPlot {
