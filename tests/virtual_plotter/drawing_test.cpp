@@ -183,6 +183,21 @@ TEST_F(PictureTest, InkIsWhereItWasDrawn) {
         EXPECT_LT(dots.at(x, 2400) >> 8 & 0xFF, 0x50U) << "paper between red and blue at " << x;
 }
 
+TEST_F(PictureTest, ColoursThatMeetFindRoomInThePalette) {
+    draw("two.png", [](PenSink &sink) {
+        for (int pen = 1; pen <= 2; ++pen) {
+            sink.setPen(pen, 2.0);
+            sink.begin({1000, pen * 2000.0});
+            sink.line({5000, 6000 - pen * 2000.0});
+        }
+    });
+    EXPECT_NE(contents("two.png").find("PLTE"), std::string::npos);
+    const Dots dots(path("two.png"));
+    EXPECT_EQ(dots.at(3000, 3000), 0xD21F26U) << "red over black";
+    for (int x = 2970; x <= 3030; ++x)
+        EXPECT_LE(dots.at(x, 2960) >> 8 & 0xFF, 0x1FU) << "paper between red and black at " << x;
+}
+
 TEST_F(PictureTest, AnyNumberOfProcessorsDrawsTheSame) {
     draw("all.png", drawPens);
     cpu_set_t all, one;

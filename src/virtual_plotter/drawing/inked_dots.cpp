@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <new>
 
 namespace virtual_plotter {
@@ -28,7 +29,12 @@ Colour mixed(Colour below, Colour ink, int shade) {
 
 constexpr uint8_t inverse(uint8_t part) { return static_cast<uint8_t>(255 - part); }
 
+constexpr uint32_t keyOf(Colour colour) {
+    return uint32_t{colour.red} << 16 | uint32_t{colour.green} << 8 | uint32_t{colour.blue};
+}
+
 constexpr Colour kWhite = {255, 255, 255};
+constexpr size_t kMostNumbers = 256;
 
 } // namespace
 
@@ -74,19 +80,45 @@ void InkedDots::coverOther(size_t at, uint8_t ink, const Run &shades) {
             const Colour below = seen(at + i);
             under_[at + i] = {inverse(below.red), inverse(below.green), inverse(below.blue)};
             dot = kWhiteDot;
-            isMixed_.store(true, std::memory_order_relaxed);
+            hasMixed_.store(true, std::memory_order_relaxed);
         }
         dot = static_cast<uint8_t>(whiteOf(ink) + joined(static_cast<uint8_t>(shadeOf(dot)), shades[i]));
     }
 }
 
-std::array<Colour, 1 + kMostColours * kShades> InkedDots::palette() const {
-    std::array<Colour, 1 + kMostColours * kShades> colours;
-    for (size_t dot = 0; dot < colours.size(); ++dot) {
-        const auto value = static_cast<uint8_t>(dot);
-        colours[dot] = dot == kWhiteDot ? kWhite : mixed(kWhite, inks_[virtual_plotter::inkOf(value)], shadeOf(value));
-    }
+std::vector<Colour> InkedDots::takePalette() {
+    std::vector<Colour> colours = {kWhite};
+    for (size_t ink = 0; ink < inkCount_; ++ink)
+        for (int shade = 1; shade <= kShades; ++shade)
+            colours.push_back(mixed(kWhite, inks_[ink], shade));
+    std::map<uint32_t, uint8_t> numbers;
+    const bool fits = eachMixed([&](size_t at) {
+        const Colour colour = seen(at);
+        if (numbers.try_emplace(keyOf(colour), static_cast<uint8_t>(colours.size())).second) colours.push_back(colour);
+        return colours.size() <= kMostNumbers;
+    });
+    if (!fits) return {};
+    eachMixed([&](size_t at) {
+        dots_[at] = numbers.at(keyOf(seen(at)));
+        return true;
+    });
     return colours;
+}
+
+bool InkedDots::isMixed(size_t at) const {
+    return dots_[at] != kWhiteDot && shadeOf(dots_[at]) < kShades && under_[at] != Under{};
+}
+
+bool InkedDots::eachMixed(const std::function<bool(size_t at)> &visit) const {
+    if (!hasMixed_) return true;
+    for (size_t run = 0; run + kRunLength <= dots_.size();
+         run += kRunLength) { // what is left behind the last lies off the page
+        uint64_t dots;
+        memcpy(&dots, dots_.data() + run, sizeof dots);
+        for (size_t at = run; dots != 0 && at < run + kRunLength; ++at)
+            if (isMixed(at) && !visit(at)) return false;
+    }
+    return true;
 }
 
 std::span<const uint8_t> InkedDots::colourRow(int y, std::vector<uint8_t> &room) const {

@@ -9,13 +9,15 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
 
 namespace virtual_plotter {
 
-/// A dot is a byte: white, or one of an ink's shades, from a touch to all of the dot. It is also an index into the palette.
+/// A dot is a byte: white, or one of an ink's shades, from a touch to all of the dot. It is also an
+/// index into the palette, in which the colours of inks over each other come last.
 constexpr int kWhiteDot = 0, kShades = 28;
 static_assert(kMostColours * kShades <= 255);
 
@@ -43,9 +45,8 @@ public:
     }
     void cover(int x, int y, uint8_t ink, const Run &shades);
 
-    /// Whether inks lie over each other, for which the palette has no colours.
-    bool isMixed() const { return isMixed_.load(std::memory_order_relaxed); }
-    std::array<Colour, 1 + kMostColours * kShades> palette() const;
+    /// Ends the drawing. From here on a dot is an index into these colours; empty when there are more than a byte can tell.
+    std::vector<Colour> takePalette();
     std::span<const uint8_t> row(int y) const { return {dots_.data() + offset(0, y), static_cast<size_t>(width_)}; }
     /// The row as red, green and blue, made in room.
     std::span<const uint8_t> colourRow(int y, std::vector<uint8_t> &room) const;
@@ -59,6 +60,9 @@ private:
 
     size_t offset(int x, int y) const { return static_cast<size_t>(y) * stride_ + static_cast<size_t>(x); }
     Colour seen(size_t at) const;
+    bool isMixed(size_t at) const;
+    /// Goes through the dots on which one ink shines through another, until visit returns false.
+    bool eachMixed(const std::function<bool(size_t at)> &visit) const;
     void coverOther(size_t at, uint8_t ink, const Run &shades);
 
     int width_, height_;
@@ -67,7 +71,7 @@ private:
     std::unique_ptr<Under[], Free> under_; // cleared by the system, which gives memory where it is written to
     std::array<Colour, kMostColours> inks_ = {};
     size_t inkCount_ = 0;
-    std::atomic<bool> isMixed_ = false;
+    std::atomic<bool> hasMixed_ = false;
 };
 
 } // namespace virtual_plotter

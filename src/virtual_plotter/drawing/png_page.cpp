@@ -48,11 +48,10 @@ public:
 
     std::string finish() override {
         draw();
-        PngHeader header{dots_.width(), dots_.height(), dotsPerMillimetre_ * 1000, {}};
-        const auto palette = dots_.palette();
-        if (!dots_.isMixed()) header.palette = palette;
-        writePng(file_, header, [this](int y, std::vector<uint8_t> &room) {
-            return dots_.isMixed() ? dots_.colourRow(y, room) : dots_.row(y);
+        const std::vector<Colour> palette = dots_.takePalette();
+        const PngHeader header{dots_.width(), dots_.height(), dotsPerMillimetre_ * 1000, palette};
+        writePng(file_, header, [&](int y, std::vector<uint8_t> &room) {
+            return palette.empty() ? dots_.colourRow(y, room) : dots_.row(y);
         });
         return {};
     }
