@@ -3,7 +3,9 @@
 #include "host/terminal/failure.h"
 #include "host/terminal/text.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <filesystem>
 #include <fmt/format.h>
 
@@ -13,9 +15,17 @@ using virtual_plotter::PictureError;
 
 namespace {
 
+/// A drawing of many metres is looked at as a whole first: with more dots than a few screens have it only takes longer.
+double usualResolution(const virtual_plotter::Sheet &page) {
+    constexpr double kUsual = 200, kInch = 25.4, kMostDots = 24e6, kLargestUsual = 1189 * 841;
+    const double area = page.width * page.height;
+    return area <= kLargestUsual ? kUsual : std::min(kUsual, std::sqrt(kMostDots / area) * kInch);
+}
+
 /// With a frame, so that the edge of the sheet can be seen on a white background.
-virtual_plotter::PictureOptions pictureOptions(const DrawingOptions &options, const virtual_plotter::Sheet &sheet) {
-    return {options.dotsPerInch, edgesOf(sheet), options.format};
+virtual_plotter::PictureOptions pictureOptions(const DrawingOptions &options, const virtual_plotter::Sheet &page,
+                                                const virtual_plotter::Sheet &sheet) {
+    return {options.dotsPerInch > 0 ? options.dotsPerInch : usualResolution(page), edgesOf(sheet), options.format};
 }
 
 View viewOf(const virtual_plotter::Sheet &sheet) { return {.sheet = sheet, .page = sheet, .name = {}}; }
@@ -38,7 +48,7 @@ Drawing::Drawing(const DrawingOptions &options, const std::string &path)
     : Drawing(viewOf(sheetOf(options)), options, path) {}
 
 Drawing::Drawing(const View &view, const DrawingOptions &options, const std::string &path)
-    : path_(path), view_(view), picture_(view.page, pictureOptions(options, view.sheet)),
+    : path_(path), view_(view), picture_(view.page, pictureOptions(options, view.page, view.sheet)),
       parted_(picture_, view.sheet.hardClip) {
     if (path.empty()) return;
     if (auto error = picture_.open(path)) throw failureOf(path, *error);

@@ -19,7 +19,7 @@ inline constexpr const char *kUsualSheet = "a4";
 struct DrawingOptions {
     std::string sheet; ///< empty: the usual one
     std::string area;  ///< as parseArea() takes it; empty: that of the sheet
-    double dotsPerInch = 200;
+    double dotsPerInch = 0; ///< 0: as many as are usual
     std::string format; ///< of the picture; empty: by its name
     std::string language = "auto";
 };
