@@ -52,6 +52,11 @@ public:
     /// Within which is drawn: the hard-clip area, or everywhere.
     const Rectangle &reach() const noexcept { return reach_; }
     int pen() const noexcept { return pen_; }
+    /// touch() would add no dot: the pen is on the paper here, or cannot be.
+    bool touched() const noexcept { return (drawing_ && last_ == at_) || !visible_ || !inside(area_, at_); }
+    /// How far into the pattern of the line type the line has come, in plotter units; 0 behind a move.
+    double phase() const noexcept { return phase_; }
+    const LineType &lineType() const noexcept { return lineType_; }
     double width() const noexcept { return width_; }
 
 private:

@@ -1,6 +1,7 @@
 #include "language/dmpl_reader.h"
 
 #include "language/chords.h"
+#include "language/number_text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,6 +32,7 @@ struct DmplReader::Instruction {
     char name[2]; // the second is 0 for none
     Action action;
     uint8_t numbers; ///< that it takes at a time, and again for each further lot; 0: acts at once, and skips any numbers
+    bool isSetting = false; ///< that is kept, with its numbers unless they are points
 };
 
 namespace {
@@ -42,28 +44,29 @@ constexpr Instruction kInstructions[] = {
     {{'D', 0}, Instruction::Down, 2},
     {{'A', 0}, Instruction::Absolute, 2},
     {{'R', 0}, Instruction::Relative, 2},
-    {{'H', 0}, Instruction::Home, 2},
+    {{'H', 0}, Instruction::Home, 2, true},
     {{'O', 0}, Instruction::Origin, 0},
-    {{'P', 0}, Instruction::Pen, 1},
-    {{'V', 0}, Instruction::Speed, 1},
-    {{'L', 0}, Instruction::Line, 1},
+    {{'P', 0}, Instruction::Pen, 1, true},
+    {{'V', 0}, Instruction::Speed, 1, true},
+    {{'L', 0}, Instruction::Line, 1, true},
     {{'C', 'A'}, Instruction::ArcAbout, 3},
     {{'C', 'C'}, Instruction::CircleAbout, 2},
-    {{'E', 'C'}, Instruction::Unit, 0},
-    {{'E', 'F'}, Instruction::Area, 0},
-    {{'E', 'H'}, Instruction::Area, 0},
+    {{'E', 'C'}, Instruction::Unit, 0, true},
+    {{'E', 'F'}, Instruction::Area, 0, true},
+    {{'E', 'H'}, Instruction::Area, 0, true},
     {{'E', 'R'}, Instruction::Report, 0},
     {{'S', 0}, Instruction::Label, 0},
     {{'@', 0}, Instruction::End, 0},
-    // Tools, pressure, paper, windows, marks, pauses: nothing that moves the pen over the sheet for good.
-    {{'B', 'P'}, Instruction::Ignore, 0},
+    // Tools, pressure, paper, windows, marks, pauses: nothing that moves the pen over the sheet for good. Only pressure and
+    // windows are sure to do nothing but to last.
+    {{'B', 'P'}, Instruction::Ignore, 0, true},
     {{'F', 0}, Instruction::Ignore, 0},
     {{'J', 0}, Instruction::Ignore, 0},
     {{'K', 0}, Instruction::Ignore, 0},
     {{'N', 0}, Instruction::Ignore, 0},
     {{'Q', 0}, Instruction::Ignore, 0},
     {{'T', 0}, Instruction::Ignore, 0},
-    {{'W', 0}, Instruction::Ignore, 0},
+    {{'W', 0}, Instruction::Ignore, 0, true},
     {{'X', 0}, Instruction::Ignore, 0},
     {{'Z', 0}, Instruction::Ignore, 0},
     {{'c', 0}, Instruction::Ignore, 0},
@@ -153,6 +156,7 @@ void DmplReader::step(unsigned char byte) {
 void DmplReader::beginInstruction(unsigned char first, unsigned char second) {
     count_ = 0;
     broken_ = false;
+    tellStart(offset_);
     const auto *found = std::find_if(std::begin(kInstructions), std::end(kInstructions), [&](const Instruction &i) {
         return i.name[0] == static_cast<char>(first) && i.name[1] == static_cast<char>(second);
     });
@@ -249,6 +253,7 @@ void DmplReader::endInstruction() {
     if (instruction_ != nullptr && (broken_ || count_ != 0)) {
         findings_.note(Oddity::Malformed, offset_, {text_.data(), textLength_});
     }
+    if (instruction_ != nullptr && instruction_->isSetting && !broken_) keepSetting();
     instruction_ = nullptr;
     count_ = 0;
     broken_ = false;
@@ -278,6 +283,48 @@ void DmplReader::arc(Point centre, double sweep) {
     });
     down_ = down;
     if (!down_) carriage_.moveTo(at_);
+}
+
+/// As it stands in the plot, less the separators behind it; but what takes points keeps none.
+void DmplReader::keepSetting() {
+    const std::string_view name(instruction_->name, instruction_->name[1] == 0 ? 1 : 2);
+    std::string text(text_.data(), instruction_->numbers == 2 ? name.size() : textLength_);
+    if (text.size() == text_.size()) return;
+    while (isSeparator(static_cast<unsigned char>(text.back())))
+        text.pop_back();
+    if (instruction_->action == Instruction::Area) settings_.drop(name == "EF" ? "EH" : "EF", KeptSettings::kWhole);
+    settings_.keep(name, KeptSettings::kWhole, text + ',');
+}
+
+Place DmplReader::place() const {
+    return {.offset = nextStart(),
+            .penUp = !down_,
+            .carries = !down_ || (carriage_.touched() && (carriage_.lineType().count == 0 || carriage_.phase() == 0)),
+            .pen = carriage_.pen(),
+            .strokes = findings_.strokes,
+            .millimetres = findings_.downMillimetres};
+}
+
+/// The pen goes by absolute points from home, and puts the origin down on the way.
+std::string DmplReader::state() const {
+    std::string text = ";:U,";
+    settings_.append(text);
+    text += "A,";
+    const auto go = [&](Point to) {
+        text += 'U';
+        appendNumber(text, to.x / unit_);
+        text += ',';
+        appendNumber(text, to.y / unit_);
+        text += ',';
+    };
+    if (origin_ != Point{}) {
+        go(origin_);
+        text += "O,";
+    }
+    go({at_.x - origin_.x, at_.y - origin_.y});
+    if (relative_) text += "R,";
+    if (down_) text += "D,";
+    return text;
 }
 
 PenStatus DmplReader::status() const {

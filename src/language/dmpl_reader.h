@@ -3,6 +3,7 @@
 #pragma once
 
 #include "language/carriage.h"
+#include "language/kept_settings.h"
 #include "language/number_scanner.h"
 #include "language/reader.h"
 
@@ -19,6 +20,8 @@ public:
     void take(std::string_view bytes) override;
     void finish() override;
     PenStatus status() const override;
+    Place place() const override;
+    std::string state() const override;
 
     struct Instruction;
 
@@ -37,6 +40,7 @@ private:
     void completeNumber();
     void endInstruction();
     void setUnit(unsigned char code);
+    void keepSetting();
     void act();
     void go(Point to);
     void arc(Point centre, double sweep);
@@ -51,8 +55,9 @@ private:
     size_t count_ = 0;
     bool broken_ = false;
     uint64_t offset_ = 0;
-    std::array<char, 24> text_{};
+    std::array<char, 64> text_{};
     size_t textLength_ = 0;
+    KeptSettings settings_;
 
     Point at_;     // in plotter units
     Point origin_; // of absolute points

@@ -26,6 +26,7 @@ public:
     /// scaling.
     bool setScale(std::span<const double> parameters);
     bool scaled() const noexcept { return scaled_; }
+    bool turned() const noexcept { return degrees_ != 0; }
 
     Point p1() const noexcept { return p1_; }
     Point p2() const noexcept { return p2_; }

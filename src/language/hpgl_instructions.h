@@ -24,10 +24,20 @@ enum class Form : uint8_t {
     Request,    ///< a question to the plotter
 };
 
+/// How an instruction's last text is kept as a setting. Nothing: it acts once, or the plotter's other members tell what came
+/// of it.
+enum class Kept : uint8_t {
+    Nothing,
+    Whole,
+    ByFirst,  ///< apart for each value of its first number: a line type, a character
+    BySecond, ///< the same of its second: a pen
+    Corners,  ///< P1 and P2, or P1 alone, which takes P2 along
+};
+
 using Handler = bool (*)(Plotter &, Numbers);
 
 constexpr uint8_t kAny = 255;
-constexpr size_t kMostNumbers = 24; // beyond them, numbers are only counted
+constexpr size_t kMostNumbers = 72; // as a fill pattern of 8 by 8 has; beyond them, numbers are only counted
 
 struct Instruction {
     std::string_view name;
@@ -36,9 +46,14 @@ struct Instruction {
     bool draws = false;             ///< cannot stand within the definition of a polygon
     Form form = Form::NumberList;
     uint8_t group = 2; ///< numbers that are carried out at a time
+    Kept kept = Kept::Nothing;
+    std::string_view replaced = {}; ///< a setting that this one takes the place of
 };
 
 /// The instruction with this mnemonic, in upper or lower case; null when there is none.
 const Instruction *findInstruction(unsigned char first, unsigned char second) noexcept;
+
+/// Keeps what an instruction has set, with the numbers that it had.
+void keepSetting(Plotter &plotter, const Instruction &instruction, Numbers numbers);
 
 } // namespace language::hpgl

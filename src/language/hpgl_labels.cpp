@@ -190,6 +190,16 @@ void drawSymbol(Plotter &p) {
     p.resume();
 }
 
+std::optional<double> columnsWritten(const Plotter &p) {
+    constexpr double kNear = 1e-4; // plotter units
+    const Layout layout = layoutOf(p);
+    const Point way{p.at.x - p.lettering.lineStart.x, p.at.y - p.lettering.lineStart.y};
+    const double columns = (way.x * layout.along.x + way.y * layout.along.y) / layout.advance;
+    const Point reached = offset(layout, p.lettering.lineStart, columns * layout.advance, 0);
+    const bool near = std::hypot(reached.x - p.at.x, reached.y - p.at.y) < kNear; // not if there is no advance
+    return near && std::abs(columns) < kLargest ? std::optional(columns) : std::nullopt;
+}
+
 bool absoluteSize(Plotter &p, Numbers n) {
     if (n.size() == 1) return false;
     if (n.empty()) {

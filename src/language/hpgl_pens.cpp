@@ -10,6 +10,7 @@ bool selectPen(Plotter &p, Numbers n) {
     const double pen = n.empty() ? 0 : std::floor(n[0]);
     if (pen < 0 || pen >= static_cast<double>(Pens::kCount)) return false;
     p.pens.selected = static_cast<int>(pen);
+    p.pens.chosen = true;
     p.applyPen();
     return true;
 }

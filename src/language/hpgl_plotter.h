@@ -4,6 +4,7 @@
 
 #include "language/carriage.h"
 #include "language/frame.h"
+#include "language/kept_settings.h"
 #include "language/number_scanner.h"
 #include "language/polygon_buffer.h"
 
@@ -18,6 +19,7 @@ using Numbers = std::span<const double>;
 struct Pens {
     static constexpr size_t kCount = 256;
     int selected = 1;      ///< a job that selects no pen draws with pen 1, as one whose holder was filled by hand
+    bool chosen = false;   ///< the job has selected one
     bool relative = false; ///< widths are percent of the diagonal of P1 and P2, not millimetres
     std::array<double, kCount> widths{};
 };
@@ -86,6 +88,7 @@ struct Plotter {
     PolygonBuffer polygon;
     std::vector<Point> onSheet; ///< the polygon while it is being filled, kept for its memory
     bool defining = false;      ///< between PM0 and PM2: moves go into the polygon buffer
+    bool defines = false;       ///< the job knows PM
 
     Point at; ///< in plotter units; so are all points here
     bool down = false;
@@ -99,6 +102,8 @@ struct Plotter {
     Polyline polyline;
     double tickUp = 0.5, tickDown = 0.5; ///< percent
     bool chordsByDeviation = false;
+    bool initialized = false; ///< by the job
+    KeptSettings settings;    ///< that the job has made since, but for those which the members above tell as well
 
     /// Goes to a place in plotter units with the pen as it is: a line, a move, or a vertex of a polygon.
     void go(Point to);
@@ -118,6 +123,11 @@ struct Plotter {
 
 // What the reader does beside calling instructions.
 void initialize(Plotter &plotter);
+/// Reader::state() and Place::carries, for what the plotter knows.
+void appendState(const Plotter &plotter, std::string &text);
+bool stateCarriesAll(const Plotter &plotter);
+/// How many columns the pen has come from where a carriage return leads; none when it is not on that line.
+std::optional<double> columnsWritten(const Plotter &plotter);
 void label(Plotter &plotter, unsigned char character);
 void endLabel(Plotter &plotter);
 void beginOwnCharacter(Plotter &plotter);

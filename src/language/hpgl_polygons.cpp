@@ -107,6 +107,7 @@ void makeWedge(Plotter &p, Numbers n) {
 
 bool polygonMode(Plotter &p, Numbers n) {
     const double mode = n.empty() ? 0 : n[0];
+    p.defines = true;
     if (mode == 0) {
         p.polygon.clear();
         p.polygon.add(p.at, p.down, p.findings.lostVertices);

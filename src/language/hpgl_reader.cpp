@@ -1,5 +1,7 @@
 #include "language/hpgl_reader.h"
 
+#include "language/hpgl_handlers.h"
+
 #include <algorithm>
 
 namespace language {
@@ -11,6 +13,7 @@ namespace {
 
 constexpr unsigned char kEscape = 0x1b;
 constexpr unsigned char kLineFeed = 10;
+constexpr size_t kLongestSequence = 64; // of a setting; data may be of any length
 
 bool isLetter(unsigned char byte) { return (byte | 0x20u) - 'a' < 26u; }
 bool isDigit(unsigned char byte) { return byte - unsigned{'0'} < 10u; }
@@ -47,6 +50,7 @@ void HpglReader::step(unsigned char byte) {
     if (byte == kEscape && state_ != State::Escape) {
         resumed_ = state_;
         escape_.begin();
+        sequence_ = kEscape;
         state_ = State::Escape;
         return;
     }
@@ -87,12 +91,11 @@ void HpglReader::step(unsigned char byte) {
     case State::Escape: escapeByte(byte); break;
     case State::Foreign: break;
     case State::JobStart:
-        if (byte == '@')
-            state_ = State::JobLine;
-        else
-            startAt(byte);
-        break;
+        if (byte != '@') return startAt(byte);
+        state_ = State::JobLine;
+        [[fallthrough]];
     case State::JobLine:
+        preamble_.jobByte(byte);
         if (byte == kLineFeed) state_ = State::JobStart;
         break;
     }
@@ -122,6 +125,7 @@ void HpglReader::beginInstruction(unsigned char second) {
     number_.reset();
     count_ = 0;
     broken_ = false;
+    tellStart(offset_);
     if (instruction_ == nullptr) return;
     switch (instruction_->form) {
     case Form::Groups: instruction_->handler(plotter_, {}); break;
@@ -206,10 +210,14 @@ void HpglReader::endInstruction() {
         const bool barred = instruction_->draws && plotter_.defining;
         if (barred || count_ < instruction_->least) {
             good = false;
-        } else if (instruction_->handler != nullptr) {
+        } else {
             const size_t most = std::min<size_t>(instruction_->most, numbers_.size());
-            good = good && count_ <= most;
-            good = instruction_->handler(plotter_, Numbers(numbers_.data(), std::min(count_, most))) && good;
+            const Numbers numbers(numbers_.data(), std::min(count_, most));
+            const bool done = instruction_->handler == nullptr || instruction_->handler(plotter_, numbers);
+            const bool known = count_ <= numbers_.size();
+            if (done && known && instruction_->kept != hpgl::Kept::Nothing)
+                hpgl::keepSetting(plotter_, *instruction_, numbers);
+            good = good && done && (count_ <= most || instruction_->handler == nullptr);
         }
     }
     }
@@ -244,21 +252,33 @@ void HpglReader::labelByte(unsigned char byte) {
 
 void HpglReader::escapeByte(unsigned char byte) {
     const auto step = escape_.take(byte);
+    if (step != hpgl::EscapeScanner::Step::DoneAway && sequence_.size() < kLongestSequence)
+        sequence_ += static_cast<char>(byte);
     if (step == hpgl::EscapeScanner::Step::More) return;
-    using Meaning = hpgl::EscapeScanner::Meaning;
-    const Meaning meaning = escape_.meaning();
     state_ = resumed_;
+    escapeMeans(escape_.meaning());
+    if (step == hpgl::EscapeScanner::Step::DoneAway) this->step(byte);
+}
+
+void HpglReader::escapeMeans(hpgl::EscapeScanner::Meaning meaning) {
+    using Meaning = hpgl::EscapeScanner::Meaning;
     if (meaning == Meaning::Request) {
         if (onRequest) onRequest(escape_.text());
     } else if (meaning != Meaning::DeviceControl && state_ != State::Foreign) {
         endWhatIsOpen();
         state_ = State::Between;
     }
-    if (meaning == Meaning::Enter) state_ = State::Between;
+    if (meaning == Meaning::DeviceControl && sequence_.size() < kLongestSequence) preamble_.control(sequence_);
+    if (meaning == Meaning::Enter) {
+        preamble_.enter();
+        state_ = State::Between;
+    }
     if (meaning == Meaning::Leave) state_ = State::Foreign;
-    if (meaning == Meaning::Exit) state_ = State::JobStart;
-    if (meaning == Meaning::Reset && state_ == State::Between) hpgl::initialize(plotter_);
-    if (step == hpgl::EscapeScanner::Step::DoneAway) this->step(byte);
+    if (meaning == Meaning::Exit) {
+        preamble_.beginJob();
+        state_ = State::JobStart;
+    }
+    if (meaning == Meaning::Reset && state_ == State::Between) hpgl::initializeInstruction(plotter_, {});
 }
 
 void HpglReader::endWhatIsOpen() {
@@ -291,6 +311,26 @@ PenStatus HpglReader::status() const {
             .scalingPoints = {plotter_.frame.p1(), plotter_.frame.p2()},
             .window = plotter_.window.value_or(all),
             .hardClip = all};
+}
+
+Place HpglReader::place() const {
+    const bool ofPolygon = starts() && instruction_ != nullptr &&
+                           (instruction_->handler == hpgl::edgePolygon || instruction_->handler == hpgl::fillPolygon);
+    // A plotter that jobs send rectangles may have no polygon buffer to put one into; so the state leaves it out.
+    const bool lost = ofPolygon && !plotter_.defines && !plotter_.polygon.points().empty();
+    return {.offset = nextStart(),
+            .penUp = !plotter_.down && !plotter_.defining,
+            .carries = !lost && hpgl::stateCarriesAll(plotter_),
+            .pen = plotter_.pens.selected,
+            .strokes = findings_.strokes,
+            .millimetres = findings_.downMillimetres};
+}
+
+std::string HpglReader::state() const {
+    std::string text;
+    preamble_.append(text);
+    hpgl::appendState(plotter_, text);
+    return text;
 }
 
 } // namespace language

@@ -4,6 +4,7 @@
 
 #include "language/hpgl_escapes.h"
 #include "language/hpgl_instructions.h"
+#include "language/hpgl_preamble.h"
 #include "language/reader.h"
 
 #include <array>
@@ -19,6 +20,8 @@ public:
     void take(std::string_view bytes) override;
     void finish() override;
     PenStatus status() const override;
+    Place place() const override;
+    std::string state() const override;
 
 private:
     enum class State : uint8_t {
@@ -48,6 +51,7 @@ private:
     void characterByte(unsigned char byte);
     void labelByte(unsigned char byte);
     void escapeByte(unsigned char byte);
+    void escapeMeans(hpgl::EscapeScanner::Meaning meaning);
     void endWhatIsOpen();
     void keep(unsigned char byte);
     void note(Oddity::Kind kind);
@@ -56,6 +60,8 @@ private:
     State state_ = State::Between;
     State resumed_ = State::Between; // after an escape sequence
     hpgl::EscapeScanner escape_;
+    std::string sequence_; // the escape sequence, while it is short
+    hpgl::Preamble preamble_;
     unsigned char letter_ = 0; // first of the mnemonic
     const hpgl::Instruction *instruction_ = nullptr;
     NumberScanner number_;

@@ -65,12 +65,15 @@ void initialize(Plotter &p) {
     p.at = p.lettering.lineStart = place;
     p.polygon.clear();
     p.pens.selected = 1;
+    p.pens.chosen = false;
+    p.settings.clear();
     p.carriage.setSpeed(Carriage::kDefaultSpeed);
     setDefaults(p, {});
 }
 
 bool initializeInstruction(Plotter &p, Numbers) {
     initialize(p);
+    p.initialized = true;
     return true;
 }
 

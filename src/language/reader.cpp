@@ -8,7 +8,7 @@ namespace language {
 void Findings::note(Oddity::Kind kind, uint64_t offset, std::string_view text) {
     ++(kind == Oddity::Unknown ? unknown : malformed);
     if (oddities.size() == kMaxOddities) return;
-    Oddity &oddity = oddities.emplace_back(Oddity{kind, offset, std::string(text)});
+    Oddity &oddity = oddities.emplace_back(Oddity{kind, offset, std::string(text.substr(0, Oddity::kLongest))});
     for (char &c : oddity.text) {
         if (c < ' ' || c > '~') c = '.';
     }

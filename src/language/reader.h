@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,9 +22,10 @@ struct Oddity {
         Unknown,   ///< no instruction of that name, or bytes that are none at all
         Malformed, ///< known, but its parameters make no sense, or are too many or too few
     };
+    static constexpr size_t kLongest = 24;
     Kind kind;
     uint64_t offset;  ///< of its first byte
-    std::string text; ///< how it begins, at most 24 bytes; a dot stands for a byte that does not print
+    std::string text; ///< how it begins, at most kLongest bytes; a dot stands for a byte that does not print
 };
 
 /// What one pen did.
@@ -70,6 +72,16 @@ struct PenStatus {
     Rectangle hardClip;
 };
 
+/// The start of an instruction, where a plot can be cut in two.
+struct Place {
+    uint64_t offset = 0;    ///< of the instruction's first byte
+    bool penUp = true;      ///< and no polygon is being defined: nothing is in the making
+    bool carries = true;    ///< state() holds all that counts here; see there
+    int pen = 0;            ///< in the holder
+    uint64_t strokes = 0;   ///< put down so far
+    double millimetres = 0; ///< drawn so far
+};
+
 /// What of a drawing the sink is given.
 enum class Clipping : uint8_t {
     Reach, ///< what lies within the area that the pen can reach
@@ -89,6 +101,18 @@ public:
     /// The bytes end here: carries out what was still waiting for its end.
     virtual void finish() = 0;
     virtual PenStatus status() const = 0;
+    /// Between instructions: where the next one starts.
+    virtual Place place() const = 0;
+    /// The instructions that bring a plotter, just initialised and with the same sheet, to where this reader is: its
+    /// settings, those without effect on a drawing too, and the pen where it was, up or down. Nothing is drawn, no question
+    /// asked and no page advanced on the way. What the plot never set is not in it; it begins as the plot did, initializing
+    /// if that did. Each instruction is ended, ASCII and short, unless the plot's own was not; a polygon buffer that HP-GL
+    /// holds comes with all its vertices. To be asked where an instruction starts (onInstruction): of one
+    /// that is half read, what has been carried out is in it, and the rest of its bytes could not be read behind it. A few
+    /// things no instruction can restore: Place::carries is false there. In DM/PL, dashes begun and a pen that was put down
+    /// without drawing; in HP-GL, where a carriage return leads when the direction of letters has changed since, the
+    /// column for tabulators behind UC, and what of settings is beyond KeptSettings::kMost.
+    virtual std::string state() const = 0;
     const Findings &findings() const noexcept { return findings_; }
 
     /// Called for what a plotter would answer, after everything before it has been carried out: an HP-GL instruction as its
@@ -96,8 +120,25 @@ public:
     /// The text is valid during the call. The function must not call the reader's take or finish.
     std::function<void(std::string_view)> onRequest;
 
+    /// Called where an instruction starts, when all before it has been carried out: place() and state() are those of its
+    /// first byte. (Some more bytes may have been read: it takes two letters to tell.) The same restriction as above.
+    std::function<void()> onInstruction;
+
 protected:
+    /// Tells of an instruction at the offset, which has not been carried out yet.
+    void tellStart(uint64_t offset) {
+        if (!onInstruction) return;
+        starting_ = offset;
+        onInstruction();
+        starting_.reset();
+    }
+    bool starts() const noexcept { return starting_.has_value(); }
+    uint64_t nextStart() const noexcept { return starting_.value_or(findings_.bytes); }
+
     Findings findings_;
+
+private:
+    std::optional<uint64_t> starting_; // while it is told of
 };
 
 /// The sink must live as long as the reader. hardClip is the area that the pen can reach, lower below upper; secondsPerByte
