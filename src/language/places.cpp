@@ -17,7 +17,7 @@ struct NoSink final : PenSink {
 void scan(const PlotSource &plot, const std::function<bool(const Reader &)> &visit) {
     NoSink sink;
     bool goesOn = true;
-    PlotReader reader(plot.language, sink, plot.hardClip);
+    PlotReader reader(plot.language, sink, plot.hardClip, Clipping::None); // the plotter may reach further
     reader.onChoice = [&](Reader &chosen) { chosen.onInstruction = [&] { goesOn = goesOn && visit(chosen); }; };
     for (auto piece = plot.next(); goesOn && !piece.empty(); piece = plot.next())
         reader.take(piece);
