@@ -2,6 +2,7 @@
 #include "emulations/emulations.h"
 #include "host/commands/commands.h"
 #include "host/convert/ready_plot.h"
+#include "host/examination/file_kind.h"
 #include "host/files/whole_file.h"
 #include "host/files/write_all.h"
 #include "host/job/job_options.h"
@@ -41,35 +42,45 @@ std::string printNote(int emulation) {
 
 /// What is written, and what became of the file.
 struct Made {
-    std::string plot;
+    PlotFile plot;
     ReadyReport report;
     Verdict verdict;
 };
 
-Made converted(const PlotFile &input, const ConvertOptions &options) {
+Made converted(PlotFile input, const ConvertOptions &options) {
     const std::string terminator(language::terminatorOf(languageOf(options.emulation)));
-    Conversion made = conversionOf(input, options.conversion, {options.drawing, options.emulation, terminator});
-    Verdict verdict{.message = "", .notes = made.report.notes};
+    ReadyPlot made = readyPlot(std::move(input), {.conversion = options.conversion, .isConverted = true}, options.drawing,
+                               {options.emulation, terminator});
+    Verdict verdict{.message = "", .notes = readyNotes(made.report)};
     if (const std::string print = printNote(options.emulation); !print.empty()) verdict.notes.push_back(print);
-    return {std::move(made.plot), {{}, std::move(made.report)}, std::move(verdict)};
+    return {std::move(made.plot), std::move(made.report), std::move(verdict)};
 }
 
 /// The input's bytes, but for what was mended.
-Made mendedOnly(const PlotFile &input) {
-    Made made;
+Made mendedOnly(PlotFile input) {
+    const FileNature nature = natureOf(input, {});
+    if (nature.isDrawing())
+        throw Failure(ExitCode::Usage,
+                      fmt::format("--mend-only: {} is {}; leave the option out", shown(input.path()), nature.what));
     std::optional<Mended> mend = mended(input, usualRules(input));
-    (mend ? mend->plot : input).readBlocks([&](std::string_view block) {
-        made.plot += block;
-        return true;
-    });
-    if (mend) made.report.mendings = std::move(mend->mendings);
-    made.verdict.notes = mend ? readyNotes(made.report) : std::vector<std::string>{"nothing had to be mended"};
+    if (!mend) return {std::move(input), {}, {.message = "", .notes = {"nothing had to be mended"}}};
+    Made made{std::move(mend->plot), {std::move(mend->mendings), {}}, {}};
+    made.verdict.notes = readyNotes(made.report);
     return made;
 }
 
+std::string bytesOf(const PlotFile &plot) {
+    std::string bytes;
+    plot.readBlocks([&](std::string_view block) {
+        bytes += block;
+        return true;
+    });
+    return bytes;
+}
+
 /// The plot to standard output, and what is told of it beside it. A reader that leaves has had all that it wanted.
-ExitCode pourOut(const Made &made, const Telling &telling, const std::string &text) {
-    if (!writeAll(STDOUT_FILENO, made.plot) && errno != EPIPE) throw outputFailure("standard output", errno);
+ExitCode pourOut(const Made &made, std::string_view bytes, const Telling &telling, const std::string &text) {
+    if (!writeAll(STDOUT_FILENO, bytes) && errno != EPIPE) throw outputFailure("standard output", errno);
     if (!telling.quiet) writeError(text);
     return tell(telling, made.verdict, {}, "");
 }
@@ -79,19 +90,20 @@ ExitCode convert(const ConvertOptions &options) {
     if (isPoured && options.telling.json)
         throw Failure(ExitCode::Usage, "--json: with -o - the plot goes to standard output; name a file");
     requireOtherFile("-o", options.output, options.input);
-    const PlotFile input(options.input);
-    const Made made = options.isMendedOnly ? mendedOnly(input) : converted(input, options);
+    PlotFile input(options.input);
+    const Made made = options.isMendedOnly ? mendedOnly(std::move(input)) : converted(std::move(input), options);
+    const std::string bytes = bytesOf(made.plot);
     const std::string text =
         fmt::format("{}wrote {}, {}\n", readyText(made.report), isPoured ? "standard output" : shown(options.output),
-                    counted(static_cast<int64_t>(made.plot.size()), "byte"));
-    if (isPoured) return pourOut(made, options.telling, text);
+                    counted(static_cast<int64_t>(bytes.size()), "byte"));
+    if (isPoured) return pourOut(made, bytes, options.telling, text);
 
-    writeWhole(options.output, made.plot, true);
+    writeWhole(options.output, bytes, true);
     Json report = jsonOf(made.verdict);
     report["plotFile"] = options.input;
     report["output"] = options.output;
     report["mended"] = made.report.mendings;
-    report["bytes"] = made.plot.size();
+    report["bytes"] = bytes.size();
     if (made.report.conversion) addConversion(report, *made.report.conversion);
     return tell(options.telling, made.verdict, report, text);
 }
@@ -108,18 +120,13 @@ void addConvertCommand(const Command &app) {
                    {"mended", "with --mend-only: what was mended, as sentences; there is nothing more then but bytes"}});
     command.explain(
         {"SVG is read by rsvg-convert (Debian package librsvg2-bin), PDF by pdftocairo (poppler-utils): lines, however "
-         "wide, "
-         "are drawn as one, text as the outlines of its letters, areas as theirs, with hatching on demand. Pictures are "
-         "left "
-         "out, and what a later area covers. A plot is read as the plotter in software reads it: labels, arcs and fills as "
-         "the "
-         "lines that they come to.\n\n"
+         "wide, are drawn as one, text as the outlines of its letters, areas as theirs, with hatching on demand. Pictures "
+         "are left out, and what a later area covers. A plot is read as the plotter in software reads it: labels, arcs and "
+         "fills as the lines that they come to.\n\n"
          "Nothing is cut off at the sheet's edges. What is written can be cut wherever a print has to: no instruction is "
-         "sent "
-         "in two pieces.\n\n"
+         "sent in two pieces.\n\n"
          "Without an option for its place, what is drawn stays where it is; turned, mirrored or scaled, its lower left "
-         "corner "
-         "does.",
+         "corner does.",
          {{"vectorix convert drawing.svg -o drawing.plt --fit --rotate auto", "As large as A4 holds it."},
           {"vectorix convert drawing.pdf -o page.plt --page 1 --pens black=1,red=2", "A page, with two pens."},
           {"vectorix convert drawing.plt -o small.plt --sheet a4-portrait --margin 15 --fit --rotate auto",

@@ -45,7 +45,9 @@ struct Preview {
 
 std::string textOf(const Preview &made, const PreviewOptions &options) {
     const std::string line = options.isUsb ? "" : fmt::format("{} bit/s", options.line.baud);
-    std::string text = readyText(made.ready) + findingsText(made.estimate.language, made.estimate.findings, line);
+    const std::optional<ConversionReport> &conversion = made.ready.conversion;
+    std::string text =
+        (conversion ? strokesText(*conversion) : "") + findingsText(made.estimate.language, made.estimate.findings, line);
     if (options.picture.empty()) return text;
     return text + fmt::format("drew {}{}\n", options.isPoured() ? "the picture" : shown(options.picture),
                               made.view.name.empty() ? "" : " on " + shown(made.view.name));
@@ -62,8 +64,16 @@ Json jsonOf(const Preview &made, const PreviewOptions &options, const Verdict &v
     return report;
 }
 
+/// The picture's sheet, but for what the conversion tells of its own, which is mostly the same one.
+View untoldOf(const Preview &made) {
+    View view = made.view;
+    const bool isTold = made.ready.conversion && made.ready.conversion->leavesSheet;
+    view.isLeft = view.isLeft && !(isTold && !view.name.empty());
+    return view;
+}
+
 ExitCode tellPreview(const Preview &made, const PreviewOptions &options) {
-    Verdict verdict{ExitCode::Done, "", viewNotes(made.estimate.findings, made.view, !options.picture.empty())};
+    Verdict verdict{ExitCode::Done, "", viewNotes(made.estimate.findings, untoldOf(made), !options.picture.empty())};
     for (std::string &note : readyNotes(made.ready))
         verdict.notes.push_back(std::move(note));
     if (!made.ready.refusal.empty()) verdict.notes.push_back("a print refuses it: " + made.ready.refusal);
@@ -127,12 +137,10 @@ void addPreviewCommand(const Command &app) {
                                    {"sheet", "that the drawing was held against; null when no usual one holds it"}});
     command.explain(
         {"Of SVG and PDF, what is drawn are the strokes that a print would send; of a plot the whole file, also what a "
-         "print "
-         "would not send: text behind the last terminator.\n\n"
+         "print would not send: text behind the last terminator.\n\n"
          "Without --sheet and --area the sheet is the smallest usual one that holds the drawing (A4 where it does), with "
-         "0,0 "
-         "in its middle for a drawing that lies around it. Where none holds it, the picture is as large as the drawing, and "
-         "A4 is outlined. What leaves a sheet or an area that was named is grey.\n\n"
+         "0,0 in its middle for a drawing that lies around it. Where none holds it, the picture is as large as the "
+         "drawing, and A4 is outlined. What leaves a sheet or an area that was named is grey.\n\n"
          "The time is that of 'vectorix print': at each moment the slower of the pen and the line, which is one of 9600 "
          "bit/s unless options or the profile say otherwise.",
          {{"vectorix preview drawing.plt", "Says what is in it, and draws nothing."},

@@ -41,9 +41,12 @@ void addPrintCommand(const Command &app) {
     PrintOptions *options = &typed->options;
     Command command = app.add("print", "Print a drawing: a plot file, SVG or PDF");
     command.explain(
-        {fmt::format("{}\n\nA dry run opens neither port nor plotter, and ends with the exit code that the print would have "
-                     "if nothing disturbed it.",
-                     escapeHelp()),
+        {fmt::format(
+             "SVG and PDF are read as 'vectorix convert --help' says, and so is a plot that is to lie elsewhere, or to "
+             "be drawn in another order or by other pens. Any other plot is sent as it is. What would keep it from "
+             "arriving whole is mended where no stroke changes by it, and said.\n\n{}\n\nA dry run opens neither "
+             "port nor plotter, and ends with the exit code that the print would have if nothing disturbed it.",
+             escapeHelp()),
          {{"vectorix print drawing.plt --port /dev/ttyUSB0", "To a plotter on a serial port."},
           {"vectorix print drawing.plt --port /dev/ttyUSB0 --baud 2400 --bits 7 --parity even --handshake hardware",
            "The same, for a plotter whose switches say so."},

@@ -71,7 +71,8 @@ struct Conversion {
 /// Throws Failure.
 Conversion conversionOf(const PlotFile &input, const ConversionOptions &options, const ConversionTarget &target);
 
-/// The report as lines for people, and as members of a JSON object.
+/// The report as lines for people, the strokes alone or their size as well, and as members of a JSON object.
+std::string strokesText(const ConversionReport &report);
 std::string conversionText(const ConversionReport &report);
 void addConversion(Json &object, const ConversionReport &report);
 

@@ -45,6 +45,7 @@ std::vector<Option> addPlacing(const Command &command, ConversionOptions &option
                      ? std::string()
                      : fmt::format("{} is no place; write X,Y in millimetres, as in 10,20.5", text);
       }).valueName("X,Y");
+    at.excludes(fit);
     centre.excludes(at);
     unit.check(within(kLeastUnit, kMostUnit)).valueName("MM");
     for (Option option : {margin, fit, scale, turn, mirror, at, centre, unit})

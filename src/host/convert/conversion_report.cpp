@@ -26,14 +26,18 @@ Json jsonOf(const StrokeCount &count) {
 
 } // namespace
 
+std::string strokesText(const ConversionReport &report) {
+    return fmt::format("read: {}\nwritten: {}, pen {}\n", textOf(report.before), textOf(report.after),
+                       fmt::join(report.pens, ", "));
+}
+
 std::string conversionText(const ConversionReport &report) {
     auto tenths = [](language::Point p) {
         return language::Point{std::round(p.x * 10) / 10 + 0., std::round(p.y * 10) / 10 + 0.};
     };
     const language::Point lower = tenths(report.extent.lower), upper = tenths(report.extent.upper); // without "-0.0"
-    return fmt::format("read: {}\nwritten: {}, pen {}\nsize: {:.1f} x {:.1f} mm, from {:.1f}, {:.1f} to {:.1f}, {:.1f} mm\n",
-                       textOf(report.before), textOf(report.after), fmt::join(report.pens, ", "), upper.x - lower.x,
-                       upper.y - lower.y, lower.x, lower.y, upper.x, upper.y);
+    return fmt::format("{}size: {:.1f} x {:.1f} mm, from {:.1f}, {:.1f} to {:.1f}, {:.1f} mm\n", strokesText(report),
+                       upper.x - lower.x, upper.y - lower.y, lower.x, lower.y, upper.x, upper.y);
 }
 
 void addConversion(Json &object, const ConversionReport &report) {

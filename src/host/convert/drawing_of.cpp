@@ -61,10 +61,10 @@ ReadDrawing fromSvg(const PlotFile &file, FileKind kind, const ReadOptions &opti
 }
 
 /// Of a drawing without strokes.
-std::string emptiness(const strokes::Drawing &drawing, FileKind kind, int page) {
+std::string emptiness(const strokes::Drawing &drawing, const FileNature &nature, int page) {
     const std::string notes = drawing.notes.empty() ? "" : fmt::format(" ({})", fmt::join(drawing.notes, "; "));
-    if (kind != FileKind::Svg && kind != FileKind::Pdf) return "nothing in it draws" + notes;
-    return fmt::format("nothing to plot: {} holds {}", kind == FileKind::Pdf ? fmt::format("page {}", page) : "it",
+    if (!nature.isDrawing()) return "nothing in it draws" + notes;
+    return fmt::format("nothing to plot: {} holds {}", nature.kind == FileKind::Pdf ? fmt::format("page {}", page) : "it",
                        drawing.isPicturesOnly ? "pictures only" : "no lines" + notes);
 }
 
@@ -72,12 +72,11 @@ std::string emptiness(const strokes::Drawing &drawing, FileKind kind, int page) 
 
 ReadDrawing drawingOf(const PlotFile &file, const ReadOptions &options) {
     file.requireContents();
-    const FileKind kind = options.language ? FileKind::Plot : natureOf(file, {}).kind;
-    const bool isSvg = kind == FileKind::Svg || kind == FileKind::Pdf;
-    ReadDrawing read = isSvg ? fromSvg(file, kind, options) : fromPlot(file, options);
+    const FileNature nature = options.language ? FileNature{} : natureOf(file, {});
+    ReadDrawing read = nature.isDrawing() ? fromSvg(file, nature.kind, options) : fromPlot(file, options);
     if (!read.drawing.strokes.empty()) return read;
     throw Failure(ExitCode::Unfit, fmt::format("{}: {}; give a drawing of lines", shown(file.path()),
-                                               emptiness(read.drawing, kind, options.page)));
+                                               emptiness(read.drawing, nature, options.page)));
 }
 
 } // namespace host

@@ -12,12 +12,6 @@ namespace host {
 
 namespace {
 
-/// Of what can be sent to no plotter as it is.
-bool isDrawing(const PlotFile &file) {
-    const FileKind kind = natureOf(file, {}).kind;
-    return kind == FileKind::Svg || kind == FileKind::Pdf;
-}
-
 /// As it would arrive whole, where it can be made so: what cannot be mended may be drawn all the same.
 PlotFile wholeOf(PlotFile file, const PlotRules &rules) {
     try {
@@ -36,7 +30,7 @@ PlotRules usualRules(const PlotFile &file) {
 }
 
 ReadyPlot readyPlot(PlotFile file, const ReadyOptions &options, const DrawingOptions &drawing, const PlotRules &rules) {
-    const bool isPlot = !isDrawing(file);
+    const bool isPlot = !natureOf(file, {}).isDrawing();
     if (options.isConverted || !isPlot) {
         const PlotFile whole = isPlot ? wholeOf(std::move(file), usualRules(file)) : std::move(file);
         const Conversion made = conversionOf(whole, options.conversion, {drawing, rules.emulation, rules.terminator});

@@ -55,14 +55,30 @@ constexpr struct {
     {"\xFE\xFF", FileKind::Utf16, "a text in UTF-16", "save it as plain ASCII"},
 };
 
+/// Characters of two bytes, the one of them NUL, without a mark at the start.
+bool isWide(std::string_view head) {
+    std::string pattern(head.substr(0, 8));
+    std::ranges::replace_if(
+        pattern, [](char c) { return c != '\0'; }, 'c');
+    std::ranges::replace(pattern, '\0', '0');
+    return pattern == "c0c0c0c0" || pattern == "0c0c0c0c";
+}
+
+/// Whether an XML document, or a text in UTF-16, is an SVG drawing.
+bool holdsSvg(std::string_view head, FileKind kind) {
+    constexpr std::string_view kWide("<\0s\0v\0g", 7); // in either order of bytes
+    return (kind == FileKind::Xml && head.find("<svg") != std::string_view::npos) ||
+           (kind == FileKind::Utf16 && head.find(kWide) != std::string_view::npos);
+}
+
 FileNature byStart(std::string_view head) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     std::string_view start = head;
     if (start.rfind(kByteOrderMark, 0) == 0) start.remove_prefix(kByteOrderMark.size());
     start.remove_prefix(std::min(start.find_first_not_of(" \t\r\n"), start.size()));
     for (const auto &row : kStarts) {
-        if (start.rfind(row.start, 0) != 0) continue;
-        bool isSvg = row.kind == FileKind::Xml && head.find("<svg") != std::string_view::npos;
+        if (start.rfind(row.start, 0) != 0 && !(row.kind == FileKind::Utf16 && isWide(head))) continue;
+        bool isSvg = holdsSvg(head, row.kind);
         return {isSvg ? FileKind::Svg : row.kind, fmt::format("not a plot, but {}", isSvg ? "an SVG drawing" : row.name),
                 isSvg ? kConvert : row.remedy};
     }

@@ -33,6 +33,8 @@ struct FileNature {
     std::string what = {};   ///< "not a plot, but a PDF document"; empty for a plot
     std::string remedy = {}; ///< "unpack it first"
     bool isPlot() const { return kind == FileKind::Plot; }
+    /// Whether there is a converter for it.
+    bool isDrawing() const { return kind == FileKind::Svg || kind == FileKind::Pdf; }
 };
 
 /// Judges the file by its first bytes and, where a language is given that it should be in, by how much of its first 64 KiB

@@ -5,13 +5,16 @@ namespace host {
 std::optional<PlotFile> asciiOf(const PlotFile &text) {
     KeptFile kept(text.path());
     size_t count = 0; // bytes so far
-    bool isAscii = true, isBigEndian = false;
+    bool isAscii = true, isMarked = false, isBigEndian = false;
     text.readBlocks([&](std::string_view block) {
         std::string ascii;
         for (char c : block) {
             const bool isSecond = count % 2 == 1;
-            if (count == 0) isBigEndian = c == '\xFE';
-            if (count++ < 2) continue;
+            if (count == 0) {
+                isMarked = c == '\xFE' || c == '\xFF';
+                isBigEndian = c == '\xFE' || c == '\0';
+            }
+            if (count++ < 2 && isMarked) continue;
             if (isSecond != isBigEndian)
                 isAscii = isAscii && c == 0;
             else if (isAscii = isAscii && static_cast<unsigned char>(c) < 0x80; isAscii)

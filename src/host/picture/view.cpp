@@ -80,7 +80,7 @@ void requireWithinArea(const std::string &plot, const Findings &findings, const 
     const Sheet sheet = sheetOf(options);
     if (!leavesArea(findings, sheet)) return;
     throw Failure(ExitCode::Unfit, fmt::format("{}: the drawing ({}) leaves what the pen reaches ({}); make it fit with "
-                                               "'vectorix convert --fit', or print it all the same with --force",
+                                               "--fit, or print it all the same with --force",
                                                shown(plot), cornersOf(findings.demand), cornersOf(sheet.hardClip)));
 }
 
