@@ -15,7 +15,7 @@ struct KnownValue {
 };
 
 /// The placeholders that stand for more than any text. One that is not listed gives its alternatives itself when it is
-/// written in small letters, such as "none|even|odd".
+/// written in small letters, such as "none|even|odd", or begins with them, as "hatch[:MM]" does.
 const std::vector<KnownValue> &knownValues() {
     static const std::vector<KnownValue> rows = {
         {"DEVICE", ValueKind::Port, {}},
@@ -23,7 +23,7 @@ const std::vector<KnownValue> &knownValues() {
         {"FILE", ValueKind::File, {}},
         {"PATH", ValueKind::File, {}},
         {"OUT", ValueKind::File, {}},
-        {"PLOT", ValueKind::File, {"plt", "hpgl", "hpg", "hgl", "dmpl", "dmp"}},
+        {"PLOT", ValueKind::File, {"svg", "pdf", "plt", "hpgl", "hpg", "hgl", "dmpl", "dmp"}},
         {"JOB", ValueKind::File, {"plist"}},
         {"RATE", ValueKind::Words, {"300", "600", "1200", "2400", "4800", "9600", "19200", "38400"}},
         {"SHEET", ValueKind::Words, {"a0", "a1", "a2", "a3", "a4", "letter", "tabloid"}},
@@ -44,7 +44,8 @@ void findValues(DeclaredOption &option, const std::string &name) {
     }
     std::istringstream alternatives(name);
     for (std::string word; std::getline(alternatives, word, '|');) {
-        if (!isPlaceholder(word)) option.words.push_back(word);
+        word.resize(std::min(word.size(), word.find('[')));
+        if (!word.empty() && !isPlaceholder(word)) option.words.push_back(word);
     }
     option.kind = option.words.empty() ? ValueKind::Text : ValueKind::Words;
 }

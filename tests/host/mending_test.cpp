@@ -37,6 +37,7 @@ TEST(MendingTest, WritesAnewWhatWouldNotArriveWhole) {
         {17002, "\xEF\xBB\xBFPU;PD1,1;", "PU;PD1,1;", {"byte order mark taken off"}},
         {17002, "\xFF\xFEP\0U\0;\0P\0D\0"s, "PU;PD;", {"UTF-16 made ASCII", "ended with \";\""}},
         {17002, "\xFE\xFF\0P\0U\0;"s, "PU;", {"UTF-16 made ASCII"}},
+        {17002, "P\0U\0;\0P\0D\0;\0"s, "PU;PD;", {"UTF-16 made ASCII"}},
         {17002, "CO \"\xFC\";BP1,\"\xE9\";PU;", "CO \"?\";BP1,\"?\";PU;", {"8-bit characters in comments made \"?\""}},
         // 10, 100 and pen 3 in base 64 and in base 32, whose digits are the lowest ones of 63 .. 126
         {17002, "PE<=\xD3G\xC2:\xC5\xD3\xD3;", "PE7<=sGe:ess;", {"8-bit polylines rewritten"}},

@@ -153,7 +153,7 @@ void addPreviewCommand(const Command &app) {
     command.option("PLOT", options->plot, "Plot file, SVG or PDF; - for standard input").required().valueName("");
     Option picture = command
                          .option("-o,--output", options->picture,
-                                 "Picture to write: .svg, .png or .pdf; - for standard output, with --format (svg)")
+                                 "Picture to write: .svg, .png or .pdf; - for standard output, as --format says (svg)")
                          .valueName("FILE");
     command.option("--format", options->drawing.format, "Format of the picture (by its name)")
         .oneOf({"svg", "png", "pdf"})

@@ -13,9 +13,9 @@ namespace host {
 namespace {
 
 /// As it would arrive whole, where it can be made so: what cannot be mended may be drawn all the same.
-PlotFile wholeOf(PlotFile file, const PlotRules &rules) {
+PlotFile wholeOf(PlotFile file) {
     try {
-        if (std::optional<Mended> made = mended(file, rules)) return std::move(made->plot);
+        if (std::optional<Mended> made = mended(file, usualRules(file))) return std::move(made->plot);
     } catch (const Failure &) { // told by the reader, if there is anything to tell
     }
     return file;
@@ -32,7 +32,7 @@ PlotRules usualRules(const PlotFile &file) {
 ReadyPlot readyPlot(PlotFile file, const ReadyOptions &options, const DrawingOptions &drawing, const PlotRules &rules) {
     const bool isPlot = !natureOf(file, {}).isDrawing();
     if (options.isConverted || !isPlot) {
-        const PlotFile whole = isPlot ? wholeOf(std::move(file), usualRules(file)) : std::move(file);
+        const PlotFile whole = isPlot ? wholeOf(std::move(file)) : std::move(file);
         const Conversion made = conversionOf(whole, options.conversion, {drawing, rules.emulation, rules.terminator});
         return {PlotFile::holding(whole.path(), made.plot), {{}, made.report}};
     }
