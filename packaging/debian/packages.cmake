@@ -50,10 +50,11 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
 # The programs that read SVG and PDF.
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "librsvg2-bin, poppler-utils")
-set(CPACK_DEBIAN_TOOL_DESCRIPTION "prints plot files on pen plotters and cutters
-A command that sends HP-GL and related plot files to plotters on serial
-ports and on USB, lists them, asks for their limits, and previews plots
-as PNG, PDF or SVG. It has a plotter in software for those without one.")
+set(CPACK_DEBIAN_TOOL_DESCRIPTION "plots drawings on pen plotters and cutters
+A command that plots SVG, PDF and plot files in HP-GL or DM/PL on serial
+ports and on USB. It places, orders and hatches drawings, mends plot
+files, previews both as PNG, PDF or SVG, lists plotters and asks for
+their limits. It has a plotter in software for those without one.")
 
 # The notices that every package carries.
 foreach(component library development tool)
