@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 namespace {
 
@@ -49,7 +50,11 @@ TEST_F(ConvertCommandTest, PoursPlotsOutAndLeavesThemWhereTheyAre) {
     EXPECT_EQ(contents(sent), "IN;SP1;PU0,0;PD1200,0;SP2;PU1200,200;PD0,200;PU0,0;SP0;");
     EXPECT_EQ(run({"print", dmpl, "--capture", sent, "--scale", "2"}).code, 0);
     EXPECT_EQ(contents(sent), ";:;:ECN,A,P1,U40,0,D120,0,U0,0,@"); // behind what the plotter wants to hear first
-    expectRefusals({{{"convert", pdf, "-o", out}, 7, "a.pdf: "},
+    const std::string pipe = path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    expectRefusals({{{"convert", plot, "-o", pipe}, 2, "is a device or a pipe"},
+                    {{"preview", plot, "-o", pipe, "--format", "png"}, 2, "is a device or a pipe"},
+                    {{"convert", pdf, "-o", out}, 7, "a.pdf: "},
                     {{"convert", file("none", "IN;PU5,5;"), "-o", out}, 7, "nothing in it draws"},
                     {{"convert", plot, "-o", plot}, 2, "is the input"},
                     {{"convert", plot, "-o", out, "--emulation", "17009"}, 2, "no plot can be written for 17009"},

@@ -86,7 +86,7 @@ void writeWhole(const std::string &path, const std::string &contents, bool force
     if (lstat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode) && !force) throw exists(path);
     std::string target = force ? behindLinks(path) : path;
     bool isReplaced = stat(target.c_str(), &status) == 0;
-    if (isReplaced && S_ISDIR(status.st_mode)) throw outputFailure(path, EISDIR);
+    if (isReplaced && !S_ISREG(status.st_mode)) throw outputFailure(path, S_ISDIR(status.st_mode) ? EISDIR : EMEDIUMTYPE);
 
     std::string draft = target + ".XXXXXX";
     int fd = mkostemp(draft.data(), O_CLOEXEC);

@@ -11,7 +11,8 @@ namespace host {
 /// The bytes of a file. what names its kind: "job file". Throws Failure, also for a file of more than most bytes.
 std::string readWhole(const std::string &path, const char *what, int64_t most);
 
-/// Writes a file that is either wholly there or not at all. Throws Failure; without force also when the file exists.
+/// Writes a file that is either wholly there or not at all. Throws Failure, also for a device or a pipe, in whose place the
+/// file would come; without force also when the file exists.
 /// One that is replaced keeps its permissions; a link is followed, and stays.
 void writeWhole(const std::string &path, const std::string &contents, bool force);
 

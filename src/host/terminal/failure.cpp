@@ -41,6 +41,9 @@ Failure fileFailure(const std::string &thing, int errorNumber) {
 
 Failure outputFailure(const std::string &file, int errorNumber) {
     if (errorNumber == EISDIR) return {ExitCode::Usage, fmt::format("{}: is a directory; name a file in it", shown(file))};
+    if (errorNumber == EMEDIUMTYPE)
+        return {ExitCode::Usage,
+                fmt::format("{}: is a device or a pipe, and a file would come in its place; name a file", shown(file))};
     return fileFailure(file, errorNumber);
 }
 

@@ -20,7 +20,8 @@ int OutputFile::open(const std::string &path) {
     path_ = path;
     error_ = 0;
     struct stat status;
-    if (::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return error_ = EISDIR;
+    if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) // a device would be replaced by the file
+        return error_ = S_ISDIR(status.st_mode) ? EISDIR : EMEDIUMTYPE;
 
     // Not mkstemp: the picture gets the permissions that any new file of the user's gets.
     folder_ = path.substr(0, path.rfind('/') + 1);
