@@ -8,7 +8,7 @@ namespace host {
 namespace {
 
 constexpr unsigned char kLowestDigit = 63;
-constexpr unsigned kDigits = 64, kLastDigit = 128 + kLowestDigit, kLargestLast = 254; // of eight bits
+constexpr unsigned kLastDigit = 128 + kLowestDigit, kLargestLast = 254; // of eight bits
 constexpr unsigned kBits = 6;
 constexpr unsigned kSevenDigits = 32, kSevenBits = 5;
 constexpr unsigned kMostShift = 58; // the reader takes no more of a number, either
