@@ -59,7 +59,6 @@ TEST_F(ConvertCommandTest, PoursPlotsOutAndLeavesThemWhereTheyAre) {
                     {{"convert", plot, "-o", plot}, 2, "is the input"},
                     {{"convert", plot, "-o", out, "--emulation", "17009"}, 2, "no plot can be written for 17009"},
                     {{"convert", plot, "-o", out, "--margin", "200"}, 2, "leave nothing of this sheet"},
-                    {{"convert", plot, "-o", out, "--at", "1,1", "--fit"}, 2, "--fit excludes --at"},
                     {{"convert", svg, "-o", out, "--mend-only"}, 2, "an SVG drawing; leave the option out"},
                     {{"convert", plot, "-o", out, "--pens", "red=1"}, 2, "names a colour"},
                     {{"convert", svg, "-o", out, "--pens", "1=2"}, 2, "names a pen"},

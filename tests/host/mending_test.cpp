@@ -110,11 +110,9 @@ TEST(MendingTest, RefusesWhatWouldDrawOtherwise) {
         {17002, "%PDF-1.4", "a PDF document"},
     };
     for (const auto &[emulation, plot, says] : kRows) {
-        EXPECT_TRUE(ended(failureOf([&] {
-                              host::mended(PlotFile::holding("a.plt", plot), {emulation, ";"});
-                          }),
-                          7, says))
-            << host::shown(plot);
+        const PlotFile file = PlotFile::holding("a.plt", plot);
+        const host::PlotRules rules{emulation, ";"};
+        EXPECT_TRUE(ended(failureOf([&] { host::mended(file, rules); }), 7, says)) << host::shown(plot);
     }
 }
 
