@@ -30,6 +30,8 @@ constexpr Request kSwitched[] = {{"IN;OH;"}, {"IN;OH;"}, {kLineStart}};
 // must not wait for what follows.
 constexpr std::string_view kLineStartHeard = std::string_view(kLineStart).substr(1);
 
+constexpr std::string_view kDmplAway = ",;:U,P0,@"; // what a number was cut off by ends with the comma
+
 constexpr Emulation kDefault{};
 constexpr Emulation kEmulations[] = {
     {.number = kHpgl, .name = "hpgl", .usbStart = {"IN;", 1, true}, .announcesReads = true},
@@ -42,6 +44,7 @@ constexpr Emulation kEmulations[] = {
      .hasTools = true,
      .serialStart = ";:",
      .usbStart = {kLineStart, 2},
+     .penAway = kDmplAway,
      .requests = kArea,
      .reply = ReplyForm::BehindFields,
      .givesCorners = false,
@@ -49,6 +52,7 @@ constexpr Emulation kEmulations[] = {
     {.number = 17009,
      .language = {},
      .cut = kCommaDOrEtxD,
+     .penAway = "",
      .requests = kCorner,
      .reply = ReplyForm::Pairs,
      .givesCorners = false,
@@ -60,19 +64,25 @@ constexpr Emulation kEmulations[] = {
      .announcesReads = true,
      .playedAs = Language::Hpgl,
      .questions = {kSwitch, kLineStartHeard}},
-    {.number = 17011, .language = {}, .cut = kD, .showsEnd = true},
-    {.number = 17012, .language = {}, .cut = kD, .showsEnd = true},
+    {.number = 17011, .language = {}, .cut = kD, .showsEnd = true, .penAway = ""},
+    {.number = 17012, .language = {}, .cut = kD, .showsEnd = true, .penAway = ""},
     {.number = 17022, .chunkSize = 16, .announcesReads = true},
     {.number = 17030,
      .language = Language::Dmpl,
      .cut = kCommaD,
+     .penAway = kDmplAway,
      .requests = kArea,
      .reply = ReplyForm::BehindFields,
      .givesCorners = false,
      .playedAs = Language::Dmpl},
     {.number = 17032, .chunkSize = 255, .reply = ReplyForm::CommasToEnd},
     // Its hosts ask in HP-GL.
-    {.number = 17036, .language = Language::Dmpl, .cut = kCommaD, .playedAs = Language::Dmpl, .questions = {"IN;OH;"}},
+    {.number = 17036,
+     .language = Language::Dmpl,
+     .cut = kCommaD,
+     .penAway = kDmplAway,
+     .playedAs = Language::Dmpl,
+     .questions = {"IN;OH;"}},
     {.number = 17037, .chunkSize = 16, .announcesReads = true},
 };
 

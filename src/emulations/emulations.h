@@ -58,6 +58,8 @@ struct Emulation {
     bool hasTools = false;        ///< a job may hold strings that set the tools up
     const char *serialStart = ""; ///< what it wants to hear when the port is opened
     UsbStart usbStart = {};
+    /// Lifts the pen and puts it away, also behind half an instruction; empty where no such text is known.
+    std::string_view penAway = ";PU;SP0;";
 
     Requests requests = kHpglRequest; ///< over a serial line
     ReplyForm reply = ReplyForm::Commas;

@@ -100,6 +100,23 @@ std::optional<Place> placeOfStroke(const PlotSource &plot, uint64_t stroke) {
     return lastPlace(plot, [&](const Place &place) { return place.strokes >= stroke; });
 }
 
+std::optional<Place> placeDrawn(const PlotSource &plot, double millimetres) {
+    return lastPlace(plot, [&](const Place &place) { return place.millimetres > millimetres; });
+}
+
+std::vector<std::string> statesAt(const PlotSource &plot, const std::vector<uint64_t> &offsets) {
+    std::vector<std::string> states(offsets.size());
+    size_t next = 0;
+    scan(plot, [&](const Reader &reader) {
+        const uint64_t here = reader.place().offset;
+        while (next < offsets.size() && offsets[next] < here)
+            ++next;
+        if (next < offsets.size() && offsets[next] == here) states[next++] = reader.state();
+        return next < offsets.size();
+    });
+    return states;
+}
+
 std::optional<std::string> stateAt(const PlotSource &plot, uint64_t offset) {
     std::optional<std::string> state;
     scan(plot, [&](const Reader &reader) {

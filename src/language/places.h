@@ -29,6 +29,11 @@ std::optional<Place> placeUpTo(const PlotSource &plot, uint64_t offset);
 /// The last such place before the pen is put down for the stroke of that number, counted from 1. None: there is no such one.
 std::optional<Place> placeOfStroke(const PlotSource &plot, uint64_t stroke);
 
+/// The last such place at which so much has been drawn at most.
+std::optional<Place> placeDrawn(const PlotSource &plot, double millimetres);
+
+/// Reader::state() where instructions start, at offsets in rising order; empty where none starts.
+std::vector<std::string> statesAt(const PlotSource &plot, const std::vector<uint64_t> &offsets);
 /// Reader::state() where the instruction at the offset starts; none when no instruction starts there.
 std::optional<std::string> stateAt(const PlotSource &plot, uint64_t offset);
 

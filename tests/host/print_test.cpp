@@ -21,7 +21,7 @@ TEST_F(PrintCommandTest, ReportsWhatArrivedAndWhatWasNotSent) {
     const std::tuple<std::string, Words, int, const char *, std::string> kRows[] = {
         // script, words behind the capture, ...
         {"", {file("padded", plot + "\x1B.Z\r\n")}, 0, "note: 5 bytes at the end not sent", plot},
-        {"", {file("part", "IN;PD1,1;PU2,"), "--force"}, 1, "4 bytes at the end not sent", "IN;PD1,1;"},
+        {"", {file("part", "IN;PD1,1;PU2,"), "--force"}, 1, "4 bytes at the end not sent", "IN;PD1,1;;PU;SP0;"},
         {"", {file("dmpl", "H,LBtext\x03@\n"), "--job", job}, 0, "", ";:H,LBtext\x03@"},
         {"cat " + whole + " | ", {"-"}, 0, "\"plotFile\":\"standard input\"", plot},
         {"trap '' XFSZ; ulimit -f 4; ", {whole}, 1, "file too large", plot.substr(0, 2048)},

@@ -5,8 +5,8 @@
 #include "host/options/plotter_options.h"
 #include "host/plugin/usb_target.h"
 #include "host/print/dry_run.h"
-#include "host/print/plan_estimate.h"
 #include "host/print/print.h"
+#include "host/print/verdict.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -19,6 +19,8 @@ namespace {
 struct TypedPrint {
     PrintOptions options;
     bool dryRun = false;
+    SessionOptions session;
+    std::string penChange = "ask";
     Telling telling;
 };
 
@@ -29,9 +31,39 @@ ExitCode run(const TypedPrint &typed) {
                                        "or --profile NAME of one with a port or usb");
     }
     parseUsbChoice(options.usbChoice); // what was typed is looked at first
-    const PrintPlan plan = planOf(options);
-    if (!options.force) requireWithinArea(plan);
-    return typed.dryRun ? tellPlan(plan, typed.telling) : print(plan, typed.telling);
+    std::vector<PrintPlan> sheets;
+    sheets.push_back(planOf(options));
+    return typed.dryRun ? tellPlan(sheets.front(), typed.telling) : print(sheets, typed.session, typed.telling);
+}
+
+void addStart(const Command &command, StartOptions &start) {
+    Option from = command.option("--from", start.from, "Begin within the plot: at a byte (2000), a part (40%), or stroke:N")
+                      .check(faultOfPlace)
+                      .valueName("PLACE");
+    Option resume =
+        command.flag("--resume", start.isResumed, "Begin where the last print of this plot ended").excludes(from);
+    Option overlap = command.option("--overlap", start.overlap, "Draw so many mm ahead of that place once more (0)");
+    overlap.within(0, 100'000).valueName("MM");
+    for (Option option : {from, resume, overlap})
+        option.group("Taking up again");
+}
+
+void addAttendance(const Command &command, TypedPrint &typed) {
+    SessionOptions &session = typed.session;
+    Option change =
+        command.option("--pen-change", typed.penChange,
+                       "Where pens have to be changed by hand: ask at the terminal, pause until SIGUSR1, or skip it (ask)");
+    change.oneOf({"ask", "pause", "skip"}).valueName("ask|pause|skip");
+    Option leave =
+        command.flag("--leave-pen", session.leavesPen, "Leave the pen where it is when a print ends before its end");
+    Option progress = command.option("--progress", session.attendance.progress,
+                                     "Write a line of JSON each half second, to standard error or a descriptor");
+    progress.valueName("json[:FD]");
+    Option control = command.option("--control", session.attendance.control,
+                                    "Make a socket there that takes pause, pause-at-once, go, stop and status");
+    control.valueName("PATH");
+    for (Option option : {change, leave, progress, control})
+        option.group("While it plots");
 }
 
 } // namespace
@@ -82,11 +114,15 @@ void addPrintCommand(const Command &app) {
                  "Print also a plot file of which a part cannot be sent, or that leaves the area");
     command.flag("--keep-going", options->keepGoing, "Go on after a piece that the plotter did not take");
     addTelling(command, typed->telling);
+    addStart(command, options->start);
+    addAttendance(command, *typed);
     command.whenTyped(
         [typed, command, usb, forStrokes] {
             applyProfile(command);
             typed->options.ready.isConverted = std::ranges::any_of(forStrokes, &Option::isTyped);
             typed->options.toUsb = usb.isTyped();
+            typed->options.changesPens = typed->penChange != "skip";
+            typed->session.mayWaitUnseen = typed->penChange == "pause";
             return run(*typed);
         },
         &typed->telling.json);

@@ -12,7 +12,7 @@
 #include "host/plugin/record.h"
 #include "host/plugin/stop_signals.h"
 #include "host/plugin/usb_target.h"
-#include "host/print/print.h"
+#include "host/print/carry_out.h"
 #include "host/terminal/output.h"
 #include "host/terminal/text.h"
 
@@ -118,7 +118,9 @@ void sendToUsb(const SendOptions &options, const UsbDevice &device, const std::s
     Destination destination(plan.target);
     if (options.telling.verbose) printError("{}", notesOf(device));
     ProgressBar noBar(false);
-    const Verdict verdict = judge(plan, carryOut(plan, destination, noBar));
+    PrintReport report = PrintRun(plan, destination).carryOut(noBar);
+    destination.settle(report);
+    const Verdict verdict = judge(plan, report);
     if (verdict.code != ExitCode::Done) throw Failure(verdict.code, verdict.message);
 }
 

@@ -138,6 +138,13 @@ std::set<int> pensOf(const strokes::Drawing &drawing) {
     return pens;
 }
 
+PenColours coloursOf(const strokes::Drawing &drawing) {
+    PenColours colours;
+    for (const strokes::Stroke &stroke : drawing.strokes)
+        colours.try_emplace(stroke.pen, stroke.colour);
+    return colours;
+}
+
 /// Whether it leaves what the pen reaches of the sheet, which is worth a note.
 void lookAtSheet(const Sheet &sheet, const DrawingOptions &typed, ConversionReport &report) {
     report.leavesSheet = !lies(report.extent, millimetres(sheet.hardClip));
@@ -169,6 +176,7 @@ Conversion conversionOf(const PlotFile &input, const ConversionOptions &options,
     report.after = countOf(drawing);
     report.extent = *extentOf(drawing);
     report.pens = pensOf(drawing);
+    if (!isPlot) report.colours = coloursOf(drawing);
     report.notes = drawing.notes;
     lookAtSheet(sheet, target.drawing, report);
     measureIn(options.unit, drawing);

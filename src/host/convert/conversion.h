@@ -10,6 +10,8 @@
 #include "host/terminal/manual.h"
 #include "strokes/place.h"
 
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -52,6 +54,9 @@ struct StrokeCount {
     strokes::Travel travel;
 };
 
+/// What a pen draws, 0xRRGGBB: of several colours the first.
+using PenColours = std::map<int, uint32_t>;
+
 struct ConversionReport {
     std::optional<language::Language> language; ///< that the drawing was in; none for SVG and PDF
     size_t bytes = 0;                           ///< of the plot
@@ -59,6 +64,7 @@ struct ConversionReport {
     strokes::Placed placed;
     StrokeCount before, after; ///< they were put in order, both where they were placed
     std::set<int> pens;
+    PenColours colours; ///< of a drawing that has colours
     bool leavesSheet = false;
     std::vector<std::string> notes; ///< what is worth knowing
 };

@@ -1,11 +1,11 @@
 #include "host/options/profile_folder.h"
 
+#include "host/files/user_folder.h"
 #include "host/terminal/failure.h"
 #include "host/terminal/text.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fmt/format.h>
@@ -28,23 +28,15 @@ bool isName(const std::string &name) {
                        [&](char c) { return isLetterOrDigit(c) || c == '-' || c == '_' || c == '.'; });
 }
 
-/// What the environment says; a path that is not absolute counts as none.
-fs::path folderIn(const char *variable) {
-    const char *value = getenv(variable);
-    return value && value[0] == '/' ? fs::path(value) : fs::path();
-}
-
 } // namespace
 
 std::string profileFolder() {
-    fs::path home = folderIn("HOME");
-    fs::path folder = folderIn("XDG_CONFIG_HOME");
-    if (folder.empty() && !home.empty()) folder = home / ".config";
+    const fs::path folder = userFolder("XDG_CONFIG_HOME", ".config");
     if (folder.empty()) {
         throw Failure(ExitCode::Usage, "profiles: no folder for them: neither XDG_CONFIG_HOME nor HOME is set to one; set "
                                        "HOME to your home folder");
     }
-    return folder / "vectorix" / "profiles";
+    return folder / "profiles";
 }
 
 std::string profilePath(const std::string &name) {

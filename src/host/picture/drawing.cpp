@@ -24,7 +24,7 @@ double usualResolution(const virtual_plotter::Sheet &page) {
 
 /// With a frame, so that the edge of the sheet can be seen on a white background.
 virtual_plotter::PictureOptions pictureOptions(const DrawingOptions &options, const virtual_plotter::Sheet &page,
-                                                const virtual_plotter::Sheet &sheet) {
+                                               const virtual_plotter::Sheet &sheet) {
     return {options.dotsPerInch > 0 ? options.dotsPerInch : usualResolution(page), edgesOf(sheet), options.format};
 }
 

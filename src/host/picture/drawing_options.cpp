@@ -45,7 +45,8 @@ void addPlaceOn(const Command &app, DrawingOptions &options) {
 }
 
 Option addDotsPerInch(const Command &app, DrawingOptions &options) {
-    return app.option("--dpi", options.dotsPerInch, "Dots per inch of a PNG picture, 10 to 1200 (200, on more than an A0 fewer)")
+    return app
+        .option("--dpi", options.dotsPerInch, "Dots per inch of a PNG picture, 10 to 1200 (200, on more than an A0 fewer)")
         .between(10, 1200)
         .valueName("N")
         .group("Picture");

@@ -17,10 +17,10 @@ namespace host {
 inline constexpr const char *kUsualSheet = "a4";
 
 struct DrawingOptions {
-    std::string sheet; ///< empty: the usual one
-    std::string area;  ///< as parseArea() takes it; empty: that of the sheet
+    std::string sheet;      ///< empty: the usual one
+    std::string area;       ///< as parseArea() takes it; empty: that of the sheet
     double dotsPerInch = 0; ///< 0: as many as are usual
-    std::string format; ///< of the picture; empty: by its name
+    std::string format;     ///< of the picture; empty: by its name
     std::string language = "auto";
 };
 

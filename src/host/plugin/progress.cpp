@@ -1,6 +1,7 @@
 #include "host/plugin/progress.h"
 
 #include <algorithm>
+#include <array>
 #include <sys/ioctl.h>
 
 namespace host {
@@ -11,6 +12,11 @@ constexpr std::chrono::seconds kSoon(2); // shorter rests, while a plotter carri
 constexpr int64_t kLongestPiece = 255;   // bytes
 
 } // namespace
+
+const char *nameOf(Wait wait) {
+    constexpr std::array kNames = {"nothing", "start", "plotter", "cts", "xoff"};
+    return kNames.at(static_cast<size_t>(wait));
+}
 
 Wait waitOnLine(int descriptor, bool usesHardwareHandshake) {
     if (!usesHardwareHandshake) return Wait::XoffOrNothing;

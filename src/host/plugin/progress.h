@@ -21,6 +21,9 @@ enum class Wait {
     XoffOrNothing ///< it holds the line with XOFF, or takes no data: the two cannot be told apart from here
 };
 
+/// For programs: "plotter", "cts".
+const char *nameOf(Wait wait);
+
 /// Why an open serial port takes no data, as far as its driver tells; descriptor -1 for one that cannot be asked.
 Wait waitOnLine(int descriptor, bool usesHardwareHandshake);
 
@@ -32,6 +35,7 @@ struct Progress {
     std::optional<double> left; ///< seconds, as they were estimated; without an estimate the rate tells
     double still = 0;           ///< seconds since anything went forward; 0 when they are less than two
     Wait wait = Wait::None;
+    bool isHeld = false; ///< by a person, or for one
 };
 
 /// The job's link, as far as its progress shows there.

@@ -36,6 +36,7 @@ const char *textOf(Wait wait) {
 
 /// Behind the figures: how fast it goes, or why it does not.
 std::string courseOf(const Progress &progress) {
+    if (progress.isHeld) return "stands still";
     if (progress.wait != Wait::None)
         return fmt::format("waiting {}{}", duration(std::floor(progress.still)), textOf(progress.wait));
     double rate = progress.seconds > 0 ? static_cast<double>(progress.doneBytes) / progress.seconds : 0;
@@ -76,6 +77,7 @@ bool ProgressBar::isPossible() {
 void ProgressBar::follow(std::function<Progress()> source) {
     if (!on_) return;
     source_ = std::move(source);
+    isEnding_ = false; // of an earlier job
     SignalsBlocked blocked;
     try {
         artist_ = std::thread(&ProgressBar::draw, this);

@@ -33,12 +33,14 @@ WatchedLine Destination::line() const {
     return {lock_ ? lock_->descriptor() : -1, target_.usb.has_value(), target_.line.handshake == "hardware"};
 }
 
+bool Destination::isGone() const {
+    if (lock_) return lock_->isGone();
+    return target_.usb && accessTo(target_.usb->node) == NodeAccess::NoNode;
+}
+
 void Destination::settle(PrintReport &report) {
-    if (lock_) {
-        report.isGone = lock_->isGone();
-        lock_.reset(); // while signals can still end its close
-    }
-    if (target_.usb) report.isGone = accessTo(target_.usb->node) == NodeAccess::NoNode;
+    report.isGone = isGone();
+    lock_.reset(); // while signals can still end its close
     if (plotter_) report.arrivedBytes = plotter_->end();
     if (capture_) report.arrivedBytes = capture_->end();
 }

@@ -29,6 +29,8 @@ public:
     /// Where the progress of a job can be seen.
     WatchedLine line() const;
 
+    /// The port or the plotter is not there any more.
+    bool isGone() const;
     /// After the call: the report learns what became of the device, and what arrived at a file or a plotter in software.
     void settle(PrintReport &report);
     /// What a plotter in software found in what arrived.

@@ -1,7 +1,6 @@
 #include "host/print/dry_run.h"
 
 #include "host/print/destination.h"
-#include "host/print/plan_estimate.h"
 #include "host/terminal/text.h"
 
 #include <fmt/format.h>
@@ -24,6 +23,8 @@ std::string lines(const PrintPlan &plan, const ORB_JobReport &job, double second
     std::string text = readyText(plan.ready);
     text += fmt::format("would send {} in {} to {}\n", counted(job.sentBytes, "byte"),
                         counted(plan.examination.pieces, "piece"), shown(plan.target.name()));
+    for (const PlotPart &part : plan.parts)
+        if (!part.wanted.empty()) text += fmt::format("then        {}\n", part.wanted);
     if (job.withheldBytes > 0) text += fmt::format("not sent    {}\n", counted(job.withheldBytes, "byte"));
     text += fmt::format("emulation   {}\nterminator  \"{}\"\n", plan.rules.emulation, shown(plan.rules.terminator));
     if (!takesItsTime(plan.target)) return text;
@@ -53,6 +54,10 @@ Json planJson(const PrintPlan &plan, const ORB_JobReport &job, double seconds, c
     object["bytesToSend"] = job.sentBytes;
     object["piecesToSend"] = plan.examination.pieces;
     object["withheldBytes"] = job.withheldBytes;
+    object["begin"] = plan.begin;
+    object["pauses"] = Json::array();
+    for (const PlotPart &part : plan.parts)
+        if (!part.wanted.empty()) object["pauses"].push_back(part.wanted);
     object["line"] = isLine ? jsonOf(plan.target.line) : Json();
     object["estimatedSeconds"] = takesItsTime(plan.target) ? Json(seconds) : Json();
     return object;
@@ -64,7 +69,7 @@ ExitCode tellPlan(const PrintPlan &plan, const Telling &telling) {
     requireFree(plan.target);
     const PrintReport report = undisturbed(plan);
     const Verdict verdict = judge(plan, report);
-    const double seconds = takesItsTime(plan.target) ? estimateOf(plan).findings.seconds : 0;
+    const double seconds = plan.estimate ? plan.estimate->secondsLeft(plan.begin) : 0;
     return tell(telling, verdict, planJson(plan, report.job, seconds, verdict), lines(plan, report.job, seconds));
 }
 

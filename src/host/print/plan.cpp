@@ -49,7 +49,55 @@ Target targetOf(const PrintOptions &options) {
     return target;
 }
 
+/// Of all parts together.
+Examination examine(const std::vector<PlotPart> &parts, const PlotRules &rules) {
+    Examination all;
+    for (const PlotPart &part : parts) {
+        const Examination one = examine(part.file, rules);
+        all.fileBytes += one.fileBytes;
+        all.pieces += one.pieces;
+        all.withheldBytes += one.withheldBytes;
+        all.innerPaddingBytes += one.innerPaddingBytes;
+        all.endPaddingBytes += one.endPaddingBytes;
+        if (all.flaw == Flaw::None) all.flaw = one.flaw;
+    }
+    return all;
+}
+
+/// What stands between the plot and its beginning or its pens: cut into jobs of their own. Throws Failure.
+void cutIntoParts(const PrintOptions &options, PrintPlan &plan) {
+    const bool isWhole = options.start.from.empty() && !options.start.isResumed;
+    const int pensHeld = options.changesPens ? options.ready.conversion.pensHeld : 0;
+    if (isWhole && pensHeld == 0) return;
+    const ReadAs as{emulations::of(plan.rules.emulation).language, plan.hardClip};
+    if (!as.language) {
+        throw Failure(ExitCode::Usage,
+                      fmt::format("--emulation: {} is a language that cannot be followed; leave out --from, "
+                                  "--resume and --pens-held",
+                                  plan.rules.emulation));
+    }
+    const language::Place start = startOf(plan.plot, as, options.start);
+    plan.begin = static_cast<int64_t>(start.offset);
+    const PenColours &colours = plan.ready.conversion ? plan.ready.conversion->colours : PenColours();
+    plan.parts = partsOf(plan.plot, as, start, pensHeld, colours, plan.rules);
+    if (!plan.parts.empty()) plan.examination = examine(plan.parts, plan.rules);
+    if (isWhole) return;
+    plan.notes.push_back(
+        fmt::format("begins at byte {} of {}, {} in; what the plotter still held when it stopped is not known: "
+                    "--overlap MM draws so much once more, --from begins elsewhere",
+                    grouped(plan.begin), grouped(plan.plot.size()), counted(static_cast<int64_t>(start.strokes), "stroke")));
+}
+
 } // namespace
+
+bool takesItsTime(const Target &target) { return target.kind == Target::Kind::Port || target.kind == Target::Kind::Usb; }
+
+int64_t PrintPlan::bytes() const {
+    int64_t bytes = parts.empty() ? plot.size() : 0;
+    for (const PlotPart &part : parts)
+        bytes += part.file.size();
+    return bytes;
+}
 
 PrintPlan planOf(const PrintOptions &options) {
     PlotFile given(options.plot);
@@ -71,15 +119,25 @@ PrintPlan planOf(const PrintOptions &options) {
     if (!options.force) requireFitPlot(examination, plot, rules);
     for (std::string &note : readyNotes(ready))
         notes.push_back(std::move(note));
-    return {.plot = std::move(plot),
-            .ready = std::move(ready),
-            .jobFile = options.jobFile,
-            .job = std::move(job),
-            .rules = std::move(rules),
-            .examination = std::move(examination),
-            .target = targetOf(options),
-            .keepGoing = options.keepGoing,
-            .notes = std::move(notes)};
+    PrintPlan plan{.plot = std::move(plot),
+                   .ready = std::move(ready),
+                   .jobFile = options.jobFile,
+                   .job = std::move(job),
+                   .rules = std::move(rules),
+                   .examination = std::move(examination),
+                   .target = targetOf(options),
+                   .keepGoing = options.keepGoing,
+                   .notes = std::move(notes),
+                   .hardClip = sheetOf(options.drawing).hardClip};
+    const bool hasArea = !options.drawing.area.empty();
+    if (hasArea || takesItsTime(plan.target)) {
+        const double secondsPerByte = plan.target.kind == Target::Kind::Port ? secondsFor(1, plan.target.line) : 0;
+        plan.estimate = estimateOf(plan.plot, std::nullopt, plan.hardClip, secondsPerByte);
+    }
+    if (hasArea && !options.force) requireWithinArea(plan.plot.path(), plan.estimate->findings, options.drawing);
+    if (!takesItsTime(plan.target)) plan.estimate.reset();
+    cutIntoParts(options, plan);
+    return plan;
 }
 
 } // namespace host

@@ -7,6 +7,8 @@
 #include "host/devices/usb_devices.h"
 #include "host/job/job_options.h"
 #include "host/options/line_settings.h"
+#include "host/picture/estimate.h"
+#include "host/print/parts.h"
 
 #include <optional>
 #include <string>
@@ -24,6 +26,8 @@ struct PrintOptions {
     std::string picture;    ///< the file of --virtual; of port, capture, picture and toUsb one is set
     DrawingOptions drawing; ///< the sheet that is drawn on, and of a picture the resolution
     ReadyOptions ready;
+    StartOptions start;
+    bool changesPens = true; ///< a person does, where the plotter holds too few; false: nobody
     bool toUsb = false;
     std::string usbChoice;
     LineSettings line;
@@ -54,8 +58,18 @@ struct PrintPlan {
     Examination examination = {};
     Target target;
     bool keepGoing = false;
-    std::vector<std::string> notes = {}; ///< what is worth knowing beforehand
+    std::vector<std::string> notes = {};   ///< what is worth knowing beforehand
+    language::Rectangle hardClip = {};     ///< that the plot is read with
+    std::optional<Estimate> estimate = {}; ///< of the plot, where somebody waits for it to be drawn
+    std::vector<PlotPart> parts = {};      ///< that are sent in its stead; empty: the plot as it is
+    int64_t begin = 0;                     ///< in the plot: where the print begins
+
+    /// To be sent in all.
+    int64_t bytes() const;
 };
+
+/// True for a plotter; a file and a plotter in software take what they get at once.
+bool takesItsTime(const Target &target);
 
 /// Reads what is to be printed, a stream to its end, and looks at it and at the job. Whether the target is free is not
 /// asked: that may change until the print takes it. Throws Failure.

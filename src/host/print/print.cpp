@@ -1,47 +1,21 @@
 #include "host/print/print.h"
 
-#include "host/job/job_writer.h"
+#include "host/attendance/awake.h"
 #include "host/obstacles/usb_obstacles.h"
 #include "host/plugin/console_lines.h"
-#include "host/plugin/record.h"
 #include "host/plugin/stop_signals.h"
-#include "host/plugin/usb_target.h"
-#include "host/print/plan_estimate.h"
+#include "host/print/carry_out.h"
+#include "host/print/last_place.h"
 #include "host/terminal/output.h"
 #include "host/terminal/text.h"
 
 #include <chrono>
+#include <fmt/chrono.h>
 #include <optional>
 
 namespace host {
 
 namespace {
-
-/// What the plug-in asks after each piece: takes note of it, and ends the job at its first failure, or at the first that no
-/// further piece can survive.
-struct PieceWatch {
-    JobProgress &progress;
-    bool keepGoing;
-
-    static int32_t look(const ORB_JobReport *soFar, void *context) noexcept {
-        auto &self = *static_cast<PieceWatch *>(context);
-        self.progress.note(*soFar);
-        bool ends = self.keepGoing ? endsAnyJob(soFar->lastStatus) : soFar->firstErrorID != kORB_NoError;
-        if (ends) self.progress.end();
-        return ends;
-    }
-};
-
-/// The record of the job, but for its files; portPath must outlive the call.
-ORB_ServiceRecord recordOf(const PrintPlan &plan, const HostString &portPath) {
-    const Target &target = plan.target;
-    ORB_ServiceRecord record = target.usb ? recordFor(*target.usb) : emptyRecord(kORB_ServicePrint);
-    record.ORB_serviceNumber = kORB_ServicePrint;
-    if (!target.usb) applyLineSettings(target.line, record);
-    record.ORB_CFSTR_bsdIn_VectorixDevice = portPath.get();
-    record.ORB_EmulationID = plan.rules.emulation; // the link needs it before the plug-in reads the job file
-    return record;
-}
 
 /// A file or a picture that cannot be written is part of what became of the job, and of its one report.
 void finish(Destination &destination, const PrintPlan &plan, const PrintReport &report, Verdict &verdict) {
@@ -58,66 +32,215 @@ void finish(Destination &destination, const PrintPlan &plan, const PrintReport &
     }
 }
 
-} // namespace
+/// The run that is under way, for those who ask how it stands.
+class CurrentRun {
+public:
+    void set(PrintRun *run, const PrintPlan *plan, size_t sheet) {
+        std::lock_guard guard(mutex_);
+        run_ = run;
+        plan_ = plan;
+        sheet_ = sheet;
+    }
 
-PrintReport carryOut(const PrintPlan &plan, Destination &destination, ProgressBar &bar, const Estimate *estimate) {
-    std::optional<TemporaryJob> made;
-    if (plan.jobFile.empty()) made.emplace(plan.job);
-    HostString portPath(destination.port(), "--port");
-    ORB_ServiceRecord record = recordOf(plan, portPath);
-    record.ORB_JobFileRef = fileReference(made ? made->path() : plan.jobFile);
-    record.ORB_PlotFileInRef = fileReference(plan.plot.heldPath());
+    void addTo(Json &line) {
+        std::lock_guard guard(mutex_);
+        if (run_ == nullptr) return;
+        const Standing standing = run_->now();
+        const Progress &progress = standing.progress;
+        line["plotFile"] = plan_->plot.path();
+        line["sheet"] = sheet_ + 1;
+        line["bytes"] = progress.doneBytes;
+        line["totalBytes"] = progress.totalBytes;
+        line["place"] = standing.place;
+        line["strokes"] = standing.drawn.strokes;
+        line["pen"] = standing.drawn.pen;
+        line["seconds"] = progress.seconds;
+        line["secondsLeft"] = progress.left ? Json(*progress.left) : Json();
+        line["heldBy"] = progress.wait == Wait::None ? Json() : Json(nameOf(progress.wait));
+    }
 
+private:
+    std::mutex mutex_;
+    PrintRun *run_ = nullptr;
+    const PrintPlan *plan_ = nullptr;
+    size_t sheet_ = 0;
+};
+
+/// What became of one sheet.
+struct SheetOutcome {
+    const PrintPlan *plan;
     PrintReport report;
-    JobProgress progress(destination.line(), plan.plot.size(), plan.plot.size() - plan.examination.withheldBytes);
-    if (estimate) {
-        report.estimatedSeconds = estimate->findings.seconds;
-        progress.secondsLeft = [estimate](int64_t done) { return estimate->secondsLeft(done); };
-    }
-    PieceWatch watch{progress, plan.keepGoing};
-    ORB_hostSetProgress(PieceWatch::look, &watch);
-    bar.follow([&progress] { return progress.now(); });
-    auto start = std::chrono::steady_clock::now();
-    if (!StopOnSignal::came()) {
-        record = ORB_getVectorixCS2(record);
-        ORB_hostGetJobReport(&report.job);
-    }
-    report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    ORB_hostSetProgress(nullptr, nullptr);
-    bar.stop();
+    Verdict verdict;
+};
 
-    report.stopped = StopOnSignal::came();
-    report.recordErrorID = record.ORB_errorID;
-    report.emulation = record.ORB_PlotterEmulationID;
-    report.usbOutPipe = record.ORB_USB_PIPEOUT;
-    report.terminator = textOf(record.ORB_CFSTR_PlotfileTerminator);
-    releaseStrings(record);
-    destination.settle(report);
-    report.change = plan.plot.change();
-    return report;
+/// The pen may be on the paper, and the line takes more.
+bool leavesPenDown(const PrintPlan &plan, const PrintReport &report) {
+    if (report.job.sentBytes == 0 || report.isGone || emulations::of(plan.rules.emulation).penAway.empty()) return false;
+    const bool isLinkWorking = report.job.firstErrorID == kORB_NoError || report.job.firstErrorID == kORB_ErrorStopped ||
+                               report.job.stopReason == kORB_StopNotASCII || report.job.stopReason == kORB_StopPlotFile;
+    const bool hasEnded = report.job.stopReason == kORB_StopFinished && plan.examination.flaw == Flaw::None;
+    return isLinkWorking && (report.stopped || !hasEnded);
 }
 
-ExitCode print(const PrintPlan &plan, const Telling &telling) {
-    std::optional<Estimate> estimate; // read before signals are held: a large file takes a while
-    if (takesItsTime(plan.target)) estimate = estimateOf(plan);
-    std::optional<StopOnSignal> signals(std::in_place);
-    Destination destination(plan.target);
-    if (telling.verbose) writeError(readyText(plan.ready));
-    if (telling.verbose && plan.target.usb) printError("{}", notesOf(*plan.target.usb));
-    ProgressBar bar(!telling.quiet && !telling.json && ProgressBar::isPossible());
-    ConsoleLines console(telling.verbose, bar);
-    PrintReport report = carryOut(plan, destination, bar, estimate ? &*estimate : nullptr);
-    signals.reset();
+std::string now() {
+    return fmt::format("{:%Y-%m-%d %H:%M}",
+                       fmt::localtime(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now())));
+}
 
-    Verdict verdict = judge(plan, report);
-    if (report.job.sentBytes > 0) destination.addNotes(verdict);
-    if (telling.verbose && report.job.uncutChunks > 0) {
-        verdict.notes.push_back(fmt::format("{} held no command boundary and went as they were",
-                                            counted(static_cast<int64_t>(report.job.uncutChunks), "chunk")));
+/// So that it can be taken up again. Says so in the verdict's message.
+void keepPlace(SheetOutcome &sheet) {
+    const PrintPlan &plan = *sheet.plan;
+    if (plan.target.kind == Target::Kind::Picture) return;
+    const std::string hash = hashOf(plan.plot);
+    if (sheet.verdict.code == ExitCode::Done) return forgetLastPlace(hash);
+    const bool isKept =
+        sheet.report.place > 0 && keepLastPlace(hash, {sheet.report.place, plan.plot.size(), plan.plot.path(), now()});
+    if (isKept) sheet.verdict.message += "; --resume takes it up again from there";
+}
+
+/// One print, from the attendance to the words for its end.
+class Session {
+public:
+    Session(const std::vector<PrintPlan> &sheets, const SessionOptions &options, const Telling &telling)
+        : sheets_(sheets), options_(options), telling_(telling),
+          bar_(!telling.quiet && !telling.json && options.attendance.progress.empty() && ProgressBar::isPossible()),
+          attendance_(options.attendance, {[this](Json &line) { current_.addTo(line); }, speaker()}),
+          awake_("plotting " + sheets.front().plot.path()) {}
+
+    ExitCode run() {
+        requireAnswers();
+        std::optional<StopOnSignal> signals(std::in_place);
+        Destination destination(sheets_.front().target);
+        sayBeforehand();
+        ConsoleLines console(telling_.verbose, bar_);
+        attendance_.report("started", "sheets", sheets_.size());
+        for (size_t i = 0; i < sheets_.size() && mayBegin(i); ++i)
+            if (!carryOut(i, destination, signals)) break;
+        if (outcomes_.empty()) throw Failure(ExitCode::Stopped, "stopped: nothing was sent");
+        settle(destination);
+        signals.reset();
+        return conclude(destination, console);
     }
-    if (callFailed(plan, report) && !report.stopped) console.show();
-    finish(destination, plan, report, verdict);
-    return tell(telling, verdict, printJson(plan, report, verdict), summary(plan, report) + "\n");
+
+private:
+    std::function<void(std::string_view)> speaker() {
+        if (telling_.quiet || !options_.attendance.progress.empty()) return {};
+        return [this](std::string_view text) { bar_.writeAbove(text); };
+    }
+
+    /// A prompt that nobody can answer would hold the plotter for good. Throws Failure (usage).
+    void requireAnswers() const {
+        if (attendance_.canAnswer()) return;
+        for (const PrintPlan &sheet : sheets_)
+            for (const PlotPart &part : sheet.parts)
+                if (!part.wanted.empty() && !options_.mayWaitUnseen) {
+                    throw Failure(ExitCode::Usage,
+                                  fmt::format("{}: pens have to be changed, and there is no terminal to ask at; "
+                                              "give --pen-change skip, pause (SIGUSR1 goes on), or --control",
+                                              shown(sheet.plot.path())));
+                }
+        if (sheets_.size() > 1 && options_.isPrompted) {
+            throw Failure(ExitCode::Usage,
+                          fmt::format("{} sheets, and no terminal to ask for paper at; give --no-prompt for a "
+                                      "roll, or --control",
+                                      sheets_.size()));
+        }
+    }
+
+    void sayBeforehand() {
+        if (!telling_.verbose) return;
+        for (const PrintPlan &sheet : sheets_)
+            writeError(readyText(sheet.ready));
+        if (const auto &usb = sheets_.front().target.usb) printError("{}", notesOf(*usb));
+        if (!awake_.problem().empty())
+            printNote(fmt::format("the computer may go to sleep meanwhile ({})", awake_.problem()));
+    }
+
+    bool mayBegin(size_t sheet) {
+        if (sheet == 0) return true;
+        if (!options_.isPrompted) return attendance_.gate().pass(true);
+        return attendance_.gate().await(GateEvent::PaperWanted,
+                                        fmt::format("put in paper for sheet {} of {}, {}", sheet + 1, sheets_.size(),
+                                                    shown(sheets_[sheet].plot.path())));
+    }
+
+    /// False when no sheet is to follow.
+    bool carryOut(size_t sheet, Destination &destination, std::optional<StopOnSignal> &signals) {
+        const PrintPlan &plan = sheets_[sheet];
+        PrintRun run(plan, destination, &attendance_.gate());
+        current_.set(&run, &plan, sheet);
+        SheetOutcome outcome{&plan, run.carryOut(bar_), {}};
+        outcome.report.isGone = destination.isGone();
+        if (!options_.leavesPen && leavesPenDown(plan, outcome.report)) {
+            signals.reset(); // a new one: the stop that ended the print must not end this
+            signals.emplace();
+            outcome.report.penPutAway = run.putPenAway();
+        }
+        current_.set(nullptr, nullptr, 0);
+        const bool goesOn = judge(plan, outcome.report).code == ExitCode::Done;
+        outcomes_.push_back(std::move(outcome));
+        return goesOn;
+    }
+
+    /// What arrived is known of all sheets together: what is short, is the last one.
+    void settle(Destination &destination) {
+        PrintReport &last = outcomes_.back().report;
+        destination.settle(last);
+        for (size_t i = 0; last.arrivedBytes && i + 1 < outcomes_.size(); ++i)
+            *last.arrivedBytes -= outcomes_[i].report.job.sentBytes;
+    }
+
+    ExitCode conclude(Destination &destination, ConsoleLines &console) {
+        Json sheets = Json::array();
+        Verdict all;
+        std::string text;
+        for (SheetOutcome &sheet : outcomes_) {
+            const PrintPlan &plan = *sheet.plan;
+            sheet.verdict = judge(plan, sheet.report);
+            if (callFailed(plan, sheet.report) && !sheet.report.stopped) console.show();
+            if (&sheet == &outcomes_.back()) {
+                if (sheet.report.job.sentBytes > 0) destination.addNotes(sheet.verdict);
+                finish(destination, plan, sheet.report, sheet.verdict);
+            }
+            noteChunks(sheet);
+            keepPlace(sheet);
+            all.code = sheet.verdict.code;
+            all.message = sheet.verdict.message;
+            all.notes.insert(all.notes.end(), sheet.verdict.notes.begin(), sheet.verdict.notes.end());
+            text += summary(plan, sheet.report) + "\n";
+            sheets.push_back(printJson(plan, sheet.report, sheet.verdict));
+        }
+        if (all.code == ExitCode::Done && outcomes_.size() < sheets_.size()) {
+            all.code = ExitCode::Stopped;
+            all.message = fmt::format("stopped: {} of {} sheets were printed", outcomes_.size(), sheets_.size());
+        }
+        Json report =
+            sheets_.size() == 1 ? printJson(*outcomes_[0].plan, outcomes_[0].report, outcomes_[0].verdict) : jsonOf(all);
+        if (sheets_.size() > 1) report["sheets"] = sheets;
+        attendance_.report("done", "report", report);
+        return tell(telling_, all, report, text);
+    }
+
+    void noteChunks(SheetOutcome &sheet) const {
+        if (!telling_.verbose || sheet.report.job.uncutChunks == 0) return;
+        sheet.verdict.notes.push_back(fmt::format("{} held no command boundary and went as they were",
+                                                  counted(static_cast<int64_t>(sheet.report.job.uncutChunks), "chunk")));
+    }
+
+    const std::vector<PrintPlan> &sheets_;
+    const SessionOptions &options_;
+    const Telling &telling_;
+    ProgressBar bar_;
+    CurrentRun current_;
+    Attendance attendance_;
+    Awake awake_;
+    std::vector<SheetOutcome> outcomes_;
+};
+
+} // namespace
+
+ExitCode print(const std::vector<PrintPlan> &sheets, const SessionOptions &options, const Telling &telling) {
+    return Session(sheets, options, telling).run();
 }
 
 } // namespace host

@@ -1,20 +1,24 @@
-// A plan carried out: take the target, call the plug-in, judge its report, tell. Serial ports and USB plotters, files and
-// plotters in software all go this way, and so do the few commands of a text that is sent over USB.
+// A person's print: one sheet or several, watched and steered from the terminal or by a program, and put into words at its
+// end. What one plan comes to is PrintRun's; here is what lies around it.
 #pragma once
 
-#include "host/picture/estimate.h"
-#include "host/plugin/progress_bar.h"
-#include "host/print/destination.h"
+#include "host/attendance/attendance.h"
+#include "host/print/plan.h"
 #include "host/terminal/telling.h"
+
+#include <vector>
 
 namespace host {
 
-/// Has the plug-in print the plan's plot, and returns what became of it. To be called while a StopOnSignal exists; the
-/// destination is given back before it returns. Throws Failure when the job does not begin.
-/// estimate: of the plot, where somebody waits for it to be drawn.
-PrintReport carryOut(const PrintPlan &plan, Destination &destination, ProgressBar &bar, const Estimate *estimate = nullptr);
+struct SessionOptions {
+    AttendanceOptions attendance;
+    bool leavesPen = false;     ///< on the paper, where a print ends before its end
+    bool isPrompted = true;     ///< for paper, between sheets
+    bool mayWaitUnseen = false; ///< for a pen, without a terminal: a signal goes on
+};
 
-/// Prints, and tells what became of it. Throws Failure when the job does not begin; what happens later is in the exit code.
-ExitCode print(const PrintPlan &plan, const Telling &telling);
+/// Prints the sheets in their order, all to one target, and tells what became of them. Throws Failure when the first does
+/// not begin; what happens later is in the exit code.
+ExitCode print(const std::vector<PrintPlan> &sheets, const SessionOptions &options, const Telling &telling);
 
 } // namespace host

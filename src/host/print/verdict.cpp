@@ -190,6 +190,7 @@ std::string summary(const PrintPlan &plan, const PrintReport &report) {
                             counted(static_cast<int64_t>(job.piecesFailed), "piece"));
     }
     if (job.withheldBytes > 0) text += fmt::format("; {} not sent", counted(job.withheldBytes, "byte"));
+    if (report.penPutAway) text += *report.penPutAway ? "; the pen was put away" : "; the pen could not be put away";
     if (report.arrivedBytes && !isShort(report)) text += fmt::format("; {} arrived", counted(*report.arrivedBytes, "byte"));
     return text;
 }

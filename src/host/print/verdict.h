@@ -24,6 +24,8 @@ struct PrintReport {
     ORB_JobReport job{};
     int32_t recordErrorID = kORB_NoError; ///< as the record came back
     bool stopped = false;                 ///< by the user
+    int64_t place = 0;                    ///< in the plot, of what was sent of it
+    std::optional<bool> penPutAway;       ///< behind a print that ended early: whether the line took that; none: not tried
     double seconds = 0;
     std::optional<double> estimatedSeconds; ///< of a plotter, beforehand
     int32_t emulation = 0;                  ///< as the plug-in read it from the job

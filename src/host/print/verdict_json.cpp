@@ -20,6 +20,8 @@ Json printJson(const PrintPlan &plan, const PrintReport &report, const Verdict &
     object["seconds"] = report.seconds;
     object["estimatedSeconds"] = report.estimatedSeconds ? Json(*report.estimatedSeconds) : Json();
     object["stopReason"] = job.stopReason < std::size(kStopReasons) ? kStopReasons[job.stopReason] : "unknown";
+    object["place"] = report.place;
+    object["penPutAway"] = report.penPutAway ? Json(*report.penPutAway) : Json();
     object["fileBytes"] = job.fileBytes;
     object["sentBytes"] = job.sentBytes;
     object["failedBytes"] = job.failedBytes;
@@ -41,6 +43,8 @@ std::vector<JsonFields> printFields() {
         {"plotFile, destination", "as they were named"},
         {"emulation, terminator, seconds", "of the job"},
         {"stopReason", "finished, stoppedByHost, notASCII, noMarkInTail, noLink, plotFile,\njobFile or unconvertible"},
+        {"place", "in the plot, up to which it was sent: where --resume goes on"},
+        {"penPutAway", "behind a print that ended early: whether the line took that; null: not tried"},
         {"fileBytes", "= sentBytes + failedBytes + withheldBytes"},
         {"sentBytes, failedBytes", "taken by the port and kept, and not"},
         {"withheldBytes", "of the plot file, that were not to be sent"},

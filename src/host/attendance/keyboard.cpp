@@ -1,0 +1,91 @@
+#include "host/attendance/keyboard.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace host {
+
+namespace {
+
+// For the handler.
+volatile sig_atomic_t terminalFd = -1;
+termios usual, keyByKey;
+
+bool isInForeground(int fd) { return tcgetpgrp(fd) == getpgrp(); }
+
+int openTerminal() {
+    if (!isatty(STDERR_FILENO)) return -1; // whoever cannot read what is asked cannot answer
+    if (isatty(STDIN_FILENO)) return fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+    return open("/dev/tty", O_RDONLY | O_NOCTTY | O_CLOEXEC);
+}
+
+} // namespace
+
+Keyboard::Keyboard() : terminal_(openTerminal()) {
+    const int fd = terminal_.get();
+    if (fd < 0) return;
+    if (tcgetattr(fd, &usual) != 0) {
+        terminal_ = UniqueFd();
+        return;
+    }
+    keyByKey = usual;
+    keyByKey.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+    keyByKey.c_cc[VMIN] = 0;
+    keyByKey.c_cc[VTIME] = 0;
+    if (isInForeground(fd)) tcsetattr(fd, TCSANOW, &keyByKey);
+    terminalFd = fd;
+    struct sigaction action = {};
+    action.sa_handler = onStop;
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGTSTP, &action, &before_);
+    if (before_.sa_handler == SIG_IGN) sigaction(SIGTSTP, &before_, nullptr);
+}
+
+Keyboard::~Keyboard() {
+    if (!isThere()) return;
+    sigaction(SIGTSTP, &before_, nullptr);
+    terminalFd = -1;
+    if (isInForeground(terminal_.get())) tcsetattr(terminal_.get(), TCSANOW, &usual);
+}
+
+/// Ctrl-Z: the shell gets its terminal as it was, and back in the foreground the keys come one by one again.
+void Keyboard::onStop(int signal) {
+    const int errorNumber = errno;
+    const int fd = terminalFd;
+    tcsetattr(fd, TCSANOW, &usual);
+    struct sigaction own = {}, standard = {};
+    standard.sa_handler = SIG_DFL;
+    sigaction(signal, &standard, &own);
+    sigset_t one, before;
+    sigemptyset(&one);
+    sigaddset(&one, signal);
+    raise(signal);
+    sigprocmask(SIG_UNBLOCK, &one, &before); // stands still here
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    sigaction(signal, &own, nullptr);
+    if (isInForeground(fd)) tcsetattr(fd, TCSANOW, &keyByKey);
+    errno = errorNumber;
+}
+
+int Keyboard::descriptor() const { return isThere() && isInForeground(terminal_.get()) ? terminal_.get() : -1; }
+
+std::optional<char> Keyboard::read() {
+    char key;
+    const ssize_t count = descriptor() < 0 ? 0 : ::read(terminal_.get(), &key, 1);
+    return count == 1 ? std::optional(key) : std::nullopt;
+}
+
+void Keyboard::refresh() {
+    termios now;
+    if (descriptor() >= 0 && tcgetattr(terminal_.get(), &now) == 0 && (now.c_lflag & ICANON) != 0)
+        tcsetattr(terminal_.get(), TCSANOW, &keyByKey);
+}
+
+void Keyboard::forget() {
+    terminalFd = -1;
+    sigaction(SIGTSTP, &before_, nullptr);
+    terminal_ = UniqueFd();
+}
+
+} // namespace host
