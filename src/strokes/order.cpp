@@ -81,4 +81,12 @@ void orderNearest(Drawing &drawing) {
     drawing.strokes = std::move(ordered);
 }
 
+void orderByPen(Drawing &drawing) {
+    std::vector<Stroke> ordered;
+    for (const std::vector<uint32_t> &which : byPen(drawing.strokes))
+        for (const uint32_t number : which)
+            ordered.push_back(std::move(drawing.strokes[number]));
+    drawing.strokes = std::move(ordered);
+}
+
 } // namespace strokes

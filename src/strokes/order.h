@@ -15,4 +15,7 @@ constexpr double kTouching = 1 / language::kUnitsPerMillimetre;
 /// Every stroke must have a point.
 void orderNearest(Drawing &drawing);
 
+/// The same pen by pen, but each pen's strokes as they were drawn.
+void orderByPen(Drawing &drawing);
+
 } // namespace strokes

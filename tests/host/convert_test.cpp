@@ -44,6 +44,9 @@ TEST_F(ConvertCommandTest, PoursPlotsOutAndLeavesThemWhereTheyAre) {
                       "<path d='M10 10H40' stroke='red'/><path d='M40 5H10' stroke='black'/></svg>");
     result = run({"convert", svg, "-o", "-", "--at", "0,0", "--pens", "black=1,red=3"});
     EXPECT_EQ(result.out, "IN;SP3;PU0,0;PD1200,0;SP1;PU1200,200;PD0,200;PU0,0;SP0;");
+    const std::string mixed = file("mixed", "SP1;PU0,0;PD8,0;SP2;PU0,8;PD8,8;SP1;PU0,16;PD8,16;");
+    result = run({"convert", mixed, "-o", "-", "-q", "--by-pen"});
+    EXPECT_EQ(result.out, "IN;SP1;PU0,0;PD8,0;PU0,16;PD8,16;SP2;PU0,8;PD8,8;PU0,0;SP0;");
     // A print sends what convert writes, in the language of the plotter; and DM/PL in its own, where none was named.
     const std::string sent = path("sent"), dmpl = file("cut.dmpl", ";:ECN,A,U40,0,D80,0,U0,0,@");
     EXPECT_EQ(run({"print", svg, "--capture", sent, "--at", "0,0", "--emulation", "17001"}).code, 0);

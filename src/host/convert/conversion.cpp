@@ -74,7 +74,10 @@ StrokeCount countOf(const strokes::Drawing &drawing) { return {drawing.strokes.s
 
 void putInOrder(strokes::Drawing &drawing, bool isPlot, const ConversionOptions &options) {
     const bool isNearest = options.order == "nearest" || (options.order.empty() && !isPlot);
-    if (isNearest) orderNearest(drawing);
+    if (isNearest)
+        orderNearest(drawing); // by pen, too
+    else if (options.isByPen || (!isPlot && !options.isMixed))
+        orderByPen(drawing);
     const double tolerance = options.simplify.value_or(isNearest ? kHalfUnit : 0);
     if (tolerance > 0) simplify(drawing, tolerance);
 }

@@ -32,6 +32,8 @@ struct ConversionOptions {
     std::string pens;
     int32_t pensHeld = 0; ///< 0: as many as most plotters hold
     std::string order;    ///< empty: nearest for SVG and PDF, as-drawn for a plot
+    bool isByPen = false; ///< a plot's strokes as well
+    bool isMixed = false; ///< the pens, where strokes stay as they were drawn
     int page = 1;
     std::string fill = "outline";
     bool showsHidden = false;

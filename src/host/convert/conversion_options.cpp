@@ -113,6 +113,10 @@ std::vector<Option> addConversionOptions(const Command &command, ConversionOptio
                        fmt::format("Which stroke comes next; nearest also turns strokes round, and joins those that "
                                    "touch ({} mm) (nearest; of a plot as-drawn)",
                                    strokes::kTouching));
+    Option byPen = command.flag("--by-pen", options.isByPen,
+                                "Draw all of one pen before the next one, as SVG and PDF are drawn anyway");
+    Option mixed =
+        command.flag("--no-by-pen", options.isMixed, "With --order as-drawn change pens as they were drawn").excludes(byPen);
     Option simplify =
         command.option("--simplify", options.simplify,
                        "Leave out points as long as no line moves by more (with --order nearest 0.0125, half a "
@@ -120,9 +124,9 @@ std::vector<Option> addConversionOptions(const Command &command, ConversionOptio
     pens.check(faultOfPens).valueName("FROM=PEN,...");
     order.oneOf({"nearest", "as-drawn"}).valueName("nearest|as-drawn");
     simplify.check(within(0, kMostMillimetres)).valueName("MM");
-    for (Option option : {pens, held, order, simplify})
+    for (Option option : {pens, held, order, byPen, mixed, simplify})
         option.group("Strokes");
-    forStrokes.insert(forStrokes.end(), {pens, order, simplify});
+    forStrokes.insert(forStrokes.end(), {pens, order, byPen, simplify});
     return forStrokes;
 }
 
