@@ -74,6 +74,13 @@ TEST_F(PreviewTest, ShowsAllOfADrawing) {
     EXPECT_TRUE(holds(result.out, "stroke=\"#a0a0a0\" stroke-width=\"14\" d=\"M12000 0L16000 0\"/>\n</g>\n</svg>\n"));
 }
 
+TEST_F(PreviewTest, ShowsGreyWhatIsDoneBeforeAPlace) {
+    const std::string plot = file("two", "IN;SP2;PU400,800;PD800,800;PU;PD900,900;PU;");
+    EXPECT_TRUE(ended(run({"preview", plot, "-o", picture_, "--from", "stroke:2"}), 0, "up to byte 30\nleft: 1 stroke,"));
+    EXPECT_TRUE(holds(contents(picture_), "\"#a0a0a0\" stroke-width=\"14\" d=\"M400 800L800 800\""));
+    EXPECT_TRUE(holds(contents(picture_), "\"#d21f26\" stroke-width=\"14\" d=\"M800 800L900 900\""));
+}
+
 TEST_F(PreviewTest, TellsTheTimeThatDryRunsTell) {
     const std::string plot = file("plot", "SP1;VS1;PU0,0;PD4000,0;SP2;PD4000,400;" + std::string(400, ' ') + "PD0,0;");
     auto report = json::parse(run({"preview", plot, "--json", "--baud", "300"}).out);

@@ -10,6 +10,7 @@
 #include "host/picture/estimate.h"
 #include "host/picture/plot_findings.h"
 #include "host/plugin/stop_signals.h"
+#include "host/print/parts.h"
 #include "host/terminal/output.h"
 #include "host/terminal/telling.h"
 #include "host/terminal/text.h"
@@ -29,6 +30,7 @@ struct PreviewOptions {
     DrawingOptions drawing;
     ReadyOptions ready;
     LineSettings line;
+    StartOptions start;
     std::string usbChoice;
     bool isUsb = false; ///< the time is that of the pen alone
     Telling telling;
@@ -39,15 +41,28 @@ struct PreviewOptions {
 struct Preview {
     ReadyReport ready;
     Estimate estimate;
+    language::Place begin; ///< before which all is done
     View view;
     std::string note; ///< on how the picture was drawn
 };
 
+double secondsLeft(const Preview &made) { return made.estimate.secondsLeft(static_cast<int64_t>(made.begin.offset)); }
+
+/// Of a preview from a place within the plot.
+std::string placeText(const Preview &made) {
+    if (made.begin.offset == 0) return {};
+    const language::Findings &all = made.estimate.findings;
+    return fmt::format(
+        "done: {}, up to byte {}\nleft: {}, about {}\n", counted(static_cast<int64_t>(made.begin.strokes), "stroke"),
+        grouped(static_cast<int64_t>(made.begin.offset)),
+        counted(static_cast<int64_t>(all.strokes - made.begin.strokes), "stroke"), duration(secondsLeft(made)));
+}
+
 std::string textOf(const Preview &made, const PreviewOptions &options) {
     const std::string line = options.isUsb ? "" : fmt::format("{} bit/s", options.line.baud);
     const std::optional<ConversionReport> &conversion = made.ready.conversion;
-    std::string text =
-        (conversion ? strokesText(*conversion) : "") + findingsText(made.estimate.language, made.estimate.findings, line);
+    std::string text = (conversion ? strokesText(*conversion) : "") +
+                       findingsText(made.estimate.language, made.estimate.findings, line) + placeText(made);
     if (options.picture.empty()) return text;
     return text + fmt::format("drew {}{}\n", options.isPoured() ? "the picture" : shown(options.picture),
                               made.view.name.empty() ? "" : " on " + shown(made.view.name));
@@ -61,6 +76,8 @@ Json jsonOf(const Preview &made, const PreviewOptions &options, const Verdict &v
     addFindings(report, made.estimate.language, made.estimate.findings);
     report["sheet"] = made.view.name.empty() ? Json() : Json(made.view.name);
     report["leavesSheet"] = made.view.isLeft;
+    report["begin"] = made.begin.offset;
+    report["secondsLeft"] = secondsLeft(made);
     return report;
 }
 
@@ -84,10 +101,15 @@ ExitCode tellPreview(const Preview &made, const PreviewOptions &options) {
 }
 
 /// Returns the remark on how it was drawn.
-std::string draw(const PlotFile &file, const View &view, const PreviewOptions &options) {
-    Drawing drawing(view, options.drawing, options.picture);
+std::string draw(const PlotFile &file, const Preview &made, const PreviewOptions &options) {
+    Drawing drawing(made.view, options.drawing, options.picture);
     language::PlotReader plot(languageOf(options.drawing), drawing.sink(), sheetOf(options.drawing).hardClip,
                               language::Clipping::None);
+    drawing.setDone(made.begin.offset > 0);
+    plot.onChoice = [&](language::Reader &reader) {
+        if (made.begin.offset == 0) return;
+        reader.onInstruction = [&] { drawing.setDone(reader.place().offset < made.begin.offset); };
+    };
     std::optional<StopOnSignal> signals(std::in_place);
     file.readBlocks([&](std::string_view block) {
         plot.take(block);
@@ -112,6 +134,7 @@ ExitCode preview(const PreviewOptions &options) {
     Preview made{.ready = ready,
                  .estimate = estimateOf(file, languageOf(options.drawing), sheetOf(options.drawing).hardClip,
                                         options.isUsb ? 0 : secondsFor(1, options.line)),
+                 .begin = {},
                  .view = {},
                  .note = {}};
     const language::Findings &findings = made.estimate.findings;
@@ -119,8 +142,9 @@ ExitCode preview(const PreviewOptions &options) {
         throw Failure(ExitCode::Unfit,
                       fmt::format("{}: no plot in a language that can be drawn; give HP-GL or DM/PL", shown(file.path())));
     }
+    made.begin = startOf(file, {made.estimate.language, sheetOf(options.drawing).hardClip}, options.start);
     made.view = viewOf(options.drawing, findings);
-    if (!options.picture.empty()) made.note = draw(file, made.view, options);
+    if (!options.picture.empty()) made.note = draw(file, made, options);
     return tellPreview(made, options);
 }
 
@@ -132,9 +156,11 @@ void addPreviewCommand(const Command &app) {
     std::vector<JsonFields> fields = findingsFields();
     const std::vector<JsonFields> ready = readyFields();
     fields.insert(fields.begin(), ready.begin(), ready.end());
-    fields.insert(fields.begin(), {{"exitCode, message, notes", "only the first two when nothing was drawn"},
-                                   {"plotFile, picture", "as they were named; null for no picture"},
-                                   {"sheet", "that the drawing was held against; null when no usual one holds it"}});
+    fields.insert(fields.begin(),
+                  {{"exitCode, message, notes", "only the first two when nothing was drawn"},
+                   {"plotFile, picture", "as they were named; null for no picture"},
+                   {"sheet", "that the drawing was held against; null when no usual one holds it"},
+                   {"begin, secondsLeft", "where the plot is begun with --from, and the time from there on"}});
     command.explain(
         {"Of SVG and PDF, what is drawn are the strokes that a print would send; of a plot the whole file, also what a "
          "print would not send: text behind the last terminator.\n\n"
@@ -148,6 +174,7 @@ void addPreviewCommand(const Command &app) {
           {"vectorix preview drawing.plt -o drawing.svg --sheet a3", "As SVG, on a sheet of 420 x 297 mm."},
           {"vectorix preview drawing.plt -o drawing.png --dpi 100 --sheet a4-portrait", "As PNG, on an upright sheet."},
           {"vectorix preview drawing.plt -o drawing.pdf --json", "As PDF; what was found in the plot as JSON."},
+          {"vectorix preview drawing.plt -o left.png --from 40%", "What is left is in colours, what is done is grey."},
           {"vectorix preview drawing.plt -o - --format png", "As PNG to standard output, for another program."}},
          fields});
     command.option("PLOT", options->plot, "Plot file, SVG or PDF; - for standard input").required().valueName("");
@@ -165,6 +192,9 @@ void addPreviewCommand(const Command &app) {
     addDrawingOptions(command, options->drawing)
         .front()
         .describe("Sheet that it is drawn on: a0 to a4, letter, tabloid, or WxH in mm (the smallest that holds it)");
+    addFrom(command, options->start)
+        .describe("Show grey what is done when a print begins at a byte (2000), a part (40%), or "
+                  "stroke:N");
     Option usb = addUsb(command, options->usbChoice).describe("Estimate the time for a plotter on USB, not on a line");
     addLineOptions(command, options->line);
     const std::vector<Option> forStrokes = addConversionOptions(command, options->ready.conversion);

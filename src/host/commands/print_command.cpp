@@ -37,9 +37,7 @@ ExitCode run(const TypedPrint &typed) {
 }
 
 void addStart(const Command &command, StartOptions &start) {
-    Option from = command.option("--from", start.from, "Begin within the plot: at a byte (2000), a part (40%), or stroke:N")
-                      .check(faultOfPlace)
-                      .valueName("PLACE");
+    Option from = addFrom(command, start);
     Option resume =
         command.flag("--resume", start.isResumed, "Begin where the last print of this plot ended").excludes(from);
     Option overlap = command.option("--overlap", start.overlap, "Draw so many mm ahead of that place once more (0)");

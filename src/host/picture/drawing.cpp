@@ -59,6 +59,11 @@ virtual_plotter::PenSink &Drawing::sink() {
     return picture_;
 }
 
+void Drawing::setDone(bool isDone) {
+    parted_.setDone(isDone);
+    picture_.setOutside(isDone);
+}
+
 void Drawing::finish() {
     if (path_.empty()) return;
     const auto error = picture_.finish();

@@ -27,6 +27,8 @@ public:
     /// Of a view; what the pen does not reach is grey, when the sheet was asked for. Throws Failure.
     Drawing(const View &view, const DrawingOptions &options, const std::string &path);
     virtual_plotter::PenSink &sink();
+    /// What follows has been drawn before, and is grey; or no longer has. To be called between strokes.
+    void setDone(bool isDone);
     const virtual_plotter::Sheet &sheet() const { return view_.sheet; }
     /// A remark on how it was drawn; mostly empty.
     const std::string &note() const { return picture_.note(); }

@@ -1,7 +1,6 @@
 #include "host/print/parts.h"
 
 #include "host/print/last_place.h"
-#include "host/terminal/command.h"
 #include "host/terminal/failure.h"
 #include "host/terminal/text.h"
 
@@ -137,7 +136,14 @@ PlotFile fileOf(const PlotFile &plot, const std::string &state, int64_t begin, i
     return PlotFile(std::move(kept));
 }
 
+/// Empty when nothing is wrong.
 } // namespace
+
+Option addFrom(const Command &command, StartOptions &start) {
+    return command.option("--from", start.from, "Begin within the plot: at a byte (2000), a part (40%), or stroke:N")
+        .check(faultOfPlace)
+        .valueName("PLACE");
+}
 
 std::string faultOfPlace(const std::string &text) {
     return typedPlace(text) ? std::string()

@@ -5,6 +5,7 @@
 
 #include "host/convert/conversion.h"
 #include "host/examination/examination.h"
+#include "host/terminal/command.h"
 #include "language/places.h"
 
 #include <optional>
@@ -31,8 +32,8 @@ struct StartOptions {
     double overlap = 0;     ///< millimetres drawn that are drawn once more
 };
 
-/// What is wrong with a text for --from; empty when nothing is.
-std::string faultOfPlace(const std::string &text);
+/// Adds --from.
+Option addFrom(const Command &command, StartOptions &start);
 
 /// How a plot is read.
 struct ReadAs {

@@ -8,7 +8,7 @@ void GreyOutside::setPen(int pen, double widthMillimetres) { picture_.setPen(pen
 
 void GreyOutside::begin(Point at) {
     isOutside_ = !inside(reach_, at);
-    picture_.setOutside(isOutside_);
+    setGrey(isOutside_);
     picture_.begin(at);
     last_ = at;
 }
@@ -26,7 +26,7 @@ void GreyOutside::line(Point to) {
 void GreyOutside::draw(Point from, Point to, bool isOutside) {
     if (isOutside != isOutside_) {
         isOutside_ = isOutside;
-        picture_.setOutside(isOutside);
+        setGrey(isOutside);
         picture_.begin(from);
     }
     picture_.line(to);
@@ -34,11 +34,11 @@ void GreyOutside::draw(Point from, Point to, bool isOutside) {
 
 void GreyOutside::fill(std::span<const Point> points, std::span<const size_t> ends) {
     const bool isWhole = std::ranges::all_of(points, [&](Point p) { return inside(reach_, p); });
-    picture_.setOutside(!isWhole);
+    setGrey(!isWhole);
     picture_.fill(points, ends);
     if (isWhole) return;
     clipper_.clip(reach_, points, ends);
-    picture_.setOutside(false);
+    setGrey(false);
     if (!clipper_.ends().empty()) picture_.fill(clipper_.points(), clipper_.ends());
 }
 

@@ -1,5 +1,6 @@
-// What the pen cannot reach, in grey. A plotter leaves it out; in a picture it must be seen, and be told from what will be
-// drawn. So the strokes of a reader that clips nothing are parted here, at the edges of what the pen reaches.
+// What will not be drawn, in grey: it must be seen in a picture, and be told from what will be. A plotter leaves out what
+// its pen cannot reach: so the strokes of a reader that clips nothing are parted here, at the edges of what the pen reaches.
+// And some of a plot may have been drawn before.
 #pragma once
 
 #include "language/clip.h"
@@ -12,6 +13,8 @@ public:
     /// The picture must outlive it.
     GreyOutside(Picture &picture, const Rectangle &reach) : picture_(picture), reach_(reach) {}
 
+    /// Whether what follows has been drawn before. To be called between strokes.
+    void setDone(bool isDone) { isDone_ = isDone; }
     void setPen(int pen, double widthMillimetres) override;
     void begin(Point at) override;
     void line(Point to) override;
@@ -19,11 +22,13 @@ public:
 
 private:
     void draw(Point from, Point to, bool isOutside);
+    void setGrey(bool isOutside) { picture_.setOutside(isOutside || isDone_); }
 
     Picture &picture_;
     const Rectangle reach_;
     PolygonClipper clipper_;
-    Point last_;             // of the reader's stroke
+    Point last_; // of the reader's stroke
+    bool isDone_ = false;
     bool isOutside_ = false; // as the picture's stroke, which ends there, too
 };
 
