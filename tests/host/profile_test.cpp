@@ -108,6 +108,7 @@ TEST_F(ProfileTest, NamesTheLineOfWhatIsUnfit) {
         {"usb = true\nport = '/dev/a'", "line 1: usb and port exclude each other"},
         {"tool = ['1','2','3','4','5','6','7','8','9']", "line 1: tool: "},
         {"port = '/dev/a'\nterminator = '\\x0'", "line 2: terminator: "},
+        {"port = '/dev/a'\nafter = 'PG;\xC3\xA4'", "line 2: after: holds characters outside ASCII"},
     };
     for (auto [text, says] : kRows) {
         profile("house", text);

@@ -123,6 +123,7 @@ void addPrintCommand(const Command &app) {
             typed->session.mayWaitUnseen = typed->penChange == "pause";
             return run(*typed);
         },
+    addTexts(command, options->texts);
         &typed->telling.json);
 }
 

@@ -138,7 +138,8 @@ constexpr const char *kHelp =
     "\n"
     "'vectorix print PLOT -p NAME' takes from it what is not typed; so do preview, send, limits and\n"
     "simulate. What is typed wins.\n"
-    "With another --emulation typed than the profile's, its terminator, tools and variant are left out.";
+    "With another --emulation typed than the profile's, its terminator, tools, variant and the texts before and after\na "
+    "plot are left out.";
 
 } // namespace
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "host/convert/conversion.h"
+#include "host/convert/plot_texts.h"
 #include "host/examination/examination.h"
 
 namespace host {
@@ -12,6 +13,7 @@ namespace host {
 struct ReadyOptions {
     ConversionOptions conversion;
     bool isConverted = false; ///< a plot as well: something was typed that only strokes can be given
+    PlotTexts texts = {};     ///< that are put into it
     bool isExact = false;     ///< nothing is mended
     bool isForced = false;    ///< what cannot be mended is taken as it is
 };
@@ -20,6 +22,7 @@ struct ReadyOptions {
 struct ReadyReport {
     std::vector<std::string> mendings;          ///< of a plot file: "ended with \";\""
     std::optional<ConversionReport> conversion; ///< of one that was written anew
+    PlotTexts texts = {};                       ///< that were put into it
     std::string refusal = {};                   ///< why it would not arrive whole, of one that is taken all the same
 };
 

@@ -3,6 +3,7 @@
 #include "host/terminal/failure.h"
 #include "host/terminal/text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -79,6 +80,17 @@ void PlotFile::readBlocks(const std::function<bool(std::string_view block)> &loo
 
 PlotChange PlotFile::change() const {
     struct stat now, named;
+void addBytes(KeptFile &kept, const PlotFile &plot, int64_t begin, int64_t end) {
+    std::string buffer(kBlock, '\0');
+    while (begin < end) {
+        const std::string_view block =
+            plot.read(begin, buffer).substr(0, static_cast<size_t>(std::min<int64_t>(end - begin, kBlock)));
+        if (block.empty()) return;
+        kept.add(block);
+        begin += static_cast<int64_t>(block.size());
+    }
+}
+
     if (isUnnamed_ || fstat(fd_.get(), &now) != 0) return {};
     if (now.st_size != opened_.st_size) {
         return {true, fmt::format("its size changed while it was printed, from {} to {} bytes; print it again once it is "

@@ -64,3 +64,6 @@ private:
 };
 
 } // namespace host
+/// Adds what stands from begin to end in a plot. Throws Failure.
+void addBytes(KeptFile &kept, const PlotFile &plot, int64_t begin, int64_t end);
+

@@ -24,12 +24,6 @@ std::string checkWholeNumber(const std::string &text) {
     return whole ? std::string() : fmt::format("{} is not a whole number", text);
 }
 
-std::string plotterText(const std::string &typed, const std::string &option) {
-    std::string text = unescaped(typed, option);
-    requirePlotterText(text, option);
-    return text;
-}
-
 } // namespace
 
 Option addEmulation(const Command &app, int &emulation) {
@@ -59,7 +53,13 @@ std::vector<Option> addJobOptions(const Command &app, JobOptions &options) {
     return added;
 }
 
-const char *escapeHelp() { return "Terminators and tool strings may hold \\n \\r \\t \\e \\xNN and \\\\."; }
+std::string plotterText(const std::string &typed, const std::string &option) {
+    std::string text = unescaped(typed, option);
+    requirePlotterText(text, option);
+    return text;
+}
+
+const char *escapeHelp() { return "Texts for the plotter, such as terminators, may hold \\n \\r \\t \\e \\xNN and \\\\."; }
 
 void addJobDetails(const Command &app, JobOptions &options) {
     for (size_t i = 0; i < std::size(kJobKeys); ++i) {

@@ -29,8 +29,11 @@ Option addEmulation(const Command &app, int &emulation);
 /// Adds --emulation, --terminator, --tool, --project and --plotter; returns them.
 std::vector<Option> addJobOptions(const Command &app, JobOptions &options);
 
-/// The sentence of the help on the escapes in terminators and tool strings.
+/// The sentence of the help on the escapes in texts for the plotter.
 const char *escapeHelp();
+
+/// The bytes that a text of option means. Throws Failure (usage) for what a plotter cannot be sent.
+std::string plotterText(const std::string &typed, const std::string &option);
 
 /// Adds the options that kJobKeys names: those of "job write" alone.
 void addJobDetails(const Command &app, JobOptions &options);

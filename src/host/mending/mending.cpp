@@ -48,25 +48,6 @@ bool isWrapped(const PlotFile &plot) {
     return head.starts_with("@PJL") || (head.size() > 1 && head[0] == '\x1B' && head[1] != '.');
 }
 
-struct Drawn {
-    uint64_t strokes = 0; ///< their hash
-    bool isCutOff = false;
-};
-
-Drawn drawnBy(const PlotFile &plot, Language language) {
-    constexpr language::Rectangle kSheet{{0, 0}, {16158, 11040}}; // A3; nothing is clipped at it
-    StrokeHash strokes;
-    auto reader = language::makeReader(language, strokes, kSheet, language::Clipping::None);
-    plot.readBlocks([&](std::string_view block) {
-        reader->take(block);
-        return true;
-    });
-    auto oddities = [&] { return reader->findings().unknown + reader->findings().malformed; };
-    const uint64_t before = oddities();
-    reader->finish();
-    return {strokes.value(), oddities() > before};
-}
-
 std::unique_ptr<Mender> menderOf(Language language, const Examination &found, const PlotRules &rules) {
     if (language == Language::Dmpl) return std::make_unique<DmplMender>();
     const bool ends = rules.endMark() == ";";

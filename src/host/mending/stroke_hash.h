@@ -1,6 +1,8 @@
 // What a plot draws, as one number: two plots of hundreds of megabytes are compared in constant memory.
 #pragma once
 
+#include "host/files/plot_file.h"
+#include "language/language.h"
 #include "language/pen_sink.h"
 
 #include <bit>
@@ -54,5 +56,13 @@ private:
     int pen_ = 1;
     double width_ = 0;
 };
+
+struct Drawn {
+    uint64_t strokes = 0;  ///< their hash
+    bool isCutOff = false; ///< within an instruction
+};
+
+/// What a plot draws when nothing is clipped. Throws Failure when it cannot be read.
+Drawn drawnBy(const PlotFile &plot, language::Language language);
 
 } // namespace host

@@ -1,5 +1,7 @@
 #include "host/options/plotter_options.h"
 
+#include "host/job/job_options.h"
+
 #include <climits>
 #include <unistd.h>
 
@@ -28,6 +30,16 @@ Option addUsb(const Command &app, std::string &choice) {
     return app.option("--usb", choice, "USB plotter: the only one, or the one that 'plotters' shows so")
         .valueName("[V:P[@LOCATION]]")
         .mayStandAlone();
+}
+
+void addTexts(const Command &app, PlotterTexts &texts) {
+    app.option("--before", texts.before, "Sent with each plot behind its initialisation, such as VS10;FS3;")
+        .valueName("TEXT");
+    app.option("--after", texts.after, "Sent at the end of each plot, such as PG;").valueName("TEXT");
+}
+
+PlotterTexts bytesOf(const PlotterTexts &texts) {
+    return {plotterText(texts.before, "--before"), plotterText(texts.after, "--after")};
 }
 
 Option addVariant(const Command &app, uint32_t &variant) {

@@ -15,6 +15,17 @@ Option addPort(const Command &app, std::string &port);
 /// Adds --usb, which may stand alone: the choice is empty then.
 Option addUsb(const Command &app, std::string &choice);
 
+/// What a plotter is sent around each plot, in the plot's language; as typed, with escapes.
+struct PlotterTexts {
+    std::string before, after; ///< empty for none
+};
+
+/// Adds --before and --after.
+void addTexts(const Command &app, PlotterTexts &texts);
+
+/// The bytes that they mean. Throws Failure (usage).
+PlotterTexts bytesOf(const PlotterTexts &texts);
+
 /// Adds --variant, of the emulation.
 Option addVariant(const Command &app, uint32_t &variant);
 

@@ -1,6 +1,5 @@
 #include "host/options/profile_keys.h"
 
-#include "host/options/plotter_options.h"
 #include "host/plugin/usb_target.h"
 
 #include <algorithm>
@@ -20,6 +19,7 @@ void addProfileOptions(const Command &app, ProfileOptions &options) {
     addVariant(app, options.variant);
     addLineOptions(app, options.line);
     addJobOptions(app, options.job);
+    addTexts(app, options.texts);
     addArea(app, options.area);
     addPensHeld(app, options.pensHeld);
 }
@@ -27,6 +27,7 @@ void addProfileOptions(const Command &app, ProfileOptions &options) {
 void requireFitProfile(const ProfileOptions &options) {
     parseUsbChoice(options.usbChoice);
     jobOf(options.job);
+    bytesOf(options.texts);
 }
 
 } // namespace host

@@ -4,6 +4,7 @@
 
 #include "host/job/job_options.h"
 #include "host/options/line_settings.h"
+#include "host/options/plotter_options.h"
 #include "host/picture/drawing_options.h"
 #include "host/terminal/command.h"
 
@@ -35,6 +36,8 @@ inline constexpr ProfileKey kProfileKeys[] = {
     {"variant", ProfileKind::Number, true},
     {"terminator", ProfileKind::Text, true},
     {"tool", ProfileKind::Texts, true},
+    {"before", ProfileKind::Text, true},
+    {"after", ProfileKind::Text, true},
     {"project", ProfileKind::Text},
     {"plotter", ProfileKind::Text},
     {"area", ProfileKind::Text},
@@ -49,6 +52,7 @@ struct ProfileOptions {
     LineSettings line;
     std::string area;
     int32_t pensHeld = 0;
+    PlotterTexts texts;
     JobOptions job;
 };
 

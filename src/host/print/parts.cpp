@@ -124,32 +124,25 @@ std::vector<Cut> cutsOf(const PlotFile &plot, const ReadAs &as, const Place &sta
 PlotFile fileOf(const PlotFile &plot, const std::string &state, int64_t begin, int64_t end, const PlotRules &rules) {
     KeptFile kept(plot.path());
     kept.add(state);
-    std::string buffer(size_t{64} * 1024, '\0');
-    for (int64_t at = begin; at < end;) {
-        const std::string_view block =
-            plot.read(at, buffer).substr(0, static_cast<size_t>(std::min<int64_t>(end - at, 1 << 30)));
-        if (block.empty()) break;
-        kept.add(block);
-        at += static_cast<int64_t>(block.size());
-    }
+    addBytes(kept, plot, begin, end);
     if (end < plot.size()) kept.add(rules.endMark());
     return PlotFile(std::move(kept));
 }
 
 /// Empty when nothing is wrong.
+std::string faultOfPlace(const std::string &text) {
+    return typedPlace(text) ? std::string()
+                            : fmt::format("{} is no place in a plot; write bytes, as in 2000, a part, as in 40%, or a "
+                                          "stroke, as in {}12",
+                                          text, kStroke);
+}
+
 } // namespace
 
 Option addFrom(const Command &command, StartOptions &start) {
     return command.option("--from", start.from, "Begin within the plot: at a byte (2000), a part (40%), or stroke:N")
         .check(faultOfPlace)
         .valueName("PLACE");
-}
-
-std::string faultOfPlace(const std::string &text) {
-    return typedPlace(text) ? std::string()
-                            : fmt::format("{} is no place in a plot; write bytes, as in 2000, a part, as in 40%, or a "
-                                          "stroke, as in {}12",
-                                          text, kStroke);
 }
 
 Place startOf(const PlotFile &plot, const ReadAs &as, const StartOptions &options) {

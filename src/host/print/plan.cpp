@@ -141,3 +141,5 @@ PrintPlan planOf(const PrintOptions &options) {
 }
 
 } // namespace host
+    const PlotterTexts texts = bytesOf(options.texts);
+    wanted.texts = {texts.before, texts.after};

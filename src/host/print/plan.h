@@ -7,6 +7,7 @@
 #include "host/devices/usb_devices.h"
 #include "host/job/job_options.h"
 #include "host/options/line_settings.h"
+#include "host/options/plotter_options.h"
 #include "host/picture/estimate.h"
 #include "host/print/parts.h"
 
@@ -33,6 +34,7 @@ struct PrintOptions {
     LineSettings line;
     bool force = false;     ///< print whatever is wrong with the plot file
     bool keepGoing = false; ///< after a piece that the link did not take
+    PlotterTexts texts;
 };
 
 /// Where a print goes. Two of the four are plotters; a file gets what a plotter would have got, and a picture is what a
