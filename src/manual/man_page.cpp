@@ -24,7 +24,7 @@ std::string purpose(const Command &command) {
 }
 
 std::string optionHead(const DeclaredOption &option) {
-    if (option.isPositional()) return italic(option.valueName);
+    if (option.isPositional()) return italic(option.valueName) + (option.isRepeatable ? "..." : "");
     std::vector<std::string> names;
     for (const std::string &name : option.names)
         names.push_back(bold(name));

@@ -68,7 +68,7 @@ std::vector<std::string> argumentsOf(const Command &command) {
     std::vector<std::string> arguments;
     for (const DeclaredOption &option : optionsOf(command)) {
         std::string value = fmt::format("{}:{}", escaped(option.valueName), actionOf(option));
-        if (option.isPositional()) arguments.push_back(quoted(":" + value));
+        if (option.isPositional()) arguments.push_back(quoted((option.isRepeatable ? "*:" : ":") + value));
         bool takesValue = option.kind != ValueKind::None;
         std::string tail = fmt::format("[{}]", escaped(option.help));
         if (takesValue) tail += (option.isValueOptional ? "::" : ":") + value;

@@ -3,6 +3,7 @@
 #include "host/converters/converters.h"
 #include "host/host_fixture.h"
 #include "host/plugin/stop_signals.h"
+#include "host/print/plan.h"
 #include "strokes/svg_reader.h"
 
 #include <cstdlib>
@@ -68,6 +69,18 @@ TEST_F(Converters, KeepTheSizeOfAPage) {
     EXPECT_EQ(size(head + "width='960' height='480px'" + line, FileKind::Svg), "254.000000 127.000000 1");
     EXPECT_EQ(size(head + "viewBox='0 0 960 480'" + line, FileKind::Svg), "254.000000 127.000000 1");
     EXPECT_EQ(size(kPdf, FileKind::Pdf), "254.000000 127.000000 1");
+}
+
+TEST_F(Converters, MakeASheetOfEachPage) {
+    std::string text = kPdf;
+    text.replace(text.find("[3 0 R]/Count 1"), 15, "[3 0 R 3 0 R]/Count 2");
+    file(text);
+    PrintOptions options;
+    options.plots = {folder_ / "in"};
+    EXPECT_EQ(plansOf(options).size(), 1U);
+    options.isEachPage = true;
+    EXPECT_EQ(plansOf(options).size(), 2U);
+    EXPECT_EQ(pagesOf(file("%PDF-1.4")), 1) << "it is for the conversion to refuse it";
 }
 
 TEST_F(Converters, SayWhatIsWrongWithAFile) {

@@ -69,6 +69,25 @@ TEST_F(PrintCommandTest, SendsToolStringsAndHonoursTheLineSettingsTypedOrOfAProf
     }
 }
 
+TEST_F(PrintCommandTest, PrintsEachSheetWithTheTextsOfThePlotter) {
+    file("config/vectorix/profiles/roll.toml", "before = 'VS\\x31'\nafter = 'PG;'\n");
+    const std::string plot = file("plot", "IN;\x1B.@;0:SP1;PD8,8;"), out = path("out");
+    const std::string line = "\"$0\" print - \"$@\" -p roll --json --no-prompt <" + file("piped", "PU1,1;PD2,2;SP0");
+    const Result result = shell(line, {plot, "--capture", out}).wait();
+    EXPECT_EQ(contents(out), "VS1;PU1,1;PD2,2;SP0;PG;IN;\x1B.@;0:VS1;SP1;PD8,8;PG;");
+    EXPECT_EQ(nlohmann::json::parse(result.out)["sheets"][1]["before"], "VS1;") << result.err;
+    const Result foretold = run({"print", plot, plot, "--copies", "3", "--capture", out, "--after", "PG;", "--dry-run"});
+    EXPECT_TRUE(ended(foretold, 0, "in all      6 sheets, 132 bytes\n"));
+    const std::string dmpl = file("dmpl", ";:ECN,A,P2,U0,0,D4,4,U0,0@\n");
+    EXPECT_EQ(run({"print", dmpl, "--capture", out, "--before", "V2", "--after", "F"}).code, 0);
+    EXPECT_EQ(contents(out), ";:;:ECN,A,V2,P2,U0,0,D4,4,U0,0,F,@");
+    EXPECT_TRUE(ended(run({"print", plot, plot, "--capture", out}), 2, "2 sheets, and no terminal to ask for paper"));
+    expectRefusals({{{"print", plot, path("none"), "--capture", out, "--no-prompt"}, 3, "none"},
+                    {{"print", plot, "--copies", "2", "--virtual", path("o.svg")}, 2, "a picture shows one sheet"},
+                    {{"print", plot, plot, "--from", "9", "--capture", out}, 2, "--from: one sheet"},
+                    {{"print", plot, "--before", "PA9,9;SP3;", "--capture", out}, 2, "something else would be drawn"}});
+}
+
 TEST_F(PrintCommandTest, SaysWhenTheCaptureCannotBeClosed) {
     host::Capture capture(path("out"));
     for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {

@@ -20,6 +20,7 @@ struct TypedPrint {
     PrintOptions options;
     bool dryRun = false;
     SessionOptions session;
+    bool noPrompt = false;
     std::string penChange = "ask";
     Telling telling;
 };
@@ -31,9 +32,17 @@ ExitCode run(const TypedPrint &typed) {
                                        "or --profile NAME of one with a port or usb");
     }
     parseUsbChoice(options.usbChoice); // what was typed is looked at first
-    std::vector<PrintPlan> sheets;
-    sheets.push_back(planOf(options));
-    return typed.dryRun ? tellPlan(sheets.front(), typed.telling) : print(sheets, typed.session, typed.telling);
+    const std::vector<PrintPlan> sheets = plansOf(options);
+    return typed.dryRun ? tellPlans(sheets, options.copies, typed.telling) : print(sheets, typed.session, typed.telling);
+}
+
+void addSheets(const Command &command, TypedPrint &typed) {
+    Option copies = command.option("--copies", typed.options.copies, "Print all of it so many times (1)").between(1, 999);
+    copies.valueName("N");
+    Option noPrompt = command.flag("--no-prompt", typed.noPrompt, "Ask for no paper between two sheets, as on a roll");
+    for (Option option : {copies, noPrompt})
+        option.group("Sheets");
+    command.find("--page")->describe("Page of a PDF document (each, on a sheet of its own)");
 }
 
 void addStart(const Command &command, StartOptions &start) {
@@ -74,8 +83,12 @@ void addPrintCommand(const Command &app) {
         {fmt::format(
              "SVG and PDF are read as 'vectorix convert --help' says, and so is a plot that is to lie elsewhere, or to "
              "be drawn in another order or by other pens. Any other plot is sent as it is. What would keep it from "
-             "arriving whole is mended where no stroke changes by it, and said.\n\n{}\n\nA dry run opens neither "
-             "port nor plotter, and ends with the exit code that the print would have if nothing disturbed it.",
+             "arriving whole is mended where no stroke changes by it, and said.\n\n"
+             "Several plots, and the pages of a PDF document, are sheets of their own: all of them are checked before "
+             "the first byte, and paper is asked for between two. Each has its report, and one is of all.\n\n"
+             "--before and --after stand within the plot, in its language: --before behind its own initialisation, "
+             "--after ahead of what ends it. Offsets in the plot count them.\n\n{}\n\nA dry run opens neither port nor "
+             "plotter, and ends with the exit code that the print would have if nothing disturbed it.",
              escapeHelp()),
          {{"vectorix print drawing.plt --port /dev/ttyUSB0", "To a plotter on a serial port."},
           {"vectorix print drawing.plt --port /dev/ttyUSB0 --baud 2400 --bits 7 --parity even --handshake hardware",
@@ -83,12 +96,17 @@ void addPrintCommand(const Command &app) {
           {"vectorix print drawing.plt --port /dev/ttyUSB0 --dry-run", "Says what would be sent, and for how long."},
           {"vectorix print drawing.svg --fit --rotate auto --port /dev/ttyUSB0", "A drawing, as large as A4 holds it."},
           {"vectorix print - --port /dev/ttyUSB0 < drawing.plt", "What another program says."},
+          {"vectorix print a.plt b.plt --copies 3 --usb", "Six sheets; asks for paper before each but the first."},
+          {"vectorix print drawing.plt --before 'VS10;' --after 'PG;' --usb", "Slowly, and feeds a roll at the end."},
           {"vectorix print drawing.plt --usb", "To the only plotter on USB."},
           {"vectorix print drawing.plt --job roll.plist --port /dev/ttyUSB0", "As a job file says."},
           {"vectorix print drawing.plt --capture drawing.out", "Into a file: what a plotter would get."},
           {"vectorix print drawing.plt --virtual drawing.png", "To a plotter in software, whose picture is kept."}},
          printFields()});
-    command.option("PLOT", options->plot, "Plot file, SVG or PDF; - for standard input").required().valueName("");
+    command.option("PLOT", options->plots, "Plot file, SVG or PDF; - for standard input; several, a sheet each")
+        .required()
+        .repeatable()
+        .valueName("");
     addProfileOption(command);
     Option port = addPort(command, options->port);
     Option capture = command.option("--capture", options->capture, "Print into a file what the plotter would get")
@@ -105,6 +123,7 @@ void addPrintCommand(const Command &app) {
     Option job = command.option("--job", options->jobFile, "Job file that says what follows").valueName("JOB");
     for (Option option : addJobOptions(command, options->job))
         option.excludes(job);
+    addTexts(command, options->texts);
     addLineOptions(command, options->line);
     command.flag("--dry-run", typed->dryRun, "Check everything, say what would be sent, and send nothing");
     command.flag("--exact", options->ready.isExact, "Mend nothing: refuse a plot file that would not arrive whole as it is");
@@ -112,6 +131,7 @@ void addPrintCommand(const Command &app) {
                  "Print also a plot file of which a part cannot be sent, or that leaves the area");
     command.flag("--keep-going", options->keepGoing, "Go on after a piece that the plotter did not take");
     addTelling(command, typed->telling);
+    addSheets(command, *typed);
     addStart(command, options->start);
     addAttendance(command, *typed);
     command.whenTyped(
@@ -120,10 +140,12 @@ void addPrintCommand(const Command &app) {
             typed->options.ready.isConverted = std::ranges::any_of(forStrokes, &Option::isTyped);
             typed->options.toUsb = usb.isTyped();
             typed->options.changesPens = typed->penChange != "skip";
+            typed->options.isEachPage = !command.find("--page")->isTyped();
+            typed->session.copies = typed->options.copies;
+            typed->session.isPrompted = !typed->noPrompt;
             typed->session.mayWaitUnseen = typed->penChange == "pause";
             return run(*typed);
         },
-    addTexts(command, options->texts);
         &typed->telling.json);
 }
 

@@ -80,15 +80,25 @@ std::string_view lastLine(std::string_view text) {
     return text.substr(text.rfind('\n') + 1); // 0 when there is none
 }
 
+/// The number behind certain words; nothing without them.
+std::optional<int> numberBehind(std::string_view words, std::string_view text) {
+    const size_t at = text.find(words);
+    if (at == std::string_view::npos) return {};
+    text.remove_prefix(std::min(text.find_first_not_of(' ', at + words.size()), text.size()));
+    int number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
 /// The number of pages, from what pdftocairo tells of a page beyond the last one; nothing for anything else.
 std::optional<int> pagesTold(std::string_view diagnostics) {
-    constexpr std::string_view kBefore = "can not be after the last page (";
-    const size_t at = diagnostics.find(kBefore);
-    if (at == std::string_view::npos) return {};
-    int pages = 0;
-    const char *first = diagnostics.data() + at + kBefore.size();
-    std::from_chars(first, diagnostics.data() + diagnostics.size(), pages);
-    return pages;
+    return numberBehind("can not be after the last page (", diagnostics);
+}
+
+ChildResult runOn(const PlotFile &file, const std::vector<std::string> &arguments, const ConverterLimits &limits) {
+    const UniqueFd input(open(file.heldPath().c_str(), O_RDONLY | O_CLOEXEC));
+    if (input.get() < 0) throw fileFailure(shown(file.path()), errno);
+    return runChild(arguments, input.get(), {limits.time, limits.memory, limits.output});
 }
 
 Failure failed(const std::string &name, const Converter &converter, const ChildResult &result, int page) {
@@ -137,14 +147,18 @@ std::vector<std::string> notesOf(const Converter &converter, const ChildResult &
 PlainSvg plainSvgOf(const PlotFile &file, FileKind kind, int page, const ConverterLimits &limits) {
     const std::string name = shown(file.path());
     if (page < 1) throw Failure(ExitCode::Usage, fmt::format("page {}: there is none; pages count from 1", page));
-    const UniqueFd input(open(file.heldPath().c_str(), O_RDONLY | O_CLOEXEC));
-    if (input.get() < 0) throw fileFailure(name, errno);
     const Converter &converter = converterOf(kind);
     std::vector<std::string> arguments = converter.options(page);
     arguments.insert(arguments.begin(), converter.program);
-    ChildResult result = runChild(arguments, input.get(), {limits.time, limits.memory, limits.output});
+    ChildResult result = runOn(file, arguments, limits);
     requireResult(name, converter, result, page, limits);
     return {std::move(result.output), notesOf(converter, result)};
+}
+
+int pagesOf(const PlotFile &file, const ConverterLimits &limits) {
+    const ChildResult result = runOn(file, {"pdfinfo", "-"}, limits);
+    if (result.end == End::Stopped) requireResult(shown(file.path()), converterOf(FileKind::Pdf), result, 1, limits);
+    return std::max(1, numberBehind("\nPages:", result.output).value_or(1));
 }
 
 } // namespace host

@@ -32,4 +32,8 @@ struct PlainSvg {
 /// page; Stopped when a StopOnSignal saw a stop.
 PlainSvg plainSvgOf(const PlotFile &file, FileKind kind, int page, const ConverterLimits &limits = {});
 
+/// How many pages a PDF document has. 1 where that cannot be told: converting the first one tells why. Throws Failure
+/// (Stopped) when a StopOnSignal saw a stop.
+int pagesOf(const PlotFile &file, const ConverterLimits &limits = {});
+
 } // namespace host

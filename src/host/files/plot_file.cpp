@@ -44,11 +44,13 @@ void requireInputFile(const std::string &path, const char *what) {
 
 PlotFile::PlotFile(const std::string &path, std::string name)
     : path_(path), name_(std::move(name)), isUnnamed_(isPlotStream(path)),
-      fd_(isUnnamed_ ? keepPlotStream(path).take() : openInput(path, "plot file", opened_)) {
-    if (isUnnamed_) fstat(fd_.get(), &opened_);
+      fd_(std::make_shared<UniqueFd>(isUnnamed_ ? keepPlotStream(path).take() : openInput(path, "plot file", opened_))) {
+    if (isUnnamed_) fstat(fd_->get(), &opened_);
 }
 
-PlotFile::PlotFile(KeptFile kept) : name_(kept.name()), isUnnamed_(true), fd_(kept.take()) { fstat(fd_.get(), &opened_); }
+PlotFile::PlotFile(KeptFile kept) : name_(kept.name()), isUnnamed_(true), fd_(std::make_shared<UniqueFd>(kept.take())) {
+    fstat(fd_->get(), &opened_);
+}
 
 PlotFile PlotFile::holding(std::string name, std::string_view bytes) {
     KeptFile kept(std::move(name));
@@ -60,12 +62,12 @@ void PlotFile::requireContents() const {
     if (size() == 0) throw emptyFailure(name_, "plot file");
 }
 
-std::string PlotFile::heldPath() const { return fmt::format("/proc/self/fd/{}", fd_.get()); }
+std::string PlotFile::heldPath() const { return fmt::format("/proc/self/fd/{}", fd_->get()); }
 
 std::string_view PlotFile::read(int64_t offset, std::string &buffer) const {
     ssize_t count;
     do {
-        count = pread(fd_.get(), buffer.data(), buffer.size(), offset);
+        count = pread(fd_->get(), buffer.data(), buffer.size(), offset);
     } while (count < 0 && errno == EINTR);
     if (count < 0) throw fileFailure(name_, errno);
     return {buffer.data(), static_cast<size_t>(count)};
@@ -78,8 +80,6 @@ void PlotFile::readBlocks(const std::function<bool(std::string_view block)> &loo
         offset += static_cast<int64_t>(block.size());
 }
 
-PlotChange PlotFile::change() const {
-    struct stat now, named;
 void addBytes(KeptFile &kept, const PlotFile &plot, int64_t begin, int64_t end) {
     std::string buffer(kBlock, '\0');
     while (begin < end) {
@@ -91,7 +91,9 @@ void addBytes(KeptFile &kept, const PlotFile &plot, int64_t begin, int64_t end) 
     }
 }
 
-    if (isUnnamed_ || fstat(fd_.get(), &now) != 0) return {};
+PlotChange PlotFile::change() const {
+    struct stat now, named;
+    if (isUnnamed_ || fstat(fd_->get(), &now) != 0) return {};
     if (now.st_size != opened_.st_size) {
         return {true, fmt::format("its size changed while it was printed, from {} to {} bytes; print it again once it is "
                                   "finished",

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -60,10 +61,10 @@ private:
     std::string path_, name_;
     bool isUnnamed_;
     struct stat opened_;
-    UniqueFd fd_;
+    std::shared_ptr<const UniqueFd> fd_; ///< copies are the same open file
 };
 
-} // namespace host
 /// Adds what stands from begin to end in a plot. Throws Failure.
 void addBytes(KeptFile &kept, const PlotFile &plot, int64_t begin, int64_t end);
 
+} // namespace host

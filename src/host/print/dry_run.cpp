@@ -63,14 +63,54 @@ Json planJson(const PrintPlan &plan, const ORB_JobReport &job, double seconds, c
     return object;
 }
 
+/// What one sheet would come to.
+struct Foretold {
+    explicit Foretold(const PrintPlan &plan)
+        : report(undisturbed(plan)), verdict(judge(plan, report)),
+          seconds(plan.estimate ? plan.estimate->secondsLeft(plan.begin) : 0),
+          json(planJson(plan, report.job, seconds, verdict)), text(lines(plan, report.job, seconds)) {}
+
+    PrintReport report;
+    Verdict verdict;
+    double seconds;
+    Json json;
+    std::string text;
+};
+
+/// Of several, for each of which a line says which one it is.
+ExitCode tellSum(const std::vector<PrintPlan> &sheets, int32_t copies, const Telling &telling) {
+    Verdict all;
+    Json list = Json::array();
+    std::string text;
+    int64_t bytes = 0;
+    double seconds = 0;
+    for (const PrintPlan &plan : sheets) {
+        const Foretold one(plan);
+        list.push_back(one.json);
+        text += fmt::format("{}\n{}\n", shown(plan.plot.path()), one.text);
+        join(all, one.verdict);
+        bytes += one.report.job.sentBytes * copies;
+        seconds += one.seconds * copies;
+    }
+    const bool isTimed = takesItsTime(sheets.front().target);
+    const auto count = static_cast<int64_t>(sheets.size()) * copies;
+    Json report = jsonOf(all);
+    report["dryRun"] = true;
+    report["bytesToSend"] = bytes;
+    report["estimatedSeconds"] = isTimed ? Json(seconds) : Json();
+    report["sheets"] = list;
+    text += fmt::format("in all      {}, {}{}\n", counted(count, "sheet"), counted(bytes, "byte"),
+                        isTimed ? fmt::format(", about {}", duration(seconds)) : "");
+    return tell(telling, all, report, text);
+}
+
 } // namespace
 
-ExitCode tellPlan(const PrintPlan &plan, const Telling &telling) {
-    requireFree(plan.target);
-    const PrintReport report = undisturbed(plan);
-    const Verdict verdict = judge(plan, report);
-    const double seconds = plan.estimate ? plan.estimate->secondsLeft(plan.begin) : 0;
-    return tell(telling, verdict, planJson(plan, report.job, seconds, verdict), lines(plan, report.job, seconds));
+ExitCode tellPlans(const std::vector<PrintPlan> &sheets, int32_t copies, const Telling &telling) {
+    requireFree(sheets.front().target);
+    if (sheets.size() > 1 || copies > 1) return tellSum(sheets, copies, telling);
+    const Foretold only(sheets.front());
+    return tell(telling, only.verdict, only.json, only.text);
 }
 
 } // namespace host

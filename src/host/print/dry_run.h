@@ -8,8 +8,8 @@
 
 namespace host {
 
-/// Looks at the plan's target without opening it, and tells the plan. Returns the exit code of the print itself if nothing
-/// disturbs it. Throws Failure.
-ExitCode tellPlan(const PrintPlan &plan, const Telling &telling);
+/// Looks at the target of the sheets without opening it, and tells their plans. Returns the exit code of the print itself if
+/// nothing disturbs it. Throws Failure.
+ExitCode tellPlans(const std::vector<PrintPlan> &sheets, int32_t copies, const Telling &telling);
 
 } // namespace host

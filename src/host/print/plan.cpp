@@ -1,15 +1,19 @@
 #include "host/print/plan.h"
 
+#include "host/converters/converters.h"
 #include "host/job/job_reader.h"
 #include "host/job/job_writer.h"
 #include "host/plugin/usb_target.h"
 #include "host/terminal/text.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 
 namespace host {
 
 namespace {
+
+constexpr size_t kMostSheets = 100; // each has files open
 
 /// What the plug-in will make of a job file, and what it will leave out of it.
 void readRules(const std::string &file, PlotRules &rules, std::vector<std::string> &notes) {
@@ -26,7 +30,8 @@ void readRules(const std::string &file, PlotRules &rules, std::vector<std::strin
 
 Target targetOf(const PrintOptions &options) {
     auto requireOutput = [&](const char *option, const std::string &file) {
-        requireOtherFile(option, file, options.plot);
+        for (const std::string &plot : options.plots)
+            requireOtherFile(option, file, plot);
         requireOtherFile(option, file, options.jobFile);
     };
     Target target;
@@ -88,19 +93,41 @@ void cutIntoParts(const PrintOptions &options, PrintPlan &plan) {
                     grouped(plan.begin), grouped(plan.plot.size()), counted(static_cast<int64_t>(start.strokes), "stroke")));
 }
 
-} // namespace
+/// What becomes a sheet.
+struct Given {
+    PlotFile file;
+    int page;
+};
 
-bool takesItsTime(const Target &target) { return target.kind == Target::Kind::Port || target.kind == Target::Kind::Usb; }
-
-int64_t PrintPlan::bytes() const {
-    int64_t bytes = parts.empty() ? plot.size() : 0;
-    for (const PlotPart &part : parts)
-        bytes += part.file.size();
-    return bytes;
+std::vector<Given> givenBy(const PrintOptions &options) {
+    if (std::ranges::count(options.plots, "-") > 1)
+        throw Failure(ExitCode::Usage,
+                      "-: standard input can be read once; name files for the other plots, or give --copies");
+    std::vector<Given> all;
+    for (const std::string &name : options.plots) {
+        const PlotFile file(name);
+        const bool isDocument = options.isEachPage && natureOf(file, {}).kind == FileKind::Pdf;
+        const int first = isDocument ? 1 : options.ready.conversion.page, pages = isDocument ? pagesOf(file) : 1;
+        for (int i = 0; i < pages && all.size() <= kMostSheets; ++i)
+            all.push_back({file, first + i});
+    }
+    if (all.size() <= kMostSheets) return all;
+    throw Failure(ExitCode::Usage, fmt::format("{}: more than {} sheets; print it in parts, with --page",
+                                               shown(all.back().file.path()), kMostSheets));
 }
 
-PrintPlan planOf(const PrintOptions &options) {
-    PlotFile given(options.plot);
+/// Throws Failure (usage) for what is only possible with one sheet.
+void requireFew(size_t sheets, const PrintOptions &options) {
+    const bool begins = !options.start.from.empty() || options.start.isResumed;
+    if (sheets == 1 || (!begins && options.picture.empty())) return;
+    const char *what = !options.picture.empty()  ? "--virtual: a picture shows one sheet"
+                       : options.start.isResumed ? "--resume: one sheet is taken up again"
+                                                 : "--from: one sheet is begun within";
+    throw Failure(ExitCode::Usage,
+                  fmt::format("{}, and these are {}; print one plot alone, of a PDF document with --page", what, sheets));
+}
+
+PrintPlan planOf(PlotFile given, const PrintOptions &options) {
     std::string job;
     PlotRules rules;
     std::vector<std::string> notes;
@@ -114,6 +141,8 @@ PrintPlan planOf(const PrintOptions &options) {
     }
     ReadyOptions wanted = options.ready;
     wanted.isForced = options.force;
+    const PlotterTexts texts = bytesOf(options.texts);
+    wanted.texts = {texts.before, texts.after};
     auto [plot, ready] = readyPlot(std::move(given), wanted, options.drawing, rules);
     Examination examination = examine(plot, rules);
     if (!options.force) requireFitPlot(examination, plot, rules);
@@ -140,6 +169,27 @@ PrintPlan planOf(const PrintOptions &options) {
     return plan;
 }
 
+} // namespace
+
+bool takesItsTime(const Target &target) { return target.kind == Target::Kind::Port || target.kind == Target::Kind::Usb; }
+
+int64_t PrintPlan::bytes() const {
+    int64_t bytes = parts.empty() ? plot.size() : 0;
+    for (const PlotPart &part : parts)
+        bytes += part.file.size();
+    return bytes;
+}
+
+std::vector<PrintPlan> plansOf(const PrintOptions &options) {
+    const std::vector<Given> given = givenBy(options);
+    requireFew(given.size() * static_cast<size_t>(options.copies), options);
+    std::vector<PrintPlan> plans;
+    for (const Given &one : given) {
+        PrintOptions own = options;
+        own.ready.conversion.page = one.page;
+        plans.push_back(planOf(one.file, own));
+    }
+    return plans;
+}
+
 } // namespace host
-    const PlotterTexts texts = bytesOf(options.texts);
-    wanted.texts = {texts.before, texts.after};

@@ -19,7 +19,9 @@ namespace host {
 
 /// As typed.
 struct PrintOptions {
-    std::string plot;
+    std::vector<std::string> plots;
+    int32_t copies = 1;      ///< of all of them
+    bool isEachPage = false; ///< of a PDF document; else the one in ready
     std::string jobFile;
     JobOptions job;
     std::string port;
@@ -32,9 +34,9 @@ struct PrintOptions {
     bool toUsb = false;
     std::string usbChoice;
     LineSettings line;
+    PlotterTexts texts;
     bool force = false;     ///< print whatever is wrong with the plot file
     bool keepGoing = false; ///< after a piece that the link did not take
-    PlotterTexts texts;
 };
 
 /// Where a print goes. Two of the four are plotters; a file gets what a plotter would have got, and a picture is what a
@@ -73,8 +75,8 @@ struct PrintPlan {
 /// True for a plotter; a file and a plotter in software take what they get at once.
 bool takesItsTime(const Target &target);
 
-/// Reads what is to be printed, a stream to its end, and looks at it and at the job. Whether the target is free is not
-/// asked: that may change until the print takes it. Throws Failure.
-PrintPlan planOf(const PrintOptions &options);
+/// A plan for each sheet of one copy. Reads what is to be printed, a stream to its end, and looks at it and at the job.
+/// Whether the target is free is not asked: that may change until the print takes it. Throws Failure.
+std::vector<PrintPlan> plansOf(const PrintOptions &options);
 
 } // namespace host

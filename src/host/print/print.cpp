@@ -113,8 +113,8 @@ public:
         Destination destination(sheets_.front().target);
         sayBeforehand();
         ConsoleLines console(telling_.verbose, bar_);
-        attendance_.report("started", "sheets", sheets_.size());
-        for (size_t i = 0; i < sheets_.size() && mayBegin(i); ++i)
+        attendance_.report("started", "sheets", count());
+        for (size_t i = 0; i < count() && mayBegin(i); ++i)
             if (!carryOut(i, destination, signals)) break;
         if (outcomes_.empty()) throw Failure(ExitCode::Stopped, "stopped: nothing was sent");
         settle(destination);
@@ -123,6 +123,9 @@ public:
     }
 
 private:
+    size_t count() const { return sheets_.size() * static_cast<size_t>(options_.copies); }
+    const PrintPlan &planOf(size_t sheet) const { return sheets_[sheet % sheets_.size()]; }
+
     std::function<void(std::string_view)> speaker() {
         if (telling_.quiet || !options_.attendance.progress.empty()) return {};
         return [this](std::string_view text) { bar_.writeAbove(text); };
@@ -139,11 +142,11 @@ private:
                                               "give --pen-change skip, pause (SIGUSR1 goes on), or --control",
                                               shown(sheet.plot.path())));
                 }
-        if (sheets_.size() > 1 && options_.isPrompted) {
+        if (count() > 1 && options_.isPrompted) {
             throw Failure(ExitCode::Usage,
                           fmt::format("{} sheets, and no terminal to ask for paper at; give --no-prompt for a "
                                       "roll, or --control",
-                                      sheets_.size()));
+                                      count()));
         }
     }
 
@@ -159,14 +162,13 @@ private:
     bool mayBegin(size_t sheet) {
         if (sheet == 0) return true;
         if (!options_.isPrompted) return attendance_.gate().pass(true);
-        return attendance_.gate().await(GateEvent::PaperWanted,
-                                        fmt::format("put in paper for sheet {} of {}, {}", sheet + 1, sheets_.size(),
-                                                    shown(sheets_[sheet].plot.path())));
+        return attendance_.gate().await(GateEvent::PaperWanted, fmt::format("put in paper for sheet {} of {}, {}", sheet + 1,
+                                                                            count(), shown(planOf(sheet).plot.path())));
     }
 
     /// False when no sheet is to follow.
     bool carryOut(size_t sheet, Destination &destination, std::optional<StopOnSignal> &signals) {
-        const PrintPlan &plan = sheets_[sheet];
+        const PrintPlan &plan = planOf(sheet);
         PrintRun run(plan, destination, &attendance_.gate());
         current_.set(&run, &plan, sheet);
         SheetOutcome outcome{&plan, run.carryOut(bar_), {}};
@@ -204,19 +206,16 @@ private:
             }
             noteChunks(sheet);
             keepPlace(sheet);
-            all.code = sheet.verdict.code;
-            all.message = sheet.verdict.message;
-            all.notes.insert(all.notes.end(), sheet.verdict.notes.begin(), sheet.verdict.notes.end());
+            join(all, sheet.verdict);
             text += summary(plan, sheet.report) + "\n";
             sheets.push_back(printJson(plan, sheet.report, sheet.verdict));
         }
-        if (all.code == ExitCode::Done && outcomes_.size() < sheets_.size()) {
+        if (all.code == ExitCode::Done && outcomes_.size() < count()) {
             all.code = ExitCode::Stopped;
-            all.message = fmt::format("stopped: {} of {} sheets were printed", outcomes_.size(), sheets_.size());
+            all.message = fmt::format("stopped: {} of {} sheets were printed", outcomes_.size(), count());
         }
-        Json report =
-            sheets_.size() == 1 ? printJson(*outcomes_[0].plan, outcomes_[0].report, outcomes_[0].verdict) : jsonOf(all);
-        if (sheets_.size() > 1) report["sheets"] = sheets;
+        Json report = count() == 1 ? printJson(*outcomes_[0].plan, outcomes_[0].report, outcomes_[0].verdict) : jsonOf(all);
+        if (count() > 1) report["sheets"] = sheets;
         attendance_.report("done", "report", report);
         return tell(telling_, all, report, text);
     }

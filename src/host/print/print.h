@@ -14,6 +14,7 @@ struct SessionOptions {
     AttendanceOptions attendance;
     bool leavesPen = false;     ///< on the paper, where a print ends before its end
     bool isPrompted = true;     ///< for paper, between sheets
+    int32_t copies = 1;         ///< of all sheets, one after the other
     bool mayWaitUnseen = false; ///< for a pen, without a terminal: a signal goes on
 };
 

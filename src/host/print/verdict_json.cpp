@@ -55,8 +55,12 @@ std::vector<JsonFields> printFields() {
         {"errorStatus, errorOffset", "its system code, and where in the plot file (-1: not in it)"},
         {"dryRun, bytesToSend, piecesToSend", "with --dry-run, in place of what was sent and failed"},
         {"estimatedSeconds", "that the plot takes, as preview says it; null for a file and a plotter in software"},
+        {"begin, pauses", "with --dry-run: where in the plot it begins, and what has to be done meanwhile"},
         {"line",
          "with --dry-run: of a serial port; null for others. A line has baud, bits,\nparity, stopBits and handshake"},
+        {"sheets", "of several: all of the above for each that was begun (with --dry-run: of one copy).\n"
+                   "Beside it stand exitCode, message and notes of all, and with --dry-run dryRun,\n"
+                   "bytesToSend and estimatedSeconds"},
     };
     const std::vector<JsonFields> ready = readyFields();
     fields.insert(fields.begin() + 2, ready.begin(), ready.end());

@@ -105,7 +105,7 @@ Option Option::required() const {
 }
 
 Option Option::repeatable(int most) const {
-    option_->expected(1, most)->allow_extra_args(false);
+    option_->expected(1, most)->allow_extra_args(option_->get_positional());
     return *this;
 }
 

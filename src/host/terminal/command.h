@@ -42,8 +42,8 @@ public:
     Option describe(const std::string &help) const;  ///< replaces the help that it was declared with
     Option group(const std::string &heading) const;  ///< the heading under which the help lists it
     Option required() const;
-    Option repeatable(int most) const; ///< typed up to so many times
-    Option mayStandAlone() const;      ///< its value may be left out
+    Option repeatable(int most = 1 << 29) const; ///< typed up to so many times; of a word, so many of them
+    Option mayStandAlone() const;                ///< its value may be left out
     Option excludes(Option other) const;
     Option needs(Option other) const;
     Option check(Check fault) const;

@@ -2,12 +2,23 @@
 
 #include "host/terminal/output.h"
 
+#include <algorithm>
+
 namespace host {
 
 void addTelling(const Command &command, Telling &telling, const TellingHelp &help) {
     if (help.verbose) command.flag("-v,--verbose", telling.verbose, help.verbose);
     command.flag("-q,--quiet", telling.quiet, help.quiet);
     command.flag("--json", telling.json, help.json);
+}
+
+void join(Verdict &all, const Verdict &next) {
+    if (all.code == ExitCode::Done) {
+        all.code = next.code;
+        all.message = next.message;
+    }
+    for (const std::string &note : next.notes)
+        if (std::ranges::find(all.notes, note) == all.notes.end()) all.notes.push_back(note);
 }
 
 Json jsonOf(const Verdict &verdict) {

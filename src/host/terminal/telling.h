@@ -34,6 +34,9 @@ struct Verdict {
     std::vector<std::string> notes; ///< what is worth knowing all the same
 };
 
+/// What one more came to, to that of all before it: the first that is not done decides, and each note is said once.
+void join(Verdict &all, const Verdict &next);
+
 /// The first members of every report.
 Json jsonOf(const Verdict &verdict);
 
