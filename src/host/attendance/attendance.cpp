@@ -20,19 +20,34 @@ namespace {
 
 constexpr int kTick = 500; ///< milliseconds between two progress lines
 
-/// What is said at the terminal, and the event of the progress line.
+/// The event of the progress line, and what is said at the terminal; there, or from afar, something can be done about it.
 struct EventRow {
     const char *name;
-    const char *text; ///< {}: what is wanted
+    const char *text;    ///< none: what is wanted
+    const char *keys;    ///< that do it
+    const char *signals; ///< the same; {}: to which process
 };
+constexpr const char *kAtOnce = "; ! pauses at once, with the pen down";
+constexpr const char *kThenEnter = ", then press Enter; q ends";
+constexpr const char *kThenSignal = ", then 'kill -USR1 {0}'; 'kill {0}' ends";
 constexpr EventRow kEvents[] = {
-    {"pausing", "pausing at the end of this line; ! pauses at once, with the pen down"},
-    {"pauseIsFar", "still no place where the pen is up; ! pauses at once, with the pen down"},
-    {"paused", "paused; what the plotter has in its buffer it still draws. p or Enter goes on, q ends"},
-    {"goingOn", "going on"},
-    {"penWanted", "{}, then press Enter; q ends"},
-    {"paperWanted", "{}, then press Enter; q ends"},
+    {"pausing", "pausing at the end of this line", kAtOnce, ""},
+    {"pauseIsFar", "still no place where the pen is up", kAtOnce, ""},
+    {"paused", "paused; what the plotter has in its buffer it still draws", ". p or Enter goes on, q ends",
+     ". 'kill -USR1 {0}' goes on, 'kill {0}' ends"},
+    {"goingOn", "going on", "", ""},
+    {"penWanted", "", kThenEnter, kThenSignal},
+    {"paperWanted", "", kThenEnter, kThenSignal},
 };
+constexpr const char *kProgress = "progress";
+
+/// How long a line waits for a reader that is behind. The next progress line will do; another one comes but once.
+constexpr int kPatience = 1000; // ms
+
+bool takesMore(int fd, int patience) {
+    pollfd waitedFor{fd, POLLOUT, 0};
+    return poll(&waitedFor, 1, patience) == 1;
+}
 
 constexpr struct {
     char key;
@@ -101,12 +116,18 @@ Attendance::Attendance(const AttendanceOptions &options, AttendedPrint print)
     listener_ = std::thread(&Attendance::listen, this);
 }
 
-Attendance::~Attendance() {
+Attendance::~Attendance() { end(); }
+
+void Attendance::end() {
+    if (!listener_.joinable()) return;
+    gate_.end();
     isEnding_ = true;
     eventfd_write(wake_.get(), 1);
     listener_.join();
     handleToggle(SIG_IGN); // one that comes late ends nothing
     wakeFd = -1;
+    keyboard_.reset();
+    control_.reset();
 }
 
 void Attendance::report(std::string_view event, std::string_view name, const Json &value) {
@@ -116,13 +137,15 @@ void Attendance::report(std::string_view event, std::string_view name, const Jso
     if (!name.empty()) line[name] = value;
     print_.addStatus(line);
     std::lock_guard guard(writing_);
-    writeAll(progressFd_, line.line() + "\n"); // a reader that has left is no reason to stop a plot
+    if (takesMore(progressFd_, event == kProgress ? 0 : kPatience)) writeAll(progressFd_, line.line() + "\n");
 }
 
 void Attendance::tell(GateEvent event, const std::string &wanted) {
     const EventRow &row = kEvents[static_cast<size_t>(event)];
     report(row.name, wanted.empty() ? "" : "wanted", wanted);
-    if (print_.say) print_.say(fmt::format(fmt::runtime(row.text), wanted) + "\n");
+    if (!print_.say) return;
+    const std::string remedy = keyboard_ ? row.keys : fmt::format(fmt::runtime(row.signals), getpid());
+    print_.say((wanted.empty() ? row.text : wanted) + remedy + "\n");
 }
 
 std::string Attendance::answer(std::string_view line) {
@@ -143,25 +166,32 @@ void Attendance::readKeys() {
     }
 }
 
+/// A print that waits for nobody would hold the plotter for good.
+void Attendance::loseTerminal() {
+    keyboard_->forget();
+    isLost_ = !control_ && !print_.mayWaitUnseen;
+}
+
 void Attendance::listen() {
     using Clock = std::chrono::steady_clock;
     Clock::time_point next = Clock::now() + std::chrono::milliseconds(kTick);
     std::vector<pollfd> waitedFor;
     while (!isEnding_) {
-        waitedFor = {{wake_.get(), POLLIN, 0}, {keyboard_ ? keyboard_->descriptor() : -1, POLLIN, 0}};
+        waitedFor = {{wake_.get(), POLLIN, 0}, keyboard_ ? keyboard_->watched() : pollfd{-1, 0, 0}};
         if (control_) control_->addTo(waitedFor);
         const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(next - Clock::now()).count();
         poll(waitedFor.data(), waitedFor.size(), static_cast<int>(std::clamp<int64_t>(rest, 0, kTick)));
         eventfd_t count;
         eventfd_read(wake_.get(), &count);
         if (isToggled.exchange(false)) gate_.ask(Ask::Toggle);
-        if (keyboard_ && (waitedFor[1].revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) keyboard_->forget();
+        if (keyboard_ && (waitedFor[1].revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) loseTerminal();
+        if (isLost_ && gate_.isHeld()) gate_.ask(Ask::Stop);
         if (keyboard_) readKeys();
         if (control_) control_->serve();
         if (Clock::now() < next) continue;
         next = Clock::now() + std::chrono::milliseconds(kTick);
         if (keyboard_) keyboard_->refresh();
-        report("progress");
+        report(kProgress);
     }
 }
 

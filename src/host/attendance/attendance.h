@@ -28,6 +28,7 @@ struct AttendedPrint {
     std::function<void(Json &line)> addStatus;
     /// Says lines to the person at the terminal; empty: nobody is there.
     std::function<void(std::string_view)> say;
+    bool mayWaitUnseen = false; ///< also when the terminal is gone: a signal may still come
 };
 
 class Attendance {
@@ -39,16 +40,19 @@ public:
     ~Attendance();
 
     Gate &gate() { return gate_; }
+    /// From now on nobody is listened to, and the terminal is as it was before. Lines can still be written.
+    void end();
     /// Whether somebody could answer a prompt.
     bool canAnswer() const { return keyboard_.has_value() || control_.has_value(); }
     /// Writes a progress line of that event, with a member of its own where it has one; nothing where no lines are wanted.
-    /// Any thread.
+    /// A reader that is behind holds up nothing: it misses the line. Any thread.
     void report(std::string_view event, std::string_view name = {}, const Json &value = {});
 
 private:
     void tell(GateEvent event, const std::string &wanted);
     void listen();
     void readKeys();
+    void loseTerminal();
     std::string answer(std::string_view line);
 
     const AttendedPrint print_;
@@ -56,6 +60,7 @@ private:
     std::mutex writing_;
     Gate gate_;
     std::optional<Keyboard> keyboard_;
+    bool isLost_ = false; ///< the terminal that was there, and with it the last who could answer
     std::optional<ControlSocket> control_;
     UniqueFd wake_; ///< an eventfd: SIGUSR1, or the end
     std::atomic<bool> isEnding_ = false;

@@ -75,31 +75,38 @@ void ControlSocket::addTo(std::vector<pollfd> &waitedFor) const {
 }
 
 void ControlSocket::serve() {
-    accept();
-    readFrom();
+    readAll(); // first: who has left makes room
+    while (accept())
+        readAll();
 }
 
-void ControlSocket::accept() {
+bool ControlSocket::accept() {
     UniqueFd caller(accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-    if (caller.get() < 0 || !isOwners(caller.get())) return;
+    if (caller.get() < 0) return false;
+    if (!isOwners(caller.get())) return true;
     if (controller_.get() < 0) {
         controller_ = std::move(caller);
         line_.clear();
     } else {
         sendLine(caller.get(), R"({"error":"another controller is connected; it has to leave first"})");
     }
+    return true;
 }
 
-void ControlSocket::readFrom() {
-    if (controller_.get() < 0) return;
+void ControlSocket::readAll() {
     char buffer[kLongestLine];
-    const ssize_t count = recv(controller_.get(), buffer, sizeof buffer, MSG_DONTWAIT);
-    if (count < 0 && (errno == EAGAIN || errno == EINTR)) return;
-    bool isLeft = count <= 0;
-    if (!isLeft) line_.append(buffer, static_cast<size_t>(count));
-    for (size_t end; !isLeft && (end = line_.find('\n')) != std::string::npos; line_.erase(0, end + 1))
-        isLeft = !sendLine(controller_.get(), answer_(std::string_view(line_).substr(0, end)));
-    if (isLeft || line_.size() > kLongestLine) controller_ = UniqueFd();
+    while (controller_.get() >= 0) {
+        const ssize_t count = recv(controller_.get(), buffer, sizeof buffer, MSG_DONTWAIT);
+        if (count < 0 && (errno == EAGAIN || errno == EINTR)) return;
+        if (count <= 0 || !take({buffer, static_cast<size_t>(count)})) controller_ = UniqueFd();
+    }
+}
+
+bool ControlSocket::take(std::string_view text) {
+    line_ += text;
+    for (size_t end; (end = line_.find('\n')) != std::string::npos; line_.erase(0, end + 1))
+        if (!sendLine(controller_.get(), answer_(std::string_view(line_).substr(0, end)))) return false;
+    return line_.size() <= kLongestLine;
 }
 
 } // namespace host

@@ -32,8 +32,9 @@ public:
     void serve();
 
 private:
-    void accept();
-    void readFrom();
+    bool accept(); ///< false: nobody calls
+    void readAll();
+    bool take(std::string_view text); ///< false: the controller is to be left
 
     const std::string path_;
     const Answer answer_;

@@ -3,7 +3,6 @@
 #include "host/plugin/stop_signals.h"
 
 #include <array>
-#include <csignal>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -18,7 +17,7 @@ constexpr int kLook = 500; ///< milliseconds
 } // namespace
 
 const char *nameOf(GateState state) {
-    constexpr std::array kNames = {"plotting", "pausing", "paused", "waiting"};
+    constexpr std::array kNames = {"plotting", "pausing", "paused", "waiting", "ended"};
     return kNames.at(static_cast<size_t>(state));
 }
 
@@ -37,33 +36,43 @@ std::string Gate::wanted() const {
 void Gate::wake() const { eventfd_write(event_, 1); }
 
 void Gate::ask(Ask what) {
-    // To the whole process, as Ctrl-C: the job's thread gets it, and what it blocks in ends.
-    if (what == Ask::Stop) kill(getpid(), SIGINT);
-    bool isPausing = false, isGoingOn = false;
+    if (what == Ask::Stop) {
+        StopOnSignal::stop();
+        return end();
+    }
     {
-        std::lock_guard guard(mutex_);
+        std::lock_guard guard(mutex_); // also while it is told: who watches gets the events in their order
+        if (state_ == GateState::Ended) return;
         const bool isStill = state_ == GateState::Paused || state_ == GateState::Wanting;
         const bool isPlotting = state_ == GateState::Plotting;
         if (what == Ask::Toggle) what = isPlotting ? Ask::Pause : Ask::Go;
         if (what == Ask::Pause || what == Ask::PauseAtOnce) {
             if (isStill) return;
             isAtOnce_ = isAtOnce_ || what == Ask::PauseAtOnce;
-            isPausing = isPlotting;
-            if (isPlotting) passed_ = 0;
             state_ = GateState::Pausing;
+            if (isPlotting) {
+                passed_ = 0;
+                tell_(GateEvent::Pausing, {});
+            }
         } else if (what == Ask::Go && !isPlotting) {
-            isGoingOn = !isStill; // a pause that had not begun; otherwise the job's thread tells
             state_ = GateState::Plotting;
             isAtOnce_ = hasToldFar_ = false;
+            if (!isStill) tell_(GateEvent::GoingOn, {}); // a pause that had not begun; otherwise the job's thread tells
         }
     }
     wake();
-    if (isPausing) tell_(GateEvent::Pausing, {});
-    if (isGoingOn) tell_(GateEvent::GoingOn, {});
+}
+
+void Gate::end() {
+    {
+        std::lock_guard guard(mutex_);
+        state_ = GateState::Ended;
+    }
+    wake();
 }
 
 bool Gate::pass(bool isPenUp) {
-    if (state_ != GateState::Pausing) return true;
+    if (state_ != GateState::Pausing) return state_ != GateState::Ended;
     bool isHere = false, isFar = false;
     {
         std::lock_guard guard(mutex_);
@@ -80,6 +89,7 @@ bool Gate::await(GateEvent event, const std::string &wanted) { return stand(Gate
 bool Gate::stand(GateState how, GateEvent event, const std::string &wanted) {
     {
         std::lock_guard guard(mutex_);
+        if (state_ == GateState::Ended) return false;
         if (how == GateState::Paused && state_ != GateState::Pausing) return true; // taken back meanwhile
         state_ = how;
         isAtOnce_ = hasToldFar_ = false;
@@ -94,9 +104,9 @@ bool Gate::stand(GateState how, GateEvent event, const std::string &wanted) {
     {
         std::lock_guard guard(mutex_);
         wanted_.clear();
-        state_ = GateState::Plotting;
+        if (StopOnSignal::came()) state_ = GateState::Ended;
+        if (state_ == GateState::Ended) return false;
     }
-    if (StopOnSignal::came()) return false;
     tell_(GateEvent::GoingOn, {});
     return true;
 }

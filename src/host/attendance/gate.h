@@ -31,13 +31,20 @@ enum class GateEvent {
 };
 
 /// How a print stands.
-enum class GateState { Plotting, Pausing, Paused, Wanting };
+enum class GateState {
+    Plotting,
+    Pausing,
+    Paused,
+    Wanting,
+    Ended, ///< by a stop, or at its end: nothing more of a plot is sent
+};
 
 const char *nameOf(GateState state);
 
 class Gate {
 public:
-    /// tell is called for each event, with what is wanted where something is, on the thread that caused it.
+    /// tell is called for each event, with what is wanted where something is, on the thread that caused it; it
+    /// must not ask for anything.
     explicit Gate(std::function<void(GateEvent, const std::string &wanted)> tell);
     Gate(const Gate &) = delete;
     Gate &operator=(const Gate &) = delete;
@@ -47,6 +54,8 @@ public:
     void ask(Ask what);
     GateState state() const;
     std::string wanted() const;
+    /// From now on nothing is asked for any more.
+    void end();
     /// Paused, or waiting for a word.
     bool isHeld() const { return state_ == GateState::Paused || state_ == GateState::Wanting; }
 

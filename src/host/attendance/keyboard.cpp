@@ -53,7 +53,7 @@ Keyboard::~Keyboard() {
 void Keyboard::onStop(int signal) {
     const int errorNumber = errno;
     const int fd = terminalFd;
-    tcsetattr(fd, TCSANOW, &usual);
+    if (isInForeground(fd)) tcsetattr(fd, TCSANOW, &usual);
     struct sigaction own = {}, standard = {};
     standard.sa_handler = SIG_DFL;
     sigaction(signal, &standard, &own);
@@ -68,17 +68,19 @@ void Keyboard::onStop(int signal) {
     errno = errorNumber;
 }
 
-int Keyboard::descriptor() const { return isThere() && isInForeground(terminal_.get()) ? terminal_.get() : -1; }
+bool Keyboard::isOurs() const { return isThere() && isInForeground(terminal_.get()); }
+
+pollfd Keyboard::watched() const { return {terminal_.get(), static_cast<short>(isOurs() ? POLLIN : 0), 0}; }
 
 std::optional<char> Keyboard::read() {
     char key;
-    const ssize_t count = descriptor() < 0 ? 0 : ::read(terminal_.get(), &key, 1);
+    const ssize_t count = isOurs() ? ::read(terminal_.get(), &key, 1) : 0;
     return count == 1 ? std::optional(key) : std::nullopt;
 }
 
 void Keyboard::refresh() {
     termios now;
-    if (descriptor() >= 0 && tcgetattr(terminal_.get(), &now) == 0 && (now.c_lflag & ICANON) != 0)
+    if (isOurs() && tcgetattr(terminal_.get(), &now) == 0 && (now.c_lflag & ICANON) != 0)
         tcsetattr(terminal_.get(), TCSANOW, &keyByKey);
 }
 

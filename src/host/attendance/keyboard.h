@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <optional>
+#include <poll.h>
 #include <termios.h>
 
 namespace host {
@@ -19,8 +20,8 @@ public:
     ~Keyboard();
 
     bool isThere() const { return terminal_.get() >= 0; }
-    /// For poll(); -1 while there is no terminal, or another job has it.
-    int descriptor() const;
+    /// For poll(): keys, while no other job has the terminal, and whether it is gone.
+    pollfd watched() const;
     /// A key; none when there is none yet.
     std::optional<char> read();
     /// To be called now and then: a shell may have put the job into the foreground again.
@@ -30,6 +31,7 @@ public:
 
 private:
     static void onStop(int signal);
+    bool isOurs() const;
 
     UniqueFd terminal_;
     struct sigaction before_ {};

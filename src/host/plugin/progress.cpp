@@ -25,6 +25,12 @@ Wait waitOnLine(int descriptor, bool usesHardwareHandshake) {
     return isKnown && (lines & TIOCM_CTS) == 0 ? Wait::ClearToSend : Wait::NotTaking;
 }
 
+double paceOf(double measured, double estimated, double whole) {
+    constexpr double kEnough = 30, kMost = 4;
+    if (estimated < std::min(whole / 10, kEnough) || estimated <= 0) return 1;
+    return std::clamp(measured / estimated, 1 / kMost, kMost);
+}
+
 void JobProgress::note(const ORB_JobReport &soFar) {
     std::lock_guard guard(mutex_);
     ++known_.notes;
@@ -52,6 +58,7 @@ Wait JobProgress::reason(const Known &known) const {
 }
 
 Progress JobProgress::now() {
+    std::lock_guard asking(asking_);
     Known known;
     {
         std::lock_guard guard(mutex_);
@@ -60,9 +67,9 @@ Progress JobProgress::now() {
     Progress progress;
     progress.totalBytes = fileBytes_;
     progress.doneBytes = std::min(known.done + ofThePieceUnderWay(known.notes), fileBytes_);
-    if (secondsLeft) progress.left = secondsLeft(progress.doneBytes);
     auto time = Clock::now();
     progress.seconds = std::chrono::duration<double>(time - start_).count();
+    if (secondsLeft) progress.left = secondsLeft(progress.seconds);
     if (progress.doneBytes != shown_ || known.hasEnded || progress.doneBytes >= bytesToSend_) forward_ = time;
     shown_ = progress.doneBytes;
     if (time - forward_ >= kSoon) {

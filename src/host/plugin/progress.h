@@ -36,6 +36,8 @@ struct Progress {
     double still = 0;           ///< seconds since anything went forward; 0 when they are less than two
     Wait wait = Wait::None;
     bool isHeld = false; ///< by a person, or for one
+    int pen = 0;
+    int pens = 0; ///< of how many, numbered from 1; 0: not known
 };
 
 /// The job's link, as far as its progress shows there.
@@ -45,7 +47,11 @@ struct WatchedLine {
     bool usesHardwareHandshake = false;
 };
 
-/// The progress of one job. note() and end() are for the thread that makes the call, now() for one other thread.
+/// By how much a plot takes longer than was estimated: from what was measured so far of the whole, once a tenth of it or
+/// half a minute has gone. No more than four times, nor less than a quarter: what happened so far need not go on.
+double paceOf(double measured, double estimated, double whole);
+
+/// The progress of one job. note() and end() are for the thread that makes the call, now() is for any.
 class JobProgress {
 public:
     /// bytesToSend: how many of the plot file's fileBytes go out when nothing fails. The line's descriptor must stay open
@@ -53,9 +59,8 @@ public:
     JobProgress(const WatchedLine &line, int64_t fileBytes, int64_t bytesToSend)
         : line_(line), fileBytes_(fileBytes), bytesToSend_(bytesToSend) {}
 
-    /// What was estimated to remain when so many bytes are done; empty without an estimate. To be set before the first
-    /// now().
-    std::function<double(int64_t doneBytes)> secondsLeft;
+    /// What remains, so many seconds after the start; empty without an estimate. To be set before the first now().
+    std::function<double(double seconds)> secondsLeft;
 
     /// To be called after each piece.
     void note(const ORB_JobReport &soFar);
@@ -81,7 +86,8 @@ private:
     std::mutex mutex_;
     Known known_;
 
-    // Used by now() alone, which asks the port without the lock, as a driver may take its time.
+    std::mutex asking_; ///< of what follows, which now() alone uses: it asks the port without the other lock, as a driver
+                        ///< may take its time
     uint64_t piece_ = 0;
     int mostQueued_ = 0;                 ///< bytes of that piece, as seen in the port's queue
     int64_t shown_ = 0;                  ///< at the last now()

@@ -34,6 +34,11 @@ const char *textOf(Wait wait) {
     return "";
 }
 
+/// "  pen 2 of 4"; nothing where there is but one.
+std::string penOf(const Progress &progress) {
+    return progress.pen > 0 && progress.pens > 1 ? fmt::format("  pen {} of {}", progress.pen, progress.pens) : "";
+}
+
 /// Behind the figures: how fast it goes, or why it does not.
 std::string courseOf(const Progress &progress) {
     if (progress.isHeld) return "stands still";
@@ -55,6 +60,8 @@ std::string progressLine(const Progress &progress, size_t width) {
     std::string percent = fmt::format("{:3} % ", static_cast<int>(part * 100));
     std::string figures = fmt::format("{} of {} bytes", grouped(progress.doneBytes), grouped(progress.totalBytes));
     std::string course = courseOf(progress);
+    if (const std::string pen = penOf(progress); percent.size() + figures.size() + pen.size() + course.size() + 2 <= width)
+        figures += pen;
     if (!course.empty() && percent.size() + figures.size() + 2 + course.size() <= width) {
         figures += "  " + course;
     } else if (progress.wait != Wait::None) {

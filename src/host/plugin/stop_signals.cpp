@@ -15,6 +15,7 @@ namespace {
 constexpr long kTick = 50'000; // microseconds
 constexpr int kGraceTicks = 20;
 
+volatile sig_atomic_t isHandled = 0; // there is a StopOnSignal
 volatile sig_atomic_t stopCame = 0;
 volatile sig_atomic_t ticksToTheEnd = 0; // of the process, since a second signal; 0 before
 
@@ -63,9 +64,11 @@ StopOnSignal::StopOnSignal() {
         sigaction(kSignals[i], nullptr, &before_[i]);
         if (before_[i].sa_handler != SIG_IGN || kSignals[i] == SIGALRM) handle(kSignals[i], 0);
     }
+    isHandled = 1;
 }
 
 StopOnSignal::~StopOnSignal() {
+    isHandled = 0;
     for (size_t i = 0; i < before_.size(); ++i) {
         if (!came()) {
             sigaction(kSignals[i], &before_[i], nullptr);
@@ -78,7 +81,13 @@ StopOnSignal::~StopOnSignal() {
 
 void StopOnSignal::interrupt() { setTimer(kTick); }
 
+void StopOnSignal::stop() {
+    if (isHandled != 0) onSignal(0);
+}
+
 bool StopOnSignal::came() { return stopCame != 0; }
+
+bool StopOnSignal::isUrgent() { return ticksToTheEnd != 0; }
 
 void StopOnSignal::handle(int signal, int flags) {
     struct sigaction action = {};

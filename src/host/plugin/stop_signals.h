@@ -22,8 +22,13 @@ public:
     /// From now on, until the object is gone, what the thread blocks in is interrupted every 50 ms, as after a signal.
     static void interrupt();
 
+    /// As one of the signals, also where they are ignored; nothing while there is no object. Any thread.
+    static void stop();
+
     /// True once SIGINT, SIGTERM or SIGHUP came; the next object begins anew.
     static bool came();
+    /// True once a second one came.
+    static bool isUrgent();
 
 private:
     static void handle(int signal, int flags);

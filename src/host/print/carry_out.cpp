@@ -6,7 +6,7 @@
 #include "host/plugin/thread_signals.h"
 #include "host/plugin/usb_target.h"
 
-#include <chrono>
+#include <algorithm>
 #include <condition_variable>
 #include <thread>
 
@@ -43,6 +43,14 @@ private:
 
 constexpr std::chrono::seconds kTimeOnLine(2), kTimeOverUsb(6);
 
+/// How many pens draw; 0 unless they are numbered from 1.
+int pensOf(const language::Findings &findings) {
+    auto draws = [](const language::PenFindings &pen) { return pen.strokes > 0; };
+    const auto firstNot = std::find_if_not(findings.byPen.begin() + 1, findings.byPen.end(), draws);
+    const bool areAll = std::none_of(firstNot, findings.byPen.end(), draws);
+    return areAll ? static_cast<int>(firstNot - findings.byPen.begin()) - 1 : 0;
+}
+
 bool isOver(const ORB_JobReport &report) {
     return report.stopReason != kORB_StopFinished && report.stopReason != kORB_StopNoMarkInTail;
 }
@@ -51,13 +59,12 @@ bool isOver(const ORB_JobReport &report) {
 
 PrintRun::PrintRun(const PrintPlan &plan, Destination &destination, Gate *gate)
     : plan_(plan), destination_(destination), gate_(gate),
-      progress_(destination.line(), plan.bytes(), plan.bytes() - plan.examination.withheldBytes) {
+      progress_(destination.line(), plan.bytes(), plan.bytes() - plan.examination.withheldBytes), place_(plan.begin) {
+    report_.place = plan.begin;
     if (plan.estimate) {
-        report_.estimatedSeconds = plan.estimate->findings.seconds;
-        progress_.secondsLeft = [this](int64_t) {
-            std::lock_guard guard(mutex_);
-            return plan_.estimate->secondsLeft(place_);
-        };
+        report_.estimatedSeconds = plan.estimate->secondsLeft(plan.begin);
+        progress_.secondsLeft = [this](double seconds) { return secondsLeft(seconds); };
+        pens_ = pensOf(plan.estimate->findings);
     }
     if (const auto language = emulations::of(plan.rules.emulation).language)
         follower_.emplace(plan.plot, language, plan.rules.endMark(), plan.hardClip);
@@ -77,8 +84,29 @@ std::vector<PrintRun::Job> PrintRun::jobs() const {
 bool PrintRun::mayBegin(const Job &job) {
     if (StopOnSignal::came()) return false;
     if (gate_ == nullptr) return true;
-    if (job.part && !job.part->wanted.empty()) return gate_->await(GateEvent::PenWanted, job.part->wanted);
-    return gate_->pass(true);
+    if (!job.part || job.part->wanted.empty()) return passes([this] { return gate_->pass(true); });
+    return passes([&] { return gate_->await(GateEvent::PenWanted, job.part->wanted); });
+}
+
+/// Counts the time that the print stands there.
+bool PrintRun::passes(const std::function<bool()> &gate) {
+    {
+        std::lock_guard guard(mutex_);
+        heldSince_ = Clock::now();
+    }
+    const bool goesOn = gate();
+    std::lock_guard guard(mutex_);
+    held_ += Clock::now() - *heldSince_;
+    heldSince_.reset();
+    return goesOn;
+}
+
+/// The estimate's, at the pace that was seen.
+double PrintRun::secondsLeft(double seconds) {
+    std::lock_guard guard(mutex_);
+    const Seconds held = held_ + (heldSince_ ? Clock::now() - *heldSince_ : Seconds(0));
+    const double whole = *report_.estimatedSeconds, left = plan_.estimate->secondsLeft(place_);
+    return left * paceOf(seconds - held.count(), whole - left, whole);
 }
 
 /// The record comes back without strings.
@@ -147,7 +175,7 @@ int32_t PrintRun::look(const ORB_JobReport &soFar) {
     ORB_JobReport all = soFar;
     all.sentBytes += job_->before;
     progress_.note(all);
-    const int64_t place = placeIn(*job_, soFar.sentBytes + soFar.failedBytes);
+    const int64_t place = placeIn(*job_, soFar.sentBytes + (plan_.keepGoing ? soFar.failedBytes : 0));
     const DrawnSoFar drawn = follower_ ? follower_->goTo(place) : DrawnSoFar{};
     {
         std::lock_guard guard(mutex_);
@@ -155,7 +183,7 @@ int32_t PrintRun::look(const ORB_JobReport &soFar) {
         place_ = place;
     }
     bool ends = plan_.keepGoing ? endsAnyJob(soFar.lastStatus) : soFar.firstErrorID != kORB_NoError;
-    if (!ends && gate_ != nullptr) ends = !gate_->pass(drawn.isPenUp);
+    if (!ends && gate_ != nullptr) ends = !passes([&] { return gate_->pass(drawn.isPenUp); });
     if (ends) progress_.end();
     return ends;
 }
@@ -165,14 +193,14 @@ PrintReport PrintRun::carryOut(ProgressBar &bar) {
     if (plan_.jobFile.empty()) made.emplace(plan_.job);
     const std::string jobFile = made ? made->path() : plan_.jobFile;
     bar.follow([this] { return now().progress; });
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = Clock::now();
     const std::vector<Job> all = jobs();
     size_t begun = 0;
     while (begun < all.size() && mayBegin(all[begun])) {
         run(all[begun++], jobFile);
         if (isOver(report_.job) || report_.job.firstErrorID != kORB_NoError) break;
     }
-    report_.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    report_.seconds = Seconds(Clock::now() - start).count();
     bar.stop();
     report_.stopped = StopOnSignal::came();
     for (size_t i = begun; begun > 0 && i < all.size(); ++i) { // what was not begun was withheld
@@ -185,7 +213,10 @@ PrintReport PrintRun::carryOut(ProgressBar &bar) {
 
 bool PrintRun::putPenAway() {
     std::string text(emulations::of(plan_.rules.emulation).penAway);
-    if (follower_) text = follower_->behindText(text);
+    if (follower_) {
+        follower_->goTo(report_.place);
+        text = follower_->behindText(text);
+    }
     if (!text.ends_with(plan_.rules.endMark())) text += plan_.rules.endMark();
     std::optional<TemporaryJob> made;
     if (plan_.jobFile.empty()) made.emplace(plan_.job);
@@ -206,6 +237,8 @@ Standing PrintRun::now() {
     standing.progress.isHeld = gate_ != nullptr && gate_->isHeld();
     if (standing.progress.isHeld) standing.progress.wait = Wait::None;
     std::lock_guard guard(mutex_);
+    standing.progress.pen = drawn_.pen;
+    standing.progress.pens = pens_;
     standing.drawn = drawn_;
     standing.place = place_;
     return standing;

@@ -7,6 +7,8 @@
 #include "host/print/destination.h"
 #include "host/print/follower.h"
 
+#include <chrono>
+#include <functional>
 #include <mutex>
 
 namespace host {
@@ -36,6 +38,9 @@ public:
     Standing now();
 
 private:
+    using Clock = std::chrono::steady_clock;
+    using Seconds = std::chrono::duration<double>;
+
     /// What is sent as one job.
     struct Job {
         const PlotFile &plot;
@@ -47,6 +52,8 @@ private:
     void run(const Job &job, const std::string &jobFile);
     ORB_ServiceRecord call(const PlotFile &plot, const std::string &jobFile, ORB_JobReport &report);
     void add(const Job &job, const ORB_JobReport &report);
+    double secondsLeft(double seconds);
+    bool passes(const std::function<bool()> &gate);
     int64_t placeIn(const Job &job, int64_t bytes) const { return job.part ? job.part->place(bytes) : bytes; }
     static int32_t look(const ORB_JobReport *soFar, void *context) noexcept;
     int32_t look(const ORB_JobReport &soFar);
@@ -58,9 +65,12 @@ private:
     std::optional<Follower> follower_;
     PrintReport report_;
     const Job *job_ = nullptr; ///< that is under way
+    int pens_ = 0;             ///< that the plot draws with, if they are numbered from 1
     std::mutex mutex_;         ///< of what follows
     DrawnSoFar drawn_;
     int64_t place_ = 0;
+    Seconds held_{0};                            ///< by a person, or for one
+    std::optional<Clock::time_point> heldSince_; ///< if it is
 };
 
 } // namespace host

@@ -7,6 +7,8 @@ namespace host {
 namespace {
 
 constexpr size_t kBlock = size_t{16} * 1024;
+constexpr size_t kLongestPiece = 255;     // bytes
+constexpr std::string_view kLabel = "LB"; // of HP-GL; a terminator too many draws nothing there
 
 } // namespace
 
@@ -33,7 +35,8 @@ std::string Follower::behindText(const std::string &instruction) {
     constexpr char kEtx = '\3'; // unless the plot has chosen another one
     const language::Reader *reader = reader_.reader();
     if (reader == nullptr) return instruction;
-    for (int end = -1; end < 0x80; ++end) {
+    const bool mayBeInLabel = plot_.read(read_, buffer_).substr(0, kLongestPiece).find(kLabel) != std::string_view::npos;
+    for (int end = mayBeInLabel ? 0 : -1; end < 0x80; ++end) {
         std::string tried = instruction;
         if (end >= 0) tried.insert(0, 1, end == 0 ? kEtx : static_cast<char>(end));
         reader_.take(tried);

@@ -25,8 +25,8 @@ public:
     /// So many bytes of the plot were sent in all. Throws Failure when the plot cannot be read.
     DrawnSoFar goTo(int64_t sentBytes);
     /// An instruction as a plotter carries it out behind what was sent: in the middle of a label it would be written as a
-    /// part of that, unless what ends labels in this plot stands before it. It must put the pen away. To be called once, at
-    /// last.
+    /// part of that, unless what ends labels in this plot stands before it; and of the piece that was cut short nobody knows
+    /// whether a label had begun. It must put the pen away. To be called once, at last.
     std::string behindText(const std::string &instruction);
 
 private:

@@ -35,12 +35,19 @@ void finish(Destination &destination, const PrintPlan &plan, const PrintReport &
 /// The run that is under way, for those who ask how it stands.
 class CurrentRun {
 public:
-    void set(PrintRun *run, const PrintPlan *plan, size_t sheet) {
-        std::lock_guard guard(mutex_);
-        run_ = run;
-        plan_ = plan;
-        sheet_ = sheet;
-    }
+    /// Makes it this one for a while.
+    class Scope {
+    public:
+        Scope(CurrentRun &current, PrintRun &run, const PrintPlan &plan, size_t sheet) : current_(current) {
+            current_.set(&run, &plan, sheet);
+        }
+        Scope(const Scope &) = delete;
+        Scope &operator=(const Scope &) = delete;
+        ~Scope() { current_.set(nullptr, nullptr, 0); }
+
+    private:
+        CurrentRun &current_;
+    };
 
     void addTo(Json &line) {
         std::lock_guard guard(mutex_);
@@ -60,6 +67,13 @@ public:
     }
 
 private:
+    void set(PrintRun *run, const PrintPlan *plan, size_t sheet) {
+        std::lock_guard guard(mutex_);
+        run_ = run;
+        plan_ = plan;
+        sheet_ = sheet;
+    }
+
     std::mutex mutex_;
     PrintRun *run_ = nullptr;
     const PrintPlan *plan_ = nullptr;
@@ -73,13 +87,20 @@ struct SheetOutcome {
     Verdict verdict;
 };
 
+/// All that the rules let through was sent.
+bool hasEnded(const PrintReport &report) {
+    const uint32_t reason = report.job.stopReason;
+    return !report.stopped && report.job.firstErrorID == kORB_NoError &&
+           (reason == kORB_StopFinished || reason == kORB_StopNoMarkInTail);
+}
+
 /// The pen may be on the paper, and the line takes more.
 bool leavesPenDown(const PrintPlan &plan, const PrintReport &report) {
     if (report.job.sentBytes == 0 || report.isGone || emulations::of(plan.rules.emulation).penAway.empty()) return false;
     const bool isLinkWorking = report.job.firstErrorID == kORB_NoError || report.job.firstErrorID == kORB_ErrorStopped ||
                                report.job.stopReason == kORB_StopNotASCII || report.job.stopReason == kORB_StopPlotFile;
-    const bool hasEnded = report.job.stopReason == kORB_StopFinished && plan.examination.flaw == Flaw::None;
-    return isLinkWorking && (report.stopped || !hasEnded);
+    const bool isWhole = report.job.stopReason == kORB_StopFinished && plan.examination.flaw == Flaw::None;
+    return isLinkWorking && (report.stopped || !isWhole);
 }
 
 std::string now() {
@@ -87,15 +108,17 @@ std::string now() {
                        fmt::localtime(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now())));
 }
 
-/// So that it can be taken up again. Says so in the verdict's message.
+/// So that it can be taken up again. Says so in the verdict's message. Of a plot that was changed meanwhile nobody knows
+/// which bytes were sent.
 void keepPlace(SheetOutcome &sheet) {
     const PrintPlan &plan = *sheet.plan;
-    if (plan.target.kind == Target::Kind::Picture) return;
+    if (!takesItsTime(plan.target) || sheet.report.change.spoils) return;
+    const bool isDone = sheet.verdict.code == ExitCode::Done;
+    if (!isDone && (hasEnded(sheet.report) || sheet.report.job.sentBytes == 0)) return;
     const std::string hash = hashOf(plan.plot);
-    if (sheet.verdict.code == ExitCode::Done) return forgetLastPlace(hash);
-    const bool isKept =
-        sheet.report.place > 0 && keepLastPlace(hash, {sheet.report.place, plan.plot.size(), plan.plot.path(), now()});
-    if (isKept) sheet.verdict.message += "; --resume takes it up again from there";
+    if (isDone) return forgetLastPlace(hash);
+    if (keepLastPlace(hash, {sheet.report.place, plan.plot.size(), plan.plot.path(), now()}))
+        sheet.verdict.message += "; --resume takes it up again from there";
 }
 
 /// One print, from the attendance to the words for its end.
@@ -104,25 +127,36 @@ public:
     Session(const std::vector<PrintPlan> &sheets, const SessionOptions &options, const Telling &telling)
         : sheets_(sheets), options_(options), telling_(telling),
           bar_(!telling.quiet && !telling.json && options.attendance.progress.empty() && ProgressBar::isPossible()),
-          attendance_(options.attendance, {[this](Json &line) { current_.addTo(line); }, speaker()}),
-          awake_("plotting " + sheets.front().plot.path()) {}
+          attendance_(options.attendance, {[this](Json &line) { current_.addTo(line); }, speaker(), options.mayWaitUnseen}) {
+    }
 
     ExitCode run() {
+        try {
+            return carryOutAll();
+        } catch (const Failure &failure) { // who watches is told as whoever reads standard error
+            attendance_.end();
+            attendance_.report("done", "report", jsonOf(Verdict{failure.code(), failure.what(), {}}));
+            throw;
+        }
+    }
+
+private:
+    ExitCode carryOutAll() {
         requireAnswers();
-        std::optional<StopOnSignal> signals(std::in_place);
         Destination destination(sheets_.front().target);
+        if (takesItsTime(sheets_.front().target)) awake_.emplace("plotting " + sheets_.front().plot.path());
         sayBeforehand();
         ConsoleLines console(telling_.verbose, bar_);
         attendance_.report("started", "sheets", count());
         for (size_t i = 0; i < count() && mayBegin(i); ++i)
-            if (!carryOut(i, destination, signals)) break;
+            if (!carryOut(i, destination)) break;
         if (outcomes_.empty()) throw Failure(ExitCode::Stopped, "stopped: nothing was sent");
         settle(destination);
-        signals.reset();
+        attendance_.end(); // before the signals: a process that one ends now leaves the terminal as it was
+        signals_.reset();
         return conclude(destination, console);
     }
 
-private:
     size_t count() const { return sheets_.size() * static_cast<size_t>(options_.copies); }
     const PrintPlan &planOf(size_t sheet) const { return sheets_[sheet % sheets_.size()]; }
 
@@ -155,30 +189,39 @@ private:
         for (const PrintPlan &sheet : sheets_)
             writeError(readyText(sheet.ready));
         if (const auto &usb = sheets_.front().target.usb) printError("{}", notesOf(*usb));
-        if (!awake_.problem().empty())
-            printNote(fmt::format("the computer may go to sleep meanwhile ({})", awake_.problem()));
+        if (!awake_) return;
+        printNote(awake_->problem().empty() ? "the computer does not go to sleep meanwhile"
+                                            : fmt::format("the computer may go to sleep meanwhile ({})", awake_->problem()));
     }
 
     bool mayBegin(size_t sheet) {
         if (sheet == 0) return true;
-        if (!options_.isPrompted) return attendance_.gate().pass(true);
-        return attendance_.gate().await(GateEvent::PaperWanted, fmt::format("put in paper for sheet {} of {}, {}", sheet + 1,
-                                                                            count(), shown(planOf(sheet).plot.path())));
+        Gate &gate = attendance_.gate();
+        const std::string wanted = fmt::format("put in paper for sheet {} of {}, {}", sheet + 1, count(),
+                                               shown(planOf(sheet).plot.path()));
+        const bool begins = options_.isPrompted ? gate.await(GateEvent::PaperWanted, wanted) : gate.pass(true);
+        if (!begins) noteStop();
+        return begins;
+    }
+
+    void noteStop() {
+        attendance_.gate().end();
+        attendance_.report("stopped");
     }
 
     /// False when no sheet is to follow.
-    bool carryOut(size_t sheet, Destination &destination, std::optional<StopOnSignal> &signals) {
+    bool carryOut(size_t sheet, Destination &destination) {
         const PrintPlan &plan = planOf(sheet);
         PrintRun run(plan, destination, &attendance_.gate());
-        current_.set(&run, &plan, sheet);
+        const CurrentRun::Scope scope(current_, run, plan, sheet);
         SheetOutcome outcome{&plan, run.carryOut(bar_), {}};
+        if (outcome.report.stopped) noteStop();
         outcome.report.isGone = destination.isGone();
-        if (!options_.leavesPen && leavesPenDown(plan, outcome.report)) {
-            signals.reset(); // a new one: the stop that ended the print must not end this
-            signals.emplace();
+        if (!options_.leavesPen && !StopOnSignal::isUrgent() && leavesPenDown(plan, outcome.report)) {
+            signals_.reset(); // a new one: the stop that ended the print must not end this
+            signals_.emplace();
             outcome.report.penPutAway = run.putPenAway();
         }
-        current_.set(nullptr, nullptr, 0);
         const bool goesOn = judge(plan, outcome.report).code == ExitCode::Done;
         outcomes_.push_back(std::move(outcome));
         return goesOn;
@@ -231,8 +274,9 @@ private:
     const Telling &telling_;
     ProgressBar bar_;
     CurrentRun current_;
+    std::optional<StopOnSignal> signals_{std::in_place}; ///< there before the keys are: a stop gives the terminal back
     Attendance attendance_;
-    Awake awake_;
+    std::optional<Awake> awake_;
     std::vector<SheetOutcome> outcomes_;
 };
 
