@@ -97,7 +97,8 @@ bool hasEnded(const PrintReport &report) {
 /// The pen may be on the paper, and the line takes more.
 bool leavesPenDown(const PrintPlan &plan, const PrintReport &report) {
     if (report.job.sentBytes == 0 || report.isGone || emulations::of(plan.rules.emulation).penAway.empty()) return false;
-    const bool isLinkWorking = report.job.firstErrorID == kORB_NoError || report.job.firstErrorID == kORB_ErrorStopped ||
+    // A stop fails the piece under way, as a broken link does.
+    const bool isLinkWorking = report.stopped || report.job.firstErrorID == kORB_NoError ||
                                report.job.stopReason == kORB_StopNotASCII || report.job.stopReason == kORB_StopPlotFile;
     const bool isWhole = report.job.stopReason == kORB_StopFinished && plan.examination.flaw == Flaw::None;
     return isLinkWorking && (report.stopped || !isWhole);
