@@ -57,7 +57,7 @@ Wait JobProgress::reason(const Known &known) const {
     return waitOnLine(line_.descriptor, line_.usesHardwareHandshake);
 }
 
-Progress JobProgress::now() {
+Progress JobProgress::now(bool isHeld) {
     std::lock_guard asking(asking_);
     Known known;
     {
@@ -65,12 +65,13 @@ Progress JobProgress::now() {
         known = known_;
     }
     Progress progress;
+    progress.isHeld = isHeld;
     progress.totalBytes = fileBytes_;
     progress.doneBytes = std::min(known.done + ofThePieceUnderWay(known.notes), fileBytes_);
     auto time = Clock::now();
     progress.seconds = std::chrono::duration<double>(time - start_).count();
     if (secondsLeft) progress.left = secondsLeft(progress.seconds);
-    if (progress.doneBytes != shown_ || known.hasEnded || progress.doneBytes >= bytesToSend_) forward_ = time;
+    if (isHeld || progress.doneBytes != shown_ || known.hasEnded || progress.doneBytes >= bytesToSend_) forward_ = time;
     shown_ = progress.doneBytes;
     if (time - forward_ >= kSoon) {
         progress.still = std::chrono::duration<double>(time - forward_).count();

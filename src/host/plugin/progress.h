@@ -67,8 +67,9 @@ public:
     /// To be called when no piece follows: from then on nothing counts as waiting.
     void end();
 
-    /// The progress at this moment; asks the port as well, but never waits for the plotter.
-    Progress now();
+    /// The progress at this moment; asks the port as well, but never waits for the plotter. isHeld: by a person, which is no
+    /// waiting for the plotter.
+    Progress now(bool isHeld = false);
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -233,9 +233,7 @@ bool PrintRun::putPenAway() {
 }
 
 Standing PrintRun::now() {
-    Standing standing{progress_.now(), {}, 0};
-    standing.progress.isHeld = gate_ != nullptr && gate_->isHeld();
-    if (standing.progress.isHeld) standing.progress.wait = Wait::None;
+    Standing standing{progress_.now(gate_ != nullptr && gate_->isHeld()), {}, 0};
     std::lock_guard guard(mutex_);
     standing.progress.pen = drawn_.pen;
     standing.progress.pens = pens_;
