@@ -74,8 +74,9 @@ pollfd Keyboard::watched() const { return {terminal_.get(), static_cast<short>(i
 
 std::optional<char> Keyboard::read() {
     char key;
-    const ssize_t count = isOurs() ? ::read(terminal_.get(), &key, 1) : 0;
-    return count == 1 ? std::optional(key) : std::nullopt;
+    pollfd now = watched(); // a shell that has just given the terminal back has it give whole lines: read() would wait
+    const bool isRead = poll(&now, 1, 0) == 1 && (now.revents & POLLIN) != 0 && ::read(now.fd, &key, 1) == 1;
+    return isRead ? std::optional(key) : std::nullopt;
 }
 
 void Keyboard::refresh() {
