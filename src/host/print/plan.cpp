@@ -72,13 +72,13 @@ Examination examine(const std::vector<PlotPart> &parts, const PlotRules &rules) 
 /// What stands between the plot and its beginning or its pens: cut into jobs of their own. Throws Failure.
 void cutIntoParts(const PrintOptions &options, PrintPlan &plan) {
     const bool isWhole = options.start.from.empty() && !options.start.isResumed;
-    const int pensHeld = options.changesPens ? options.ready.conversion.pensHeld : 0;
-    if (isWhole && pensHeld == 0) return;
     const ReadAs as{emulations::of(plan.rules.emulation).language, plan.hardClip};
+    const int pensHeld = options.changesPens && as.language ? options.ready.conversion.pensHeld : 0;
+    if (isWhole && pensHeld == 0) return;
     if (!as.language) {
         throw Failure(ExitCode::Usage,
-                      fmt::format("--emulation: {} is a language that cannot be followed; leave out --from, "
-                                  "--resume and --pens-held",
+                      fmt::format("--emulation: {} is a language that cannot be followed; leave out --from "
+                                  "and --resume",
                                   plan.rules.emulation));
     }
     const language::Place start = startOf(plan.plot, as, options.start);
