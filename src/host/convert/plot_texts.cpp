@@ -95,7 +95,7 @@ PlotTexts ended(PlotTexts texts, const PlotRules &rules) {
     return texts;
 }
 
-PlotFile withTexts(const PlotFile &plot, const PlotTexts &texts, const PlotRules &rules, bool isForced) {
+PlotFile withTexts(const PlotFile &plot, const PlotTexts &texts, const PlotRules &rules) {
     const Language language = languageOf(rules);
     const Frame frame = frameOf(language);
     const std::string mark = markOf(rules, language);
@@ -109,10 +109,10 @@ PlotFile withTexts(const PlotFile &plot, const PlotTexts &texts, const PlotRules
     kept.add(texts.after);
     addBytes(kept, plot, end.offset, plot.size());
     PlotFile made(std::move(kept));
-    if (isForced || drawnBy(made, language).strokes == drawnBy(plot, language).strokes) return made;
+    if (drawnBy(made, language).strokes == drawnBy(plot, language).strokes) return made;
     throw Failure(ExitCode::Usage,
-                  fmt::format("{}: with --before \"{}\" and --after \"{}\" something else would be drawn; give texts that "
-                              "set speed or force, or print it with --force",
+                  fmt::format("{}: with --before \"{}\" and --after \"{}\" something else would be drawn; give "
+                              "texts for speed, force or paper alone",
                               shown(plot.path()), shown(texts.before), shown(texts.after)));
 }
 

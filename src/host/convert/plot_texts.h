@@ -18,7 +18,7 @@ struct PlotTexts {
 PlotTexts ended(PlotTexts texts, const PlotRules &rules);
 
 /// The plot with the texts in it: one behind its initialisation, one at its end. Throws Failure (usage): for a language that
-/// cannot be followed, and, unless forced, when anything else would be drawn then.
-PlotFile withTexts(const PlotFile &plot, const PlotTexts &texts, const PlotRules &rules, bool isForced);
+/// cannot be followed, and when anything else would be drawn then, as behind a plot that ends within a label.
+PlotFile withTexts(const PlotFile &plot, const PlotTexts &texts, const PlotRules &rules);
 
 } // namespace host

@@ -52,7 +52,7 @@ ReadyPlot readyPlot(PlotFile file, const ReadyOptions &options, const DrawingOpt
     ReadyPlot ready = bareOf(std::move(file), options, drawing, rules);
     if (options.texts.before.empty() && options.texts.after.empty()) return ready;
     ready.report.texts = ended(options.texts, rules);
-    return {withTexts(ready.plot, ready.report.texts, rules, options.isForced), std::move(ready.report)};
+    return {withTexts(ready.plot, ready.report.texts, rules), std::move(ready.report)};
 }
 
 std::string readyText(const ReadyReport &report) {
