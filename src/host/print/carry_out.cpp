@@ -14,30 +14,36 @@ namespace host {
 
 namespace {
 
-/// Stops the plug-in's call when it has not taken what it was given within a time.
+/// Stops the plug-in's call when it has not taken what it was given within a time, or does not end then: the close of a port
+/// waits for what an adapter holds.
 class TimeLimit {
 public:
     explicit TimeLimit(std::chrono::seconds time) {
         SignalsBlocked blocked;
         watch_ = std::thread([this, time] {
             std::unique_lock lock(mutex_);
-            if (!wake_.wait_for(lock, time, [this] { return isKept_; })) ORB_hostStop();
+            if (!wake_.wait_for(lock, time, [this] { return isTaken_; }) ||
+                !wake_.wait_for(lock, kTimeToClose, [this] { return isOver_; }))
+                ORB_hostStop();
         });
     }
     ~TimeLimit() {
-        keep();
+        keep(true);
         watch_.join();
     }
-    void keep() {
+    void keep(bool isOver = false) {
         std::lock_guard guard(mutex_);
-        isKept_ = true;
+        isTaken_ = true;
+        isOver_ = isOver;
         wake_.notify_one();
     }
 
 private:
+    static constexpr std::chrono::seconds kTimeToClose{3}; // two of them are the plug-in's own pause
+
     std::mutex mutex_;
     std::condition_variable wake_;
-    bool isKept_ = false;
+    bool isTaken_ = false, isOver_ = false;
     std::thread watch_;
 };
 

@@ -5,7 +5,26 @@
 #include "host/picture/plot_findings.h"
 #include "host/terminal/text.h"
 
+#include <cerrno>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/file.h>
+
 namespace host {
+
+namespace {
+
+/// Between two sheets or pens nobody has claimed the plotter: so that no second print begins there. None of a node that
+/// cannot be opened; the print itself tells why.
+UniqueFd lockOf(const UsbDevice &device) {
+    UniqueFd node(open(device.node.c_str(), O_RDONLY | O_CLOEXEC));
+    if (node.get() >= 0 && flock(node.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        throw Failure(ExitCode::Busy,
+                      fmt::format("{}: busy: another print has it; wait until it is done, or end it", shown(device.id())));
+    return node;
+}
+
+} // namespace
 
 void requireFree(const Target &target) {
     switch (target.kind) {
@@ -19,7 +38,10 @@ void requireFree(const Target &target) {
 Destination::Destination(const Target &target) : target_(target) {
     switch (target.kind) {
     case Target::Kind::Port: lock_.emplace(target.path); break;
-    case Target::Kind::Usb: requireFree(*target.usb); break;
+    case Target::Kind::Usb:
+        requireFree(*target.usb);
+        usbLock_ = lockOf(*target.usb);
+        break;
     case Target::Kind::File: capture_.emplace(target.path); break;
     case Target::Kind::Picture: plotter_.emplace(target.drawing, target.path); break;
     }

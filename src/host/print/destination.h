@@ -3,6 +3,7 @@
 // software are serial ports.
 #pragma once
 
+#include "host/files/unique_fd.h"
 #include "host/obstacles/port_lock.h"
 #include "host/plugin/progress.h"
 #include "host/print/capture.h"
@@ -41,6 +42,7 @@ public:
 private:
     const Target &target_;
     std::optional<PortLock> lock_;
+    UniqueFd usbLock_;
     std::optional<VirtualLine> plotter_;
     std::optional<Capture> capture_;
 };

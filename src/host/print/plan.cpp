@@ -76,10 +76,9 @@ void cutIntoParts(const PrintOptions &options, PrintPlan &plan) {
     const int pensHeld = options.changesPens && as.language ? options.ready.conversion.pensHeld : 0;
     if (isWhole && pensHeld == 0) return;
     if (!as.language) {
-        throw Failure(ExitCode::Usage,
-                      fmt::format("--emulation: {} is a language that cannot be followed; leave out --from "
-                                  "and --resume",
-                                  plan.rules.emulation));
+        throw Failure(ExitCode::Usage, fmt::format("--emulation: {} is a language that cannot be followed; leave out --from "
+                                                   "and --resume",
+                                                   plan.rules.emulation));
     }
     const language::Place start = startOf(plan.plot, as, options.start);
     plan.begin = static_cast<int64_t>(start.offset);

@@ -222,6 +222,7 @@ private:
             signals_.reset(); // a new one: the stop that ended the print must not end this
             signals_.emplace();
             outcome.report.penPutAway = run.putPenAway();
+            StopOnSignal::interrupt(); // as after a stop, nothing waits for the line any more
         }
         const bool goesOn = judge(plan, outcome.report).code == ExitCode::Done;
         outcomes_.push_back(std::move(outcome));
