@@ -73,7 +73,7 @@ PrintRun::PrintRun(const PrintPlan &plan, Destination &destination, Gate *gate)
         pens_ = pensOf(plan.estimate->findings);
     }
     if (const auto language = emulations::of(plan.rules.emulation).language)
-        follower_.emplace(plan.plot, language, plan.rules.endMark(), plan.hardClip);
+        follower_.emplace(plan.plot, language, plan.rules.terminator, plan.hardClip);
 }
 
 std::vector<PrintRun::Job> PrintRun::jobs() const {

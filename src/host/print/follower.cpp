@@ -14,8 +14,8 @@ constexpr std::string_view kLabel = "LB"; // of HP-GL; a terminator too many dra
 
 Follower::Follower(const PlotFile &plot, std::optional<language::Language> language, std::string_view terminator,
                    const language::Rectangle &hardClip)
-    : plot_(plot), mark_(terminator.empty() ? ';' : terminator.back()), reader_(language, noPen_, hardClip),
-      buffer_(kBlock, '\0') {}
+    : plot_(plot), mark_(terminator.empty() ? ';' : terminator.back()),
+      reader_(language, noPen_, hardClip, language::Clipping::None), buffer_(kBlock, '\0') {}
 
 DrawnSoFar Follower::goTo(int64_t sentBytes) {
     while (read_ < sentBytes) {
@@ -24,11 +24,27 @@ DrawnSoFar Follower::goTo(int64_t sentBytes) {
         if (block.empty()) break;
         reader_.take(block);
         read_ += static_cast<int64_t>(block.size());
-        last_ = block.back();
+        follow(block);
     }
     if (reader_.reader() == nullptr) return {};
     const language::PenStatus status = reader_.reader()->status();
-    return {reader_.reader()->findings().strokes, status.pen, !status.down && last_ == mark_};
+    return {reader_.reader()->findings().strokes, status.pen, !status.down && mayWait()};
+}
+
+/// Keeps what stands behind the last mark: the beginning of an instruction, of which two letters tell enough.
+void Follower::follow(std::string_view block) {
+    if (const size_t mark = block.rfind(mark_); mark != std::string_view::npos) {
+        begun_.clear();
+        block.remove_prefix(mark + 1);
+    }
+    for (char c : block)
+        if (begun_.size() < 2 && static_cast<unsigned char>(c) > ' ') begun_ += c;
+}
+
+/// Plots whose pieces hold no mark end in the middle of instructions; one that only moves the pen may be left so.
+bool Follower::mayWait() const {
+    const bool isNumber = begun_.empty() || begun_[0] < 'A';
+    return isNumber || begun_ == "PU" || begun_ == "PA" || begun_ == "U";
 }
 
 std::string Follower::behindText(const std::string &instruction) {

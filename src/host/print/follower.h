@@ -13,12 +13,12 @@ namespace host {
 struct DrawnSoFar {
     uint64_t strokes = 0;
     int pen = 0;
-    bool isPenUp = true; ///< and no instruction is under way
+    bool isPenUp = true; ///< and no instruction is under way that lowers it
 };
 
 class Follower {
 public:
-    /// plot must outlive it. terminator: behind which a piece ends that holds whole instructions.
+    /// plot must outlive it. terminator: behind which the next instruction begins.
     Follower(const PlotFile &plot, std::optional<language::Language> language, std::string_view terminator,
              const language::Rectangle &hardClip);
 
@@ -30,13 +30,16 @@ public:
     std::string behindText(const std::string &instruction);
 
 private:
+    void follow(std::string_view block);
+    bool mayWait() const;
+
     const PlotFile &plot_;
     const char mark_;
     language::NoPen noPen_;
     language::PlotReader reader_;
     std::string buffer_;
     int64_t read_ = 0;
-    char last_ = '\0'; ///< byte that was read
+    std::string begun_; ///< of the instruction under way, at most two letters
 };
 
 } // namespace host

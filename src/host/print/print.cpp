@@ -100,7 +100,8 @@ bool leavesPenDown(const PrintPlan &plan, const PrintReport &report) {
     // A stop fails the piece under way, as a broken link does.
     const bool isLinkWorking = report.stopped || report.job.firstErrorID == kORB_NoError ||
                                report.job.stopReason == kORB_StopNotASCII || report.job.stopReason == kORB_StopPlotFile;
-    const bool isWhole = report.job.stopReason == kORB_StopFinished && plan.examination.flaw == Flaw::None;
+    const bool hasEnded = report.job.stopReason == kORB_StopFinished || report.job.stopReason == kORB_StopNoMarkInTail;
+    const bool isWhole = hasEnded && plan.examination.flaw == Flaw::None;
     return isLinkWorking && (report.stopped || !isWhole);
 }
 
@@ -198,8 +199,8 @@ private:
     bool mayBegin(size_t sheet) {
         if (sheet == 0) return true;
         Gate &gate = attendance_.gate();
-        const std::string wanted = fmt::format("put in paper for sheet {} of {}, {}", sheet + 1, count(),
-                                               shown(planOf(sheet).plot.path()));
+        const std::string wanted =
+            fmt::format("put in paper for sheet {} of {}, {}", sheet + 1, count(), shown(planOf(sheet).plot.path()));
         const bool begins = options_.isPrompted ? gate.await(GateEvent::PaperWanted, wanted) : gate.pass(true);
         if (!begins) noteStop();
         return begins;
