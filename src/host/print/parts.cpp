@@ -160,10 +160,12 @@ std::vector<PlotPart> partsOf(const PlotFile &plot, const ReadAs &as, const Plac
     std::vector<Cut> cuts = cutsOf(plot, as, start, pensHeld, colours);
     if (start.offset == 0 && cuts.size() == 1) return {};
     std::vector<uint64_t> offsets;
+    offsets.reserve(cuts.size());
     for (const Cut &cut : cuts)
         offsets.push_back(static_cast<uint64_t>(cut.begin));
     const std::vector<std::string> states = statesAt(sourceOf(plot, as), offsets);
     std::vector<PlotPart> parts;
+    parts.reserve(cuts.size());
     for (size_t i = 0; i < cuts.size(); ++i) {
         const std::string &state = cuts[i].begin == 0 ? std::string() : states[i];
         const int64_t end = i + 1 < cuts.size() ? cuts[i + 1].end : plot.size();
