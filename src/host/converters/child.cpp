@@ -135,7 +135,10 @@ ChildResult::End endOf(const Child::Ended &ended, const ChildLimits &limits) {
     const auto &[status, usage] = ended;
     const std::chrono::seconds worked(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec);
     if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL && worked >= limits.time) return ChildResult::End::OutOfTime;
-    if (status != 0 && static_cast<uint64_t>(usage.ru_maxrss) * 1024 >= limits.memory / 4)
+    rusage own{}; // the child's peak counts what it had as a copy of this process, too
+    getrusage(RUSAGE_SELF, &own);
+    const bool isItsOwn = usage.ru_maxrss > own.ru_maxrss;
+    if (status != 0 && isItsOwn && static_cast<uint64_t>(usage.ru_maxrss) * 1024 >= limits.memory / 4)
         return ChildResult::End::OutOfMemory;
     return WIFSIGNALED(status) ? ChildResult::End::Killed : ChildResult::End::Exited;
 }
