@@ -6,16 +6,9 @@ namespace language {
 
 namespace {
 
-struct NoSink final : PenSink {
-    void setPen(int, double) override {}
-    void begin(Point) override {}
-    void line(Point) override {}
-    void fill(std::span<const Point>, std::span<const size_t>) override {}
-};
-
 /// Calls visit at each instruction's start, until it answers false; and at the plot's end, if it never does.
 void scan(const PlotSource &plot, const std::function<bool(const Reader &)> &visit) {
-    NoSink sink;
+    NoPen sink;
     bool goesOn = true;
     PlotReader reader(plot.language, sink, plot.hardClip, Clipping::None); // the plotter may reach further
     reader.onChoice = [&](Reader &chosen) { chosen.onInstruction = [&] { goesOn = goesOn && visit(chosen); }; };
@@ -82,16 +75,6 @@ private:
 
 } // namespace
 
-std::optional<Place> placeFrom(const PlotSource &plot, uint64_t offset) {
-    std::optional<Place> first;
-    scan(plot, [&](const Reader &reader) {
-        const Place place = reader.place();
-        if (place.offset >= offset && goodToStart(place)) first = place;
-        return !first;
-    });
-    return first;
-}
-
 std::optional<Place> placeUpTo(const PlotSource &plot, uint64_t offset) {
     return lastPlace(plot, [&](const Place &place) { return place.offset > offset; });
 }
@@ -115,16 +98,6 @@ std::vector<std::string> statesAt(const PlotSource &plot, const std::vector<uint
         return next < offsets.size();
     });
     return states;
-}
-
-std::optional<std::string> stateAt(const PlotSource &plot, uint64_t offset) {
-    std::optional<std::string> state;
-    scan(plot, [&](const Reader &reader) {
-        const uint64_t here = reader.place().offset;
-        if (here == offset) state = reader.state();
-        return here < offset;
-    });
-    return state;
 }
 
 std::vector<PenPart> penPartsOf(const PlotSource &plot) {

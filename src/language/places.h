@@ -21,21 +21,16 @@ struct PlotSource {
     std::function<std::string_view()> next; ///< its next piece, valid until the next call; empty at the end
 };
 
-/// The first place at or after the offset at which the pen is up and the state carries all; the plot's end is a place, too.
-std::optional<Place> placeFrom(const PlotSource &plot, uint64_t offset);
-/// The last such place at or before the offset: going on from there leaves out nothing that was not sent up to it. None: the
-/// plot has no more than that many bytes.
+/// The last place at or before the offset at which the pen is up and the state carries all: going on from there leaves out
+/// nothing that was not sent up to it. None: the plot has no more than that many bytes.
 std::optional<Place> placeUpTo(const PlotSource &plot, uint64_t offset);
 /// The last such place before the pen is put down for the stroke of that number, counted from 1. None: there is no such one.
 std::optional<Place> placeOfStroke(const PlotSource &plot, uint64_t stroke);
-
 /// The last such place at which so much has been drawn at most.
 std::optional<Place> placeDrawn(const PlotSource &plot, double millimetres);
 
 /// Reader::state() where instructions start, at offsets in rising order; empty where none starts.
 std::vector<std::string> statesAt(const PlotSource &plot, const std::vector<uint64_t> &offsets);
-/// Reader::state() where the instruction at the offset starts; none when no instruction starts there.
-std::optional<std::string> stateAt(const PlotSource &plot, uint64_t offset);
 
 /// What is drawn with one pen until another one is needed.
 struct PenPart {

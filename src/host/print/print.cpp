@@ -100,9 +100,7 @@ bool leavesPenDown(const PrintPlan &plan, const PrintReport &report) {
     // A stop fails the piece under way, as a broken link does.
     const bool isLinkWorking = report.stopped || report.job.firstErrorID == kORB_NoError ||
                                report.job.stopReason == kORB_StopNotASCII || report.job.stopReason == kORB_StopPlotFile;
-    const bool hasEnded = report.job.stopReason == kORB_StopFinished || report.job.stopReason == kORB_StopNoMarkInTail;
-    const bool isWhole = hasEnded && plan.examination.flaw == Flaw::None;
-    return isLinkWorking && (report.stopped || !isWhole);
+    return isLinkWorking && !(hasEnded(report) && plan.examination.flaw == Flaw::None);
 }
 
 std::string now() {
