@@ -1,0 +1,272 @@
+#include "printer_app/server/turn.h"
+
+#include "host/terminal/text.h"
+#include "printer_app/plotting/worker.h"
+
+#include <chrono>
+#include <fmt/format.h>
+#include <thread>
+
+namespace printer_app {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kTick = std::chrono::milliseconds(100);
+constexpr auto kRetry = std::chrono::seconds(5); // until the next try at a plotter that is busy, not there, or forbidden
+constexpr pappl_preason_t kAsks = PAPPL_PREASON_MEDIA_NEEDED, kNothing = PAPPL_PREASON_NONE;
+
+class Turn {
+public:
+    Turn(Service &service, Queue &queue, pappl_job_t *job)
+        : service_(service), queue_(queue), job_(job), id_(papplJobGetID(job)) {
+        queue_.takeSaid();
+        queue_.wasPaused = queue_.wasResumed = false;
+        queue_.atWork = id_;
+    }
+    ~Turn() { queue_.atWork = 0; }
+    Turn(const Turn &) = delete;
+    Turn &operator=(const Turn &) = delete;
+
+    bool take();
+
+private:
+    enum class Answer { Go, FromHere, Canceled };
+    enum class Sheet { Done, Interrupted, Canceled, Failed };
+
+    JobRecord record() const { return service_.journal.find(queue_.config.name, id_).value_or(JobRecord{}); }
+    template <class How> void change(How how, bool urgent = true) {
+        service_.journal.change(queue_.config.name, id_, how, urgent);
+    }
+    bool isCanceled() const { return papplJobIsCanceled(job_); }
+    void tell(Phase phase, const std::string &message);
+    bool fail(const std::string &message);
+    /// Once the program is ending, the thread stays here.
+    void rest() const;
+
+    bool awaitExamination();
+    Answer ask(Phase phase, const std::string &message);
+    Sheet plot(int page, int64_t place);
+    /// One print. Its outcome: none when it was canceled.
+    std::optional<Outcome> print(int page, int64_t place);
+    void hear(const Progress &progress);
+    void steer(Worker &worker);
+    bool awaitPlotter(const Outcome &outcome);
+    std::string paperWanted(const JobRecord &job) const;
+
+    Service &service_;
+    Queue &queue_;
+    pappl_job_t *job_;
+    int id_;
+    bool isAsking_ = false; ///< the print waits for a person
+};
+
+void Turn::tell(Phase phase, const std::string &message) {
+    change([&](JobRecord &r) {
+        r.phase = phase;
+        r.message = message;
+    });
+    papplJobSetMessage(job_, "%s", message.c_str());
+}
+
+bool Turn::fail(const std::string &message) {
+    change([](JobRecord &r) { r.ended = time(nullptr); });
+    tell(Phase::Failed, message);
+    papplJobSetReasons(job_, PAPPL_JREASON_DOCUMENT_UNPRINTABLE_ERROR, PAPPL_JREASON_NONE);
+    return false;
+}
+
+void Turn::rest() const {
+    while (service_.isEnding)
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+}
+
+bool Turn::awaitExamination() {
+    while (!record().isExamined && !isCanceled()) {
+        std::this_thread::sleep_for(kTick);
+        rest();
+    }
+    return !isCanceled();
+}
+
+/// A person's word, from the page or by a client's Resume-Printer.
+Turn::Answer Turn::ask(Phase phase, const std::string &message) {
+    pappl_printer_t *printer = papplJobGetPrinter(job_);
+    queue_.takeSaid();
+    queue_.wasResumed = false;
+    tell(phase, message);
+    papplPrinterSetReasons(printer, kAsks, PAPPL_PREASON_NONE);
+    papplJobSetReasons(job_, PAPPL_JREASON_PRINTER_STOPPED, PAPPL_JREASON_NONE);
+    std::optional<Answer> answer;
+    while (!answer) {
+        std::this_thread::sleep_for(kTick);
+        rest();
+        const auto said = queue_.takeSaid();
+        if (isCanceled()) answer = Answer::Canceled;
+        else if (said == Action::FromHere) answer = Answer::FromHere;
+        else if (said == Action::PaperIsIn || said == Action::PlotAgain || queue_.wasResumed.exchange(false)) answer = Answer::Go;
+    }
+    papplPrinterSetReasons(printer, PAPPL_PREASON_NONE, kAsks);
+    papplJobSetReasons(job_, PAPPL_JREASON_NONE, PAPPL_JREASON_PRINTER_STOPPED);
+    return *answer;
+}
+
+std::string Turn::paperWanted(const JobRecord &job) const {
+    const std::string sheet = job.figures && !job.figures->sheet.empty() ? " (" + job.figures->sheet + ")" : "";
+    if (job.sheets() == 1) return fmt::format("Put in paper{}, then say that it is in.", sheet);
+    return fmt::format("Put in paper{} for sheet {} of {}, then say that it is in.", sheet, job.sheetsDone + 1, job.sheets());
+}
+
+bool Turn::take() {
+    if (!awaitExamination()) return true;
+    for (JobRecord job = record(); job.sheetsDone < job.sheets() || job.pages.empty(); job = record()) {
+        if (job.hasEnded() || job.pages.empty()) return fail(job.message); // found unfit when it was looked at
+        Answer answer = Answer::Go;
+        if (job.isInterrupted) answer = ask(Phase::Troubled, job.message);
+        else if (queue_.config.confirms || job.asksFirst) answer = ask(Phase::Waiting, paperWanted(job));
+        if (answer == Answer::Canceled) return true;
+        const int64_t place = answer == Answer::FromHere ? job.place : 0;
+        change([&](JobRecord &r) {
+            r.isInterrupted = r.asksFirst = false;
+            r.bytes = r.totalBytes = 0;
+            r.secondsLeft.reset();
+        });
+        switch (plot(job.pages[static_cast<size_t>(job.sheetsDone) % job.pages.size()], place)) {
+        case Sheet::Done:
+            change([](JobRecord &r) {
+                ++r.sheetsDone;
+                r.place = 0;
+                r.isInterrupted = false;
+            });
+            break;
+        case Sheet::Interrupted: break;
+        case Sheet::Canceled: return true;
+        case Sheet::Failed: return false;
+        }
+    }
+    change([](JobRecord &r) { r.ended = time(nullptr); });
+    tell(Phase::Done, "Plotted.");
+    return true;
+}
+
+Turn::Sheet Turn::plot(int page, int64_t place) {
+    for (;;) {
+        const std::optional<Outcome> outcome = print(page, place);
+        if (!outcome) return Sheet::Canceled;
+        if (outcome->code == 0) return Sheet::Done;
+        const bool isOfPlotter = outcome->code >= 3 && outcome->code <= 6;
+        if (!outcome->hasBegun && isOfPlotter) {
+            if (!awaitPlotter(*outcome)) return Sheet::Canceled;
+            continue;
+        }
+        if (!outcome->hasBegun) return fail(outcome->message), Sheet::Failed;
+        if (isOfPlotter) papplPrinterSetReasons(papplJobGetPrinter(job_), PAPPL_PREASON_OFFLINE, PAPPL_PREASON_NONE);
+        const JobRecord job = record();
+        change([&](JobRecord &r) {
+            r.isInterrupted = true;
+            r.place = outcome->place;
+            r.message = fmt::format("Interrupted after {} of {} bytes (place {}): {}. Put in new paper and plot again, or go on "
+                                    "from here on the same sheet.",
+                                    host::grouped(job.bytes), host::grouped(job.totalBytes), outcome->place, outcome->message);
+        });
+        return Sheet::Interrupted;
+    }
+}
+
+std::optional<Outcome> Turn::print(int page, int64_t place) {
+    tell(Phase::Plotting, "Plotting.");
+    isAsking_ = false;
+    queue_.wasPaused = queue_.wasResumed = false;
+    Worker worker(printWords(service_.options.command, record(), page, place, service_.socketOf(queue_)),
+                  service_.socketOf(queue_));
+    while (worker.watch([&](const Progress &progress) { hear(progress); })) {
+        if (isCanceled() || service_.isEnding) worker.stop();
+        else steer(worker);
+    }
+    Outcome outcome = worker.outcome();
+    papplPrinterSetReasons(papplJobGetPrinter(job_), PAPPL_PREASON_NONE, kAsks);
+    if (service_.isEnding && outcome.code != 0) {
+        change([&](JobRecord &r) {
+            r.place = outcome.place;
+            r.message = outcome.hasBegun ? "Interrupted: the print service was stopped. Plot again, or go on from here." : "";
+            r.phase = outcome.hasBegun ? Phase::Troubled : Phase::Queued;
+        });
+        queue_.atWork = 0;
+        rest();
+    }
+    if (outcome.code != 0 && isCanceled()) {
+        tell(Phase::Stopped, outcome.message.empty() ? "Stopped." : outcome.message);
+        return std::nullopt;
+    }
+    return outcome;
+}
+
+void Turn::hear(const Progress &progress) {
+    const bool wants = progress.event == "penWanted" || progress.event == "paperWanted";
+    const bool isPaused = progress.event == "paused";
+    if (wants || isPaused || progress.event == "goingOn") {
+        isAsking_ = wants;
+        papplPrinterSetReasons(papplJobGetPrinter(job_), wants ? kAsks : kNothing, wants ? kNothing : kAsks);
+        tell(wants      ? Phase::Waiting
+             : isPaused ? Phase::Paused
+                        : Phase::Plotting,
+             wants      ? progress.wanted
+             : isPaused ? "Paused; what the plotter has in its buffer it still draws."
+                        : "Plotting.");
+    }
+    const bool isFirst = progress.bytes > 0 && !record().isInterrupted;
+    change(
+        [&](JobRecord &r) {
+            r.bytes = progress.bytes;
+            r.totalBytes = progress.totalBytes;
+            r.place = progress.place;
+            r.secondsLeft = progress.secondsLeft;
+            // From here on a person has to say how it goes on, should this program end without another word.
+            r.isInterrupted = progress.bytes > 0;
+        },
+        isFirst);
+    if (progress.event != "progress" || progress.totalBytes == 0) return;
+    const std::string held = progress.heldBy.empty() ? "" : "; the plotter takes no data now (" + progress.heldBy + ")";
+    papplJobSetMessage(job_, "%d %% plotted (%lld of %lld bytes)%s",
+                       static_cast<int>(100 * progress.bytes / progress.totalBytes), static_cast<long long>(progress.bytes),
+                       static_cast<long long>(progress.totalBytes), held.c_str());
+}
+
+void Turn::steer(Worker &worker) {
+    const auto said = queue_.takeSaid();
+    if (queue_.wasPaused.exchange(false) || said == Action::Pause) worker.say("pause");
+    if (said == Action::PauseAtOnce) worker.say("pause-at-once");
+    if (queue_.wasResumed.exchange(false) || said == Action::GoOn || (isAsking_ && said == Action::PaperIsIn)) worker.say("go");
+}
+
+/// Before anything was sent: it begins by itself when the plotter can be had. False when the job was canceled meanwhile.
+bool Turn::awaitPlotter(const Outcome &outcome) {
+    tell(Phase::Troubled, fmt::format("{}. It begins when the plotter is there.", outcome.message));
+    papplJobSetReasons(job_, PAPPL_JREASON_PRINTER_STOPPED, PAPPL_JREASON_NONE);
+    const bool wasThere = queue_.isThere;
+    for (const auto next = Clock::now() + kRetry; Clock::now() < next || !queue_.isThere;) {
+        std::this_thread::sleep_for(kTick);
+        rest();
+        if (isCanceled()) return false;
+        if (!wasThere && queue_.isThere) break;
+    }
+    papplJobSetReasons(job_, PAPPL_JREASON_NONE, PAPPL_JREASON_PRINTER_STOPPED);
+    return true;
+}
+
+} // namespace
+
+bool takeTurn(Service &service, pappl_job_t *job) {
+    Queue *queue = service.find(papplJobGetPrinter(job));
+    if (!queue) return false;
+    service.note(*queue, job);
+    try {
+        return Turn(service, *queue, job).take();
+    } catch (const std::exception &error) {
+        papplJobSetMessage(job, "%s", error.what());
+        return false;
+    }
+}
+
+} // namespace printer_app
