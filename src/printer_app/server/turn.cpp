@@ -3,6 +3,7 @@
 #include "host/terminal/text.h"
 #include "printer_app/plotting/worker.h"
 
+#include <algorithm>
 #include <chrono>
 #include <fmt/format.h>
 #include <thread>
@@ -16,6 +17,12 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kTick = std::chrono::milliseconds(100);
 constexpr auto kRetry = std::chrono::seconds(5); // until the next try at a plotter that is busy, not there, or forbidden
 constexpr pappl_preason_t kAsks = PAPPL_PREASON_MEDIA_NEEDED, kNothing = PAPPL_PREASON_NONE;
+
+struct Told {
+    std::string_view event;
+    Phase phase;
+    const char *message; ///< nullptr: what the print itself asks for
+};
 
 class Turn {
 public:
@@ -202,18 +209,25 @@ std::optional<Outcome> Turn::print(int page, int64_t place) {
     return outcome;
 }
 
+/// What a line of progress means to those who look on; none for those that change nothing.
+const Told *toldBy(const std::string &event) {
+    static constexpr Told kTold[] = {
+        {"goingOn", Phase::Plotting, "Plotting."},
+        {"pausing", Phase::Plotting, "Pausing where the pen is up next."},
+        {"pauseIsFar", Phase::Plotting, "Still no place where the pen is up; pausing at once is possible, with the pen down."},
+        {"paused", Phase::Paused, "Paused; what the plotter has in its buffer it still draws."},
+        {"penWanted", Phase::Waiting, nullptr},
+        {"paperWanted", Phase::Waiting, nullptr},
+    };
+    const auto found = std::ranges::find(kTold, event, &Told::event);
+    return found == std::end(kTold) ? nullptr : found;
+}
+
 void Turn::hear(const Progress &progress) {
-    const bool wants = progress.event == "penWanted" || progress.event == "paperWanted";
-    const bool isPaused = progress.event == "paused";
-    if (wants || isPaused || progress.event == "goingOn") {
-        isAsking_ = wants;
-        papplPrinterSetReasons(papplJobGetPrinter(job_), wants ? kAsks : kNothing, wants ? kNothing : kAsks);
-        tell(wants      ? Phase::Waiting
-             : isPaused ? Phase::Paused
-                        : Phase::Plotting,
-             wants      ? progress.wanted
-             : isPaused ? "Paused; what the plotter has in its buffer it still draws."
-                        : "Plotting.");
+    if (const Told *told = toldBy(progress.event)) {
+        isAsking_ = !told->message;
+        papplPrinterSetReasons(papplJobGetPrinter(job_), isAsking_ ? kAsks : kNothing, isAsking_ ? kNothing : kAsks);
+        tell(told->phase, isAsking_ ? progress.wanted : told->message);
     }
     const bool isFirst = progress.bytes > 0 && !record().isInterrupted;
     change(
