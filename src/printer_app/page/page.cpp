@@ -22,8 +22,7 @@ constexpr const char *kFrame = R"(<!DOCTYPE html>
 <header><img src="/page.svg" alt="" width="32" height="32"><h1>Plotters</h1></header>
 <p id="silence" class="notice bad" role="alert" hidden></p>
 <noscript><p class="notice">Without its script this page stands still, and takes no files. <a href="/">Look again</a></p></noscript>
-<main tabindex="-1">
-{}</main>
+<main tabindex="-1">{}</main>
 <p id="news" class="unseen" role="status"></p>
 </body>
 </html>

@@ -63,7 +63,8 @@ function show(html) {
   for (let element = document.activeElement; element; element = element.parentElement) held.push(element);
   const inside = fresh.querySelector("main") || fresh.body;
   renew(main, inside);
-  if (held.length && !held[0].isConnected) held.find((element) => element.isConnected && element.hasAttribute("tabindex"))?.focus({ preventScroll: true });
+  if (held[0] && held[0] !== document.activeElement)
+    held.find((element) => element.isConnected && (element === held[0] || element.hasAttribute("tabindex")))?.focus({ preventScroll: true });
 
   const notice = inside.querySelector("[data-key=notice]").textContent;
   if (notice) main.querySelector("[data-key=notice]").textContent = notice;
