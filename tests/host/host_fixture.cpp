@@ -142,6 +142,7 @@ HostTest::HostTest() {
     setenv("TMPDIR", path("tmp").c_str(), 1);
     setenv("TERM", "xterm", 1);
     setenv("XDG_CONFIG_HOME", path("config").c_str(), 1); // the test's own profiles, and not those of who runs it
+    setenv("XDG_CONFIG_DIRS", path("system").c_str(), 1); // likewise the system's
     setenv("XDG_STATE_HOME", path("state").c_str(), 1);   // likewise where its prints ended
 }
 

@@ -157,6 +157,28 @@ TEST_F(ProfileTest, LivesInTheConfigurationFolder) {
     EXPECT_TRUE(ended(shell("unset HOME XDG_CONFIG_HOME; " + add).wait(), 2, "set HOME"));
 }
 
+TEST_F(ProfileTest, OfTheSystemAreForAllAndHiddenByTheUsersOwn) {
+    const std::string folder = path("system/vectorix/profiles"), hall = folder + "/hall.toml";
+    const std::string add = "\"$0\" profile add ";
+    const std::string script = "umask 077; " + add + "hall --baud 300 --system && " + add + "house --baud 300 --system && " +
+                               add + "house --baud 600";
+    ASSERT_EQ(shell(script).wait().code, 0);
+    EXPECT_EQ(fs::status(hall).permissions(), fs::perms(0644));
+    EXPECT_EQ(fs::status(folder).permissions(), fs::perms(0755));
+    EXPECT_EQ(run({"profile", "list", "--names"}).out, "hall\nhouse\n");
+    EXPECT_EQ(host::readProfile("house").values[0].words, Words{"600"});
+    host::keepInProfile("hall", "plotter", "big");
+    EXPECT_TRUE(holds(contents(hall), "\nplotter = 'big'\n")) << "kept where it was found";
+    EXPECT_EQ(run({"profile", "remove", "house", "--system"}).code, 0);
+    fs::permissions(folder, fs::perms(0500));
+    expectRefusals(
+        {{{"profile", "remove", "hall"}, 3, "hall: a profile of the system; remove it with --system"},
+         {{"profile", "remove", "house", "--system"}, 3, "house: a profile of yours; leave out --system"},
+         {{"profile", "remove", "hall", "--system"}, 4, "hall.toml: permission denied; it is for all users: put sudo"},
+         {{"profile", "add", "new", "--usb", "--system"}, 4, "put sudo before the command"}});
+    fs::permissions(folder, fs::perms(0700));
+}
+
 TEST_F(ProfileTest, ReplacesWholeOrNotAtAll) {
     const std::string kept = file("kept.toml", "baud = 300\n"), linked = profile("house", "");
     ASSERT_EQ(chmod(kept.c_str(), 0640), 0);

@@ -2,18 +2,15 @@
 #include "host/commands/commands.h"
 #include "host/job/job_options.h"
 #include "host/options/profile.h"
-#include "host/options/profile_folder.h"
 #include "host/terminal/json.h"
 #include "host/terminal/output.h"
 #include "host/terminal/table.h"
 #include "host/terminal/text.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <memory>
-#include <unistd.h>
 
 namespace host {
 
@@ -25,6 +22,9 @@ struct CommandOptions {
     bool force = false;
     bool json = false;
     bool namesOnly = false;
+    bool isOfSystem = false;
+
+    ProfileScope scope() const { return isOfSystem ? ProfileScope::System : ProfileScope::User; }
 };
 
 void printJson(const Json &object) { printOut("{}\n", object.text()); }
@@ -45,7 +45,7 @@ Json jsonOf(const Profile &profile) {
     Json settings = Json::object();
     for (const ProfileValue &value : profile.values)
         settings[value.key->name] = jsonOf(value);
-    return {{"name", profile.name}, {"file", profile.path}, {"settings", settings}};
+    return {{"name", profile.name}, {"file", profile.file.path}, {"settings", settings}};
 }
 
 std::string settingOf(const Profile &profile, std::string_view key) {
@@ -64,7 +64,7 @@ std::string linkOf(const Profile &profile) {
 }
 
 ExitCode add(const Command &command, const CommandOptions &options) {
-    Profile profile{options.name, profilePath(options.name), {}};
+    Profile profile{options.name, {profilePath(options.name, options.scope()), options.scope()}, {}};
     for (const ProfileKey &key : kProfileKeys) {
         Option option = *command.find(optionName(key));
         if (!option.isTyped()) continue;
@@ -83,7 +83,7 @@ ExitCode add(const Command &command, const CommandOptions &options) {
 
 /// An unfit profile is reported and gives the exit code, but the others are listed all the same.
 ExitCode list(const Command &, const CommandOptions &options) {
-    std::vector<std::vector<std::string>> rows = {{"NAME", "LINK", "EMULATION", "PLOTTER"}};
+    std::vector<std::vector<std::string>> rows = {{"NAME", "LINK", "EMULATION", "PLOTTER", "OF"}};
     Json profiles = Json::array();
     ExitCode code = ExitCode::Done;
     for (const std::string &name : profileNames()) {
@@ -91,15 +91,18 @@ ExitCode list(const Command &, const CommandOptions &options) {
             printOut("{}\n", name);
             continue;
         }
+        const std::optional<ProfileFile> file = findProfile(name);
+        if (!file) continue; // removed meanwhile
+        const char *owner = file->scope == ProfileScope::System ? "the system" : "the user";
         try {
             Profile profile = readProfile(name);
-            rows.push_back({name, linkOf(profile), settingOf(profile, "emulation"), settingOf(profile, "plotter")});
+            rows.push_back({name, linkOf(profile), settingOf(profile, "emulation"), settingOf(profile, "plotter"), owner});
             profiles.push_back(jsonOf(profile));
         } catch (const Failure &failure) {
             code = failure.code();
             printError("vectorix: {}\n", failure.what());
-            rows.push_back({name, "(unfit)", "", ""});
-            profiles.push_back({{"name", name}, {"file", profilePath(name)}, {"error", failure.what()}});
+            rows.push_back({name, "(unfit)", "", "", owner});
+            profiles.push_back({{"name", name}, {"file", file->path}, {"error", failure.what()}});
         }
     }
     if (options.json) {
@@ -116,7 +119,7 @@ ExitCode show(const Command &, const CommandOptions &options) {
         printJson(jsonOf(profile));
         return ExitCode::Done;
     }
-    printOut("{}\n", shown(profile.path));
+    printOut("{}\n", shown(profile.file.path));
     for (const ProfileValue &value : profile.values) {
         std::string words = shown(fmt::format("{}", fmt::join(value.words, "  ")));
         printOut("  {:<10}  {}\n", value.key->name, words.empty() ? "the only one" : words);
@@ -125,16 +128,18 @@ ExitCode show(const Command &, const CommandOptions &options) {
 }
 
 ExitCode remove(const Command &, const CommandOptions &options) {
-    std::string path = profilePath(options.name);
-    if (unlink(path.c_str()) == 0) return ExitCode::Done;
-    if (errno == ENOENT) throw unknownProfile(options.name);
-    throw fileFailure(path, errno);
+    removeProfile(options.name, options.scope());
+    return ExitCode::Done;
 }
 
 constexpr const char *kHelp =
     "A profile is a file of its own, $XDG_CONFIG_HOME/vectorix/profiles/NAME.toml or the same below ~/.config, with a line\n"
     "for each option: port = '/dev/ttyUSB0', baud = 2400, tool = ['P1,', 'P2,'], and usb = true for the only USB plotter.\n"
     "A text in single quotes stands as it would be typed.\n"
+    "\n"
+    "Profiles for all users, of which print queues are made, are in /etc/vectorix/profiles, or below the folders that\n"
+    "XDG_CONFIG_DIRS names: the first that has one is taken, --system writes into the last, and /etc/xdg there stands for\n"
+    "/etc. The user's own wins over one of the same name.\n"
     "\n"
     "'vectorix print PLOT -p NAME' takes from it what is not typed; so do preview, send, limits and\n"
     "simulate. What is typed wins.\n"
@@ -149,6 +154,7 @@ void addProfileCommand(const Command &app) {
     profile.requireSubcommand();
     profile.explain({kHelp,
                      {{"vectorix profile add house --port /dev/ttyUSB0 --baud 2400", "Keeps port and rate."},
+                      {"sudo vectorix profile add hall --usb --system", "For all users of this computer."},
                       {"vectorix print drawing.plt -p house", "Prints with them."},
                       {"vectorix profile list", "Which profiles there are."}},
                      {}});
@@ -161,9 +167,13 @@ void addProfileCommand(const Command &app) {
         command.option(what, options->name, "Profile").required().valueName("");
         return command;
     };
+    auto addScope = [&](Command command) {
+        command.flag("--system", options->isOfSystem, "One for all users and print queues; needs sudo");
+    };
     Command adding = addName(addCommand("add", "Make a profile of the options that follow", add), "NAME");
     addProfileOptions(adding, options->profile);
     adding.flag("--force", options->force, "Replace a profile that exists");
+    addScope(adding);
     adding.explain({fmt::format("{}\n\n{}", escapeHelp(), kHelp),
                     {{"vectorix profile add cutter --port /dev/ttyUSB0 --baud 2400 --emulation 17008 --terminator ,",
                       "For a plotter of another language than HP-GL."}},
@@ -172,7 +182,7 @@ void addProfileCommand(const Command &app) {
     Option json = listing.flag("--json", options->json, "As one JSON object");
     listing.flag("--names", options->namesOnly, "Their names alone, a line each").excludes(json);
     addName(addCommand("show", "Show a profile", show), "PROFILE").flag("--json", options->json, "As one JSON object");
-    addName(addCommand("remove", "Remove a profile", remove), "PROFILE");
+    addScope(addName(addCommand("remove", "Remove a profile", remove), "PROFILE"));
 }
 
 } // namespace host

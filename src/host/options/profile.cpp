@@ -1,7 +1,6 @@
 #include "host/options/profile.h"
 
 #include "host/files/whole_file.h"
-#include "host/options/profile_folder.h"
 #include "host/terminal/near_miss.h"
 #include "host/terminal/text.h"
 
@@ -129,10 +128,10 @@ ProfileValue valueOf(const std::string &path, const ProfileKey &key, const toml:
     const size_t end = text.find(':');
     for (const ProfileValue &value : profile.values) {
         if (optionName(*value.key) != text.substr(0, end)) continue;
-        refuse(profile.path, value.line, value.key->name + text.substr(end));
+        refuse(profile.file.path, value.line, value.key->name + text.substr(end));
     }
     if (text.rfind("--", 0) == 0) text.erase(0, 2);
-    refuse(profile.path, line, text);
+    refuse(profile.file.path, line, text);
 }
 
 /// Checks the values by giving them to the options of a command line that is made for this alone. Throws Failure (unfit).
@@ -164,14 +163,14 @@ void check(const Profile &profile) {
     }
 }
 
-Profile profileOf(const std::string &name, const std::string &path, const std::string &text) {
-    Profile profile{name, path, {}};
-    const toml::table table = parsed(path, text);
-    requireKnown(path, table);
+Profile profileOf(const std::string &name, const ProfileFile &file, const std::string &text) {
+    Profile profile{name, file, {}};
+    const toml::table table = parsed(file.path, text);
+    requireKnown(file.path, table);
     for (const ProfileKey &key : kProfileKeys) {
         const toml::node *node = table.get(key.name);
         if (!node) continue;
-        ProfileValue value = valueOf(profile.path, key, *node);
+        ProfileValue value = valueOf(file.path, key, *node);
         if (!value.words.empty()) profile.values.push_back(value);
     }
     check(profile);
@@ -194,33 +193,58 @@ std::string lineFor(const ProfileKey &key, const std::vector<std::string> &words
     return text.str();
 }
 
-} // namespace
-
+/// It names similar ones. Throws Failure like profileNames().
 Failure unknownProfile(const std::string &name) {
     return {ExitCode::Missing, fmt::format("{}: no such profile; {}'vectorix profile list' shows those that there are", name,
                                            didYouMean(name, profileNames()))};
 }
 
+/// Calls change, which writes below the scope's folder: that of the system only root may.
+void changing(ProfileScope scope, const std::string &path, const std::function<void()> &change) {
+    try {
+        change();
+    } catch (const Failure &failure) {
+        if (scope == ProfileScope::User || failure.code() != ExitCode::Permission) throw;
+        throw Failure(failure.code(),
+                      fmt::format("{}: permission denied; it is for all users: put sudo before the command", shown(path)));
+    }
+}
+
+/// While it lives, what is made may be read by everybody.
+class ForAllToRead {
+public:
+    ForAllToRead() : before_(umask(S_IWGRP | S_IWOTH)) {}
+    ~ForAllToRead() { umask(before_); }
+    ForAllToRead(const ForAllToRead &) = delete;
+    ForAllToRead &operator=(const ForAllToRead &) = delete;
+
+private:
+    mode_t before_;
+};
+
+} // namespace
+
 Profile readProfile(const std::string &name) {
-    const std::string path = profilePath(name);
-    struct stat status;
-    if (lstat(path.c_str(), &status) != 0 && errno == ENOENT) throw unknownProfile(name);
-    return profileOf(name, path, readWhole(path, "profile", kLargest));
+    const std::optional<ProfileFile> file = findProfile(name);
+    if (!file) throw unknownProfile(name);
+    return profileOf(name, *file, readWhole(file->path, "profile", kLargest));
 }
 
 void keepInProfile(const std::string &name, std::string_view key, const std::string &word) {
     const Profile profile = readProfile(name);
-    std::string text = readWhole(profile.path, "profile", kLargest);
-    const toml::table table = parsed(profile.path, text);
+    const std::string &path = profile.file.path;
+    std::string text = readWhole(path, "profile", kLargest);
+    const toml::table table = parsed(path, text);
     if (const toml::node *old = table.get(key)) {
         const size_t first = startOf(text, old->source().begin.line);
         text.erase(first, startOf(text, old->source().end.line + 1) - first);
     }
     if (!text.empty() && text.back() != '\n') text += '\n';
     text += lineFor(*findProfileKey(key), {word});
-    profileOf(name, profile.path, text); // it will be read again
-    writeWhole(profile.path, text, true);
+    profileOf(name, profile.file, text); // it will be read again
+    changing(profile.file.scope, path, [&] { writeWhole(path, text, true); });
 }
+
 void writeProfile(const Profile &profile, bool force) {
     std::string text = kFirstLine;
     for (const ProfileValue &value : profile.values) {
@@ -236,8 +260,25 @@ void writeProfile(const Profile &profile, bool force) {
         throw Failure(ExitCode::Usage, fmt::format("{}: more than the {} bytes that a profile may have; shorten its texts",
                                                    profile.name, grouped(kLargest)));
     }
-    makeProfileFolder();
-    writeWhole(profile.path, text, force);
+    const auto &[path, scope] = profile.file;
+    std::optional<ForAllToRead> forAll;
+    if (scope == ProfileScope::System) forAll.emplace();
+    changing(scope, path, [&] {
+        makeProfileFolder(scope);
+        writeWhole(path, text, force);
+    });
+}
+
+void removeProfile(const std::string &name, ProfileScope scope) {
+    const std::string path = profilePath(name, scope);
+    if (unlink(path.c_str()) == 0) return;
+    const int errorNumber = errno;
+    if (errorNumber != ENOENT) changing(scope, path, [&] { throw fileFailure(path, errorNumber); });
+    if (!findProfile(name)) throw unknownProfile(name);
+    const bool isOfSystem = scope == ProfileScope::User;
+    throw Failure(ExitCode::Missing,
+                  fmt::format("{}: a profile of {}; {} --system", name, isOfSystem ? "the system" : "yours",
+                              isOfSystem ? "remove it with" : "leave out"));
 }
 
 } // namespace host

@@ -3,6 +3,7 @@
 // complaint names the line of the file.
 #pragma once
 
+#include "host/options/profile_folder.h"
 #include "host/options/profile_keys.h"
 #include "host/terminal/failure.h"
 
@@ -19,7 +20,7 @@ struct ProfileValue {
 
 struct Profile {
     std::string name;
-    std::string path;
+    ProfileFile file;
     std::vector<ProfileValue> values; ///< in the order of kProfileKeys, each key once
 };
 
@@ -27,14 +28,15 @@ struct Profile {
 /// can have, missing when there is no such profile, unfit, with the line that is wrong, when its file is.
 Profile readProfile(const std::string &name);
 
-/// Writes the profile's file whole or not at all. Throws Failure; without force also when there is one already.
+/// Writes the profile's file whole or not at all; one of the system so that everybody can read it, whatever the umask.
+/// Throws Failure; without force also when there is one already.
 void writeProfile(const Profile &profile, bool force);
 
 /// Puts a value into a profile that exists, in place of the one that it has, and leaves all else of its file as it is,
 /// comments too. Throws Failure, also for a value that the profile cannot have.
 void keepInProfile(const std::string &name, std::string_view key, const std::string &word);
 
-/// The failure (missing) for a name without a profile; it names similar ones. Throws Failure like profileNames().
-Failure unknownProfile(const std::string &name);
+/// Throws Failure, also for a profile that is in the other scope alone.
+void removeProfile(const std::string &name, ProfileScope scope);
 
 } // namespace host

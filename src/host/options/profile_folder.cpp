@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fmt/format.h>
+#include <set>
 #include <sys/stat.h>
 
 namespace fs = std::filesystem;
@@ -18,6 +19,7 @@ namespace host {
 namespace {
 
 constexpr const char *kSuffix = ".toml";
+constexpr const char *kFolder = "profiles";
 constexpr size_t kLongest = 64;
 
 bool isName(const std::string &name) {
@@ -28,46 +30,76 @@ bool isName(const std::string &name) {
                        [&](char c) { return isLetterOrDigit(c) || c == '-' || c == '_' || c == '.'; });
 }
 
-} // namespace
-
-std::string profileFolder() {
+/// Empty where the environment names none.
+fs::path usersFolder() {
     const fs::path folder = userFolder("XDG_CONFIG_HOME", ".config");
-    if (folder.empty()) {
-        throw Failure(ExitCode::Usage, "profiles: no folder for them: neither XDG_CONFIG_HOME nor HOME is set to one; set "
-                                       "HOME to your home folder");
-    }
-    return folder / "profiles";
+    return folder.empty() ? folder : folder / kFolder;
 }
 
-std::string profilePath(const std::string &name) {
-    if (!isName(name)) {
-        throw Failure(ExitCode::Usage,
-                      fmt::format("\"{}\": not a name for a profile; take up to {} letters, digits, \"-\", \"_\" and \".\", "
-                                  "with neither \"-\" nor \".\" in front",
-                                  shown(name), kLongest));
+/// Those that there may be, the one that counts most first. A service's user need not have one of its own.
+std::vector<ProfileFile> foldersToRead() {
+    std::vector<ProfileFile> all;
+    if (const fs::path own = usersFolder(); !own.empty()) all.push_back({own, ProfileScope::User});
+    for (const fs::path &folder : systemFolders())
+        all.push_back({folder / kFolder, ProfileScope::System});
+    return all;
+}
+
+fs::path folderToWrite(ProfileScope scope) {
+    if (scope == ProfileScope::System) return systemFolders().back() / kFolder;
+    if (const fs::path own = usersFolder(); !own.empty()) return own;
+    throw Failure(ExitCode::Usage, "profiles: no folder for them: neither XDG_CONFIG_HOME nor HOME is set to one; set "
+                                   "HOME to your home folder");
+}
+
+std::string fileName(const std::string &name) {
+    if (isName(name)) return name + kSuffix;
+    throw Failure(ExitCode::Usage,
+                  fmt::format("\"{}\": not a name for a profile; take up to {} letters, digits, \"-\", \"_\" and \".\", "
+                              "with neither \"-\" nor \".\" in front",
+                              shown(name), kLongest));
+}
+
+void gatherNames(const std::string &folder, std::set<std::string> &names) {
+    std::error_code error;
+    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        fs::path file = at->path();
+        if (file.extension() == kSuffix && isName(file.stem())) names.insert(file.stem());
     }
-    return fs::path(profileFolder()) / (name + kSuffix);
+    if (error && error.value() != ENOENT) throw fileFailure(folder, error.value());
+}
+
+} // namespace
+
+std::string profilePath(const std::string &name, ProfileScope scope) {
+    const std::string file = fileName(name);
+    return folderToWrite(scope) / file;
+}
+
+std::optional<ProfileFile> findProfile(const std::string &name) {
+    const std::string file = fileName(name);
+    for (const auto &[folder, scope] : foldersToRead()) {
+        const fs::path path = fs::path(folder) / file;
+        struct stat status;
+        if (lstat(path.c_str(), &status) == 0 || errno != ENOENT) return ProfileFile{path, scope};
+    }
+    return std::nullopt;
 }
 
 std::vector<std::string> profileNames() {
-    std::string folder = profileFolder();
-    std::error_code error;
-    std::vector<std::string> names;
-    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-        fs::path file = at->path();
-        if (file.extension() == kSuffix && isName(file.stem())) names.push_back(file.stem());
-    }
-    if (error && error.value() != ENOENT) throw fileFailure(folder, error.value());
-    std::sort(names.begin(), names.end());
-    return names;
+    std::set<std::string> names;
+    for (const ProfileFile &folder : foldersToRead())
+        gatherNames(folder.path, names);
+    return {names.begin(), names.end()};
 }
 
-void makeProfileFolder() {
+void makeProfileFolder(ProfileScope scope) {
+    // Configuration is the user's alone, unless somebody made the folder otherwise; the system's is for all.
+    const mode_t mode = scope == ProfileScope::User ? 0700 : 0755;
     fs::path made;
-    for (const fs::path &part : fs::path(profileFolder())) {
+    for (const fs::path &part : folderToWrite(scope)) {
         made /= part;
-        // Configuration is the user's alone, unless somebody made the folder otherwise.
-        if (mkdir(made.c_str(), 0700) == 0) continue;
+        if (mkdir(made.c_str(), mode) == 0) continue;
         int errorNumber = errno;
         std::error_code ignored;
         if (fs::is_directory(made, ignored)) continue;
