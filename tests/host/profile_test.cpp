@@ -34,13 +34,13 @@ TEST_F(ProfileTest, ShowsWhatItWasGiven) {
                              " --project 'Büro \"A\"' --emulation 17008 --tool \"$1\" --tool \"$2\" --terminator '\\n'";
     ASSERT_TRUE(ended(shell(line, {"\\x50'\"1,", "\t\x1B"}).wait(), 0));
     ASSERT_TRUE(ended(add({"b", "--usb", "0b75:0402@01080000", "--plotter-id", "0x5073"}), 0));
-    ASSERT_TRUE(ended(add({"c", "--usb"}), 0));
+    ASSERT_TRUE(ended(add({"c", "--usb", "--area", "0,0,272.5,400", "--sheet", "a3", "--no-confirm"}), 0));
     profile("bad", "baud = 1");
     const json settings[] = {
         json::parse(R"({"port": "/dev/ttyUSB0", "bits": 7, "parity": "even", "variant": 2, "project": "Büro \"A\"",
             "plotter": "it's", "emulation": 17008, "tool": ["\\x50'\"1,", "\t\u001B"], "terminator": "\\n"})"),
         {{"usb", "0b75:0402@01080000"}, {"plotter-id", 20595}},
-        {{"usb", true}}};
+        {{"usb", true}, {"area", "0,0,272.5,400"}, {"sheet", "a3"}, {"confirm", false}}};
     Result list = run({"profile", "list", "--json"});
     EXPECT_EQ(list.code, 7) << "one is unfit, which hides no other";
     json profiles = json::parse(list.out)["profiles"];
@@ -53,8 +53,17 @@ TEST_F(ProfileTest, ShowsWhatItWasGiven) {
     Result text = run({"profile", "show", "a.x"});
     EXPECT_TRUE(text.out.starts_with(path("config/vectorix/profiles/a.x.toml\n"))) << text.out;
     EXPECT_TRUE(holds(text.out, "\n  bits        7\n"));
+    EXPECT_TRUE(holds(run({"profile", "show", "c"}).out, "\n  confirm     false\n"));
+    const std::string plot = file("plot.plt", plotOf(2));
+    auto drawnOn = [&](const std::string &more) {
+        return json::parse(shell("\"$0\" preview --json -p c \"$1\" " + more, {plot}).wait().out)["sheet"];
+    };
+    EXPECT_EQ(drawnOn(""), "0,0,272.5,400") << "what the pen reaches is known better than by the paper";
+    EXPECT_EQ(drawnOn("--sheet a1"), "a1");
+    profile("d", "sheet = 'a3'");
+    EXPECT_EQ(json::parse(run({"preview", "--json", "-p", "d", plot}).out)["sheet"], "a3");
     EXPECT_EQ(run({"profile", "remove", "b"}).code, 0);
-    EXPECT_EQ(run({"profile", "list", "--names"}).out, "a.x\nbad\nc\n");
+    EXPECT_EQ(run({"profile", "list", "--names"}).out, "a.x\nbad\nc\nd\n");
 }
 
 /// The options of a command that takes profiles, without one that does anything.
@@ -103,6 +112,7 @@ TEST_F(ProfileTest, NamesTheLineOfWhatIsUnfit) {
         {"port = '/dev/a'\n\nbuad = 9600", "line 3: \"buad\" is nothing that a profile has; did you mean baud?"},
         {"\nbaud = '9600'", "line 2: baud must be a whole number"},
         {"port = \"/dev/a\\u0000b\"", "line 1: port holds a NUL"},
+        {"confirm = 'no'", "line 1: confirm must be true or false"},
         {"\n\nbaud = 57600", "line 3: baud: 57600 is not a rate"},
         {"usb = true\nplotter-id = 4294967296", "line 2: plotter-id: 4294967296 is not a whole number"},
         {"usb = true\nport = '/dev/a'", "line 1: usb and port exclude each other"},
@@ -114,7 +124,7 @@ TEST_F(ProfileTest, NamesTheLineOfWhatIsUnfit) {
         profile("house", text);
         EXPECT_TRUE(ended(failureOf([] { host::readProfile("house"); }), 7, std::string("house.toml: ") + says)) << text;
     }
-    profile("house", "# nothing yet\n");
+    profile("house", "# nothing yet\nconfirm = true\n");
     EXPECT_TRUE(host::readProfile("house").values.empty());
     std::string key = "a";
     for (size_t depth = 1; depth < 40'000; ++depth)

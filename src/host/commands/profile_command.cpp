@@ -36,6 +36,7 @@ Json jsonOf(const ProfileValue &value) {
     case ProfileKind::TextOrTrue:
         if (value.words.front().empty()) return true;
         break;
+    case ProfileKind::False: return false;
     case ProfileKind::Text: break;
     }
     return value.words.front();
@@ -113,6 +114,12 @@ ExitCode list(const Command &, const CommandOptions &options) {
     return code;
 }
 
+std::string textOf(const ProfileValue &value) {
+    if (value.key->kind == ProfileKind::False) return "false";
+    const std::string words = shown(fmt::format("{}", fmt::join(value.words, "  ")));
+    return words.empty() ? "the only one" : words;
+}
+
 ExitCode show(const Command &, const CommandOptions &options) {
     Profile profile = readProfile(options.name);
     if (options.json) {
@@ -120,10 +127,8 @@ ExitCode show(const Command &, const CommandOptions &options) {
         return ExitCode::Done;
     }
     printOut("{}\n", shown(profile.file.path));
-    for (const ProfileValue &value : profile.values) {
-        std::string words = shown(fmt::format("{}", fmt::join(value.words, "  ")));
-        printOut("  {:<10}  {}\n", value.key->name, words.empty() ? "the only one" : words);
-    }
+    for (const ProfileValue &value : profile.values)
+        printOut("  {:<10}  {}\n", value.key->name, textOf(value));
     return ExitCode::Done;
 }
 
@@ -144,7 +149,10 @@ constexpr const char *kHelp =
     "'vectorix print PLOT -p NAME' takes from it what is not typed; so do preview, send, limits and\n"
     "simulate. What is typed wins.\n"
     "With another --emulation typed than the profile's, its terminator, tools, variant and the texts before and after\na "
-    "plot are left out.";
+    "plot are left out. Of an area and a sheet in one profile the area counts for prints.\n"
+    "\n"
+    "confirm = false is for print queues (vectorix-printer-app): their sheets then wait for nobody. 'print' and its kin "
+    "ignore it.";
 
 } // namespace
 

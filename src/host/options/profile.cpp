@@ -58,6 +58,13 @@ Words textOrTrueWords(const toml::node &node) {
     return truth && truth->get() ? Words({""}) : textWords(node);
 }
 
+/// Of an option that switches off what is on without it: true says nothing.
+Words falseWords(const toml::node &node) {
+    const auto *truth = node.as_boolean();
+    if (!truth) return std::nullopt;
+    return truth->get() ? Words(std::in_place) : Words({"true"});
+}
+
 void putText(toml::table &line, const char *key, const std::vector<std::string> &words) { line.insert(key, words.front()); }
 
 void putTexts(toml::table &line, const char *key, const std::vector<std::string> &words) {
@@ -79,6 +86,8 @@ void putTextOrTrue(toml::table &line, const char *key, const std::vector<std::st
     }
 }
 
+void putFalse(toml::table &line, const char *key, const std::vector<std::string> &) { line.insert(key, false); }
+
 /// For each ProfileKind, in their order: its name in messages, and how a value is read from the file and put into it.
 constexpr struct {
     const char *name;
@@ -87,7 +96,8 @@ constexpr struct {
 } kKinds[] = {{"a text in quotes", textWords, putText},
               {"a list of texts, such as ['P1,', 'P2,']", textsWords, putTexts},
               {"a whole number without quotes", numberWords, putNumber},
-              {"true, or a text in quotes", textOrTrueWords, putTextOrTrue}};
+              {"true, or a text in quotes", textOrTrueWords, putTextOrTrue},
+              {"true or false, without quotes", falseWords, putFalse}};
 
 const auto &kindOf(const ProfileKey &key) { return kKinds[static_cast<size_t>(key.kind)]; }
 
@@ -274,7 +284,9 @@ void removeProfile(const std::string &name, ProfileScope scope) {
     if (unlink(path.c_str()) == 0) return;
     const int errorNumber = errno;
     if (errorNumber != ENOENT) changing(scope, path, [&] { throw fileFailure(path, errorNumber); });
-    if (!findProfile(name)) throw unknownProfile(name);
+    const std::optional<ProfileFile> other = findProfile(name);
+    if (!other) throw unknownProfile(name);
+    if (other->scope == scope) throw fileFailure(path, errorNumber); // it is in another folder of the system
     const bool isOfSystem = scope == ProfileScope::User;
     throw Failure(ExitCode::Missing,
                   fmt::format("{}: a profile of {}; {} --system", name, isOfSystem ? "the system" : "yours",

@@ -20,8 +20,11 @@ void addProfileOptions(const Command &app, ProfileOptions &options) {
     addLineOptions(app, options.line);
     addJobOptions(app, options.job);
     addTexts(app, options.texts);
-    addArea(app, options.area);
+    addArea(app, options.drawing.area);
     addPensHeld(app, options.pensHeld);
+    addSheet(app, options.drawing, "Sheet that is mostly drawn on: a0 to a4, letter, tabloid, or WxH in mm");
+    app.flag("--no-confirm", options.isUnconfirmed,
+             "Of a print queue: plot without a person who says that paper and pens are there");
 }
 
 void requireFitProfile(const ProfileOptions &options) {

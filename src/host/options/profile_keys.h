@@ -13,7 +13,7 @@
 
 namespace host {
 
-enum class ProfileKind { Text, Texts, Number, TextOrTrue };
+enum class ProfileKind { Text, Texts, Number, TextOrTrue, False };
 
 struct ProfileKey {
     const char *name; ///< in the file; with "--" before it, mostly the option
@@ -22,7 +22,9 @@ struct ProfileKey {
     const char *option = nullptr; ///< where its name is another
 };
 
-/// In the order in which they are written and put on a command: what an option needs stands before it.
+/// In the order in which they are written and put on a command: what an option needs stands before it, and of two that
+/// exclude each other on a command the one that counts. So a profile may say both how far the pen reaches, by which plots
+/// are judged, and of what size its paper mostly is.
 inline constexpr ProfileKey kProfileKeys[] = {
     {"port", ProfileKind::Text},
     {"usb", ProfileKind::TextOrTrue},
@@ -42,6 +44,8 @@ inline constexpr ProfileKey kProfileKeys[] = {
     {"plotter", ProfileKind::Text},
     {"area", ProfileKind::Text},
     {"pens", ProfileKind::Number, false, "--pens-held"},
+    {"sheet", ProfileKind::Text},
+    {"confirm", ProfileKind::False, false, "--no-confirm"},
 };
 
 struct ProfileOptions {
@@ -50,8 +54,9 @@ struct ProfileOptions {
     int32_t plotterID = 0;
     uint32_t variant = 1;
     LineSettings line;
-    std::string area;
+    DrawingOptions drawing;
     int32_t pensHeld = 0;
+    bool isUnconfirmed = false;
     PlotterTexts texts;
     JobOptions job;
 };
