@@ -53,9 +53,15 @@ std::vector<Media> mediaAround(const Area &area) {
     return result;
 }
 
+/// What the profile calls the sheet that is mostly loaded.
 void putFirst(std::vector<Media> &media, const std::string &sheet) {
-    const auto found = std::ranges::find(media, sheet, &Media::sheet);
+    std::string error;
+    const auto size = virtual_plotter::parseSheet(sheet, error);
+    if (!size) return;
+    const auto found = std::ranges::find_if(
+        media, [&](const Media &m) { return m.width == size->width && m.height == size->height; });
     if (found != media.end()) std::rotate(media.begin(), found, found + 1);
+    else media.insert(media.begin(), customMedia(size->width, size->height));
 }
 
 /// "usb" is true for the only plotter.
