@@ -72,8 +72,7 @@ Child::Child(const std::vector<std::string> &words, int channel) {
     const pid_t parent = getpid();
     pid_ = fork();
     if (pid_ < 0) throw std::system_error(errno, std::generic_category(), words[0]);
-    if (pid_ == 0)
-        become(pointers.data(), channel, nothing.get(), output.writing.get(), errors.writing.get(), parent);
+    if (pid_ == 0) become(pointers.data(), channel, nothing.get(), output.writing.get(), errors.writing.get(), parent);
     channel_ = std::move(output.reading);
     errors_ = std::move(errors.reading);
 }
@@ -100,7 +99,8 @@ void Child::signal(int number) const {
 
 int Child::wait() {
     int status = 0;
-    while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {}
+    while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+    }
     pid_ = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }

@@ -1,6 +1,6 @@
-// A program that runs beside this one, with a pipe from it. All that touches a plotter or reads what a client sent happens in
-// such children ("vectorix print", "vectorix preview"): one that crashes, hangs or eats memory takes nothing with it. They end
-// with this process, however that ends, so that no plotter is left plotting for nobody.
+// A program that runs beside this one, with a pipe from it. All that touches a plotter or reads what a client sent happens
+// in such children ("vectorix print", "vectorix preview"): one that crashes, hangs or eats memory takes nothing with it.
+// They end with this process, however that ends, so that no plotter is left plotting for nobody.
 #pragma once
 
 #include "host/files/unique_fd.h"

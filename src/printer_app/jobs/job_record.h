@@ -1,5 +1,5 @@
-// What is known of a job beside what the print system keeps of it: how it is to lie on its sheet, what it comes to, and how far
-// its plot has come. It is what is left of a job when the program ends, and all that a person is told of it.
+// What is known of a job beside what the print system keeps of it: how it is to lie on its sheet, what it comes to, and how
+// far its plot has come. It is what is left of a job when the program ends, and all that a person is told of it.
 #pragma once
 
 #include "printer_app/page/page.h"
@@ -20,13 +20,14 @@ enum class Scaling { Auto, Fit, None }; ///< Auto: as large as it is, and fitted
 /// As the client asked for it. What is not said is the queue's to choose.
 struct JobOptions {
     int copies = 1;
-    std::string media;            ///< IPP's name of the sheet; empty: the queue's usual one
+    std::string media; ///< IPP's name of the sheet; empty: the queue's usual one
     Scaling scaling = Scaling::Auto;
-    bool scalingIsTyped = false;  ///< a plot file is left as it is unless it was asked for
-    int turn = 0;                 ///< degrees to the left, beside what fits the sheet better: 0, 90, 180, 270
+    bool scalingIsTyped = false;     ///< a plot file is left as it is unless it was asked for
+    int turn = 0;                    ///< degrees to the left, beside what fits the sheet better: 0, 90, 180, 270
     int firstPage = 1, lastPage = 0; ///< of a document; 0: to its end
+    int64_t from = 0;                ///< where a job goes on that another one ended early: place in the plot,
+    int fromSheet = 0;               ///< and sheets ahead of it
 };
-
 
 struct JobRecord {
     std::string queue;
@@ -45,9 +46,9 @@ struct JobRecord {
     std::vector<int> pages;         ///< each a sheet; {0}: no document of pages
     bool hasPicture = false;
 
-    int sheetsDone = 0;      ///< of copies x pages
+    int sheetsDone = 0;         ///< of copies x pages
     bool isInterrupted = false; ///< the sheet under way was begun, and a person has to say how it goes on
-    int64_t place = 0;       ///< in the plot of that sheet, up to which it was sent
+    int64_t place = 0;          ///< in the plot of that sheet, up to which it was sent
     int64_t bytes = 0, totalBytes = 0;
     std::optional<double> secondsLeft;
 

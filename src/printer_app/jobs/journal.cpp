@@ -37,15 +37,17 @@ Journal::Journal(std::filesystem::path folder) : file_(std::move(folder) / "jobs
         const json kept = json::parse(host::readWhole(file_, "list of jobs", kLargest));
         const bool wasEnded = kept.at("ended");
         for (const auto &[name, queue] : kept.at("queues").items())
-            queues_[name] = {queue.at("id"), queue.at("nextJob").get<int>() + (wasEnded ? 0 : kSkipped), queue.at("isPaused")};
+            queues_[name] = {queue.at("id"), queue.at("nextJob").get<int>() + (wasEnded ? 0 : kSkipped),
+                             queue.at("isPaused")};
         for (const json &job : kept.at("jobs")) {
             JobRecord record = recordFrom(job);
             Key key{record.queue, record.id};
             jobs_[std::move(key)] = std::move(record);
         }
     } catch (const json::exception &) {
-        throw host::Failure(host::ExitCode::Unfit,
-                            fmt::format("{}: not a list of jobs; put it away, and the queues begin without jobs", file_.string()));
+        throw host::Failure(
+            host::ExitCode::Unfit,
+            fmt::format("{}: not a list of jobs; put it away, and the queues begin without jobs", file_.string()));
     }
 }
 

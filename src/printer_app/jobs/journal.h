@@ -1,6 +1,6 @@
 // The jobs of all queues, in memory and on the disk. The print system's own file of its state loses what came last, brings
-// jobs back as being printed that nobody prints, and takes names with line ends for lines of its own; so this one is what the
-// queues are made of again at the next start. It is written whole, beside the old one, and then given its name.
+// jobs back as being printed that nobody prints, and takes names with line ends for lines of its own; so this one is what
+// the queues are made of again at the next start. It is written whole, beside the old one, and then given its name.
 #pragma once
 
 #include "printer_app/jobs/job_record.h"
@@ -17,8 +17,8 @@ namespace printer_app {
 
 /// How the print system numbers a queue and its jobs: the same after each start.
 struct QueueNumbers {
-    int id = 0;      ///< from 1
-    int nextJob = 1; ///< never given twice
+    int id = 0;            ///< from 1
+    int nextJob = 1;       ///< never given twice
     bool isPaused = false; ///< by a client that may
 };
 

@@ -16,8 +16,8 @@ namespace {
 /// The names by which printing clients know the usual sheets (PWG 5101.1).
 constexpr struct {
     const char *sheet, *name;
-} kNames[] = {{"a4", "iso_a4_210x297mm"},          {"letter", "na_letter_8.5x11in"}, {"a3", "iso_a3_297x420mm"},
-              {"tabloid", "na_ledger_11x17in"},    {"a2", "iso_a2_420x594mm"},       {"a1", "iso_a1_594x841mm"},
+} kNames[] = {{"a4", "iso_a4_210x297mm"},       {"letter", "na_letter_8.5x11in"}, {"a3", "iso_a3_297x420mm"},
+              {"tabloid", "na_ledger_11x17in"}, {"a2", "iso_a2_420x594mm"},       {"a1", "iso_a1_594x841mm"},
               {"a0", "iso_a0_841x1189mm"}};
 
 Sheet sheetNamed(const std::string &name) {
@@ -58,10 +58,12 @@ void putFirst(std::vector<Media> &media, const std::string &sheet) {
     std::string error;
     const auto size = virtual_plotter::parseSheet(sheet, error);
     if (!size) return;
-    const auto found = std::ranges::find_if(
-        media, [&](const Media &m) { return m.width == size->width && m.height == size->height; });
-    if (found != media.end()) std::rotate(media.begin(), found, found + 1);
-    else media.insert(media.begin(), customMedia(size->width, size->height));
+    const auto found =
+        std::ranges::find_if(media, [&](const Media &m) { return m.width == size->width && m.height == size->height; });
+    if (found != media.end())
+        std::rotate(media.begin(), found, found + 1);
+    else
+        media.insert(media.begin(), customMedia(size->width, size->height));
 }
 
 /// "usb" is true for the only plotter.
@@ -89,7 +91,8 @@ QueueConfig queueFrom(const json &profile) {
     }
     putFirst(queue.media, settings.value("sheet", ""));
     const Media &usual = queue.media.front();
-    const Sheet sheet = queue.area ? *virtual_plotter::parseArea(settings.value("area", ""), error) : sheetNamed(usual.sheet);
+    const Sheet sheet =
+        queue.area ? *virtual_plotter::parseArea(settings.value("area", ""), error) : sheetNamed(usual.sheet);
     const auto &[lower, upper] = sheet.hardClip;
     queue.alongX = std::max(0.0, (usual.width - (upper.x - lower.x) / virtual_plotter::kUnitsPerMillimetre) / 2);
     queue.alongY = std::max(0.0, (usual.height - (upper.y - lower.y) / virtual_plotter::kUnitsPerMillimetre) / 2);

@@ -5,18 +5,23 @@ namespace printer_app {
 namespace {
 
 constexpr const char *kAbout =
-    "Makes a print queue of each profile of the command 'vectorix', for this computer or for a house: print dialogs, CUPS and "
-    "telephones see it without a driver. A queue takes PDF, SVG and plot files (HP-GL, DM/PL). A job waits until somebody says on "
+    "Makes a print queue of each profile of the command 'vectorix', for this computer or for a house: print dialogs, CUPS "
+    "and "
+    "telephones see it without a driver. A queue takes PDF, SVG and plot files (HP-GL, DM/PL). A job waits until somebody "
+    "says on "
     "the page, http://localhost:8631/, that paper is in; there it is watched, paused, stopped and plotted again.\n\n"
-    "Queues are made at the start: start it again after a change to a profile. 'confirm = false' in a profile lets jobs plot "
+    "Queues are made at the start: start it again after a change to a profile. 'confirm = false' in a profile lets jobs "
+    "plot "
     "without asking, as for rolls.\n\n"
-    "Without --share, nobody but this computer reaches any of it. With --share-page the page asks from elsewhere for the password "
+    "Without --share, nobody but this computer reaches any of it. With --share-page the page asks from elsewhere for the "
+    "password "
     "that --set-password keeps, and over TLS only.";
 
 } // namespace
 
 std::unique_ptr<host::CommandLine> declaredCommandLine(Options &options, std::function<host::ExitCode()> run) {
-    auto line = std::make_unique<host::CommandLine>("vectorix-printer-app", "Makes print queues of plotters.", VECTORIX_VERSION);
+    auto line =
+        std::make_unique<host::CommandLine>("vectorix-printer-app", "Makes print queues of plotters.", VECTORIX_VERSION);
     host::Command root = line->root();
     root.option("--port", options.port, "TCP port of queues and page (8631)").valueName("N").between(1, 65535);
     root.flag("--share", options.isShared, "Let the network print, and announce the queues there");

@@ -54,7 +54,8 @@ function renew(old, fresh) {
 }
 
 function newsOf(element) {
-  return new Set([...element.querySelectorAll("[data-news]")].map((article) => article.dataset.news));
+  const articles = [...element.querySelectorAll("[data-news]")];
+  return new Map(articles.map((article) => [`${article.dataset.key} ${article.closest(".queue").dataset.queue}`, article.dataset.news]));
 }
 
 function show(html) {
@@ -68,7 +69,8 @@ function show(html) {
 
   const notice = inside.querySelector("[data-key=notice]").textContent;
   if (notice) main.querySelector("[data-key=notice]").textContent = notice;
-  const now = newsOf(main), fresher = [...now].filter((text) => !told.has(text));
+  const now = newsOf(main), fresher = [];
+  for (const [job, text] of now) if (text && told.get(job) !== text) fresher.push(text);
   if (fresher.length) news.textContent = fresher.join(" ");
   told = now;
 }
@@ -104,11 +106,10 @@ function upload(form, file) {
   const { queue, session } = form.closest(".queue").dataset;
   const fields = new FormData(form);
   fields.delete("file");
-  const address = `/upload?${new URLSearchParams([...fields, ["queue", queue], ["name", file.name]])}`;
+  const address = `/upload?${new URLSearchParams([...fields, ["queue", queue], ["session", session], ["name", file.name]])}`;
   const request = new XMLHttpRequest(), progress = form.querySelector("progress");
   request.open("POST", address);
   request.setRequestHeader("Content-Type", "application/octet-stream");
-  request.setRequestHeader("X-Session", session);
   request.responseType = "json";
   request.upload.onprogress = (event) => (progress.value = (100 * event.loaded) / event.total);
   progress.value = 0;
@@ -134,6 +135,7 @@ async function uploadAll(form, files) {
   output.textContent = said.join("\n");
   form.removeAttribute("aria-busy");
   form.elements.file.value = "";
+  form.elements.copies.value = 1;
   poll();
 }
 

@@ -62,7 +62,7 @@ body > header { display: flex; align-items: center; gap: .625rem; padding: 1rem 
 .past { grid-template-columns: 5rem 1fr; padding: .75rem 0; }
 .past .facts { gap: .25rem; }
 .past h4 { font-size: 1rem; }
-dl { display: flex; flex-wrap: wrap; gap: .5rem 1.5rem; }
+dl { display: grid; grid-template-columns: auto 1fr; gap: .5rem 1.5rem; }
 .pens { display: flex; flex-wrap: wrap; gap: .375rem; }
 .pens li { list-style: none; padding: .125rem .625rem; border: 1px solid var(--line); border-radius: 1rem; font-size: .8125rem; }
 progress { width: 100%; height: .5rem; border: 0; border-radius: .25rem; overflow: hidden; background: var(--line); appearance: none; }
@@ -91,7 +91,7 @@ button:hover, .stop > summary:hover { border-color: var(--accent); }
 .upload { display: grid; gap: .75rem; align-items: stretch; margin-bottom: .75rem; }
 .upload label { display: grid; gap: .25rem; font-size: .875rem; }
 .file { padding: .75rem; border: 1px dashed var(--edge); border-radius: .5rem; }
-.file input { width: 100%; min-height: 0; padding: .25rem; border: 0; background: none; font-size: .875rem; }
+.file input { width: 100%; min-height: 0; padding: .25rem 0; border: 0; background: none; font-size: .875rem; }
 ::file-selector-button {
   display: block; margin: 0 0 .375rem; padding: .375rem .75rem; border: 1px solid var(--edge); border-radius: .375rem;
   background: var(--card); color: var(--ink); font: inherit; font-weight: 600; cursor: pointer;
@@ -105,7 +105,11 @@ button:hover, .stop > summary:hover { border-color: var(--accent); }
 .empty { padding: 1.5rem 0; }
 
 .job ~ .job .picture { width: 9rem; }
-@media (min-width: 34rem) { .job { grid-template-columns: 15rem 1fr; } .job ~ .job .picture { width: auto; } }
+@media (min-width: 34rem) {
+  .job { grid-template-columns: 15rem 1fr; }
+  .job ~ .job .picture { width: auto; }
+  dl { display: flex; flex-wrap: wrap; }
+}
 @media (min-width: 60rem) {
   .queue:has(.side) {
     display: grid; grid-template: "head head" "findings side" "jobs side" "history side" 1fr / 1fr 16rem; column-gap: 1.5rem;
@@ -114,6 +118,7 @@ button:hover, .stop > summary:hover { border-color: var(--accent); }
   .side { grid-area: side; padding: 0 0 0 1.5rem; border-top: 0; border-left: 1px solid var(--line); }
   .job:first-of-type { border-top: 0; padding-top: 0; }
 }
+progress, .state::before { forced-color-adjust: none; }
 @media (prefers-reduced-motion: reduce) { * { transition: none !important; } }
 )css";
 }

@@ -1,5 +1,5 @@
-// What is typed for the command "vectorix" so that a client's job becomes a plot: which sheet, how it lies there, which of its
-// pages. The command decides everything else, and is asked for what it would do; nothing of drawings is known here.
+// What is typed for the command "vectorix" so that a client's job becomes a plot: which sheet, how it lies there, which of
+// its pages. The command decides everything else, and is asked for what it would do; nothing of drawings is known here.
 #pragma once
 
 #include "printer_app/jobs/job_record.h"
@@ -14,9 +14,9 @@ using Words = std::vector<std::string>;
 
 /// What the command says of a job beforehand.
 struct Examination {
-    std::string refusal; ///< empty: it can be plotted
-    std::string note;    ///< what a person should know
-    Words words;         ///< that place it
+    std::string refusal;    ///< empty: it can be plotted
+    std::string note;       ///< what a person should know
+    Words words;            ///< that place it
     std::vector<int> pages; ///< sheets: pages of a document, or {0}
     std::optional<Figures> figures;
     bool hasPicture = false;
@@ -26,7 +26,8 @@ struct Examination {
 /// conversion does. Throws std::exception when the command cannot be run.
 Examination examine(const std::string &command, const QueueConfig &queue, const JobRecord &job, const std::string &picture);
 
-/// "vectorix print …" of one sheet of a job, from a place in its plot on; it reports to descriptor 3 and is steered at socket.
+/// "vectorix print …" of one sheet of a job, from a place in its plot on; it reports to descriptor 3 and is steered at
+/// socket.
 Words printWords(const std::string &command, const JobRecord &job, int page, int64_t place, const std::string &socket);
 
 } // namespace printer_app

@@ -1,6 +1,5 @@
 #include "printer_app/plotting/worker.h"
 
-
 #include <csignal>
 #include <nlohmann/json.hpp>
 #include <sys/socket.h>
@@ -53,7 +52,8 @@ void Worker::take(const std::string &line, const std::function<void(const Progre
         progress_.totalBytes = value.at("totalBytes");
         progress_.place = value.at("place");
         progress_.secondsLeft.reset();
-        if (const auto left = value.find("secondsLeft"); left != value.end() && left->is_number()) progress_.secondsLeft = *left;
+        if (const auto left = value.find("secondsLeft"); left != value.end() && left->is_number())
+            progress_.secondsLeft = *left;
         progress_.heldBy = member(value, "heldBy", std::string());
     }
     if (progress_.event == "done") {
@@ -87,7 +87,8 @@ void Worker::talk() {
     const ssize_t sent = send(control_.get(), unsaid_.data(), unsaid_.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     if (sent > 0) unsaid_.erase(0, static_cast<size_t>(sent));
     char answers[4096]; // of which the lines of progress say as much
-    while (recv(control_.get(), answers, sizeof answers, MSG_DONTWAIT) > 0) {}
+    while (recv(control_.get(), answers, sizeof answers, MSG_DONTWAIT) > 0) {
+    }
 }
 
 void Worker::stop() {

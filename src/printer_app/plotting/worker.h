@@ -21,9 +21,9 @@ struct Progress {
 
 /// How it ended.
 struct Outcome {
-    int code = 0;        ///< the command's exit code
-    std::string message; ///< as people read it
-    int64_t place = 0;   ///< in the plot, up to which it was sent
+    int code = 0;          ///< the command's exit code
+    std::string message;   ///< as people read it
+    int64_t place = 0;     ///< in the plot, up to which it was sent
     bool hasBegun = false; ///< a byte of it may have reached the plotter
 };
 

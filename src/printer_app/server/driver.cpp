@@ -96,9 +96,10 @@ void describe(const QueueConfig &queue, pappl_pr_driver_data_t &data) {
     data.media_default = data.media_ready[0] = mediaColumn(usual, data);
 }
 
-/// Called for each queue that is made. A client of this computer might have one made for a device of its choosing, a file for
-/// instance: no other than those of the profiles is.
-bool describeDriver(pappl_system_t *, const char *, const char *uri, const char *, pappl_pr_driver_data_t *data, ipp_t **, void *) {
+/// Called for each queue that is made. A client of this computer might have one made for a device of its choosing, a file
+/// for instance: no other than those of the profiles is.
+bool describeDriver(pappl_system_t *, const char *, const char *uri, const char *, pappl_pr_driver_data_t *data, ipp_t **,
+                    void *) {
     if (theService->isServing) return false;
     for (const auto &queue : theService->queues) {
         if (uri != deviceUriOf(*queue)) continue;
@@ -127,7 +128,8 @@ const char *keyword(pappl_job_t *job, const char *name) {
 std::string mediaNameOf(pappl_job_t *job) {
     if (ipp_attribute_t *column = attribute(job, "media-col")) {
         ipp_t *collection = ippGetCollection(column, 0);
-        if (const char *name = ippGetString(ippFindAttribute(collection, "media-size-name", IPP_TAG_ZERO), 0, nullptr)) return name;
+        if (const char *name = ippGetString(ippFindAttribute(collection, "media-size-name", IPP_TAG_ZERO), 0, nullptr))
+            return name;
         ipp_t *size = ippGetCollection(ippFindAttribute(collection, "media-size", IPP_TAG_BEGIN_COLLECTION), 0);
         const int width = ippGetInteger(ippFindAttribute(size, "x-dimension", IPP_TAG_INTEGER), 0);
         const int length = ippGetInteger(ippFindAttribute(size, "y-dimension", IPP_TAG_INTEGER), 0);
@@ -180,8 +182,8 @@ JobOptions optionsOf(pappl_job_t *job) {
 void addDriver(Service &service) {
     static pappl_pr_driver_t drivers[] = {{kDriverName, "Vectorix pen plotter", nullptr, nullptr}};
     theService = &service;
-    papplDeviceAddScheme(kScheme.data(), PAPPL_DEVTYPE_CUSTOM_LOCAL, nullptr, openNothing, closeNothing, readNothing, writeNothing,
-                         noStatus, nullptr);
+    papplDeviceAddScheme(kScheme.data(), PAPPL_DEVTYPE_CUSTOM_LOCAL, nullptr, openNothing, closeNothing, readNothing,
+                         writeNothing, noStatus, nullptr);
     papplSystemSetMIMECallback(service.system, typeByContent, nullptr);
     for (const char *type : {kPdf, kSvg, kDmpl})
         papplSystemAddMIMEFilter(service.system, type, kHpgl, printConverted, nullptr);

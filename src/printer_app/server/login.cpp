@@ -97,7 +97,8 @@ ExitCode keepPassword(const std::filesystem::path &folder) {
 
 void requirePassword(const std::filesystem::path &folder) {
     if (!std::filesystem::exists(fileIn(folder)))
-        throw Failure(ExitCode::Usage, "--share-page: there is no password yet; vectorix-printer-app --set-password keeps one");
+        throw Failure(ExitCode::Usage,
+                      "--share-page: there is no password yet; vectorix-printer-app --set-password keeps one");
 }
 
 bool isAuthorized(const std::filesystem::path &folder, const std::string &field) {

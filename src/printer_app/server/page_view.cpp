@@ -23,7 +23,10 @@ std::vector<Action> actionsOf(const JobRecord &job, const Queue &queue) {
         return {Action::Stop};
     case Phase::Preparing:
     case Phase::Queued: return {Action::Stop};
-    default: return job.file.empty() ? std::vector<Action>{} : std::vector{Action::PlotAgain};
+    case Phase::Stopped:
+        if (job.place > 0) return {Action::PlotAgain, Action::FromHere};
+        [[fallthrough]];
+    default: return {Action::PlotAgain};
     }
 }
 

@@ -40,8 +40,10 @@ void watchPlotter(Queue &queue) {
 
 std::vector<FindingView> askDoctor(const std::string &command, const QueueConfig &queue) {
     std::vector<std::string> words{command, "doctor", "--json"};
-    if (queue.port.empty()) words.emplace_back(queue.usb.empty() ? "--usb" : "--usb=" + queue.usb);
-    else words.insert(words.end(), {"--port", queue.port});
+    if (queue.port.empty())
+        words.emplace_back(queue.usb.empty() ? "--usb" : "--usb=" + queue.usb);
+    else
+        words.insert(words.end(), {"--port", queue.port});
     const json report = json::parse(runToEnd(words, kDoctorLimit).output, nullptr, false);
     std::vector<FindingView> findings;
     if (report.is_discarded() || !report.contains("links")) return findings;

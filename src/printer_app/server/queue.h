@@ -1,5 +1,5 @@
-// A queue while the program runs: what its threads tell each other. The print system's threads call in when jobs come and when
-// clients pause and resume; the page's when a person says something; the thread of the job that is at work listens.
+// A queue while the program runs: what its threads tell each other. The print system's threads call in when jobs come and
+// when clients pause and resume; the page's when a person says something; the thread of the job that is at work listens.
 #pragma once
 
 #include "printer_app/jobs/journal.h"
@@ -23,11 +23,11 @@ struct Queue {
     std::atomic<pappl_printer_t *> printer{nullptr};
     std::shared_timed_mutex isAlive;
 
-    std::atomic<int> atWork{0};            ///< the job whose thread listens; 0 for none
-    std::atomic<bool> wasPaused{false};    ///< by a client, since it was last looked at
-    std::atomic<bool> wasResumed{false};   ///< the same
-    std::atomic<bool> isPaused{false};     ///< as clients last said
-    std::atomic<bool> isThere{true};       ///< the plotter's port or device
+    std::atomic<int> atWork{0};          ///< the job whose thread listens; 0 for none
+    std::atomic<bool> wasPaused{false};  ///< by a client, since it was last looked at
+    std::atomic<bool> wasResumed{false}; ///< the same
+    std::atomic<bool> isPaused{false};   ///< as clients last said
+    std::atomic<bool> isThere{true};     ///< the plotter's port or device
 
     /// What a person said to the job at work.
     void say(int job, Action action) {

@@ -47,7 +47,8 @@ void writeAttributes(const Service &service, const QueueNumbers &numbers, const 
     if (slash != std::string::npos && slash + 1 < title.size()) rest.remove_prefix(slash + 1);
     const auto isPlain = [](char c) { return isalnum(static_cast<unsigned char>(c)) || c == '-'; };
     for (size_t i = 0; i < rest.size() && name.size() < 63; ++i) {
-        if (isPlain(rest[i])) name += static_cast<char>(tolower(static_cast<unsigned char>(rest[i])));
+        if (isPlain(rest[i]))
+            name += static_cast<char>(tolower(static_cast<unsigned char>(rest[i])));
         else if (name += '_'; true)
             while (i + 1 < rest.size() && !isPlain(rest[i + 1]))
                 ++i;
@@ -66,8 +67,9 @@ std::string jobLine(const Service &service, const QueueNumbers &numbers, const J
     const ipp_jstate_t state = stateOf(job);
     const bool waits = state < IPP_JSTATE_STOPPED;
     if (waits) writeAttributes(service, numbers, job);
-    std::string line = fmt::format("Job id=\"{}\" name={} username={} format={} state=\"{}\" created=\"{}\"", job.id,
-                                   inQuotes(job.name), inQuotes(job.user), inQuotes(job.format), static_cast<int>(state), job.created);
+    std::string line =
+        fmt::format("Job id=\"{}\" name={} username={} format={} state=\"{}\" created=\"{}\"", job.id, inQuotes(job.name),
+                    inQuotes(job.user), inQuotes(job.format), static_cast<int>(state), job.created);
     if (isInSpool(service, job.file)) line += " filename=" + inQuotes(job.file);
     if (!waits) line += fmt::format(" completed=\"{}\"", job.ended);
     if (job.isHeld) line += fmt::format(" state_reasons=\"{}\"", static_cast<int>(PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED));
@@ -86,11 +88,13 @@ void settle(Service &service, const JobRecord &job) {
         }
         r.isExamined = r.isExamined && !r.pages.empty(); // else why it is unfit is to be found again
         r.phase = r.isExamined ? Phase::Queued : Phase::Preparing;
-        if (!r.isInterrupted) r.message.clear();
+        if (!r.isInterrupted)
+            r.message.clear();
         else
-            r.message = fmt::format("Interrupted after {} of {} bytes (place {}): the print service ended. Put in new paper and "
-                                    "plot again, or go on from here on the same sheet.",
-                                    r.bytes, r.totalBytes, r.place);
+            r.message =
+                fmt::format("Interrupted after {} of {} bytes (place {}): the print service ended. Put in new paper and "
+                            "plot again, or go on from here on the same sheet.",
+                            r.bytes, r.totalBytes, r.place);
     });
 }
 
@@ -112,8 +116,9 @@ void restore(Service &service) {
     for (const auto &queue : service.queues) {
         const std::string &name = queue->config.name;
         const QueueNumbers numbers = service.journal.numbersOf(name);
-        text += fmt::format("<Printer id=\"{}\" name={} did={} uri={} driver={}>\nNextJobId {}\nMaxCompletedJobs 100\n", numbers.id,
-                            inQuotes(name), inQuotes(kDeviceId), inQuotes(deviceUriOf(*queue)), inQuotes(kDriverName), numbers.nextJob);
+        text += fmt::format("<Printer id=\"{}\" name={} did={} uri={} driver={}>\nNextJobId {}\nMaxCompletedJobs 100\n",
+                            numbers.id, inQuotes(name), inQuotes(kDeviceId), inQuotes(deviceUriOf(*queue)),
+                            inQuotes(kDriverName), numbers.nextJob);
         for (const JobRecord &job : service.journal.jobsOf(name))
             settle(service, job);
         for (const JobRecord &job : service.journal.jobsOf(name))
@@ -126,9 +131,11 @@ void restore(Service &service) {
     fs::remove(file);
     if (!isRead) throw host::Failure(host::ExitCode::Failed, fmt::format("{}: cannot be read back", file.string()));
     for (const auto &queue : service.queues) {
-        queue->printer = papplSystemFindPrinter(service.system, nullptr, service.journal.numbersOf(queue->config.name).id, nullptr);
+        queue->printer =
+            papplSystemFindPrinter(service.system, nullptr, service.journal.numbersOf(queue->config.name).id, nullptr);
         if (!queue->printer)
-            throw host::Failure(host::ExitCode::Failed, fmt::format("{}: the print system makes no queue of it", queue->config.name));
+            throw host::Failure(host::ExitCode::Failed,
+                                fmt::format("{}: the print system makes no queue of it", queue->config.name));
     }
 }
 

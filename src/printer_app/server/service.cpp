@@ -12,8 +12,8 @@
 
 #include <algorithm>
 #include <csignal>
-#include <cstring>
 #include <cstdlib>
+#include <cstring>
 #include <fmt/format.h>
 #include <sys/stat.h>
 #include <thread>
@@ -32,7 +32,7 @@ constexpr auto kKeeperTick = std::chrono::milliseconds(200);
 constexpr auto kExaminerTick = std::chrono::milliseconds(100);
 constexpr int kExaminers = 2;
 constexpr auto kToStop = std::chrono::seconds(25); // for prints to put their pens away at the end
-constexpr time_t kDoctorAge = 10; // seconds until it looks again
+constexpr time_t kDoctorAge = 10;                  // seconds until it looks again
 constexpr auto kProfileLimit = std::chrono::seconds(20);
 
 /// Jobs are private: a folder that others may read is made one that they may not.
@@ -59,8 +59,8 @@ std::vector<QueueConfig> profiles(const std::string &command) {
         if (!ended.diagnostics.empty()) host::printError("{}", ended.diagnostics);
         return queues;
     } catch (const std::exception &) {
-        throw Failure(ExitCode::Failed, fmt::format("{} cannot list the profiles: {}; --vectorix says which command it is", command,
-                                                    ended.diagnostics.empty() ? "no answer" : ended.diagnostics));
+        throw Failure(ExitCode::Failed, fmt::format("{} cannot list the profiles: {}; --vectorix says which command it is",
+                                                    command, ended.diagnostics.empty() ? "no answer" : ended.diagnostics));
     }
 }
 
@@ -100,7 +100,9 @@ void reconcile(Service &service, Queue &queue, pappl_printer_t *printer) {
         }
         service.journal.change(name, record.id, [&](JobRecord &r) {
             if (r.hasEnded()) return;
-            r.phase = state == IPP_JSTATE_CANCELED ? Phase::Stopped : state == IPP_JSTATE_COMPLETED ? Phase::Done : Phase::Failed;
+            r.phase = state == IPP_JSTATE_CANCELED    ? Phase::Stopped
+                      : state == IPP_JSTATE_COMPLETED ? Phase::Done
+                                                      : Phase::Failed;
             const char *message = job ? papplJobGetMessage(job) : nullptr;
             if (r.phase == Phase::Failed && message) r.message = message;
             if (r.phase == Phase::Stopped && !r.isInterrupted) r.message = "Canceled before anything was plotted.";
@@ -137,8 +139,10 @@ void wake(Service &service) {
     while (!papplSystemIsRunning(service.system))
         std::this_thread::sleep_for(kKeeperTick);
     for (const auto &queue : service.queues) {
-        if (service.journal.numbersOf(queue->config.name).isPaused) papplPrinterPause(queue->printer);
-        else papplPrinterResume(queue->printer);
+        if (service.journal.numbersOf(queue->config.name).isPaused)
+            papplPrinterPause(queue->printer);
+        else
+            papplPrinterResume(queue->printer);
     }
 }
 
@@ -163,8 +167,9 @@ void diagnose(Service &service) {
     for (; !service.isEnding; std::this_thread::sleep_for(kExaminerTick * 10)) {
         for (const auto &queue : service.queues) {
             const auto jobs = service.journal.jobsOf(queue->config.name);
-            const bool isTroubled =
-                !queue->isThere || std::ranges::any_of(jobs, [](const JobRecord &job) { return job.phase == Phase::Troubled; });
+            const bool isTroubled = !queue->isThere || std::ranges::any_of(jobs, [](const JobRecord &job) {
+                return job.phase == Phase::Troubled;
+            });
             if (!isTroubled) {
                 if (asked.erase(queue.get())) queue->keepFindings({});
             } else if (time_t &last = asked[queue.get()]; time(nullptr) - last >= kDoctorAge) {
@@ -246,11 +251,17 @@ void Service::note(Queue &queue, pappl_job_t *job) {
         record.format = papplJobGetFormat(job);
         const auto given = options_.extract(file);
         record.options = given ? given.mapped() : optionsOf(job);
+        record.place = record.options.from;
+        record.sheetsDone = record.options.fromSheet;
+        if ((record.isInterrupted = record.place > 0))
+            record.message = "Put in the sheet as it lay, and go on from here; or put in new paper, and plot again.";
         const char *until = ippGetString(papplJobGetAttribute(job, "job-hold-until"), 0, nullptr);
         record.asksFirst = papplJobGetAttribute(job, "job-hold-until-time") || (until && strcmp(until, "no-hold") != 0);
     }
-    if (!known) journal.add(std::move(record));
-    else journal.change(queue.config.name, id, [&](JobRecord &r) { r = record; });
+    if (!known)
+        journal.add(std::move(record));
+    else
+        journal.change(queue.config.name, id, [&](JobRecord &r) { r = record; });
 }
 
 std::optional<JobRecord> Service::claim() {
@@ -283,7 +294,7 @@ bool Service::examineNext() {
         r.figures = found.figures;
         r.hasPicture = found.hasPicture;
         if (r.hasEnded()) return;
-        r.message = found.refusal.empty() ? found.note : found.refusal;
+        if (!r.isInterrupted || !found.refusal.empty()) r.message = found.refusal.empty() ? found.note : found.refusal;
         if (r.phase == Phase::Preparing) r.phase = Phase::Queued;
     });
     std::lock_guard lock(claimMutex_);
@@ -311,8 +322,8 @@ ExitCode serve(const Options &options) {
         service.queues.back()->config = std::move(config);
     }
     service.system = papplSystemCreate(PAPPL_SOPTIONS_MULTI_QUEUE, "Vectorix plotters", options.port, "_print,_universal",
-                                       service.spool.c_str(), "-", options.isVerbose ? PAPPL_LOGLEVEL_DEBUG : PAPPL_LOGLEVEL_ERROR,
-                                       nullptr, false);
+                                       service.spool.c_str(), "-",
+                                       options.isVerbose ? PAPPL_LOGLEVEL_DEBUG : PAPPL_LOGLEVEL_ERROR, nullptr, false);
     if (!service.system) throw Failure(ExitCode::Failed, "the print system cannot be made");
     papplSystemSetFooterHTML(service.system, ""); // it reads it without looking whether there is one
     if (!options.isShared) papplSystemSetDNSSDName(service.system, nullptr);

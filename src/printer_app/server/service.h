@@ -20,8 +20,8 @@ struct Service {
     Service(const Options &options, std::filesystem::path folder);
 
     Options options;
-    std::filesystem::path folder;  ///< absolute; all that is kept
-    std::filesystem::path spool;   ///< documents
+    std::filesystem::path folder; ///< absolute; all that is kept
+    std::filesystem::path spool;  ///< documents
     std::filesystem::path pictures;
     Journal journal;
     std::vector<std::unique_ptr<Queue>> queues; ///< never changes once it serves

@@ -110,9 +110,12 @@ Turn::Answer Turn::ask(Phase phase, const std::string &message) {
         std::this_thread::sleep_for(kTick);
         rest();
         const auto said = queue_.takeSaid();
-        if (isCanceled()) answer = Answer::Canceled;
-        else if (said == Action::FromHere) answer = Answer::FromHere;
-        else if (said == Action::PaperIsIn || said == Action::PlotAgain || queue_.wasResumed.exchange(false)) answer = Answer::Go;
+        if (isCanceled())
+            answer = Answer::Canceled;
+        else if (said == Action::FromHere)
+            answer = Answer::FromHere;
+        else if (said == Action::PaperIsIn || said == Action::PlotAgain || queue_.wasResumed.exchange(false))
+            answer = Answer::Go;
     }
     papplPrinterSetReasons(printer, PAPPL_PREASON_NONE, kAsks);
     papplJobSetReasons(job_, PAPPL_JREASON_NONE, PAPPL_JREASON_PRINTER_STOPPED);
@@ -120,9 +123,12 @@ Turn::Answer Turn::ask(Phase phase, const std::string &message) {
 }
 
 std::string Turn::paperWanted(const JobRecord &job) const {
+    const std::string note =
+        job.phase == Phase::Queued && !job.message.empty() ? job.message + " " : ""; // of its examination
     const std::string sheet = job.figures && !job.figures->sheet.empty() ? " (" + job.figures->sheet + ")" : "";
-    if (job.sheets() == 1) return fmt::format("Put in paper{}, then say that it is in.", sheet);
-    return fmt::format("Put in paper{} for sheet {} of {}, then say that it is in.", sheet, job.sheetsDone + 1, job.sheets());
+    if (job.sheets() == 1) return fmt::format("{}Put in paper{}, then say that it is in.", note, sheet);
+    return fmt::format("{}Put in paper{} for sheet {} of {}, then say that it is in.", note, sheet, job.sheetsDone + 1,
+                       job.sheets());
 }
 
 bool Turn::take() {
@@ -130,8 +136,10 @@ bool Turn::take() {
     for (JobRecord job = record(); job.sheetsDone < job.sheets() || job.pages.empty(); job = record()) {
         if (job.hasEnded() || job.pages.empty()) return fail(job.message); // found unfit when it was looked at
         Answer answer = Answer::Go;
-        if (job.isInterrupted) answer = ask(Phase::Troubled, job.message);
-        else if (queue_.config.confirms || job.asksFirst) answer = ask(Phase::Waiting, paperWanted(job));
+        if (job.isInterrupted)
+            answer = ask(Phase::Troubled, job.message);
+        else if (queue_.config.confirms || job.asksFirst)
+            answer = ask(Phase::Waiting, paperWanted(job));
         if (answer == Answer::Canceled) return true;
         const int64_t place = answer == Answer::FromHere ? job.place : 0;
         change([&](JobRecord &r) {
@@ -173,9 +181,10 @@ Turn::Sheet Turn::plot(int page, int64_t place) {
         change([&](JobRecord &r) {
             r.isInterrupted = true;
             r.place = outcome->place;
-            r.message = fmt::format("Interrupted after {} of {} bytes (place {}): {}. Put in new paper and plot again, or go on "
-                                    "from here on the same sheet.",
-                                    host::grouped(job.bytes), host::grouped(job.totalBytes), outcome->place, outcome->message);
+            r.message =
+                fmt::format("Interrupted after {} of {} bytes (place {}): {}. Put in new paper and plot again, or go on "
+                            "from here on the same sheet.",
+                            host::grouped(job.bytes), host::grouped(job.totalBytes), outcome->place, outcome->message);
         });
         return Sheet::Interrupted;
     }
@@ -188,15 +197,18 @@ std::optional<Outcome> Turn::print(int page, int64_t place) {
     Worker worker(printWords(service_.options.command, record(), page, place, service_.socketOf(queue_)),
                   service_.socketOf(queue_));
     while (worker.watch([&](const Progress &progress) { hear(progress); })) {
-        if (isCanceled() || service_.isEnding) worker.stop();
-        else steer(worker);
+        if (isCanceled() || service_.isEnding)
+            worker.stop();
+        else
+            steer(worker);
     }
     Outcome outcome = worker.outcome();
     papplPrinterSetReasons(papplJobGetPrinter(job_), PAPPL_PREASON_NONE, kAsks);
     if (service_.isEnding && outcome.code != 0) {
         change([&](JobRecord &r) {
             r.place = outcome.place;
-            r.message = outcome.hasBegun ? "Interrupted: the print service was stopped. Plot again, or go on from here." : "";
+            r.message =
+                outcome.hasBegun ? "Interrupted: the print service was stopped. Plot again, or go on from here." : "";
             r.phase = outcome.hasBegun ? Phase::Troubled : Phase::Queued;
         });
         queue_.atWork = 0;
@@ -214,7 +226,8 @@ const Told *toldBy(const std::string &event) {
     static constexpr Told kTold[] = {
         {"goingOn", Phase::Plotting, "Plotting."},
         {"pausing", Phase::Plotting, "Pausing where the pen is up next."},
-        {"pauseIsFar", Phase::Plotting, "Still no place where the pen is up; pausing at once is possible, with the pen down."},
+        {"pauseIsFar", Phase::Plotting,
+         "Still no place where the pen is up; pausing at once is possible, with the pen down."},
         {"paused", Phase::Paused, "Paused; what the plotter has in its buffer it still draws."},
         {"penWanted", Phase::Waiting, nullptr},
         {"paperWanted", Phase::Waiting, nullptr},
@@ -251,7 +264,8 @@ void Turn::steer(Worker &worker) {
     const auto said = queue_.takeSaid();
     if (queue_.wasPaused.exchange(false) || said == Action::Pause) worker.say("pause");
     if (said == Action::PauseAtOnce) worker.say("pause-at-once");
-    if (queue_.wasResumed.exchange(false) || said == Action::GoOn || (isAsking_ && said == Action::PaperIsIn)) worker.say("go");
+    if (queue_.wasResumed.exchange(false) || said == Action::GoOn || (isAsking_ && said == Action::PaperIsIn))
+        worker.say("go");
 }
 
 /// Before anything was sent: it begins by itself when the plotter can be had. False when the job was canceled meanwhile.

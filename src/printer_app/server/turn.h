@@ -1,5 +1,5 @@
-// A job's turn at its plotter, on the print system's thread, from "is there paper?" to its end: each sheet waits for a person
-// (unless the queue is for rolls), is plotted by a process of its own, and is asked about when it was interrupted.
+// A job's turn at its plotter, on the print system's thread, from "is there paper?" to its end: each sheet waits for a
+// person (unless the queue is for rolls), is plotted by a process of its own, and is asked about when it was interrupted.
 #pragma once
 
 #include "printer_app/server/service.h"

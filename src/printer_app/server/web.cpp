@@ -32,7 +32,8 @@ constexpr size_t kLargestForm = 16384;
 
 // Sent with each answer. The print system's library knows few fields of HTTP by name; the value of this one may have lines.
 constexpr std::string_view kPolicy =
-    "\r\nContent-Security-Policy: default-src 'none'; style-src 'self'; script-src 'self'; img-src 'self'; connect-src 'self'; "
+    "\r\nContent-Security-Policy: default-src 'none'; style-src 'self'; script-src 'self'; img-src 'self'; connect-src "
+    "'self'; "
     "form-action 'self'; base-uri 'none'; frame-ancestors 'none'\r\nX-Content-Type-Options: nosniff\r\nReferrer-Policy: "
     "same-origin\r\nX-Frame-Options: DENY\r\nCache-Control: no-store";
 
@@ -59,7 +60,8 @@ bool answer(pappl_client_t *client, http_status_t status, std::string_view type,
     if (location) httpSetField(http, HTTP_FIELD_LOCATION, location);
     if (status == HTTP_STATUS_UNAUTHORIZED) httpSetField(http, HTTP_FIELD_WWW_AUTHENTICATE, "Basic realm=\"Plotters\"");
     httpSetLength(http, body.size());
-    return httpWriteResponse(http, status) == 0 && httpWrite2(http, body.data(), body.size()) >= 0 && httpFlushWrite(http) >= 0;
+    return httpWriteResponse(http, status) == 0 && httpWrite2(http, body.data(), body.size()) >= 0 &&
+           httpFlushWrite(http) >= 0;
 }
 
 bool refuse(pappl_client_t *client, http_status_t status, std::string_view text) {
@@ -69,14 +71,16 @@ bool refuse(pappl_client_t *client, http_status_t status, std::string_view text)
 }
 
 bool refuseJson(pappl_client_t *client, http_status_t status, const std::string &text) {
-    answer(client, status, "application/json", nlohmann::json({{"error", text}}).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    answer(client, status, "application/json",
+           nlohmann::json({{"error", text}}).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
     return false;
 }
 
 /// The name under which the client thinks to have reached this computer: one of its own, or the address that it did reach.
 /// Others are pages of strangers whose names lead here.
 bool isOwnName(pappl_client_t *client, std::string host) {
-    if (const size_t colon = host.rfind(':'); colon != std::string::npos && host.find(']', colon) == std::string::npos) host.erase(colon);
+    if (const size_t colon = host.rfind(':'); colon != std::string::npos && host.find(']', colon) == std::string::npos)
+        host.erase(colon);
     http_addr_t address{};
     socklen_t length = sizeof address;
     std::array<char, 256> text{}, own{};
@@ -84,7 +88,9 @@ bool isOwnName(pappl_client_t *client, std::string host) {
         httpAddrString(&address, text.data(), text.size());
     papplSystemGetHostName(theService->system, own.data(), own.size());
     const std::string name(own.data()), reached(text.data());
-    const auto isOneOf = [&](std::initializer_list<std::string> names) { return std::ranges::find(names, host) != names.end(); };
+    const auto isOneOf = [&](std::initializer_list<std::string> names) {
+        return std::ranges::find(names, host) != names.end();
+    };
     return isOneOf({"localhost", "127.0.0.1", "[::1]", reached, name, name.substr(0, name.find('.')) + ".local"});
 }
 
@@ -98,7 +104,8 @@ bool isAllowed(pappl_client_t *client) {
         return refuse(client, HTTP_STATUS_FORBIDDEN, "This form is of another page.");
     if (httpAddrLocalhost(httpGetAddress(http))) return true;
     if (!theService->options.pageIsShared)
-        return refuse(client, HTTP_STATUS_FORBIDDEN, "This page is for the computer with the plotter (--share-page shares it).");
+        return refuse(client, HTTP_STATUS_FORBIDDEN,
+                      "This page is for the computer with the plotter (--share-page shares it).");
     if (!papplClientIsEncrypted(client)) {
         const std::string there = "https://" + host + "/";
         answer(client, HTTP_STATUS_MOVED_PERMANENTLY, "text/plain", "", there.c_str());
@@ -151,7 +158,8 @@ bool showPage(pappl_client_t *client, void *) {
     if (papplClientGetMethod(client) != HTTP_STATE_GET) return refuse(client, HTTP_STATUS_BAD_REQUEST, "Only GET.");
     Fields query = queryOf(client);
     const PageView view = pageView(*theService, token(), query["notice"]);
-    return answer(client, HTTP_STATUS_OK, "text/html; charset=utf-8", query["part"] == "main" ? pageMain(view) : pageHtml(view));
+    return answer(client, HTTP_STATUS_OK, "text/html; charset=utf-8",
+                  query["part"] == "main" ? pageMain(view) : pageHtml(view));
 }
 
 bool showStyle(pappl_client_t *client, void *) {
@@ -160,6 +168,10 @@ bool showStyle(pappl_client_t *client, void *) {
 
 bool showScript(pappl_client_t *client, void *) {
     return isAllowed(client) && answer(client, HTTP_STATUS_OK, "text/javascript; charset=utf-8", pageScript());
+}
+
+bool showIcon(pappl_client_t *client, void *) {
+    return isAllowed(client) && answer(client, HTTP_STATUS_OK, "image/svg+xml", pageIcon());
 }
 
 bool showPicture(pappl_client_t *client, void *) {
@@ -175,8 +187,9 @@ bool showPicture(pappl_client_t *client, void *) {
     return answer(client, HTTP_STATUS_NOT_FOUND, "text/plain", "There is no picture.\n");
 }
 
-/// Plots a job once more, under a number of its own. Empty when it does, else why not.
-std::string plotAgain(Queue &queue, const JobRecord &job) {
+/// Plots a job once more, under a number of its own: all of it, or from where it was stopped. Empty when it does, else why
+/// not.
+std::string plotAgain(Queue &queue, const JobRecord &job, bool isFromHere) {
     std::string copy = theService->spool / "again-XXXXXX";
     const host::UniqueFd fd(mkostemp(copy.data(), O_CLOEXEC));
     std::error_code error;
@@ -185,8 +198,10 @@ std::string plotAgain(Queue &queue, const JobRecord &job) {
         unlink(copy.c_str());
         return "The document is not kept any more: send it again.";
     }
-    submit(*theService, queue, {job.name, job.user, job.format, copy, job.options});
-    return "";
+    JobOptions options = job.options;
+    options.from = isFromHere ? job.place : 0;
+    options.fromSheet = isFromHere ? job.sheetsDone : 0;
+    return submit(*theService, queue, {job.name, job.user, job.format, copy, options}) ? "" : "The queue takes no jobs now.";
 }
 
 std::string doAction(Fields &form) {
@@ -194,7 +209,10 @@ std::string doAction(Fields &form) {
     const auto action = actionNamed(form["action"]);
     const auto job = theService->journal.find(form["queue"], numberIn(form, "job"));
     if (!queue || !action || !job) return "There is no such job.";
-    if (job->hasEnded()) return *action == Action::PlotAgain ? plotAgain(*queue, *job) : "The job has ended already.";
+    const bool isFromHere = *action == Action::FromHere;
+    if (job->hasEnded())
+        return isFromHere || *action == Action::PlotAgain ? plotAgain(*queue, *job, isFromHere)
+                                                          : "The job has ended already.";
     if (*action != Action::Stop) {
         queue->say(job->id, *action);
         return "";
@@ -216,11 +234,13 @@ bool takeForm(pappl_client_t *client, void *) {
         if (text.size() > kLargestForm) return refuse(client, HTTP_STATUS_REQUEST_TOO_LARGE, "This is too much.");
     }
     Fields form = fieldsOf(text);
-    if (!isOurs(form)) return refuse(client, HTTP_STATUS_FORBIDDEN, "This form is too old, or none of this page's: load the page again.");
+    if (!isOurs(form))
+        return refuse(client, HTTP_STATUS_FORBIDDEN, "This form is too old, or none of this page's: load the page again.");
     const std::string notice = doAction(form);
     std::string encoded;
     for (char c : notice)
-        encoded += isalnum(static_cast<unsigned char>(c)) ? std::string(1, c) : fmt::format("%{:02X}", static_cast<unsigned char>(c));
+        encoded += isalnum(static_cast<unsigned char>(c)) ? std::string(1, c)
+                                                          : fmt::format("%{:02X}", static_cast<unsigned char>(c));
     return answer(client, HTTP_STATUS_SEE_OTHER, "text/plain", "", notice.empty() ? "/" : ("/?notice=" + encoded).c_str());
 }
 
@@ -237,13 +257,15 @@ std::string kept(pappl_client_t *client) {
     };
     if (fd.get() < 0) return giveUp(HTTP_STATUS_SERVER_ERROR, "There is no room for it.");
     if (httpGetLength2(http) > most)
-        return giveUp(HTTP_STATUS_REQUEST_TOO_LARGE, fmt::format("The file has more than {} MB.", theService->options.largestUpload));
+        return giveUp(HTTP_STATUS_REQUEST_TOO_LARGE,
+                      fmt::format("The file has more than {} MB.", theService->options.largestUpload));
     std::array<char, 65536> block{};
     int64_t bytes = 0;
     for (ssize_t got; (got = httpRead2(http, block.data(), block.size())) != 0;) {
         if (got < 0) return giveUp(HTTP_STATUS_BAD_REQUEST, "The file did not come whole.");
         if ((bytes += got) > most)
-            return giveUp(HTTP_STATUS_REQUEST_TOO_LARGE, fmt::format("The file has more than {} MB.", theService->options.largestUpload));
+            return giveUp(HTTP_STATUS_REQUEST_TOO_LARGE,
+                          fmt::format("The file has more than {} MB.", theService->options.largestUpload));
         if (!host::writeAll(fd.get(), {block.data(), static_cast<size_t>(got)}))
             return giveUp(HTTP_STATUS_SERVER_ERROR, "There is no room for it.");
     }
@@ -265,11 +287,12 @@ bool takeUpload(pappl_client_t *client, void *) {
     const char *type = typeOf(head);
     if (!type) {
         unlink(file.c_str());
-        return refuseJson(client, HTTP_STATUS_UNSUPPORTED_MEDIATYPE, "A plotter draws lines: take PDF, SVG or a plot file (HP-GL, DM/PL).");
+        return refuseJson(client, HTTP_STATUS_UNSUPPORTED_MEDIATYPE,
+                          "A plotter draws lines: take PDF, SVG or a plot file (HP-GL, DM/PL).");
     }
     JobOptions options;
     options.copies = std::clamp(numberIn(query, "copies"), 1, 999);
-    options.scaling = query["scale"] == "fit" ? Scaling::Fit : query["scale"] == "actual" ? Scaling::None : Scaling::Auto;
+    options.scaling = query["scale"] == "fit" ? Scaling::Fit : Scaling::Auto;
     options.scalingIsTyped = options.scaling == Scaling::Fit;
     const auto media = std::ranges::find(queue->config.media, query["sheet"], &Media::sheet);
     if (media != queue->config.media.end()) options.media = media->name;
@@ -293,6 +316,7 @@ void addPage(Service &service) {
     add("/", "text/html", showPage);
     add("/page.css", "text/css", showStyle);
     add("/page.js", "text/javascript", showScript);
+    add("/page.svg", "image/svg+xml", showIcon);
     add("/picture", "image/png", showPicture);
     add("/do", "text/html", takeForm);
     add("/upload", "application/json", takeUpload);
