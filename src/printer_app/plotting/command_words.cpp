@@ -72,6 +72,15 @@ bool leavesReach(const json &report, const QueueConfig &queue, const Media &medi
             box[2] > media.width - queue.alongX + kReach || box[3] > media.height - queue.alongY + kReach);
 }
 
+/// Whether the pen would reach all of it elsewhere on the sheet.
+bool fitsReach(const json &report, const QueueConfig &queue, const Media &media, int turn) {
+    const auto box = report.at("box").get<std::vector<double>>();
+    if (box.size() != 4) return true;
+    double width = box[2] - box[0], height = box[3] - box[1];
+    if (turn % 180) std::swap(width, height);
+    return width <= media.width - 2 * queue.alongX && height <= media.height - 2 * queue.alongY;
+}
+
 int degreesIn(const json &report) {
     const auto converted = report.find("converted");
     return converted != report.end() && converted->is_object() ? converted->value("degrees", 0) : 0;
@@ -95,29 +104,28 @@ Words turned(Words words, int degrees) {
     return words;
 }
 
-/// How a drawing lies: as large as it is, where the pen reaches all of it; else fitted.
+/// How a drawing lies: corner to corner where the pen reaches all of it, else in the middle, and smaller where it must be.
 Words placeDrawing(const std::string &command, const QueueConfig &queue, const JobRecord &job, std::string &refusal,
                    std::string &note) {
     const Media &media = mediaOf(queue, job);
-    const auto tryOut = [&](Words placed) {
-        append(placed, {"--rotate", "auto"});
-        return reportOf(previewWords(command, queue, job, placed));
+    const auto tryOut = [&](Words words) {
+        append(words, {"--rotate", "auto"});
+        return reportOf(previewWords(command, queue, job, words));
     };
-    Words whole = sheetWords(queue, media, true), fitted = sheetWords(queue, media, false);
-    fitted.emplace_back("--fit");
-    const bool isFitted = job.options.scaling == Scaling::Fit;
-    json report = tryOut(isFitted ? fitted : whole);
+    const Words whole = sheetWords(queue, media, true), reach = sheetWords(queue, media, false);
+    const auto with = [](Words words, const char *how) { return words.emplace_back(how), words; };
+    Words placed = job.options.scaling == Scaling::Fit ? with(reach, "--fit") : whole;
+    json report = tryOut(placed);
     refusal = refusalIn(report, job);
     if (!refusal.empty()) return {};
-    if (isFitted) return turned(fitted, degreesIn(report) + job.options.turn);
-    if (job.options.turn % 180 != 0 || leavesReach(report, queue, media)) {
-        if (job.options.scaling == Scaling::Auto) {
-            report = tryOut(fitted);
-            return turned(fitted, degreesIn(report) + job.options.turn);
-        }
-        note = "The pen does not reach all of it.";
+    if (placed == whole && (job.options.turn % 180 != 0 || leavesReach(report, queue, media))) {
+        if (job.options.scaling != Scaling::None)
+            placed = with(reach, fitsReach(report, queue, media, job.options.turn) ? "--center" : "--fit");
+        else if (leavesReach(report, queue, media))
+            note = "The pen does not reach all of it.";
+        report = tryOut(placed);
     }
-    return turned(whole, degreesIn(report) + job.options.turn);
+    return turned(placed, degreesIn(report) + job.options.turn);
 }
 
 /// A plot file is sent as it is, unless something else was asked for.
