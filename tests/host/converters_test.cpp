@@ -77,9 +77,18 @@ TEST_F(Converters, MakeASheetOfEachPage) {
     file(text);
     PrintOptions options;
     options.plots = {folder_ / "in"};
-    EXPECT_EQ(plansOf(options).size(), 1U);
-    options.isEachPage = true;
-    EXPECT_EQ(plansOf(options).size(), 2U);
+    auto pages = [&](const char *typed) {
+        options.pages = typed;
+        std::string all;
+        for (const PrintPlan &plan : plansOf(options))
+            all += std::to_string(plan.page.value());
+        return all;
+    };
+    for (auto [typed, become] : {std::pair(kEachPage, "12"), {"2", "2"}, {"2,1-", "212"}, {"2-2,1-2", "212"}})
+        EXPECT_EQ(pages(typed), become) << typed;
+    for (const char *typed : {"3", "3-", "2-9"})
+        EXPECT_TRUE(ended(failureOf([&] { pages(typed); }), 2, "it has no page 3; its last page is 2")) << typed;
+    EXPECT_TRUE(ended(failureOf([&] { pages("2,1-1000000"); }), 2, "more than 100 sheets"));
     EXPECT_EQ(pagesOf(file("%PDF-1.4")), 1) << "it is for the conversion to refuse it";
 }
 

@@ -144,6 +144,7 @@ void addConvertCommand(const Command &app) {
         .describe("What it will be printed on: hpgl (17002), dmpl (17008), or 17001 to 17037 (hpgl)");
     addTelling(command, options->telling, {.verbose = nullptr});
     addPlaceOn(command, options->drawing);
+    addPage(command, options->conversion);
     const std::vector<Option> forStrokes = addConversionOptions(command, options->conversion);
     Option mend = command.flag("--mend-only", options->isMendedOnly,
                                "Write a plot file as it is, but for what would keep it from arriving whole");

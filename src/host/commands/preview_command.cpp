@@ -197,6 +197,7 @@ void addPreviewCommand(const Command &app) {
                   "stroke:N");
     Option usb = addUsb(command, options->usbChoice).describe("Estimate the time for a plotter on USB, not on a line");
     addLineOptions(command, options->line);
+    addPage(command, options->ready.conversion);
     const std::vector<Option> forStrokes = addConversionOptions(command, options->ready.conversion);
     options->ready.isForced = true;
     command.whenTyped(

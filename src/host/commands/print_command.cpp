@@ -5,6 +5,7 @@
 #include "host/options/plotter_options.h"
 #include "host/plugin/usb_target.h"
 #include "host/print/dry_run.h"
+#include "host/print/pages.h"
 #include "host/print/print.h"
 #include "host/print/verdict.h"
 
@@ -42,7 +43,6 @@ void addSheets(const Command &command, TypedPrint &typed) {
     Option noPrompt = command.flag("--no-prompt", typed.noPrompt, "Ask for no paper between two sheets, as on a roll");
     for (Option option : {copies, noPrompt})
         option.group("Sheets");
-    command.find("--page")->describe("Page of a PDF document (each, on a sheet of its own)");
 }
 
 void addStart(const Command &command, StartOptions &start) {
@@ -97,6 +97,7 @@ void addPrintCommand(const Command &app) {
           {"vectorix print drawing.svg --fit --rotate auto --port /dev/ttyUSB0", "A drawing, as large as A4 holds it."},
           {"vectorix print - --port /dev/ttyUSB0 < drawing.plt", "What another program says."},
           {"vectorix print a.plt b.plt --copies 3 --usb", "Six sheets; asks for paper before each but the first."},
+          {"vectorix print drawing.pdf --page 1,3-5 --usb", "Four pages, a sheet each."},
           {"vectorix print drawing.plt --before 'VS10;' --after 'PG;' --usb", "Slowly, and feeds a roll at the end."},
           {"vectorix print drawing.plt --usb", "To the only plotter on USB."},
           {"vectorix print drawing.plt --job roll.plist --port /dev/ttyUSB0", "As a job file says."},
@@ -119,6 +120,7 @@ void addPrintCommand(const Command &app) {
     Option usb = addUsb(command, options->usbChoice).excludes(port).excludes(capture).excludes(picture);
     addPlaceOn(command, options->drawing);
     addDotsPerInch(command, options->drawing).needs(picture);
+    addPages(command, options->pages);
     const std::vector<Option> forStrokes = addConversionOptions(command, options->ready.conversion);
     Option job = command.option("--job", options->jobFile, "Job file that says what follows").valueName("JOB");
     for (Option option : addJobOptions(command, options->job))
@@ -140,7 +142,6 @@ void addPrintCommand(const Command &app) {
             typed->options.ready.isConverted = std::ranges::any_of(forStrokes, &Option::isTyped);
             typed->options.toUsb = usb.isTyped();
             typed->options.changesPens = typed->penChange != "skip";
-            typed->options.isEachPage = !command.find("--page")->isTyped();
             typed->session.copies = typed->options.copies;
             typed->session.isPrompted = !typed->noPrompt;
             typed->session.mayWaitUnseen = typed->penChange == "pause";

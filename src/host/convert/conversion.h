@@ -40,6 +40,12 @@ struct ConversionOptions {
     std::optional<double> simplify;
 };
 
+inline constexpr const char *kDrawingsGroup = "SVG and PDF"; ///< heading of their own options
+inline constexpr int kMostPages = 1'000'000;
+
+/// Adds --page, of the one page that is drawn. For the order in the help: ahead of the options that follow.
+void addPage(const Command &command, ConversionOptions &options);
+
 /// Adds the options for pens, place and order, but for the sheet; returns those that a plot file must be converted for.
 std::vector<Option> addConversionOptions(const Command &command, ConversionOptions &options);
 

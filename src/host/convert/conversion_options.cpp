@@ -63,21 +63,19 @@ std::string faultOfPens(const std::string &text) {
 }
 
 void addReading(const Command &command, ConversionOptions &options) {
-    Option page = command.option("--page", options.page, "Page of a PDF document (1)");
     Option fill =
         command.option("--fill", options.fill,
                        "Areas of SVG and PDF: their outline, or hatched as well, with lines so many mm apart (0.5) at "
                        "an angle (45) (outline)");
     Option hidden = command.flag("--no-hide", options.showsHidden, "Plot also what lies under an area that is filled later");
-    page.between(1, 1'000'000).valueName("N");
     fill.check([](const std::string &text) {
             return typedFill(text)
                        ? std::string()
                        : fmt::format("unknown fill: {}; use outline, or hatch:MM:ANGLE, as in hatch:0.5:45", text);
         })
         .valueName("outline|hatch[:MM[:ANGLE]]");
-    for (Option option : {page, fill, hidden})
-        option.group("SVG and PDF");
+    for (Option option : {fill, hidden})
+        option.group(kDrawingsGroup);
 }
 
 } // namespace
@@ -98,6 +96,13 @@ std::optional<strokes::FillStyle> typedFill(const std::string &text) {
     if (!degrees || !(std::abs(*degrees) <= kTurn)) return {};
     fill.degrees = *degrees;
     return fill;
+}
+
+void addPage(const Command &command, ConversionOptions &options) {
+    command.option("--page", options.page, "Page of a PDF document (1)")
+        .between(1, kMostPages)
+        .valueName("N")
+        .group(kDrawingsGroup);
 }
 
 std::vector<Option> addConversionOptions(const Command &command, ConversionOptions &options) {

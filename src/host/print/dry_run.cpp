@@ -46,6 +46,7 @@ Json planJson(const PrintPlan &plan, const ORB_JobReport &job, double seconds, c
     Json object = jsonOf(verdict);
     object["dryRun"] = true;
     object["plotFile"] = plan.plot.path();
+    object["page"] = plan.page ? Json(*plan.page) : Json();
     addReady(object, plan.ready);
     object["destination"] = plan.target.name();
     object["emulation"] = plan.rules.emulation;

@@ -95,20 +95,31 @@ void cutIntoParts(const PrintOptions &options, PrintPlan &plan) {
 /// What becomes a sheet.
 struct Given {
     PlotFile file;
-    int page;
+    std::optional<int> page; ///< of a PDF document
 };
+
+/// Leaves it to the conversion to refuse a page beyond the last one, and ends when there is a sheet too many.
+void addDocument(const PlotFile &file, const std::vector<PageRange> &ranges, std::vector<Given> &all) {
+    for (const auto &[first, last] : ranges) {
+        const int end = last ? *last : std::max(first, pagesOf(file));
+        for (int page = first; page <= end && all.size() <= kMostSheets; ++page)
+            all.push_back({file, page});
+    }
+}
 
 std::vector<Given> givenBy(const PrintOptions &options) {
     if (std::ranges::count(options.plots, "-") > 1)
         throw Failure(ExitCode::Usage,
                       "-: standard input can be read once; name files for the other plots, or give --copies");
+    const std::vector<PageRange> ranges = typedPages(options.pages);
     std::vector<Given> all;
     for (const std::string &name : options.plots) {
+        if (all.size() > kMostSheets) break;
         const PlotFile file(name);
-        const bool isDocument = options.isEachPage && natureOf(file, {}).kind == FileKind::Pdf;
-        const int first = isDocument ? 1 : options.ready.conversion.page, pages = isDocument ? pagesOf(file) : 1;
-        for (int i = 0; i < pages && all.size() <= kMostSheets; ++i)
-            all.push_back({file, first + i});
+        if (natureOf(file, {}).kind == FileKind::Pdf)
+            addDocument(file, ranges, all);
+        else
+            all.push_back({file, {}});
     }
     if (all.size() <= kMostSheets) return all;
     throw Failure(ExitCode::Usage, fmt::format("{}: more than {} sheets; print it in parts, with --page",
@@ -185,8 +196,9 @@ std::vector<PrintPlan> plansOf(const PrintOptions &options) {
     std::vector<PrintPlan> plans;
     for (const Given &one : given) {
         PrintOptions own = options;
-        own.ready.conversion.page = one.page;
+        own.ready.conversion.page = one.page.value_or(1);
         plans.push_back(planOf(one.file, own));
+        plans.back().page = one.page;
     }
     return plans;
 }

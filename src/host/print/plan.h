@@ -9,6 +9,7 @@
 #include "host/options/line_settings.h"
 #include "host/options/plotter_options.h"
 #include "host/picture/estimate.h"
+#include "host/print/pages.h"
 #include "host/print/parts.h"
 
 #include <optional>
@@ -20,8 +21,8 @@ namespace host {
 /// As typed.
 struct PrintOptions {
     std::vector<std::string> plots;
-    int32_t copies = 1;      ///< of all of them
-    bool isEachPage = false; ///< of a PDF document; else the one in ready
+    int32_t copies = 1;            ///< of all of them
+    std::string pages = kEachPage; ///< of PDF documents, for typedPages(); the one in ready is not looked at
     std::string jobFile;
     JobOptions job;
     std::string port;
@@ -60,6 +61,7 @@ struct PrintPlan {
     std::string job;        ///< the property list of a job that was typed
     PlotRules rules;        ///< by which the job has the plot cut
     Examination examination = {};
+    std::optional<int> page = {}; ///< of a PDF document
     Target target;
     bool keepGoing = false;
     std::vector<std::string> notes = {};   ///< what is worth knowing beforehand

@@ -13,6 +13,7 @@ Json printJson(const PrintPlan &plan, const PrintReport &report, const Verdict &
     const ORB_JobReport &job = report.job;
     Json object = jsonOf(verdict);
     object["plotFile"] = plan.plot.path();
+    object["page"] = plan.page ? Json(*plan.page) : Json();
     addReady(object, plan.ready);
     object["destination"] = plan.target.name();
     object["emulation"] = report.emulation;
@@ -41,6 +42,7 @@ std::vector<JsonFields> printFields() {
     std::vector<JsonFields> fields = {
         {"exitCode, message, notes", "what became of the job; only the first two when it did not begin"},
         {"plotFile, destination", "as they were named"},
+        {"page", "of a PDF document; null for other files"},
         {"emulation, terminator, seconds", "of the job"},
         {"stopReason", "finished, stoppedByHost, notASCII, noMarkInTail, noLink, plotFile,\njobFile or unconvertible"},
         {"place", "in the plot, up to which it was sent: where --resume goes on"},
@@ -63,7 +65,7 @@ std::vector<JsonFields> printFields() {
                    "bytesToSend and estimatedSeconds"},
     };
     const std::vector<JsonFields> ready = readyFields();
-    fields.insert(fields.begin() + 2, ready.begin(), ready.end());
+    fields.insert(fields.begin() + 3, ready.begin(), ready.end());
     return fields;
 }
 

@@ -84,6 +84,11 @@ std::optional<double> typedNumber(const std::string &text) {
     return CLI::detail::lexical_cast(text, value) ? std::optional(value) : std::nullopt;
 }
 
+std::optional<int64_t> typedWholeNumber(const std::string &text) {
+    int64_t value = 0;
+    return CLI::detail::lexical_cast(text, value) ? std::optional(value) : std::nullopt;
+}
+
 Option Option::valueName(const std::string &name) const {
     option_->type_name(name);
     return *this;
@@ -136,8 +141,8 @@ Option Option::oneOf(const std::vector<std::string> &values) const {
 
 Option Option::between(int least, int most) const {
     return check([least, most](const std::string &text) {
-        int64_t number = 0;
-        if (CLI::detail::lexical_cast(text, number) && number >= least && number <= most) return std::string();
+        const std::optional<int64_t> number = typedWholeNumber(text);
+        if (number && *number >= least && *number <= most) return std::string();
         return fmt::format("{} is not a whole number from {} to {}", text, least, most);
     });
 }

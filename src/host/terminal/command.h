@@ -28,6 +28,7 @@ class CommandLine;
 
 /// What the command line takes for a number, hexadecimal ones included; none for anything else.
 std::optional<double> typedNumber(const std::string &text);
+std::optional<int64_t> typedWholeNumber(const std::string &text);
 
 /// An option, or a word that stands without one. A reference into the command line: copies mean the same option.
 class Option {
