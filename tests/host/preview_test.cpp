@@ -87,7 +87,9 @@ TEST_F(PreviewTest, TellsTheTimeThatDryRunsTell) {
     EXPECT_TRUE(report["picture"].is_null());
     const FarEnd plotter;
     const Words dryRun = {"print", plot, "--dry-run", "--json", "--baud", "300", "--port", plotter.port()};
-    EXPECT_EQ(json::parse(run(dryRun).out)["estimatedSeconds"], report["seconds"]);
+    const json foretold = json::parse(run(dryRun).out);
+    EXPECT_EQ(foretold["estimatedSeconds"], report["seconds"]);
+    EXPECT_EQ(foretold["drawing"]["byPen"], report["byPen"]);
     ASSERT_EQ(report["byPen"].size(), 2U);
     EXPECT_EQ(report["byPen"][0]["downMillimetres"], 100);
     EXPECT_NEAR(report["byPen"][0]["seconds"].get<double>(), 22.0 / 30 + 10, 1e-9);

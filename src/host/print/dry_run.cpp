@@ -1,5 +1,6 @@
 #include "host/print/dry_run.h"
 
+#include "host/picture/plot_findings.h"
 #include "host/print/destination.h"
 #include "host/terminal/text.h"
 
@@ -61,6 +62,9 @@ Json planJson(const PrintPlan &plan, const ORB_JobReport &job, double seconds, c
         if (!part.wanted.empty()) object["pauses"].push_back(part.wanted);
     object["line"] = isLine ? jsonOf(plan.target.line) : Json();
     object["estimatedSeconds"] = takesItsTime(plan.target) ? Json(seconds) : Json();
+    object["sheet"] = sheetName(plan.target.drawing);
+    object["drawing"] = Json();
+    if (plan.estimate) addFindings(object["drawing"], plan.estimate->language, plan.estimate->findings);
     return object;
 }
 

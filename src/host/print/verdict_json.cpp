@@ -60,6 +60,8 @@ std::vector<JsonFields> printFields() {
         {"begin, pauses", "with --dry-run: where in the plot it begins, and what has to be done meanwhile"},
         {"line",
          "with --dry-run: of a serial port; null for others. A line has baud, bits,\nparity, stopBits and handshake"},
+        {"sheet, drawing", "with --dry-run: what is drawn on, and of a print to a plotter what 'vectorix preview'\n"
+                           "reports of the plot, from language to leftOut; null for others"},
         {"sheets", "of several: all of the above for each that was begun (with --dry-run: of one copy).\n"
                    "Beside it stand exitCode, message and notes of all, and with --dry-run dryRun,\n"
                    "bytesToSend and estimatedSeconds"},
