@@ -162,7 +162,7 @@ void addProfileCommand(const Command &app) {
     profile.requireSubcommand();
     profile.explain({kHelp,
                      {{"vectorix profile add house --port /dev/ttyUSB0 --baud 2400", "Keeps port and rate."},
-                      {"sudo vectorix profile add hall --usb --system", "For all users of this computer."},
+                      {"vectorix profile add hall --usb --system", "For all users of this computer, run with sudo."},
                       {"vectorix print drawing.plt -p house", "Prints with them."},
                       {"vectorix profile list", "Which profiles there are."}},
                      {}});

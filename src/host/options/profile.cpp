@@ -270,12 +270,12 @@ void writeProfile(const Profile &profile, bool force) {
         throw Failure(ExitCode::Usage, fmt::format("{}: more than the {} bytes that a profile may have; shorten its texts",
                                                    profile.name, grouped(kLargest)));
     }
-    const auto &[path, scope] = profile.file;
+    const ProfileFile &file = profile.file;
     std::optional<ForAllToRead> forAll;
-    if (scope == ProfileScope::System) forAll.emplace();
-    changing(scope, path, [&] {
-        makeProfileFolder(scope);
-        writeWhole(path, text, force);
+    if (file.scope == ProfileScope::System) forAll.emplace();
+    changing(file.scope, file.path, [&] {
+        makeProfileFolder(file.scope);
+        writeWhole(file.path, text, force);
     });
 }
 

@@ -47,7 +47,7 @@ std::vector<ProfileFile> foldersToRead() {
 
 fs::path folderToWrite(ProfileScope scope) {
     if (scope == ProfileScope::System) return systemFolders().back() / kFolder;
-    if (const fs::path own = usersFolder(); !own.empty()) return own;
+    if (fs::path own = usersFolder(); !own.empty()) return own;
     throw Failure(ExitCode::Usage, "profiles: no folder for them: neither XDG_CONFIG_HOME nor HOME is set to one; set "
                                    "HOME to your home folder");
 }

@@ -67,18 +67,8 @@ std::string refusalIn(const json &report, const JobRecord &job) {
 bool leavesReach(const json &report, const QueueConfig &queue, const Media &media) {
     if (!queue.area) return report.value("leavesSheet", false);
     const auto box = report.at("box").get<std::vector<double>>();
-    return box.size() == 4 &&
-           (box[0] < queue.alongX - kReach || box[1] < queue.alongY - kReach ||
-            box[2] > media.width - queue.alongX + kReach || box[3] > media.height - queue.alongY + kReach);
-}
-
-/// Whether the pen would reach all of it elsewhere on the sheet.
-bool fitsReach(const json &report, const QueueConfig &queue, const Media &media, int turn) {
-    const auto box = report.at("box").get<std::vector<double>>();
-    if (box.size() != 4) return true;
-    double width = box[2] - box[0], height = box[3] - box[1];
-    if (turn % 180) std::swap(width, height);
-    return width <= media.width - 2 * queue.alongX && height <= media.height - 2 * queue.alongY;
+    return box.size() == 4 && (box[0] < queue.alongX - kReach || box[1] < queue.alongY - kReach ||
+                               box[2] > media.width - queue.alongX + kReach || box[3] > media.height - queue.alongY + kReach);
 }
 
 int degreesIn(const json &report) {
@@ -104,28 +94,41 @@ Words turned(Words words, int degrees) {
     return words;
 }
 
-/// How a drawing lies: corner to corner where the pen reaches all of it, else in the middle, and smaller where it must be.
+double scaleIn(const json &report) {
+    const auto converted = report.find("converted");
+    return converted != report.end() && converted->is_object() ? converted->value("scale", 1.0) : 1.0;
+}
+
+/// How a drawing lies: as large as it is, where the pen reaches all of it; else fitted, but never larger.
 Words placeDrawing(const std::string &command, const QueueConfig &queue, const JobRecord &job, std::string &refusal,
                    std::string &note) {
     const Media &media = mediaOf(queue, job);
-    const auto tryOut = [&](Words words) {
-        append(words, {"--rotate", "auto"});
-        return reportOf(previewWords(command, queue, job, words));
+    const auto tryOut = [&](const Words &placed) { return reportOf(previewWords(command, queue, job, placed)); };
+    const auto with = [](Words words, const Words &more) {
+        append(words, more);
+        return words;
     };
-    const Words whole = sheetWords(queue, media, true), reach = sheetWords(queue, media, false);
-    const auto with = [](Words words, const char *how) { return words.emplace_back(how), words; };
-    Words placed = job.options.scaling == Scaling::Fit ? with(reach, "--fit") : whole;
-    json report = tryOut(placed);
+    const Words whole = sheetWords(queue, media, true), reach = sheetWords(queue, media, false),
+                automatic{"--rotate", "auto"};
+    const Words fitted = with(reach, {"--fit"});
+    const bool isFitted = job.options.scaling == Scaling::Fit;
+    json report = tryOut(with(isFitted ? fitted : whole, automatic));
     refusal = refusalIn(report, job);
     if (!refusal.empty()) return {};
-    if (placed == whole && (job.options.turn % 180 != 0 || leavesReach(report, queue, media))) {
-        if (job.options.scaling != Scaling::None)
-            placed = with(reach, fitsReach(report, queue, media, job.options.turn) ? "--center" : "--fit");
-        else if (leavesReach(report, queue, media))
-            note = "The pen does not reach all of it.";
-        report = tryOut(placed);
+    const int degrees = degreesIn(report);
+    if (isFitted) return turned(fitted, degrees + job.options.turn);
+    if (job.options.turn % 180 == 0) {
+        if (!leavesReach(report, queue, media)) return turned(whole, degrees + job.options.turn);
+        // What turned by itself is what is drawn; its page may stand where the sheet lies.
+        const int beside = 90 - degrees;
+        if (!leavesReach(tryOut(turned(whole, beside)), queue, media)) return turned(whole, beside + job.options.turn);
     }
-    return turned(placed, degreesIn(report) + job.options.turn);
+    if (job.options.scaling == Scaling::None) {
+        note = "The pen does not reach all of it.";
+        return turned(whole, degrees + job.options.turn);
+    }
+    report = tryOut(with(fitted, automatic));
+    return turned(scaleIn(report) > 1 ? with(reach, {"--center"}) : fitted, degreesIn(report) + job.options.turn);
 }
 
 /// A plot file is sent as it is, unless something else was asked for.
@@ -157,8 +160,7 @@ Examination examine(const std::string &command, const QueueConfig &queue, const 
     result.words = isDrawing(job) ? placeDrawing(command, queue, job, result.refusal, result.note) : placePlot(queue, job);
     if (!result.refusal.empty()) return result;
 
-    Words dryRun{command,     "print", job.file,   "--json",       "--dry-run", "--capture",
-                 "/dev/null", "-p",    queue.name, "--pen-change", "skip",      "--no-prompt"};
+    Words dryRun{command, "print", job.file, "--json", "--dry-run", "--capture", "/dev/null", "-p", queue.name, "--pen-change", "skip", "--no-prompt"};
     append(dryRun, result.words);
     const json plan = reportOf(dryRun);
     result.refusal = refusalIn(plan, job);
