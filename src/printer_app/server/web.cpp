@@ -269,6 +269,8 @@ std::string kept(pappl_client_t *client) {
         if (!host::writeAll(fd.get(), {block.data(), static_cast<size_t>(got)}))
             return giveUp(HTTP_STATUS_SERVER_ERROR, "There is no room for it.");
     }
+    // A connection that was cut ends as a file does; only this tells that more was to come.
+    if (httpGetState(http) == HTTP_STATE_POST_RECV) return giveUp(HTTP_STATUS_BAD_REQUEST, "The file did not come whole.");
     if (bytes == 0) return giveUp(HTTP_STATUS_BAD_REQUEST, "The file is empty.");
     return file;
 }
