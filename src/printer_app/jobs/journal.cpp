@@ -128,7 +128,13 @@ void Journal::save(bool all, const std::function<void(const JobRecord &)> &forge
         isUrgent_ = isChanged_ = false;
         saved_ = now;
     }
-    host::writeWhole(file_, contents, true);
+    try {
+        host::writeWhole(file_, contents, true);
+    } catch (const host::Failure &) {
+        std::lock_guard lock(mutex_);
+        isChanged_ = true; // after a while there may be room
+        throw;
+    }
     bringToDisk(file_.parent_path()); // its new name
 }
 
