@@ -38,7 +38,7 @@ void watchPlotter(Queue &queue) {
                                is ? PAPPL_PREASON_OFFLINE : PAPPL_PREASON_NONE);
 }
 
-std::vector<FindingView> askDoctor(const std::string &command, const QueueConfig &queue) {
+std::vector<FindingView> askDoctor(const std::string &command, const QueueConfig &queue) try {
     std::vector<std::string> words{command, "doctor", "--json"};
     if (queue.port.empty())
         words.emplace_back(queue.usb.empty() ? "--usb" : "--usb=" + queue.usb);
@@ -52,6 +52,8 @@ std::vector<FindingView> askDoctor(const std::string &command, const QueueConfig
             findings.push_back({finding.value("text", ""), finding.value("command", ""), finding.value("then", ""),
                                 finding.value("severity", "") == "in the way"});
     return findings;
+} catch (const std::exception &) {
+    return {}; // no process can be started now, or the command speaks otherwise; it is asked again
 }
 
 } // namespace printer_app
