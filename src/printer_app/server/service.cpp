@@ -336,7 +336,10 @@ ExitCode serve(const Options &options) {
     service.journal.save(false, [](const JobRecord &) {});
 
     std::vector<std::thread> threads;
-    threads.emplace_back([&] { papplSystemRun(service.system); });
+    threads.emplace_back([&] {
+        papplSystemRun(service.system);
+        kill(getpid(), SIGTERM); // a client of this computer had it end
+    });
     threads.emplace_back([&] { keep(service); });
     threads.emplace_back([&] { diagnose(service); });
     for (int i = 0; i < kExaminers; ++i)
