@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -35,6 +36,11 @@ struct Pipe {
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr); // this program blocks the signals that it waits for
+    rlimit limit{}; // pictures and what is unpacked have limits of their own
+    getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_FSIZE, &limit);
+    ::signal(SIGXFSZ, SIG_DFL);
     // Out of the way of the numbers that are given out now.
     output = fcntl(output, F_DUPFD, 10);
     errors = fcntl(errors, F_DUPFD, 10);

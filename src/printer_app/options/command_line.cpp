@@ -31,7 +31,7 @@ std::unique_ptr<host::CommandLine> declaredCommandLine(Options &options, std::fu
     root.option("--state", options.state,
                 "Folder of jobs and queues ($STATE_DIRECTORY, or vectorix/printer-app below $XDG_STATE_HOME)")
         .valueName("FOLDER");
-    root.option("--max-upload", options.largestUpload, "Largest file that the page takes, in MB (100)")
+    root.option("--max-upload", options.largestUpload, "Largest document that is taken, in MB (100)")
         .valueName("MB")
         .between(1, 100'000);
     root.option("--vectorix", options.command, "The command that plots (vectorix)").valueName("PATH");

@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fmt/format.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -202,6 +203,17 @@ void addListeners(Service &service) {
                                   service.options.port));
 }
 
+/// The print system takes documents of any size, also such as grow while they are unpacked; so no file of this program may
+/// grow beyond this. Writing fails there, as on a full disk. The journal needs its room in any case.
+void limitFiles(int32_t megabytes) {
+    constexpr rlim_t kLeast = 64;
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = std::min(limit.rlim_max, std::max(static_cast<rlim_t>(megabytes), kLeast) * 1'000'000);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    signal(SIGXFSZ, SIG_IGN);
+}
+
 } // namespace
 
 Service::Service(const Options &chosen, fs::path base)
@@ -315,6 +327,7 @@ ExitCode serve(const Options &options) {
         sigaddset(&signals, number);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     signal(SIGPIPE, SIG_IGN);
+    limitFiles(options.largestUpload);
 
     Service service(options, folder);
     for (QueueConfig &config : profiles(options.command)) {
