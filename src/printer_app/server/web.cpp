@@ -256,6 +256,8 @@ std::string kept(pappl_client_t *client) {
         return std::string();
     };
     if (fd.get() < 0) return giveUp(HTTP_STATUS_SERVER_ERROR, "There is no room for it.");
+    // Without a length, nothing would tell a file that is whole from one whose connection was cut.
+    if (httpIsChunked(http)) return giveUp(HTTP_STATUS_LENGTH_REQUIRED, "The length of the file has to be said.");
     if (httpGetLength2(http) > most)
         return giveUp(HTTP_STATUS_REQUEST_TOO_LARGE,
                       fmt::format("The file has more than {} MB.", theService->options.largestUpload));
