@@ -49,8 +49,8 @@ private:
     bool isCanceled() const { return papplJobIsCanceled(job_); }
     void tell(Phase phase, const std::string &message);
     bool fail(const std::string &message);
-    /// Once the program is ending, the thread stays here.
-    void rest() const;
+    /// Once the program is ending, the thread stays here, and nobody waits for it.
+    void rest();
 
     bool awaitExamination();
     Answer ask(Phase phase, const std::string &message);
@@ -84,7 +84,8 @@ bool Turn::fail(const std::string &message) {
     return false;
 }
 
-void Turn::rest() const {
+void Turn::rest() {
+    if (service_.isEnding) queue_.atWork = 0;
     while (service_.isEnding)
         std::this_thread::sleep_for(std::chrono::seconds(1));
 }
@@ -211,7 +212,6 @@ std::optional<Outcome> Turn::print(int page, int64_t place) {
                 outcome.hasBegun ? "Interrupted: the print service was stopped. Plot again, or go on from here." : "";
             r.phase = outcome.hasBegun ? Phase::Troubled : Phase::Queued;
         });
-        queue_.atWork = 0;
         rest();
     }
     if (outcome.code != 0 && isCanceled()) {
