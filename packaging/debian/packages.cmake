@@ -1,5 +1,5 @@
-# What `cpack` makes of an installed tree: three Debian packages. The versioned library with the udev rules that its hosts
-# need, what programs are compiled against, and the command.
+# What `cpack` makes of an installed tree: Debian packages. The versioned library with the udev rules that its hosts need, what
+# programs are compiled against, the command, and the print queues.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR "ORB Vectorix Foundation")
 # A placeholder, which no mail reaches: whoever publishes packages puts an address here and into changelog and copyright.
@@ -9,6 +9,9 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each description's first line is its
 set(CPACK_OUTPUT_FILE_PREFIX ${CMAKE_CURRENT_BINARY_DIR}/deb)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL library development tool)
+if(ORB_BUILD_PRINTER_APP)
+  list(APPEND CPACK_COMPONENTS_ALL printer-app)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -56,8 +59,26 @@ ports and on USB. It places, orders and hatches drawings, mends plot
 files, previews both as PNG, PDF or SVG, lists plotters and asks for
 their limits. It has a plotter in software for those without one.")
 
+set(CPACK_COMPONENT_PRINTER-APP_DEPENDS tool)
+set(CPACK_DEBIAN_PRINTER-APP_PACKAGE_NAME vectorix-printer-app)
+set(CPACK_DEBIAN_PRINTER-APP_PACKAGE_SECTION graphics)
+set(CPACK_DEBIAN_PRINTER-APP_PACKAGE_SHLIBDEPS ON)
+# What makes its user.
+set(CPACK_DEBIAN_PRINTER-APP_PACKAGE_DEPENDS "systemd | systemd-standalone-sysusers | systemd-sysusers")
+# What tells others of shared queues.
+set(CPACK_DEBIAN_PRINTER-APP_PACKAGE_RECOMMENDS avahi-daemon)
+set(for_queues ${CMAKE_CURRENT_SOURCE_DIR}/packaging/printer_app)
+set(CPACK_DEBIAN_PRINTER-APP_PACKAGE_CONTROL_EXTRA ${for_queues}/postinst ${for_queues}/prerm ${for_queues}/postrm)
+set(CPACK_DEBIAN_PRINTER-APP_DESCRIPTION "print queues of pen plotters and cutters
+A service that makes a network print queue (IPP) of every profile of the
+vectorix command, with a page that shows what is plotted, asks for paper
+and takes files. Programs on this computer can print; others can when it
+is told to share.
+.
+The package also has CUPS recognise plot files.")
+
 # The notices that every package carries.
-foreach(component library development tool)
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} name)
   set(notices ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${name}_PACKAGE_NAME})
   install(FILES packaging/debian/copyright DESTINATION ${notices} COMPONENT ${component} EXCLUDE_FROM_ALL)
@@ -67,6 +88,16 @@ set(for_authors ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_DEVELOPMENT_PACK
 install(FILES docs/hosts.md docs/record.md DESTINATION ${for_authors} COMPONENT development)
 install(FILES examples/host.c DESTINATION ${for_authors}/examples COMPONENT development)
 install(PROGRAMS examples/host.py DESTINATION ${for_authors}/examples COMPONENT development)
+if(ORB_BUILD_PRINTER_APP)
+  install(FILES ${for_queues}/vectorix-printer-app.service DESTINATION lib/systemd/system COMPONENT printer-app)
+  install(FILES ${for_queues}/sysusers.conf DESTINATION lib/sysusers.d RENAME vectorix-printer-app.conf
+    COMPONENT printer-app)
+  install(FILES packaging/cups/vectorix.types packaging/cups/vectorix.convs
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/cups/mime COMPONENT printer-app)
+  set(for_owners ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_PRINTER-APP_PACKAGE_NAME})
+  install(FILES docs/network.md DESTINATION ${for_owners} COMPONENT printer-app OPTIONAL)
+  install(FILES ${for_queues}/share.conf DESTINATION ${for_owners}/examples COMPONENT printer-app)
+endif()
 configure_file(packaging/debian/changelog changelog.Debian COPYONLY)
 execute_process(COMMAND gzip -9nkf ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian COMMAND_ERROR_IS_FATAL ANY)
 
