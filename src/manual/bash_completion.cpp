@@ -10,8 +10,8 @@ using host::Command;
 
 namespace {
 
-constexpr const char *kHead = R"shell(# Completion of vectorix in bash. Made from the declarations of its options.
-
+/// What the functions of all programs share.
+constexpr const char *kHelpers = R"shell(
 _vectorix_words() { mapfile -t COMPREPLY < <(compgen -W "$1" -- "$word"); }
 
 # Files with one of the extensions, and folders; any file when there is none of these, or no extension.
@@ -37,10 +37,9 @@ _vectorix_ports() {
 }
 
 _vectorix_profiles() { _vectorix_words "$("${COMP_WORDS[0]}" profile list --names 2>/dev/null)"; }
+)shell";
 
-_vectorix() {
-    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=vectorix at
-    COMPREPLY=()
+constexpr const char *kSplit = R"shell(    COMPREPLY=()
     # --option=value comes as three words.
     if [[ $before == = ]]; then
         before=${COMP_WORDS[COMP_CWORD - 2]}
@@ -98,16 +97,19 @@ std::string wordRow(const Command &command) {
 
 std::string bashCompletion(const Command &root) {
     std::vector<std::string> below;
-    std::string values, words;
+    std::string values, words, name = root.name();
     for (const Command &command : commandsFrom(root)) {
         if (!(command == root)) below.push_back(quoted(command.fullName()));
         values += valueRows(command);
         words += wordRow(command);
     }
-    return fmt::format("{}        {}) command+=\" ${{COMP_WORDS[at]}}\" ;;\n        esac\n    done\n"
-                       "    case \"$command $before\" in\n{}    esac\n    case $command in\n{}    esac\n}}\n\n"
-                       "complete -F _vectorix vectorix\n",
-                       kHead, fmt::join(below, " | "), values, words);
+    if (below.empty()) below.push_back(quoted("")); // which no word is
+    return fmt::format("# Completion of {0} in bash. Made from the declarations of its options.\n{1}\n_{0}() {{\n"
+                       "    local word=${{COMP_WORDS[COMP_CWORD]}} before=${{COMP_WORDS[COMP_CWORD - 1]}} command={0} at\n"
+                       "{2}        {3}) command+=\" ${{COMP_WORDS[at]}}\" ;;\n        esac\n    done\n"
+                       "    case \"$command $before\" in\n{4}    esac\n    case $command in\n{5}    esac\n}}\n\n"
+                       "complete -F _{0} {0}\n",
+                       name, kHelpers, kSplit, fmt::join(below, " | "), values, words);
 }
 
 } // namespace manual

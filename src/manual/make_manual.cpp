@@ -1,5 +1,5 @@
-// Writes the manual pages and the shell completions of the command, from the declarations of its options.
-#include "host/commands/command_line.h"
+#include "manual/make_manual.h"
+
 #include "manual/completion.h"
 #include "manual/declared_option.h"
 #include "manual/man_page.h"
@@ -21,23 +21,25 @@ void write(const std::filesystem::path &path, const std::string &text) {
 
 } // namespace
 
-/// make_manual DATE FOLDER: into man/, bash/ and zsh/ below the folder. DATE stands at the foot of each page.
-int main(int count, char **words) {
+namespace manual {
+
+int makeManual(host::CommandLine &line, int count, char **words) {
     if (count != 3) {
-        fmt::print(stderr, "usage: make_manual DATE FOLDER\n");
+        fmt::print(stderr, "usage: {} DATE FOLDER\n", words[0]);
         return 2;
     }
     try {
-        const std::unique_ptr<host::CommandLine> line = host::declaredCommandLine();
-        const host::Command root = line->root();
+        const host::Command root = line.root();
         std::filesystem::path folder = words[2];
-        for (const host::Command &command : manual::commandsFrom(root))
-            write(folder / "man" / (manual::pageName(command) + ".1"), manual::manPage(command, words[1]));
-        write(folder / "bash" / root.name(), manual::bashCompletion(root));
-        write(folder / "zsh" / ("_" + root.name()), manual::zshCompletion(root));
+        for (const host::Command &command : commandsFrom(root))
+            write(folder / "man" / (pageName(command) + ".1"), manPage(command, words[1]));
+        write(folder / "bash" / root.name(), bashCompletion(root));
+        write(folder / "zsh" / ("_" + root.name()), zshCompletion(root));
         return 0;
     } catch (const std::exception &error) {
-        fmt::print(stderr, "make_manual: {}\n", error.what());
+        fmt::print(stderr, "{}: {}\n", words[0], error.what());
         return 1;
     }
 }
+
+} // namespace manual

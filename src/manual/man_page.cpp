@@ -88,8 +88,9 @@ std::string exitSection() {
     return text;
 }
 
-/// The same on every page.
-std::string environmentSection() {
+/// What the command reads of it, which is the program that colours.
+std::string environmentSection(const Command &root) {
+    if (!root.find("--color")) return {};
     return ".SH ENVIRONMENT\n.TP\n.B NO_COLOR\nWhen it is set to something, nothing has colour, unless\n" + bold("--color") +
            "\nis given.\n.TP\n.B TMPDIR\nWhere a plot from standard input is kept, without a name, while it is used; " +
            "otherwise\n.IR /tmp .\n";
@@ -126,7 +127,7 @@ std::string manPage(const Command &command, const std::string &date) {
     page += synopsis(command, options);
     if (!manual.about.empty()) page += ".SH DESCRIPTION\n" + paragraphs(manual.about);
     page += commandSection(command) + optionSection(options) + exampleSection(manual) + jsonSection(manual) + exitSection();
-    if (!command.above()) page += environmentSection();
+    if (!command.above()) page += environmentSection(command);
     return page + neighbours(command);
 }
 

@@ -11,9 +11,8 @@ using host::Command;
 
 namespace {
 
-constexpr const char *kHead = R"shell(#compdef vectorix
-# Completion of vectorix in zsh. Made from the declarations of its options.
-
+/// What the functions of all programs share.
+constexpr const char *kHelpers = R"shell(
 # The command lists the ports without opening any.
 __vectorix_ports() {
     local -a ports
@@ -106,11 +105,12 @@ std::string functionOf(const Command &command) {
 } // namespace
 
 std::string zshCompletion(const Command &root) {
-    std::string text = kHead;
+    std::string text = fmt::format(
+        "#compdef {0}\n# Completion of {0} in zsh. Made from the declarations of its options.\n{1}", root.name(), kHelpers);
     auto commands = commandsFrom(root);
     for (auto command = commands.rbegin(); command != commands.rend(); ++command)
         text += functionOf(*command);
-    return text + "\n_vectorix \"$@\"\n";
+    return text + fmt::format("\n{} \"$@\"\n", functionName(root));
 }
 
 } // namespace manual

@@ -2,6 +2,7 @@
 #include "host/commands/command_line.h"
 #include "host/commands/commands.h"
 #include "host/host_fixture.h"
+#include "manual/completion.h"
 #include "manual/declared_option.h"
 #include "manual/man_page.h"
 #include "manual/roff.h"
@@ -67,6 +68,18 @@ TEST_F(ManualTest, OffersInBashWhatMayFollow) {
         EXPECT_TRUE(ended(result, 0));
         EXPECT_EQ(result.out + result.err, offers) << typed;
     }
+}
+
+TEST_F(ManualTest, CompletesAProgramWithoutSubcommands) {
+    host::CommandLine line("plot-queues", "Makes queues.", "1");
+    bool isShared = false;
+    line.root().flag("--share", isShared, "Let others print");
+    const Result result =
+        Running({"-c", ". " + file("completion", manual::bashCompletion(line.root())) +
+                           " && COMP_WORDS=(plot-queues --s) && COMP_CWORD=1 && _plot-queues && echo $COMPREPLY"},
+                "/bin/bash")
+            .wait();
+    EXPECT_EQ(result.out + result.err, "--share\n");
 }
 
 TEST_F(ManualTest, IsReadByZsh) {
