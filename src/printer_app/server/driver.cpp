@@ -84,6 +84,7 @@ void describe(const QueueConfig &queue, pappl_pr_driver_data_t &data) {
     data.x_resolution[0] = data.y_resolution[0] = data.x_default = data.y_default = kDpi;
     data.identify_supported = data.identify_default = PAPPL_IDENTIFY_ACTIONS_DISPLAY;
     data.scaling_default = PAPPL_SCALING_AUTO;
+    data.orient_default = IPP_ORIENT_PORTRAIT; // what it is otherwise, no client may ask for
     const Media &usual = queue.media.front();
     const bool lies = usual.width > usual.height;
     data.left_right = hundredths(lies ? queue.alongY : queue.alongX);
