@@ -334,9 +334,11 @@ ExitCode serve(const Options &options) {
         service.queues.push_back(std::make_unique<Queue>());
         service.queues.back()->config = std::move(config);
     }
-    service.system = papplSystemCreate(PAPPL_SOPTIONS_MULTI_QUEUE, "Vectorix plotters", options.port, "_print,_universal",
-                                       service.spool.c_str(), "-",
-                                       options.isVerbose ? PAPPL_LOGLEVEL_DEBUG : PAPPL_LOGLEVEL_ERROR, nullptr, false);
+    // To this computer's own clients it gives one address each, but says of two whether they are safe when there is TLS.
+    const pappl_soptions_t tls = options.isShared ? PAPPL_SOPTIONS_NONE : PAPPL_SOPTIONS_NO_TLS;
+    service.system = papplSystemCreate(PAPPL_SOPTIONS_MULTI_QUEUE | tls, "Vectorix plotters", options.port, "_print,_universal",
+                                       service.spool.c_str(), "-", options.isVerbose ? PAPPL_LOGLEVEL_DEBUG : PAPPL_LOGLEVEL_ERROR,
+                                       nullptr, false);
     if (!service.system) throw Failure(ExitCode::Failed, "the print system cannot be made");
     papplSystemSetFooterHTML(service.system, ""); // it reads it without looking whether there is one
     if (!options.isShared) papplSystemSetDNSSDName(service.system, nullptr);
