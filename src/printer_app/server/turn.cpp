@@ -243,6 +243,8 @@ void Turn::hear(const Progress &progress) {
         tell(told->phase, isAsking_ ? progress.wanted : told->message);
     }
     const bool isFirst = progress.bytes > 0 && !record().isInterrupted;
+    // It was lost and is back, maybe too soon for the watch to see it go.
+    if (isFirst) papplPrinterSetReasons(papplJobGetPrinter(job_), kNothing, PAPPL_PREASON_OFFLINE);
     change(
         [&](JobRecord &r) {
             r.bytes = progress.bytes;
