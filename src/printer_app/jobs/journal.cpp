@@ -36,6 +36,7 @@ Journal::Journal(std::filesystem::path folder) : file_(std::move(folder) / "jobs
     try {
         const json kept = json::parse(host::readWhole(file_, "list of jobs", kLargest));
         const bool wasEnded = kept.at("ended");
+        isUrgent_ = true; // what it says of the end and of numbers is to be written before a job comes
         for (const auto &[name, queue] : kept.at("queues").items())
             queues_[name] = {queue.at("id"), queue.at("nextJob").get<int>() + (wasEnded ? 0 : kSkipped),
                              queue.at("isPaused")};
