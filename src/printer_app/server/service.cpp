@@ -189,6 +189,8 @@ void diagnose(Service &service) {
     const auto isAtWork = [](const auto &queue) { return queue->atWork != 0; };
     while (std::ranges::any_of(service.queues, isAtWork) && std::chrono::steady_clock::now() < latest)
         std::this_thread::sleep_for(kExaminerTick);
+    for (const auto &queue : service.queues)
+        keepQueue(service, *queue); // jobs that came meanwhile
     saveJournal(service, true);
     _exit(static_cast<int>(ExitCode::Done));
 }
