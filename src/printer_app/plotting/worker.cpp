@@ -60,6 +60,9 @@ void Worker::take(const std::string &line, const std::function<void(const Progre
         const json &report = value.at("report");
         outcome_.message = member(report, "message", std::string());
         progress_.place = std::max(progress_.place, member(report, "place", int64_t{0}));
+        // Of a print that ended within its first half second there was no line of progress.
+        progress_.bytes = std::max(progress_.bytes, member(report, "sentBytes", int64_t{0}));
+        progress_.totalBytes = std::max(progress_.totalBytes, member(report, "fileBytes", int64_t{0}));
     }
     hear(progress_);
 } catch (const json::exception &) {
