@@ -39,8 +39,9 @@ bool Worker::watch(const std::function<void(const Progress &)> &hear) {
         take(text_.substr(0, end), hear);
     if (text_.size() > kLongestLine) text_.clear();
     talk();
-    if (Clock::now() > latest_) child_.signal(SIGKILL);
-    return isThere;
+    if (Clock::now() <= latest_) return isThere;
+    child_.signal(SIGKILL);
+    return false; // what it started itself may hold its pipes for longer
 }
 
 void Worker::take(const std::string &line, const std::function<void(const Progress &)> &hear) try {
