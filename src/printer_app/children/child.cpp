@@ -17,7 +17,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr size_t kKeptDiagnostics = 4096;
+constexpr size_t kKeptDiagnostics = 4096, kMostOutput = 16U << 20;
 
 struct Pipe {
     host::UniqueFd reading, writing;
@@ -116,7 +116,7 @@ Ended runToEnd(const std::vector<std::string> &words, std::chrono::seconds limit
     Child child(words, 1);
     const auto latest = Clock::now() + limit;
     while (child.read(ended.output, std::chrono::milliseconds(200)))
-        if (Clock::now() > latest) return ended; // and with the child goes its process
+        if (Clock::now() > latest || ended.output.size() > kMostOutput) return ended; // and with the child goes its process
     ended.code = child.wait();
     ended.diagnostics = child.diagnostics();
     return ended;

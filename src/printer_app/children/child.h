@@ -37,7 +37,7 @@ private:
 };
 
 struct Ended {
-    int code = -1; ///< -1: it took too long
+    int code = -1; ///< -1: it took too long, or wrote without end
     std::string output, diagnostics;
 };
 
