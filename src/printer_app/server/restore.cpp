@@ -104,8 +104,7 @@ void removeStrays(const Service &service) {
         for (const JobRecord &job : service.journal.jobsOf(name))
             kept.insert(job.file);
     for (const auto &entry : fs::directory_iterator(service.spool))
-        if (entry.is_regular_file() && !kept.contains(entry.path()) && entry.path().extension() != ".ipp")
-            fs::remove(entry.path());
+        if (entry.is_regular_file() && !kept.contains(entry.path())) fs::remove(entry.path());
 }
 
 } // namespace
