@@ -3,6 +3,7 @@
 #include "host/files/unique_fd.h"
 #include "host/files/whole_file.h"
 #include "host/files/write_all.h"
+#include "host/terminal/output.h"
 #include "printer_app/server/driver.h"
 #include "printer_app/server/login.h"
 #include "printer_app/server/page_view.h"
@@ -309,6 +310,14 @@ bool takeUpload(pappl_client_t *client, void *) {
     return answer(client, HTTP_STATUS_OK, "application/json", fmt::format("{{\"job\":{}}}", job));
 }
 
+/// Nothing may be thrown through the print system, which is written in C.
+template <bool (*show)(pappl_client_t *, void *)> bool guarded(pappl_client_t *client, void *data) try {
+    return show(client, data);
+} catch (const std::exception &error) {
+    host::printFailure(error.what());
+    return refuse(client, HTTP_STATUS_SERVER_ERROR, "It did not work; the service's log says why.");
+}
+
 } // namespace
 
 void addPage(Service &service) {
@@ -317,15 +326,15 @@ void addPage(Service &service) {
     const auto add = [&](const char *path, const char *type, pappl_resource_cb_t show) {
         papplSystemAddResourceCallback(service.system, path, type, show, nullptr);
     };
-    add("/", "text/html", showPage);
-    add("/page.css", "text/css", showStyle);
-    add("/page.js", "text/javascript", showScript);
-    add("/page.svg", "image/svg+xml", showIcon);
-    add("/picture", "image/png", showPicture);
-    add("/do", "text/html", takeForm);
-    add("/upload", "application/json", takeUpload);
+    add("/", "text/html", guarded<showPage>);
+    add("/page.css", "text/css", guarded<showStyle>);
+    add("/page.js", "text/javascript", guarded<showScript>);
+    add("/page.svg", "image/svg+xml", guarded<showIcon>);
+    add("/picture", "image/png", guarded<showPicture>);
+    add("/do", "text/html", guarded<takeForm>);
+    add("/upload", "application/json", guarded<takeUpload>);
     for (const auto &queue : service.queues) // where print dialogs lead to
-        add(("/" + queue->config.name + "/").c_str(), "text/html", showPage);
+        add(("/" + queue->config.name + "/").c_str(), "text/html", guarded<showPage>);
 }
 
 } // namespace printer_app
