@@ -29,6 +29,8 @@ bool printConverted(pappl_job_t *job, pappl_device_t *, void *) { return takeTur
 
 // Pictures made of dots, which the print system always offers to take.
 bool refusePicture(pappl_job_t *job) {
+    // It ends before the keeper comes round, and the page is where somebody reads why: CUPS says "completed" all the same.
+    if (Queue *queue = theService->find(papplJobGetPrinter(job))) theService->note(*queue, job);
     papplJobSetReasons(job, PAPPL_JREASON_DOCUMENT_UNPRINTABLE_ERROR, PAPPL_JREASON_NONE);
     papplJobSetMessage(job, "A plotter draws lines, and this document is a picture made of dots. Send PDF, SVG or HP-GL.");
     return false;
