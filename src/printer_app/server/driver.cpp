@@ -79,7 +79,8 @@ void describe(const QueueConfig &queue, pappl_pr_driver_data_t &data) {
     data.delete_cb = forget;
     data.ppm = data.ppm_color = 1;
     data.kind = PAPPL_KIND_LARGE_FORMAT | PAPPL_KIND_DOCUMENT;
-    data.color_supported = PAPPL_COLOR_MODE_AUTO | PAPPL_COLOR_MODE_COLOR;
+    // CUPS offers "Gray" by itself, and has such jobs refused before they come: pens draw what they draw.
+    data.color_supported = PAPPL_COLOR_MODE_AUTO | PAPPL_COLOR_MODE_COLOR | PAPPL_COLOR_MODE_MONOCHROME;
     data.color_default = PAPPL_COLOR_MODE_AUTO;
     data.raster_types = PAPPL_PWG_RASTER_TYPE_SGRAY_8 | PAPPL_PWG_RASTER_TYPE_SRGB_8;
     data.num_resolution = 1;
