@@ -23,6 +23,7 @@ const std::vector<KnownValue> &knownValues() {
         {"FILE", ValueKind::File, {}},
         {"PATH", ValueKind::File, {}},
         {"OUT", ValueKind::File, {}},
+        {"FOLDER", ValueKind::File, {}},
         {"PLOT", ValueKind::File, {"svg", "pdf", "plt", "hpgl", "hpg", "hgl", "dmpl", "dmp"}},
         {"JOB", ValueKind::File, {"plist"}},
         {"RATE", ValueKind::Words, {"300", "600", "1200", "2400", "4800", "9600", "19200", "38400"}},
