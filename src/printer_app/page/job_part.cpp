@@ -71,7 +71,7 @@ std::string sheetOf(const Figures &figures) { return escaped(sheetName(figures.s
 std::string picture(const JobView &job, std::string_view queue) {
     if (!job.hasPicture) {
         return fmt::format("<p class=\"picture none\" data-key=\"none\">{}</p>\n",
-                           job.ended ? "No picture" : "The picture is being made");
+                           job.phase == Phase::Preparing ? "The picture is being made" : "No picture");
     }
     return fmt::format(
         "<a class=\"picture\" data-key=\"picture\" href=\"/picture?queue={queue}&amp;job={job}\" target=\"_blank\">"
@@ -121,12 +121,18 @@ std::string button(const ActionRow &row, std::string_view style, const JobView &
                        style, row.name, row.label, escaped(job.name));
 }
 
-/// In two steps, for it cannot be taken back.
-std::string stopSteps(const ActionRow &row, const JobView &job) {
-    return fmt::format(
-        "<details class=\"stop\" data-key=\"stop\"><summary>Stop…<span class=\"unseen\"> {}</span></summary>\n"
-        "<p>The plot ends here; what is not drawn by now is left out.</p>\n{}</details>\n",
-        escaped(job.name), button(row, "danger", job));
+bool hasBegun(const JobView &job) { return job.bytes > 0 || job.sheet > 1 || job.phase == Phase::Plotting; }
+
+/// In two steps, for it cannot be taken back. Where nothing is drawn yet, "stop" would say that something is.
+std::string stopSteps(ActionRow row, const JobView &job) {
+    std::string_view what = "The plot ends here; what is not drawn by now is left out.";
+    if (!hasBegun(job)) {
+        row.label = "Remove";
+        what = "It leaves the queue, and nothing of it is plotted.";
+    }
+    return fmt::format("<details class=\"stop\" data-key=\"stop\"><summary>{}…<span class=\"unseen\"> {}</span></summary>\n"
+                       "<p>{}</p>\n{}</details>\n",
+                       row.label, escaped(job.name), what, button(row, "danger", job));
 }
 
 std::string buttons(const JobView &job, std::string_view queue, std::string_view token) {

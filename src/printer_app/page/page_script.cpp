@@ -130,7 +130,7 @@ async function uploadAll(form, files) {
   for (const file of files) {
     output.textContent = `Sending ${file.name} …`;
     const error = file.size > limit ? `has ${Math.ceil(file.size / 1e6)} MB, more than can be sent` : await upload(form, file);
-    said.push(error ? `${file.name}: ${error}` : `${file.name} is in the queue.`);
+    said.push(error ? `${file.name}: ${error}` : `${file.name} was sent.`);
   }
   output.textContent = said.join("\n");
   form.removeAttribute("aria-busy");

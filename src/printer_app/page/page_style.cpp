@@ -40,6 +40,7 @@ code {
 body > header { display: flex; align-items: center; gap: .625rem; padding: 1rem 0; }
 .notice, .queue { border: 1px solid var(--line); border-radius: .75rem; background: var(--card); }
 .notice { margin-bottom: 1rem; padding: .75rem 1rem; border-left: .3125rem solid currentcolor; }
+#silence:not([hidden]) ~ main { opacity: .6; } /* what it shows may be over */
 .queue { margin-bottom: 1.5rem; padding: 1.25rem; }
 .queue[data-over] { outline: .1875rem dashed var(--accent); outline-offset: -.375rem; }
 .head, .title { display: flex; flex-wrap: wrap; align-items: baseline; gap: .25rem .75rem; }
@@ -84,6 +85,7 @@ button:hover, .stop > summary:hover { border-color: var(--accent); }
 .stop > summary { display: inline-flex; align-items: center; font-weight: 600; list-style: none; }
 .stop > summary::-webkit-details-marker { display: none; }
 .stop[open] { flex-basis: 100%; }
+.stop .danger { border-color: var(--bad); background: var(--bad); color: var(--card); }
 .stop p { padding: .5rem 0; }
 [aria-busy] button { opacity: .6; }
 
