@@ -2,6 +2,7 @@
 
 #include "host/terminal/text.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 namespace printer_app {
@@ -78,6 +79,17 @@ JobRecord recordFrom(const json &value) {
     });
     if (value.contains("figures")) record.figures = figuresFrom(value.at("figures"));
     return record;
+}
+
+std::string forPeople(std::string_view message) {
+    std::string said;
+    while (!message.empty()) {
+        const std::string_view part = message.substr(0, std::min(message.find("; ", 1), message.find(", or ", 1)));
+        message.remove_prefix(part.size());
+        const bool isForTypists = part.find(" --") != part.npos && part.find("sudo ") == part.npos;
+        if (said.empty() || !isForTypists) said += part;
+    }
+    return said;
 }
 
 std::string tidied(std::string_view text) {

@@ -60,6 +60,9 @@ nlohmann::json jsonOf(const JobRecord &record);
 /// Throws std::exception for what is no record.
 JobRecord recordFrom(const nlohmann::json &value);
 
+/// What the command says, without the advice that is of use only to those who type it.
+std::string forPeople(std::string_view message);
+
 /// A client's text as it may stand in a line: without control characters, at most 200 bytes, in UTF-8.
 std::string tidied(std::string_view text);
 

@@ -56,7 +56,7 @@ json reportOf(const Words &words) {
 
 std::string refusalIn(const json &report, const JobRecord &job) {
     if (report.at("exitCode") == 0) return "";
-    std::string message = report.value("message", "");
+    std::string message = forPeople(report.value("message", ""));
     // The command names the file in the spool, of which nobody knows.
     for (size_t at; (at = message.find(job.file)) != std::string::npos;)
         message.replace(at, job.file.size(), job.name);

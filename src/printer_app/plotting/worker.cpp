@@ -108,6 +108,7 @@ Outcome Worker::outcome() {
     if (outcome_.message.empty() && outcome_.code != 0) outcome_.message = child_.diagnostics();
     constexpr std::string_view kName = "vectorix: ";
     if (outcome_.message.starts_with(kName)) outcome_.message.erase(0, kName.size());
+    outcome_.message = forPeople(outcome_.message);
     unlink(socket_.c_str());
     return outcome_;
 }
