@@ -73,6 +73,9 @@ struct PageView {
     int64_t uploadLimit = 0; ///< bytes
 };
 
+/// "A4" for "a4".
+std::string sheetName(std::string name);
+
 /// The whole page, in UTF-8. Its style and script are at /page.css and /page.js.
 std::string pageHtml(const PageView &view);
 

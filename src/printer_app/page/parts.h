@@ -20,9 +20,6 @@ std::string jobPart(const JobView &job, std::string_view queue, std::string_view
 /// How a job ended, in a few lines.
 std::string pastJobPart(const JobView &job, std::string_view queue, std::string_view token);
 
-/// "A4" for "a4".
-std::string sheetName(std::string name);
-
 /// The form by which a file is handed over; without the script there is none.
 std::string uploadPart(const QueueView &queue, int64_t limit);
 

@@ -1,6 +1,5 @@
 #include "printer_app/server/turn.h"
 
-#include "host/terminal/text.h"
 #include "printer_app/plotting/worker.h"
 
 #include <algorithm>
@@ -59,6 +58,7 @@ private:
     std::optional<Outcome> print(int page, int64_t place);
     void hear(const Progress &progress);
     void steer(Worker &worker);
+    void stop(Worker &worker);
     bool awaitPlotter(const Outcome &outcome);
     std::string paperWanted(const JobRecord &job) const;
 
@@ -67,6 +67,7 @@ private:
     pappl_job_t *job_;
     int id_;
     bool isAsking_ = false; ///< the print waits for a person
+    bool isStopping_ = false;
 };
 
 void Turn::tell(Phase phase, const std::string &message) {
@@ -126,7 +127,7 @@ Turn::Answer Turn::ask(Phase phase, const std::string &message) {
 std::string Turn::paperWanted(const JobRecord &job) const {
     const std::string note =
         job.phase == Phase::Queued && !job.message.empty() ? job.message + " " : ""; // of its examination
-    const std::string sheet = job.figures && !job.figures->sheet.empty() ? " (" + job.figures->sheet + ")" : "";
+    const std::string sheet = job.figures && !job.figures->sheet.empty() ? " (" + sheetName(job.figures->sheet) + ")" : "";
     if (job.sheets() == 1) return fmt::format("{}Put in paper{}, then say that it is in.", note, sheet);
     return fmt::format("{}Put in paper{} for sheet {} of {}, then say that it is in.", note, sheet, job.sheetsDone + 1,
                        job.sheets());
@@ -178,14 +179,13 @@ Turn::Sheet Turn::plot(int page, int64_t place) {
         }
         if (!outcome->hasBegun) return fail(outcome->message), Sheet::Failed;
         if (isOfPlotter) papplPrinterSetReasons(papplJobGetPrinter(job_), PAPPL_PREASON_OFFLINE, PAPPL_PREASON_NONE);
-        const JobRecord job = record();
         change([&](JobRecord &r) {
             r.isInterrupted = true;
             r.place = outcome->place;
             r.message =
-                fmt::format("Interrupted after {} of {} bytes (place {}): {}. Put in new paper and plot again, or go on "
-                            "from here on the same sheet.",
-                            host::grouped(job.bytes), host::grouped(job.totalBytes), outcome->place, outcome->message);
+                fmt::format("Interrupted at place {}: {}. Put in new paper and plot again, or go on from here on the "
+                            "same sheet.",
+                            outcome->place, outcome->message);
         });
         return Sheet::Interrupted;
     }
@@ -199,7 +199,7 @@ std::optional<Outcome> Turn::print(int page, int64_t place) {
                   service_.socketOf(queue_));
     while (worker.watch([&](const Progress &progress) { hear(progress); })) {
         if (isCanceled() || service_.isEnding)
-            worker.stop();
+            stop(worker);
         else
             steer(worker);
     }
@@ -268,6 +268,12 @@ void Turn::steer(Worker &worker) {
     if (said == Action::PauseAtOnce) worker.say("pause-at-once");
     if (queue_.wasResumed.exchange(false) || said == Action::GoOn || (isAsking_ && said == Action::PaperIsIn))
         worker.say("go");
+}
+
+void Turn::stop(Worker &worker) {
+    worker.stop();
+    if (std::exchange(isStopping_, true)) return;
+    tell(Phase::Plotting, "Stopping; what is on its way to the plotter it still draws.");
 }
 
 /// Before anything was sent: it begins by itself when the plotter can be had. False when the job was canceled meanwhile.
