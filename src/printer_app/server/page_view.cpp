@@ -40,7 +40,7 @@ JobView viewOf(const JobRecord &job, const Queue &queue) {
     JobView view;
     view.id = job.id;
     view.name = job.name;
-    view.user = job.user;
+    if (job.user != kPageUser) view.user = job.user;
     view.phase = job.phase;
     view.message = job.message;
     view.hasPicture = job.hasPicture;
@@ -77,6 +77,8 @@ PageView pageView(const Service &service, const std::string &token, const std::s
         view.findings = queue->findings();
         for (const JobRecord &job : service.journal.jobsOf(config.name))
             (job.hasEnded() ? view.history : view.jobs).push_back(viewOf(job, *queue));
+        std::stable_partition(view.jobs.begin(), view.jobs.end(),
+                              [&](const JobView &job) { return job.id == queue->atWork; });
         std::ranges::reverse(view.history);
         view.history.resize(std::min(view.history.size(), kShownEnded));
         page.queues.push_back(std::move(view));

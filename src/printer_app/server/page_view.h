@@ -7,6 +7,8 @@ namespace printer_app {
 
 PageView pageView(const Service &service, const std::string &token, const std::string &notice);
 
+inline constexpr const char *kPageUser = "page"; // of jobs that are sent from it: nobody has a name there
+
 struct Submission {
     std::string name, user, format, file; ///< file: in the spool, from now on the job's
     JobOptions options;

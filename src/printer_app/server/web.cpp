@@ -302,7 +302,7 @@ bool takeUpload(pappl_client_t *client, void *) {
     const auto media = std::ranges::find(queue->config.media, query["sheet"], &Media::sheet);
     if (media != queue->config.media.end()) options.media = media->name;
     const std::string name = tidied(query["name"]);
-    const int job = submit(*theService, *queue, {name.empty() ? "drawing" : name, "page", type, file, options});
+    const int job = submit(*theService, *queue, {name.empty() ? "drawing" : name, kPageUser, type, file, options});
     if (job == 0) {
         unlink(file.c_str());
         return refuseJson(client, HTTP_STATUS_SERVER_ERROR, "The queue takes no jobs now.");
