@@ -19,8 +19,10 @@ std::vector<Action> actionsOf(const JobRecord &job, const Queue &queue) {
     case Phase::Plotting: return {Action::Pause, Action::PauseAtOnce, Action::Stop};
     case Phase::Paused: return {Action::GoOn, Action::Stop};
     case Phase::Troubled:
-        if (isAtWork && job.isInterrupted) return {Action::PlotAgain, Action::FromHere, Action::Stop};
-        return {Action::Stop};
+        if (!isAtWork || !job.isInterrupted) return {Action::Stop};
+        if (job.place > 0 && job.place == job.options.from)
+            return {Action::FromHere, Action::PlotAgain, Action::Stop}; // what it was made for
+        return {Action::PlotAgain, Action::FromHere, Action::Stop};
     case Phase::Preparing:
     case Phase::Queued: return {Action::Stop};
     case Phase::Stopped:
