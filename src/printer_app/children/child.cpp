@@ -36,7 +36,7 @@ struct Pipe {
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr); // this program blocks the signals that it waits for
-    rlimit limit{}; // pictures and what is unpacked have limits of their own
+    rlimit limit{};                           // pictures and what is unpacked have limits of their own
     getrlimit(RLIMIT_FSIZE, &limit);
     limit.rlim_cur = limit.rlim_max;
     setrlimit(RLIMIT_FSIZE, &limit);

@@ -67,8 +67,9 @@ std::string refusalIn(const json &report, const JobRecord &job) {
 bool leavesReach(const json &report, const QueueConfig &queue, const Media &media) {
     if (!queue.area) return report.value("leavesSheet", false);
     const auto box = report.at("box").get<std::vector<double>>();
-    return box.size() == 4 && (box[0] < queue.alongX - kReach || box[1] < queue.alongY - kReach ||
-                               box[2] > media.width - queue.alongX + kReach || box[3] > media.height - queue.alongY + kReach);
+    return box.size() == 4 &&
+           (box[0] < queue.alongX - kReach || box[1] < queue.alongY - kReach ||
+            box[2] > media.width - queue.alongX + kReach || box[3] > media.height - queue.alongY + kReach);
 }
 
 int degreesIn(const json &report) {
@@ -160,7 +161,8 @@ Examination examine(const std::string &command, const QueueConfig &queue, const 
     result.words = isDrawing(job) ? placeDrawing(command, queue, job, result.refusal, result.note) : placePlot(queue, job);
     if (!result.refusal.empty()) return result;
 
-    Words dryRun{command, "print", job.file, "--json", "--dry-run", "--capture", "/dev/null", "-p", queue.name, "--pen-change", "skip", "--no-prompt"};
+    Words dryRun{command,     "print", job.file,   "--json",       "--dry-run", "--capture",
+                 "/dev/null", "-p",    queue.name, "--pen-change", "skip",      "--no-prompt"};
     append(dryRun, result.words);
     const json plan = reportOf(dryRun);
     result.refusal = refusalIn(plan, job);

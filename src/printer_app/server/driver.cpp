@@ -1,6 +1,7 @@
 #include "printer_app/server/driver.h"
 
 #include "host/examination/file_kind.h"
+#include "printer_app/server/line.h"
 #include "printer_app/server/turn.h"
 
 #include <algorithm>
@@ -29,6 +30,7 @@ bool printConverted(pappl_job_t *job, pappl_device_t *, void *) { return takeTur
 
 // Pictures made of dots, which the print system always offers to take.
 bool refusePicture(pappl_job_t *job) {
+    lineUp(papplJobGetPrinter(job));
     // It ends before the keeper comes round, and the page is where somebody reads why: CUPS says "completed" all the same.
     if (Queue *queue = theService->find(papplJobGetPrinter(job))) theService->note(*queue, job);
     papplJobSetReasons(job, PAPPL_JREASON_DOCUMENT_UNPRINTABLE_ERROR, PAPPL_JREASON_NONE);

@@ -33,7 +33,7 @@ ipp_jstate_t stateOf(const JobRecord &job) {
     case Phase::Done: return IPP_JSTATE_COMPLETED;
     case Phase::Stopped: return IPP_JSTATE_CANCELED;
     case Phase::Failed: return IPP_JSTATE_ABORTED;
-    default: return job.isHeld ? IPP_JSTATE_HELD : IPP_JSTATE_PENDING;
+    default: return IPP_JSTATE_HELD; // the oldest is let go once it serves (line.h)
     }
 }
 
@@ -72,7 +72,9 @@ std::string jobLine(const Service &service, const QueueNumbers &numbers, const J
                     inQuotes(job.user), inQuotes(job.format), static_cast<int>(state), job.created);
     if (isInSpool(service, job.file)) line += " filename=" + inQuotes(job.file);
     if (!waits) line += fmt::format(" completed=\"{}\"", job.ended);
-    if (job.isHeld) line += fmt::format(" state_reasons=\"{}\"", static_cast<int>(PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED));
+    if (state == IPP_JSTATE_HELD)
+        line += fmt::format(" state_reasons=\"{}\"", static_cast<int>(job.isHeld ? PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED
+                                                                                 : PAPPL_JREASON_JOB_QUEUED));
     return line + "\n";
 }
 

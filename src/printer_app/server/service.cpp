@@ -5,6 +5,7 @@
 #include "printer_app/children/child.h"
 #include "printer_app/plotting/command_words.h"
 #include "printer_app/server/driver.h"
+#include "printer_app/server/line.h"
 #include "printer_app/server/login.h"
 #include "printer_app/server/plotter_watch.h"
 #include "printer_app/server/restore.h"
@@ -94,7 +95,7 @@ void reconcile(Service &service, Queue &queue, pappl_printer_t *printer) {
         if (record.hasEnded()) continue;
         pappl_job_t *job = papplPrinterFindJob(printer, record.id);
         const ipp_jstate_t state = papplJobGetState(job);
-        const bool isHeld = state == IPP_JSTATE_HELD && !record.file.empty();
+        const bool isHeld = isHeldByClient(job);
         if (job && state < IPP_JSTATE_CANCELED) {
             if (isHeld != record.isHeld) service.journal.change(name, record.id, [&](JobRecord &r) { r.isHeld = isHeld; });
             continue;
@@ -119,6 +120,7 @@ void keepQueue(Service &service, Queue &queue) {
     if (!printer) return;
     Noting noting{&service, &queue};
     papplPrinterIterateActiveJobs(printer, noteOne, &noting, 1, 0);
+    if (!queue.atWork) lineUp(printer);
     reconcile(service, queue, printer);
     service.journal.keepNextJob(queue.config.name, papplPrinterGetNextJobID(printer));
     service.journal.keepPaused(queue.config.name, queue.isPaused);
@@ -338,9 +340,9 @@ ExitCode serve(const Options &options) {
     }
     // To this computer's own clients it gives one address each, but says of two whether they are safe when there is TLS.
     const pappl_soptions_t tls = options.isShared ? PAPPL_SOPTIONS_NONE : PAPPL_SOPTIONS_NO_TLS;
-    service.system = papplSystemCreate(PAPPL_SOPTIONS_MULTI_QUEUE | tls, "Vectorix plotters", options.port, "_print,_universal",
-                                       service.spool.c_str(), "-", options.isVerbose ? PAPPL_LOGLEVEL_DEBUG : PAPPL_LOGLEVEL_ERROR,
-                                       nullptr, false);
+    service.system = papplSystemCreate(PAPPL_SOPTIONS_MULTI_QUEUE | tls, "Vectorix plotters", options.port,
+                                       "_print,_universal", service.spool.c_str(), "-",
+                                       options.isVerbose ? PAPPL_LOGLEVEL_DEBUG : PAPPL_LOGLEVEL_ERROR, nullptr, false);
     if (!service.system) throw Failure(ExitCode::Failed, "the print system cannot be made");
     papplSystemSetFooterHTML(service.system, ""); // it reads it without looking whether there is one
     if (!options.isShared) papplSystemSetDNSSDName(service.system, nullptr);

@@ -1,6 +1,7 @@
 #include "printer_app/server/turn.h"
 
 #include "printer_app/plotting/worker.h"
+#include "printer_app/server/line.h"
 
 #include <algorithm>
 #include <chrono>
@@ -30,8 +31,12 @@ public:
         queue_.takeSaid();
         queue_.wasPaused = queue_.wasResumed = false;
         queue_.atWork = id_;
+        letGo(papplJobGetPrinter(job_));
     }
-    ~Turn() { queue_.atWork = 0; }
+    ~Turn() {
+        lineUp(papplJobGetPrinter(job_));
+        queue_.atWork = 0;
+    }
     Turn(const Turn &) = delete;
     Turn &operator=(const Turn &) = delete;
 
@@ -116,8 +121,10 @@ Turn::Answer Turn::ask(Phase phase, const std::string &message) {
             answer = Answer::Canceled;
         else if (said == Action::FromHere)
             answer = Answer::FromHere;
-        else if (said == Action::PaperIsIn || said == Action::PlotAgain || queue_.wasResumed.exchange(false))
+        else if (said == Action::PaperIsIn || said == Action::PlotAgain)
             answer = Answer::Go;
+        else if (queue_.wasResumed.exchange(false)) // what the page would offer first
+            answer = record().options.from > 0 ? Answer::FromHere : Answer::Go;
     }
     papplPrinterSetReasons(printer, PAPPL_PREASON_NONE, kAsks);
     papplJobSetReasons(job_, PAPPL_JREASON_NONE, PAPPL_JREASON_PRINTER_STOPPED);
