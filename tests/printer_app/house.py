@@ -48,12 +48,12 @@ class Tap:
         self.thread.start()
 
     def listen(self):
-        began = last = time.monotonic()
+        last = time.monotonic()
         budget = 0
         while self.master >= 0:
             time.sleep(0.005)
             now = time.monotonic()
-            budget, last = min(budget + (now - last) * self.pace, 65536), now
+            budget, last = min(budget + (now - last) * self.pace, 1 + self.pace * 0.05), now
             try:
                 got = os.read(self.master, int(budget)) if budget >= 1 else b""
             except OSError:

@@ -186,7 +186,7 @@ class Restart(House):
     def test_no_job_is_lost_or_plotted_unasked(self):
         chance = random.Random(seed := int(os.environ.get("ORB_SEED", time.time())))
         sent = {}  # number: name, and when the client had it
-        for turn in range(int(os.environ.get("ORB_ROUNDS", 5))):
+        for turn in range(int(os.environ.get("ORB_ROUNDS", 3))):
             for i in range(chance.randrange(1, 3)):
                 number = self.send(PLOT, name=(name := f"drawing {turn}-{i}"))
                 self.assertNotIn(number, sent, f"seed {seed}: given twice")
