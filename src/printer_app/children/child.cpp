@@ -72,6 +72,7 @@ Child::Child(const std::vector<std::string> &words, int channel) {
     Pipe output, errors;
     host::UniqueFd nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
     std::vector<char *> pointers;
+    pointers.reserve(words.size() + 1);
     for (const std::string &word : words)
         pointers.push_back(const_cast<char *>(word.c_str())); // execvp() takes them so and does not write
     pointers.push_back(nullptr);

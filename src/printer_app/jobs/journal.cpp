@@ -31,7 +31,7 @@ void bringToDisk(const std::filesystem::path &path) {
     if (fd.get() >= 0) fsync(fd.get());
 }
 
-Journal::Journal(std::filesystem::path folder) : file_(std::move(folder) / "jobs.json") {
+Journal::Journal(const std::filesystem::path &folder) : file_(folder / "jobs.json") {
     if (!std::filesystem::exists(file_)) return;
     try {
         const json kept = json::parse(host::readWhole(file_, "list of jobs", kLargest));

@@ -28,7 +28,7 @@ void bringToDisk(const std::filesystem::path &path);
 class Journal {
 public:
     /// Reads what was kept in the folder. Throws host::Failure when it cannot be read, or is none of these files.
-    explicit Journal(std::filesystem::path folder);
+    explicit Journal(const std::filesystem::path &folder);
 
     QueueNumbers numbersOf(const std::string &queue);
     void keepNextJob(const std::string &queue, int number);
