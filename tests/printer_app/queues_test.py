@@ -132,6 +132,12 @@ class Steering(House):
             self.await_bytes(rested)
         self.completes(number)
 
+    def test_jobs_are_plotted_as_they_came(self):
+        (small := self.folder / "small.plt").write_text("IN;SP1;PU0,0;PD400,400;PU;SP0;")
+        for number in [self.send(small) for _ in range(4)]:
+            self.paper_is_in()
+            self.await_job(number, COMPLETED)
+
     def test_lost_plotter(self):
         number = self.begin()
         self.taps["a"].unplug()

@@ -3,6 +3,7 @@
 #include "host/terminal/text.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 namespace printer_app {
@@ -90,6 +91,11 @@ std::string forPeople(std::string_view message) {
         if (said.empty() || !isForTypists) said += part;
     }
     return said;
+}
+
+std::string interruptedText(int64_t place, std::string_view why) {
+    return fmt::format("Interrupted at place {}: {}. Put in new paper and plot again, or go on from here on the same sheet.",
+                       place, why);
 }
 
 std::string tidied(std::string_view text) {

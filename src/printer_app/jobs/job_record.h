@@ -9,6 +9,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace printer_app {
@@ -62,6 +63,9 @@ JobRecord recordFrom(const nlohmann::json &value);
 
 /// What the command says, without the advice that is of use only to those who type it.
 std::string forPeople(std::string_view message);
+
+/// What a person is told of a job whose plot was cut off.
+std::string interruptedText(int64_t place, std::string_view why);
 
 /// A client's text as it may stand in a line: without control characters, at most 200 bytes, in UTF-8.
 std::string tidied(std::string_view text);

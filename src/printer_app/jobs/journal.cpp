@@ -114,6 +114,7 @@ void Journal::change(const std::string &queue, int id, const std::function<void(
 }
 
 void Journal::save(bool all, const std::function<void(const JobRecord &)> &forget) {
+    std::lock_guard whole(saveMutex_); // no older contents behind newer ones
     std::string contents;
     {
         std::lock_guard lock(mutex_);

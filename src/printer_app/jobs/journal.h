@@ -53,6 +53,7 @@ private:
     void dropOld(const std::function<void(const JobRecord &)> &forget);
 
     std::filesystem::path file_;
+    std::mutex saveMutex_;
     mutable std::mutex mutex_;
     std::map<std::string, QueueNumbers> queues_;
     std::map<Key, JobRecord> jobs_;

@@ -90,13 +90,7 @@ void settle(Service &service, const JobRecord &job) {
         }
         r.isExamined = r.isExamined && !r.pages.empty(); // else why it is unfit is to be found again
         r.phase = r.isExamined ? Phase::Queued : Phase::Preparing;
-        if (!r.isInterrupted)
-            r.message.clear();
-        else
-            r.message =
-                fmt::format("Interrupted after {} of {} bytes (place {}): the print service ended. Put in new paper and "
-                            "plot again, or go on from here on the same sheet.",
-                            r.bytes, r.totalBytes, r.place);
+        r.message = r.isInterrupted ? interruptedText(r.place, "the print service ended") : "";
     });
 }
 

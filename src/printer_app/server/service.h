@@ -41,13 +41,20 @@ struct Service {
     /// How a job lies whose document is this file: the print system itself has no room for that in jobs that it is given.
     void keepOptions(const std::string &file, const JobOptions &options);
 
+    /// Has the journal written where there is need, or in any case.
+    void save(bool all);
+
 private:
     std::optional<JobRecord> claim();
 
     std::mutex noteMutex_, claimMutex_;
+    std::atomic<bool> hasNewFiles_{false};
     std::map<std::string, JobOptions> options_; ///< by files of jobs that have no record yet
     std::set<std::pair<std::string, int>> claimed_;
 };
+
+/// Makes a folder, or one that is there, the user's alone: jobs are private. Throws host::Failure.
+std::filesystem::path privateFolder(const std::filesystem::path &path);
 
 /// Serves until a signal ends it. Throws host::Failure when it cannot begin.
 host::ExitCode serve(const Options &options);

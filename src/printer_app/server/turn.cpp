@@ -7,6 +7,7 @@
 #include <chrono>
 #include <fmt/format.h>
 #include <thread>
+#include <utility>
 
 namespace printer_app {
 
@@ -71,7 +72,8 @@ private:
     Queue &queue_;
     pappl_job_t *job_;
     int id_;
-    bool isAsking_ = false; ///< the print waits for a person
+    bool isAsking_ = false;   ///< the print waits for a person
+    bool takesBytes_ = false; ///< the plotter has taken some of this print
     bool isStopping_ = false;
 };
 
@@ -189,10 +191,7 @@ Turn::Sheet Turn::plot(int page, int64_t place) {
         change([&](JobRecord &r) {
             r.isInterrupted = true;
             r.place = outcome->place;
-            r.message =
-                fmt::format("Interrupted at place {}: {}. Put in new paper and plot again, or go on from here on the "
-                            "same sheet.",
-                            outcome->place, outcome->message);
+            r.message = interruptedText(outcome->place, outcome->message);
         });
         return Sheet::Interrupted;
     }
@@ -200,8 +199,14 @@ Turn::Sheet Turn::plot(int page, int64_t place) {
 
 std::optional<Outcome> Turn::print(int page, int64_t place) {
     tell(Phase::Plotting, "Plotting.");
-    isAsking_ = false;
+    isAsking_ = takesBytes_ = false;
     queue_.wasPaused = queue_.wasResumed = false;
+    // From here on a person has to say how it goes on, should this program end without another word.
+    change([&](JobRecord &r) {
+        r.isInterrupted = true;
+        r.place = place;
+    });
+    service_.save(false);
     Worker worker(printWords(service_.options.command, record(), page, place, service_.socketOf(queue_)),
                   service_.socketOf(queue_));
     while (worker.watch([&](const Progress &progress) { hear(progress); })) {
@@ -211,12 +216,12 @@ std::optional<Outcome> Turn::print(int page, int64_t place) {
             steer(worker);
     }
     Outcome outcome = worker.outcome();
+    if (!outcome.hasBegun && place == 0) change([](JobRecord &r) { r.isInterrupted = false; });
     papplPrinterSetReasons(papplJobGetPrinter(job_), PAPPL_PREASON_NONE, kAsks);
     if (service_.isEnding && outcome.code != 0) {
         change([&](JobRecord &r) {
             r.place = outcome.place;
-            r.message =
-                outcome.hasBegun ? "Interrupted: the print service was stopped. Plot again, or go on from here." : "";
+            r.message = outcome.hasBegun ? interruptedText(outcome.place, "the print service was stopped") : "";
             r.phase = outcome.hasBegun ? Phase::Troubled : Phase::Queued;
         });
         rest();
@@ -249,19 +254,17 @@ void Turn::hear(const Progress &progress) {
         papplPrinterSetReasons(papplJobGetPrinter(job_), isAsking_ ? kAsks : kNothing, isAsking_ ? kNothing : kAsks);
         tell(told->phase, isAsking_ ? progress.wanted : told->message);
     }
-    const bool isFirst = progress.bytes > 0 && !record().isInterrupted;
     // It was lost and is back, maybe too soon for the watch to see it go.
-    if (isFirst) papplPrinterSetReasons(papplJobGetPrinter(job_), kNothing, PAPPL_PREASON_OFFLINE);
+    if (progress.bytes > 0 && !std::exchange(takesBytes_, true))
+        papplPrinterSetReasons(papplJobGetPrinter(job_), kNothing, PAPPL_PREASON_OFFLINE);
     change(
         [&](JobRecord &r) {
             r.bytes = progress.bytes;
             r.totalBytes = progress.totalBytes;
-            r.place = progress.place;
+            r.place = std::max(r.place, progress.place);
             r.secondsLeft = progress.secondsLeft;
-            // From here on a person has to say how it goes on, should this program end without another word.
-            r.isInterrupted = progress.bytes > 0;
         },
-        isFirst);
+        false);
     if (progress.event != "progress" || progress.totalBytes == 0) return;
     const std::string held = progress.heldBy.empty() ? "" : "; the plotter takes no data now (" + progress.heldBy + ")";
     papplJobSetMessage(job_, "%d %% plotted (%lld of %lld bytes)%s",
