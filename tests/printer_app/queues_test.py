@@ -244,7 +244,7 @@ class Load(House):
                 self.send(small, queue=queue)
             for queue in self.queues:
                 until(lambda: not any(self.ipp("Get-Jobs", queue=queue)), f"an empty queue {queue}", 300)
-            memory.append(int(re.search(r"VmRSS:\s*(\d+)", open(f"/proc/{self.program.pid}/status").read())[1]))
+            memory.append(int(re.search(r"VmRSS:\s*(\d+)", Path(f"/proc/{self.program.pid}/status").read_text())[1]))
         done.set()
         watching.join()
         slow = 1000 * sorted(took)[int(len(took) * 0.99)]

@@ -12,9 +12,9 @@ using nlohmann::json;
 
 namespace {
 
-constexpr auto kLongest = std::chrono::minutes(10); // a conversion; the command has limits of its own, which come first
-constexpr double kReach = 0.05;                     // mm beyond what the pen reaches, of rounding to plotter units
-constexpr const char *kPictureDpi = "60";           // an A3 sheet as wide as a screen
+constexpr auto kLongest = std::chrono::minutes(5); // a conversion; the command has limits of its own, which come first
+constexpr double kReach = 0.05;                    // mm beyond what the pen reaches, of rounding to plotter units
+constexpr const char *kPictureDpi = "60";          // an A3 sheet as wide as a screen
 
 bool isDrawing(const JobRecord &job) { return job.format == "application/pdf" || job.format == "image/svg+xml"; }
 

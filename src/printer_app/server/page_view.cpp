@@ -28,7 +28,7 @@ std::vector<Action> actionsOf(const JobRecord &job, const Queue &queue) {
     case Phase::Stopped:
         if (job.place > 0) return {Action::PlotAgain, Action::FromHere};
         [[fallthrough]];
-    default: return {Action::PlotAgain};
+    default: return job.pages.empty() ? std::vector<Action>{} : std::vector{Action::PlotAgain}; // it was found unfit
     }
 }
 
