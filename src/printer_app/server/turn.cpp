@@ -220,13 +220,14 @@ std::optional<Outcome> Turn::print(int page, int64_t place) {
     papplPrinterSetReasons(papplJobGetPrinter(job_), PAPPL_PREASON_NONE, kAsks);
     if (service_.isEnding && outcome.code != 0) {
         change([&](JobRecord &r) {
-            r.place = outcome.place;
+            if (outcome.hasBegun) r.place = outcome.place; // else where it was to go on
             r.message = outcome.hasBegun ? interruptedText(outcome.place, "the print service was stopped") : "";
             r.phase = outcome.hasBegun ? Phase::Troubled : Phase::Queued;
         });
         rest();
     }
     if (outcome.code != 0 && isCanceled()) {
+        change([](JobRecord &r) { r.ended = time(nullptr); });
         tell(Phase::Stopped, outcome.message.empty() ? "Stopped." : outcome.message);
         return std::nullopt;
     }
