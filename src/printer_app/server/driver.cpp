@@ -1,7 +1,7 @@
 #include "printer_app/server/driver.h"
 
 #include "host/examination/file_kind.h"
-#include "printer_app/server/line.h"
+#include "printer_app/server/job_order.h"
 #include "printer_app/server/turn.h"
 
 #include <algorithm>

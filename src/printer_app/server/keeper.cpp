@@ -1,6 +1,6 @@
 #include "printer_app/server/keeper.h"
 
-#include "printer_app/server/line.h"
+#include "printer_app/server/job_order.h"
 #include "printer_app/server/plotter_watch.h"
 
 #include <algorithm>

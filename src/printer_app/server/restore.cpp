@@ -33,7 +33,7 @@ ipp_jstate_t stateOf(const JobRecord &job) {
     case Phase::Done: return IPP_JSTATE_COMPLETED;
     case Phase::Stopped: return IPP_JSTATE_CANCELED;
     case Phase::Failed: return IPP_JSTATE_ABORTED;
-    default: return IPP_JSTATE_HELD; // the oldest is let go once it serves (line.h)
+    default: return IPP_JSTATE_HELD; // the oldest is let go once it serves (job_order.h)
     }
 }
 

@@ -1,7 +1,7 @@
 #include "printer_app/server/turn.h"
 
 #include "printer_app/plotting/worker.h"
-#include "printer_app/server/line.h"
+#include "printer_app/server/job_order.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "printer_app/server/line.h"
+#include "printer_app/server/job_order.h"
 
 #include <algorithm>
 #include <vector>
