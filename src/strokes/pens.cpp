@@ -79,11 +79,13 @@ int64_t difference(uint32_t a, uint32_t b) {
 /// The pens of colours, as they are handed out.
 class Carousel {
 public:
-    explicit Carousel(const std::vector<PenRule> &rules, int size) : size_(size) {
+    Carousel(const std::vector<PenRule> &rules, int size, const PenColours &taken) : size_(size) {
         for (const PenRule &rule : rules) {
             if (rule.colour) slots_.push_back(rule);
         }
         isOpen_ = slots_.empty();
+        for (const auto &[pen, colour] : isOpen_ ? taken : PenColours())
+            slots_.push_back({.colour = colour, .pen = pen});
         for (const PenRule &slot : slots_)
             pens_.emplace(*slot.colour, slot.pen);
     }
@@ -129,14 +131,23 @@ std::vector<PenRule> parsePens(std::string_view text) {
     }
 }
 
-void assignPens(Drawing &drawing, const std::vector<PenRule> &rules, int carousel) {
-    Carousel pens(rules, carousel);
+void assignPens(Drawing &drawing, const std::vector<PenRule> &rules, int carousel, const PenColours &taken) {
+    Carousel pens(rules, carousel, taken);
     for (Stroke &stroke : drawing.strokes)
         stroke.pen = pens.penOf(stroke.colour);
     if (const size_t count = pens.strangers()) {
         drawing.notes.push_back(std::to_string(count) + (count == 1 ? " colour has" : " colours have") +
                                 " no pen, and the pen of the nearest colour draws in its place");
     }
+}
+
+PenColours coloursOf(const Drawing &drawing, const PenColours &taken) {
+    PenColours colours;
+    for (const Stroke &stroke : drawing.strokes) {
+        const auto known = taken.find(stroke.pen);
+        colours.try_emplace(stroke.pen, known == taken.end() ? stroke.colour : known->second);
+    }
+    return colours;
 }
 
 void exchangePens(Drawing &drawing, const std::vector<PenRule> &rules) {

@@ -29,8 +29,10 @@ TEST(Pens, ByAppearanceByRuleAndByTheNearestColour) {
         std::vector<uint32_t> colours;
         std::vector<int> pens;
         size_t notes;
+        PenColours taken = {};
     } cases[] = {
         {"", 8, {0x123456, 0xFF, 0x123456}, {1, 2, 1}, 0},
+        {"", 3, {0xFF0000, 0x123456, 0xFF, 0xFE}, {2, 3, 1, 1}, 1, {{1, 0xFF}, {2, 0xFF0000}}},
         {"", 2, {0x000000, 0x00FF00, 0x008000, 0x202020}, {1, 2, 2, 1}, 1},
         {"black=3,red=7,#00f=1", 8, {0xFF, 0, 0xFF0000, 0xD01010}, {1, 3, 7, 7}, 1},
     };
@@ -38,7 +40,7 @@ TEST(Pens, ByAppearanceByRuleAndByTheNearestColour) {
         Drawing drawing;
         for (uint32_t colour : c.colours)
             drawing.strokes.push_back({.colour = colour, .points = {{}}});
-        assignPens(drawing, *c.rules ? parsePens(c.rules) : std::vector<PenRule>{}, c.carousel);
+        assignPens(drawing, *c.rules ? parsePens(c.rules) : std::vector<PenRule>{}, c.carousel, c.taken);
         for (size_t i = 0; i < c.pens.size(); ++i)
             EXPECT_EQ(drawing.strokes[i].pen, c.pens[i]) << c.rules << " " << i;
         EXPECT_EQ(drawing.notes.size(), c.notes);

@@ -102,7 +102,8 @@ ExitCode tellPreview(const Preview &made, const PreviewOptions &options) {
 
 /// Returns the remark on how it was drawn.
 std::string draw(const PlotFile &file, const Preview &made, const PreviewOptions &options) {
-    Drawing drawing(made.view, options.drawing, options.picture);
+    const auto &conversion = made.ready.conversion;
+    Drawing drawing(made.view, options.drawing, options.picture, conversion ? conversion->colours : strokes::PenColours());
     language::PlotReader plot(languageOf(options.drawing), drawing.sink(), sheetOf(options.drawing).hardClip,
                               language::Clipping::None);
     drawing.setDone(made.begin.offset > 0);
@@ -162,8 +163,8 @@ void addPreviewCommand(const Command &app) {
                    {"sheet", "that the drawing was held against; null when no usual one holds it"},
                    {"begin, secondsLeft", "where the plot is begun with --from, and the time from there on"}});
     command.explain(
-        {"Of SVG and PDF, what is drawn are the strokes that a print would send; of a plot the whole file, also what a "
-         "print would not send: text behind the last terminator.\n\n"
+        {"Of SVG and PDF, what is drawn are the strokes that a print would send, in their own "
+         "colours; of a plot the whole file, also what a print would not send: text behind the last terminator.\n\n"
          "Without --sheet and --area the sheet is the smallest usual one that holds the drawing (A4 where it does), with "
          "0,0 in its middle for a drawing that lies around it. Where none holds it, the picture is as large as the "
          "drawing, and A4 is outlined. What leaves a sheet or an area that was named is grey.\n\n"

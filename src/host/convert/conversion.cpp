@@ -94,7 +94,7 @@ void choosePens(strokes::Drawing &drawing, bool isPlot, const ConversionOptions 
                                          : "pen where a drawing has colours; write COLOUR=PEN, as in red=2"));
     }
     if (isPlot) return exchangePens(drawing, rules);
-    assignPens(drawing, rules, options.pensHeld > 0 ? options.pensHeld : kUsualPens);
+    assignPens(drawing, rules, options.pensHeld > 0 ? options.pensHeld : kUsualPens, options.taken);
 }
 
 bool lies(const Rectangle &inner, const Rectangle &outer) {
@@ -141,13 +141,6 @@ std::set<int> pensOf(const strokes::Drawing &drawing) {
     return pens;
 }
 
-PenColours coloursOf(const strokes::Drawing &drawing) {
-    PenColours colours;
-    for (const strokes::Stroke &stroke : drawing.strokes)
-        colours.try_emplace(stroke.pen, stroke.colour);
-    return colours;
-}
-
 /// Whether it leaves what the pen reaches of the sheet, which is worth a note.
 void lookAtSheet(const Sheet &sheet, const DrawingOptions &typed, ConversionReport &report) {
     report.leavesSheet = !lies(report.extent, millimetres(sheet.hardClip));
@@ -173,13 +166,13 @@ Conversion conversionOf(const PlotFile &input, const ConversionOptions &options,
     ConversionReport &report = made.report;
     report.language = read.language;
     choosePens(drawing, isPlot, options);
+    if (!isPlot) report.colours = coloursOf(drawing, options.taken);
     report.placed = place(drawing, placement);
     report.before = countOf(drawing);
     putInOrder(drawing, isPlot, options);
     report.after = countOf(drawing);
     report.extent = *extentOf(drawing);
     report.pens = pensOf(drawing);
-    if (!isPlot) report.colours = coloursOf(drawing);
     report.notes = drawing.notes;
     lookAtSheet(sheet, target.drawing, report);
     measureIn(options.unit, drawing);

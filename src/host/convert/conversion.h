@@ -8,10 +8,10 @@
 #include "host/terminal/command.h"
 #include "host/terminal/json.h"
 #include "host/terminal/manual.h"
+#include "strokes/pens.h"
 #include "strokes/place.h"
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -30,10 +30,11 @@ struct ConversionOptions {
     std::string at; ///< "X,Y"
     double unit = 1 / language::kUnitsPerMillimetre;
     std::string pens;
-    int32_t pensHeld = 0; ///< 0: as many as most plotters hold
-    std::string order;    ///< empty: nearest for SVG and PDF, as-drawn for a plot
-    bool isByPen = false; ///< a plot's strokes as well
-    bool isMixed = false; ///< the pens, where strokes stay as they were drawn
+    strokes::PenColours taken; ///< pens that other sheets of the same print have given to their colours
+    int32_t pensHeld = 0;      ///< 0: as many as most plotters hold
+    std::string order;         ///< empty: nearest for SVG and PDF, as-drawn for a plot
+    bool isByPen = false;      ///< a plot's strokes as well
+    bool isMixed = false;      ///< the pens, where strokes stay as they were drawn
     int page = 1;
     std::string fill = "outline";
     bool showsHidden = false;
@@ -62,9 +63,6 @@ struct StrokeCount {
     strokes::Travel travel;
 };
 
-/// What a pen draws, 0xRRGGBB: of several colours the first.
-using PenColours = std::map<int, uint32_t>;
-
 struct ConversionReport {
     std::optional<language::Language> language; ///< that the drawing was in; none for SVG and PDF
     size_t bytes = 0;                           ///< of the plot
@@ -72,7 +70,7 @@ struct ConversionReport {
     strokes::Placed placed;
     StrokeCount before, after; ///< they were put in order, both where they were placed
     std::set<int> pens;
-    PenColours colours; ///< of a drawing that has colours
+    strokes::PenColours colours; ///< of a drawing that has colours
     bool leavesSheet = false;
     std::vector<std::string> notes; ///< what is worth knowing
 };

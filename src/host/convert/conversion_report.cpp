@@ -13,6 +13,8 @@ using language::Language;
 
 namespace {
 
+std::string hexOf(uint32_t colour) { return fmt::format("#{:06x}", colour); }
+
 const char *nameOf(Language language) { return language == Language::Dmpl ? "dmpl" : "hpgl"; }
 
 std::string textOf(const StrokeCount &count) {
@@ -27,8 +29,14 @@ Json jsonOf(const StrokeCount &count) {
 } // namespace
 
 std::string strokesText(const ConversionReport &report) {
+    std::vector<std::string> pens;
+    for (const int pen : report.pens) {
+        const auto colour = report.colours.find(pen);
+        pens.push_back(colour == report.colours.end() ? std::to_string(pen)
+                                                      : fmt::format("{} ({})", pen, hexOf(colour->second)));
+    }
     return fmt::format("read: {}\nwritten: {}, pen {}\n", textOf(report.before), textOf(report.after),
-                       fmt::join(report.pens, ", "));
+                       fmt::join(pens, ", "));
 }
 
 std::string conversionText(const ConversionReport &report) {
@@ -49,6 +57,9 @@ void addConversion(Json &object, const ConversionReport &report) {
     object["degrees"] = report.placed.degrees;
     object["scale"] = report.placed.scale;
     object["pens"] = report.pens;
+    object["colours"] = Json::object();
+    for (const auto &[pen, colour] : report.colours)
+        object["colours"][std::to_string(pen)] = hexOf(colour);
     object["before"] = jsonOf(report.before);
     object["after"] = jsonOf(report.after);
 }
@@ -62,6 +73,7 @@ std::vector<JsonFields> conversionFields() {
         {"leavesSheet", "whether some of it lies outside that area"},
         {"degrees, scale", "by which it was turned, and how many times as large it was made"},
         {"pens", "that draw"},
+        {"colours", "of a drawing: what each pen draws, by its number, as #rrggbb"},
         {"before, after", "the strokes were put in order: strokes, downMillimetres, upMillimetres"},
     };
 }

@@ -24,8 +24,8 @@ double usualResolution(const virtual_plotter::Sheet &page) {
 
 /// With a frame, so that the edge of the sheet can be seen on a white background.
 virtual_plotter::PictureOptions pictureOptions(const DrawingOptions &options, const virtual_plotter::Sheet &page,
-                                               const virtual_plotter::Sheet &sheet) {
-    return {options.dotsPerInch > 0 ? options.dotsPerInch : usualResolution(page), edgesOf(sheet), options.format};
+                                               const virtual_plotter::Sheet &sheet, const std::map<int, uint32_t> &inks) {
+    return {options.dotsPerInch > 0 ? options.dotsPerInch : usualResolution(page), edgesOf(sheet), options.format, inks};
 }
 
 View viewOf(const virtual_plotter::Sheet &sheet) { return {.sheet = sheet, .page = sheet, .name = {}}; }
@@ -47,8 +47,9 @@ void requireOtherFile(const char *option, const std::string &output, const std::
 Drawing::Drawing(const DrawingOptions &options, const std::string &path)
     : Drawing(viewOf(sheetOf(options)), options, path) {}
 
-Drawing::Drawing(const View &view, const DrawingOptions &options, const std::string &path)
-    : path_(path), view_(view), picture_(view.page, pictureOptions(options, view.page, view.sheet)),
+Drawing::Drawing(const View &view, const DrawingOptions &options, const std::string &path,
+                 const std::map<int, uint32_t> &inks)
+    : path_(path), view_(view), picture_(view.page, pictureOptions(options, view.page, view.sheet, inks)),
       parted_(picture_, view.sheet.hardClip) {
     if (path.empty()) return;
     if (auto error = picture_.open(path)) throw failureOf(path, *error);

@@ -9,6 +9,8 @@
 #include "virtual_plotter/drawing/outside.h"
 #include "virtual_plotter/drawing/picture.h"
 
+#include <cstdint>
+#include <map>
 #include <string>
 
 namespace host {
@@ -24,8 +26,10 @@ class Drawing {
 public:
     /// Of one sheet, for strokes that do not leave it. Throws Failure.
     Drawing(const DrawingOptions &options, const std::string &path);
-    /// Of a view; what the pen does not reach is grey, when the sheet was asked for. Throws Failure.
-    Drawing(const View &view, const DrawingOptions &options, const std::string &path);
+    /// Of a view; what the pen does not reach is grey, when the sheet was asked for. inks: of pens, 0xRRGGBB, where they are
+    /// known. Throws Failure.
+    Drawing(const View &view, const DrawingOptions &options, const std::string &path,
+            const std::map<int, uint32_t> &inks = {});
     virtual_plotter::PenSink &sink();
     /// What follows has been drawn before, and is grey; or no longer has. To be called between strokes.
     void setDone(bool isDone);

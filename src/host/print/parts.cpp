@@ -92,7 +92,7 @@ private:
     std::map<int, int> holds_;
 };
 
-std::string prompt(const PenPart &part, const PenColours &colours) {
+std::string prompt(const PenPart &part, const strokes::PenColours &colours) {
     const auto colour = colours.find(part.pen);
     return fmt::format("put in pen {}{}: {}, {}", part.pen,
                        colour == colours.end() ? "" : fmt::format(" (#{:06x})", colour->second),
@@ -107,7 +107,7 @@ struct Cut {
 };
 
 std::vector<Cut> cutsOf(const PlotFile &plot, const ReadAs &as, const Place &start, int pensHeld,
-                        const PenColours &colours) {
+                        const strokes::PenColours &colours) {
     const auto first = static_cast<int64_t>(start.offset);
     std::vector<Cut> cuts = {{0, first, {}}};
     if (pensHeld == 0) return cuts;
@@ -156,7 +156,7 @@ Place startOf(const PlotFile &plot, const ReadAs &as, const StartOptions &option
 }
 
 std::vector<PlotPart> partsOf(const PlotFile &plot, const ReadAs &as, const Place &start, int pensHeld,
-                              const PenColours &colours, const PlotRules &rules) {
+                              const strokes::PenColours &colours, const PlotRules &rules) {
     std::vector<Cut> cuts = cutsOf(plot, as, start, pensHeld, colours);
     if (start.offset == 0 && cuts.size() == 1) return {};
     std::vector<uint64_t> offsets;

@@ -49,6 +49,6 @@ language::Place startOf(const PlotFile &plot, const ReadAs &as, const StartOptio
 /// pensHeld 0: the plotter changes them itself. colours: of the pens, where they are known. Empty when that is the whole
 /// plot as it is. Throws Failure.
 std::vector<PlotPart> partsOf(const PlotFile &plot, const ReadAs &as, const language::Place &start, int pensHeld,
-                              const PenColours &colours, const PlotRules &rules);
+                              const strokes::PenColours &colours, const PlotRules &rules);
 
 } // namespace host

@@ -82,7 +82,7 @@ void cutIntoParts(const PrintOptions &options, PrintPlan &plan) {
     }
     const language::Place start = startOf(plan.plot, as, options.start);
     plan.begin = static_cast<int64_t>(start.offset);
-    const PenColours &colours = plan.ready.conversion ? plan.ready.conversion->colours : PenColours();
+    const strokes::PenColours &colours = plan.ready.conversion ? plan.ready.conversion->colours : strokes::PenColours();
     plan.parts = partsOf(plan.plot, as, start, pensHeld, colours, plan.rules);
     if (!plan.parts.empty()) plan.examination = examine(plan.parts, plan.rules);
     if (isWhole) return;
@@ -194,11 +194,13 @@ std::vector<PrintPlan> plansOf(const PrintOptions &options) {
     const std::vector<Given> given = givenBy(options);
     requireFew(given.size() * static_cast<size_t>(options.copies), options);
     std::vector<PrintPlan> plans;
+    PrintOptions own = options;
+    strokes::PenColours &taken = own.ready.conversion.taken; // the same pens stand in the plotter for all sheets
     for (const Given &one : given) {
-        PrintOptions own = options;
         own.ready.conversion.page = one.page.value_or(1);
         plans.push_back(planOf(one.file, own));
         plans.back().page = one.page;
+        if (const auto &made = plans.back().ready.conversion) taken.insert(made->colours.begin(), made->colours.end());
     }
     return plans;
 }

@@ -39,6 +39,7 @@ template <class Record, class F> void eachMember(Record &record, F f) {
     f("words", record.words);
     f("pages", record.pages);
     f("hasPicture", record.hasPicture);
+    f("notes", record.notes);
     f("sheetsDone", record.sheetsDone);
     f("isInterrupted", record.isInterrupted);
     f("place", record.place);
@@ -49,7 +50,8 @@ template <class Record, class F> void eachMember(Record &record, F f) {
 json jsonOf(const Figures &figures) {
     json pens = json::array();
     for (const PenFigures &pen : figures.pens)
-        pens.push_back({{"number", pen.number}, {"strokes", pen.strokes}, {"millimetres", pen.millimetres}});
+        pens.push_back(
+            {{"number", pen.number}, {"strokes", pen.strokes}, {"millimetres", pen.millimetres}, {"colour", pen.colour}});
     return {{"width", figures.width},
             {"height", figures.height},
             {"sheet", figures.sheet},
@@ -60,7 +62,7 @@ json jsonOf(const Figures &figures) {
 Figures figuresFrom(const json &value) {
     Figures figures{value.at("width"), value.at("height"), value.at("sheet"), value.at("seconds"), {}};
     for (const json &pen : value.at("pens"))
-        figures.pens.push_back({pen.at("number"), pen.at("strokes"), pen.at("millimetres")});
+        figures.pens.push_back({pen.at("number"), pen.at("strokes"), pen.at("millimetres"), pen.value("colour", "")});
     return figures;
 }
 

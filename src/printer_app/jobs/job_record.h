@@ -41,11 +41,12 @@ struct JobRecord {
     std::string message;
     bool isHeld = false;     ///< a client holds it
     bool asksFirst = false;  ///< it was to be held until a time: a person decides, also where nobody is asked else
-    bool isExamined = false; ///< the following four are known
+    bool isExamined = false; ///< the following five are known
     std::optional<Figures> figures;
     std::vector<std::string> words; ///< of the command, for all sheets
     std::vector<int> pages;         ///< each a sheet; {0}: no document of pages
     bool hasPicture = false;
+    std::vector<std::string> notes; ///< what was left out of the drawing, or done otherwise
 
     int sheetsDone = 0;         ///< of copies x pages
     bool isInterrupted = false; ///< the sheet under way was begun, and a person has to say how it goes on

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <iterator>
 
 namespace printer_app {
@@ -42,6 +43,7 @@ constexpr struct PhaseRow {
     {Phase::Done, {"good", "Done"}, false, true},
     {Phase::Stopped, {"calm", "Stopped"}, false, true},
     {Phase::Failed, {"bad", "Failed"}, false, true},
+    {Phase::Stopping, {"busy", "Stopping"}, false, false},
 };
 
 const PhaseRow &rowOf(Phase phase) {
@@ -95,12 +97,22 @@ std::string figuresList(const JobView &job) {
     return fmt::format("<dl>\n{}{}</dl>\n", terms, term("Sent", sender(job)));
 }
 
+/// A colour for the eye, and its name for those who read.
+std::string swatch(const std::string &colour) {
+    if (colour.empty()) return "";
+    return fmt::format("<svg class=\"swatch\" role=\"img\" viewBox=\"0 0 1 1\"><title>{0}</title>"
+                       "<rect width=\"1\" height=\"1\" fill=\"{0}\"/></svg>",
+                       colour);
+}
+
 std::string pens(const Figures &figures) {
     std::string items;
     for (const PenFigures &pen : figures.pens)
-        items += fmt::format("<li><b>Pen {}</b> {}</li>\n", pen.number, host::metres(pen.millimetres));
+        items += fmt::format("<li>{}<b>Pen {}</b> {}</li>\n", swatch(pen.colour), pen.number, host::metres(pen.millimetres));
     return items.empty() ? "" : "<ul class=\"pens\" aria-label=\"Pens\">\n" + items + "</ul>\n";
 }
+
+std::string notes(const JobView &job) { return paragraph("soft", escaped(fmt::format("{}", fmt::join(job.notes, "; ")))); }
 
 std::string progress(const JobView &job) {
     if (job.totalBytes <= 0) return "";
@@ -181,7 +193,7 @@ std::string stateMark(const State &state) {
 std::string jobPart(const JobView &job, std::string_view queue, std::string_view token) {
     return article("job", job, queue,
                    paragraph("message", escaped(job.message)) + progress(job) + buttons(job, queue, token) +
-                       figuresList(job) + (job.figures ? pens(*job.figures) : ""));
+                       figuresList(job) + (job.figures ? pens(*job.figures) : "") + notes(job));
 }
 
 std::string pastJobPart(const JobView &job, std::string_view queue, std::string_view token) {
@@ -189,7 +201,8 @@ std::string pastJobPart(const JobView &job, std::string_view queue, std::string_
     if (!job.user.empty()) facts += ", sent by " + named(job.user);
     if (job.figures) facts += ", " + sizeOf(*job.figures);
     return article("past", job, queue,
-                   paragraph("message", escaped(job.message)) + paragraph("soft", facts) + buttons(job, queue, token));
+                   paragraph("message", escaped(job.message)) + paragraph("soft", facts) + notes(job) +
+                       buttons(job, queue, token));
 }
 
 } // namespace printer_app

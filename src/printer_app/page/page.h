@@ -22,6 +22,7 @@ struct PenFigures {
     int number = 0;
     int64_t strokes = 0;
     double millimetres = 0;
+    std::string colour; ///< that it draws, "#rrggbb"; empty for a pen of a plot file
 };
 
 /// What a job comes to, as "vectorix preview" says it.
@@ -33,13 +34,14 @@ struct Figures {
 };
 
 struct JobView {
-    enum class Phase { Preparing, Queued, Waiting, Plotting, Paused, Troubled, Done, Stopped, Failed };
+    enum class Phase { Preparing, Queued, Waiting, Plotting, Paused, Troubled, Done, Stopped, Failed, Stopping };
 
     int id = 0;
     std::string name, user; ///< as the client says
     Phase phase = Phase::Queued;
     std::string message; ///< what is the matter, or to be done; empty for nothing
     bool hasPicture = false;
+    std::vector<std::string> notes; ///< on the drawing
     std::optional<Figures> figures;
     int64_t bytes = 0, totalBytes = 0; ///< of this sheet; 0 of 0 before it begins
     std::optional<double> secondsLeft;

@@ -65,6 +65,7 @@ body > header { display: flex; align-items: center; gap: .625rem; padding: 1rem 
 .past h4 { font-size: 1rem; }
 dl { display: grid; grid-template-columns: auto 1fr; gap: .5rem 1.5rem; }
 .pens { display: flex; flex-wrap: wrap; gap: .375rem; }
+.swatch { width: .75rem; height: .75rem; margin-right: .375rem; border: 1px solid var(--line); border-radius: 50%; vertical-align: -.0625rem; }
 .pens li { list-style: none; padding: .125rem .625rem; border: 1px solid var(--line); border-radius: 1rem; font-size: .8125rem; }
 progress { width: 100%; height: .5rem; border: 0; border-radius: .25rem; overflow: hidden; background: var(--line); appearance: none; }
 progress::-webkit-progress-bar { background: var(--line); }

@@ -31,7 +31,7 @@ std::string findingPart(const FindingView &finding) {
 std::string findingsPart(const QueueView &queue) {
     std::string items;
     for (const FindingView &finding : queue.findings)
-        items += findingPart(finding);
+        if (isInTheWay(finding) == isBlocked(queue)) items += findingPart(finding);
     if (items.empty()) return items;
     return fmt::format("<div class=\"findings\" data-key=\"findings\"><h3>{}</h3>\n<ul>\n{}</ul></div>\n",
                        isBlocked(queue) ? "What stands in the way" : "Worth knowing", items);

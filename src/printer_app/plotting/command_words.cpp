@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <iterator>
+#include <map>
 #include <nlohmann/json.hpp>
 
 namespace printer_app {
@@ -79,13 +81,16 @@ int degreesIn(const json &report) {
 
 Figures figuresIn(const json &report) {
     Figures figures;
+    const json converted = report.value("converted", json());
+    const json colours = converted.is_object() ? converted.value("colours", json::object()) : json::object();
     if (const auto box = report.find("box"); box != report.end() && box->is_array() && box->size() == 4) {
         figures.width = box->at(2).get<double>() - box->at(0).get<double>();
         figures.height = box->at(3).get<double>() - box->at(1).get<double>();
     }
     figures.seconds = report.value("seconds", 0.0);
     for (const json &pen : report.value("byPen", json::array()))
-        figures.pens.push_back({pen.at("number"), pen.at("strokes"), pen.at("downMillimetres")});
+        figures.pens.push_back(
+            {pen.at("number"), pen.at("strokes"), pen.at("downMillimetres"), colours.value(pen.at("number").dump(), "")});
     return figures;
 }
 
@@ -102,7 +107,7 @@ double scaleIn(const json &report) {
 
 /// How a drawing lies: as large as it is, where the pen reaches all of it; else fitted, but never larger.
 Words placeDrawing(const std::string &command, const QueueConfig &queue, const JobRecord &job, std::string &refusal,
-                   std::string &note) {
+                   Words &notes) {
     const Media &media = mediaOf(queue, job);
     const auto tryOut = [&](const Words &placed) { return reportOf(previewWords(command, queue, job, placed)); };
     const auto with = [](Words words, const Words &more) {
@@ -125,7 +130,7 @@ Words placeDrawing(const std::string &command, const QueueConfig &queue, const J
         if (!leavesReach(tryOut(turned(whole, beside)), queue, media)) return turned(whole, beside + job.options.turn);
     }
     if (job.options.scaling == Scaling::None) {
-        note = "The pen does not reach all of it.";
+        notes.emplace_back("the pen does not reach all of it");
         return turned(whole, degrees + job.options.turn);
     }
     report = tryOut(with(fitted, automatic));
@@ -142,36 +147,66 @@ Words placePlot(const QueueConfig &queue, const JobRecord &job) {
     return turned(words, job.options.turn);
 }
 
-/// Which pages a document has, as a print would take them.
-std::vector<int> pagesOf(const json &dryRun, const JobRecord &job) {
-    const int first = job.options.firstPage;
-    const json sheets = dryRun.value("sheets", json::array());
-    const int count = sheets.empty() ? 1 : static_cast<int>(sheets.size());
-    if (count == 1) return {isDrawing(job) && first > 1 ? first : 0};
-    std::vector<int> pages;
-    for (int page = first; page <= count && (job.options.lastPage == 0 || page <= job.options.lastPage); ++page)
-        pages.push_back(page);
-    return pages;
+/// What a print of a job's pages would do. A client may name a last page beyond the document's own.
+json dryRunOf(const std::string &command, const QueueConfig &queue, const JobRecord &job, const Words &placed) {
+    Words words{command,     "print", job.file,   "--json",       "--dry-run", "--capture",
+                "/dev/null", "-p",    queue.name, "--pen-change", "skip",      "--no-prompt"};
+    append(words, placed);
+    const auto [first, last] = std::pair(job.options.firstPage, job.options.lastPage);
+    const auto upTo = [&](const std::string &end) {
+        Words all = words;
+        if (isDrawing(job)) append(all, {"--page", fmt::format("{}-{}", first, end)});
+        return reportOf(all);
+    };
+    json report = last > 0 ? upTo(std::to_string(std::max(first, last))) : json();
+    return report.is_null() || report.at("exitCode") != 0 ? upTo("") : report;
+}
+
+std::vector<json> sheetsOf(const json &dryRun) {
+    const auto several = dryRun.find("sheets");
+    return several == dryRun.end() ? std::vector{dryRun} : several->get<std::vector<json>>();
+}
+
+/// What is said of any sheet, once.
+Words notesOf(const std::vector<json> &sheets) {
+    Words notes;
+    for (const json &sheet : sheets)
+        for (const json &note : sheet.at("notes"))
+            if (std::string text = forPeople(note.get<std::string>()); std::ranges::find(notes, text) == notes.end())
+                notes.push_back(std::move(text));
+    return notes;
+}
+
+/// 0 for what has no pages.
+int pageOf(const json &sheet) { return sheet.at("page").is_number() ? sheet.at("page").get<int>() : 0; }
+
+/// The pens of all sheets, which are plotted one by one: "#000000=1,#ff0000=2"; empty for a plot file.
+std::string pensOf(const std::vector<json> &sheets) {
+    std::map<std::string, std::string> colours; // by pen
+    for (const json &sheet : sheets)
+        if (const json &converted = sheet.at("converted"); converted.is_object())
+            for (const auto &[pen, colour] : converted.at("colours").items())
+                colours.emplace(pen, colour);
+    std::string rules;
+    for (const auto &[pen, colour] : colours)
+        rules += fmt::format("{}{}={}", rules.empty() ? "" : ",", colour, pen);
+    return rules;
 }
 
 } // namespace
 
 Examination examine(const std::string &command, const QueueConfig &queue, const JobRecord &job, const std::string &picture) {
     Examination result;
-    result.words = isDrawing(job) ? placeDrawing(command, queue, job, result.refusal, result.note) : placePlot(queue, job);
+    result.words = isDrawing(job) ? placeDrawing(command, queue, job, result.refusal, result.notes) : placePlot(queue, job);
     if (!result.refusal.empty()) return result;
 
-    Words dryRun{command,     "print", job.file,   "--json",       "--dry-run", "--capture",
-                 "/dev/null", "-p",    queue.name, "--pen-change", "skip",      "--no-prompt"};
-    append(dryRun, result.words);
-    const json plan = reportOf(dryRun);
+    const json plan = dryRunOf(command, queue, job, result.words);
     result.refusal = refusalIn(plan, job);
     if (!result.refusal.empty()) return result;
-    result.pages = pagesOf(plan, job);
-    if (result.pages.empty()) {
-        result.refusal = fmt::format("there is no page {}; ask for one that the document has", job.options.firstPage);
-        return result;
-    }
+    const std::vector<json> sheets = sheetsOf(plan);
+    append(result.notes, notesOf(sheets));
+    std::ranges::transform(sheets, std::back_inserter(result.pages), pageOf);
+    if (const std::string pens = pensOf(sheets); !pens.empty()) append(result.words, {"--pens", pens});
 
     Words words = previewWords(command, queue, job, result.words);
     append(words, {"-o", picture, "--dpi", kPictureDpi});

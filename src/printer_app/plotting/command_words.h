@@ -15,8 +15,8 @@ using Words = std::vector<std::string>;
 /// What the command says of a job beforehand.
 struct Examination {
     std::string refusal;    ///< empty: it can be plotted
-    std::string note;       ///< what a person should know
     Words words;            ///< that place it
+    Words notes;            ///< what a person should know
     std::vector<int> pages; ///< sheets: pages of a document, or {0}
     std::optional<Figures> figures;
     bool hasPicture = false;

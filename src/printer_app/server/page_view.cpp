@@ -23,6 +23,7 @@ std::vector<Action> actionsOf(const JobRecord &job, const Queue &queue) {
         if (job.place > 0 && job.place == job.options.from)
             return {Action::FromHere, Action::PlotAgain, Action::Stop}; // what it was made for
         return {Action::PlotAgain, Action::FromHere, Action::Stop};
+    case Phase::Stopping: return {};
     case Phase::Preparing:
     case Phase::Queued: return {Action::Stop};
     case Phase::Stopped:
@@ -46,6 +47,7 @@ JobView viewOf(const JobRecord &job, const Queue &queue) {
     view.phase = job.phase;
     view.message = job.message;
     view.hasPicture = job.hasPicture;
+    view.notes = job.notes;
     view.figures = job.figures;
     view.bytes = job.bytes;
     view.totalBytes = job.totalBytes;

@@ -122,8 +122,9 @@ bool Service::examineNext() {
         r.pages = found.pages;
         r.figures = found.figures;
         r.hasPicture = found.hasPicture;
+        r.notes = found.notes;
         if (r.hasEnded()) return;
-        if (!r.isInterrupted || !found.refusal.empty()) r.message = found.refusal.empty() ? found.note : found.refusal;
+        if (!r.isInterrupted || !found.refusal.empty()) r.message = found.refusal;
         if (r.phase == Phase::Preparing) r.phase = Phase::Queued;
     });
     std::lock_guard lock(claimMutex_);

@@ -134,11 +134,9 @@ Turn::Answer Turn::ask(Phase phase, const std::string &message) {
 }
 
 std::string Turn::paperWanted(const JobRecord &job) const {
-    const std::string note =
-        job.phase == Phase::Queued && !job.message.empty() ? job.message + " " : ""; // of its examination
     const std::string sheet = job.figures && !job.figures->sheet.empty() ? " (" + sheetName(job.figures->sheet) + ")" : "";
-    if (job.sheets() == 1) return fmt::format("{}Put in paper{}, then say that it is in.", note, sheet);
-    return fmt::format("{}Put in paper{} for sheet {} of {}, then say that it is in.", note, sheet, job.sheetsDone + 1,
+    if (job.sheets() == 1) return fmt::format("Put in paper{}, then say that it is in.", sheet);
+    return fmt::format("Put in paper{} for sheet {} of {}, then say that it is in.", sheet, job.sheetsDone + 1,
                        job.sheets());
 }
 
@@ -250,7 +248,7 @@ const Told *toldBy(const std::string &event) {
 }
 
 void Turn::hear(const Progress &progress) {
-    if (const Told *told = toldBy(progress.event)) {
+    if (const Told *told = isStopping_ ? nullptr : toldBy(progress.event)) {
         isAsking_ = !told->message;
         papplPrinterSetReasons(papplJobGetPrinter(job_), isAsking_ ? kAsks : kNothing, isAsking_ ? kNothing : kAsks);
         tell(told->phase, isAsking_ ? progress.wanted : told->message);
@@ -284,7 +282,7 @@ void Turn::steer(Worker &worker) {
 void Turn::stop(Worker &worker) {
     worker.stop();
     if (std::exchange(isStopping_, true)) return;
-    tell(Phase::Plotting, "Stopping; what is on its way to the plotter it still draws.");
+    tell(Phase::Stopping, "What is on its way to the plotter it still draws.");
 }
 
 /// Before anything was sent: it begins by itself when the plotter can be had. False when the job was canceled meanwhile.

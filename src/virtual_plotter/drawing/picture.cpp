@@ -29,7 +29,12 @@ constexpr Colour kFrame = {0xA0, 0xA0, 0xA0};
 constexpr double kFrameWidth = 0.2;
 static_assert(std::size(kPens) + 1 <= kMostColours);
 
-Colour colourOf(int pen) { return kPens[static_cast<size_t>(pen - 1) % std::size(kPens)]; }
+Colour colourOf(int pen, const std::map<int, uint32_t> &inks) {
+    const auto known = inks.find(pen);
+    if (known == inks.end()) return kPens[static_cast<size_t>(pen - 1) % std::size(kPens)];
+    const uint32_t ink = known->second;
+    return {static_cast<uint8_t>(ink >> 16), static_cast<uint8_t>(ink >> 8), static_cast<uint8_t>(ink)};
+}
 
 bool hasEnding(const std::string &path, const std::string &ending) {
     return path.size() > ending.size() && strcasecmp(path.c_str() + path.size() - ending.size(), ending.c_str()) == 0;
@@ -66,7 +71,7 @@ bool Picture::hasFormat(const char *format) const {
     return options_.format.empty() ? hasEnding(path_, std::string(".") + format) : options_.format == format;
 }
 
-Colour Picture::ink() const { return isOutside_ ? kFrame : colourOf(pen_); }
+Colour Picture::ink() const { return isOutside_ ? kFrame : colourOf(pen_, options_.inks); }
 
 void Picture::setOutside(bool isOutside) {
     if (isOutside == isOutside_) return;

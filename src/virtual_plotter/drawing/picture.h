@@ -5,6 +5,8 @@
 #include "language/pen_sink.h"
 #include "virtual_plotter/drawing/page.h"
 
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,12 +24,14 @@ struct PictureOptions {
     double dotsPerInch = 200; ///< of a PNG; lowered, with a note, for a sheet that would then be too large for the memory
     std::optional<Rectangle> frame = {}; ///< a thin grey line within these edges: those of the paper
     std::string format = {};             ///< svg, png or pdf; empty: by the path's ending
+    std::map<int, uint32_t> inks = {};   ///< of pens, 0xRRGGBB, where they are known
 };
 
 /// One sheet in one file of exactly the sheet's size, which may be larger than what is outlined in it. The file appears, or
 /// replaces an older one, at finish(): a picture that is destroyed without it, or whose finish() fails, leaves nothing. The
 /// same calls give the same bytes. Memory does not grow with the number of strokes, but for a PDF: some 30 to 50 bytes a
-/// segment until the end. Pens have eight colours; the ninth draws like the first, and pen 0 or less not at all.
+/// segment until the end. Pens of unknown ink have eight colours; the ninth draws like the first, and pen 0 or less not at
+/// all.
 class Picture final : public PenSink {
 public:
     explicit Picture(const Sheet &sheet, const PictureOptions &options = {});
