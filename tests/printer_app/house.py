@@ -160,16 +160,19 @@ class House(unittest.TestCase):
         job = self.await_job(number, *ENDED)
         return job, self.taps["a"].heard[before:]
 
-    def page(self, method="GET", path="/", body=None):
+    def page(self, method="GET", path="/", body=None, headers=()):
         connection = http.client.HTTPConnection("localhost", self.port, timeout=20)
-        connection.request(method, path, body)
+        connection.request(method, path, body, dict(headers))
         answer = connection.getresponse()
         text = answer.read().decode()
         connection.close()
         return answer.status, text
 
+    def session(self, text):
+        return re.search(r'data-session="(\w+)"', text)[1]
+
     def act(self, action, job, queue="a"):
         """Presses a button of the page, once it is there."""
-        found = until(lambda: (text := self.page()[1]) and f'value="{action}"' in text and re.search(r'name="session" value="(\w+)"', text), action)
-        status, _ = self.page("POST", "/do", urllib.parse.urlencode(dict(queue=queue, job=job, action=action, session=found[1])))
+        text = until(lambda: (text := self.page()[1]) and f'value="{action}"' in text and text, action)
+        status, _ = self.page("POST", "/do", urllib.parse.urlencode(dict(queue=queue, job=job, action=action, session=self.session(text))))
         self.assertEqual(status, 303)

@@ -5,6 +5,7 @@ import random
 import re
 import shutil
 import signal
+import socket
 import threading
 import time
 import unittest
@@ -172,6 +173,47 @@ class Steering(House):
             until(lambda: "begins when the plotter is there" in self.job(number)["job-state-message"], "a wait for the plotter")
             end(number)
             self.assertEqual(self.await_job(number, *ENDED)["job-state"], state)
+
+
+class Strangers(House):
+    """Who is no user of the page, and what is no document."""
+
+    def test_the_page_is_for_its_own_forms(self):
+        session = self.session(self.page()[1])
+        form, upload = f"queue=a&job=1&action=stop&session={session}", f"/upload?queue=a&session={session}"
+        for status, method, path, body, headers in (
+                (200, "GET", "/", None, {}),
+                (303, "POST", "/do", form, {"Origin": f"http://localhost:{self.port}"}),
+                (400, "GET", "/", None, {"Host": "plotter.example"}),
+                (403, "POST", "/do", form, {"Origin": "http://plotter.example"}),
+                (403, "POST", "/do", form.replace(session, "0" * 64), {}),
+                (413, "POST", "/do", form + "&more=" + "x" * 20_000, {}),
+                (404, "GET", "/picture?queue=a&job=../../../etc/passwd", None, {}),
+                (404, "GET", "/../../../../etc/passwd", None, {}),
+                (200, "POST", upload, WHOLE, {}),
+                (403, "POST", "/upload?queue=a", WHOLE, {}),
+                (403, "POST", upload.replace("=a", "=../a"), WHOLE, {}),
+                (411, "POST", upload, [WHOLE], {"Transfer-Encoding": "chunked"}),
+                (413, "POST", upload, b"IN;", {"Content-Length": "100000001"}),
+                (415, "POST", upload, b"\x89PNG\r\n\x1a\n", {})):
+            with self.subTest(f"{method} {path} {headers}"):
+                self.assertEqual(self.page(method, path, body, headers)[0], status)
+        with socket.create_connection(("localhost", self.port)) as cut:
+            cut.sendall(f"POST {upload} HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1000\r\n\r\nIN;SP1;".encode())
+            cut.shutdown(socket.SHUT_WR)
+            self.assertIn(b" 400 ", cut.recv(1000))
+        self.assertEqual(len(list((self.folder / "state" / "spool").iterdir())), 1)  # of the one that was taken
+
+    def test_what_grows_when_it_is_unpacked_is_refused(self):
+        (zeros := self.folder / "zeros.plt").touch()
+        os.truncate(zeros, 101_000_000)
+        test = self.folder / "bomb.test"
+        test.write_text(f"""{{ OPERATION Print-Job COMPRESSION gzip GROUP operation-attributes-tag ATTR charset attributes-charset utf-8
+            ATTR language attributes-natural-language en ATTR uri printer-uri $uri ATTR keyword compression gzip FILE {zeros} }}""")
+        self.ipptool(test, "-t", check=False)
+        until(lambda: not any(self.ipp("Get-Jobs")), "no job that waits")
+        self.assertLess(sum(file.stat().st_size for file in (self.folder / "state" / "spool").iterdir()), 1_000_000)
+        self.assertEqual(self.await_job(self.send(PLOT), PROCESSING)["job-state"], PROCESSING)  # it serves on
 
 
 class Restart(House):
