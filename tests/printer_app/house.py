@@ -75,7 +75,7 @@ class Tap:
 
 
 class House(unittest.TestCase):
-    queues, pace, profile = ("a",), 10_000_000, ""
+    queues, pace, profile, options = ("a",), 10_000_000, "", ()
     maxDiff = 500
 
     def setUp(self):
@@ -101,7 +101,7 @@ class House(unittest.TestCase):
             free.bind(("127.0.0.1", 0))
             self.port = free.getsockname()[1]
         self.program = subprocess.Popen(
-            ["setpriv", "--pdeathsig", "KILL", "vectorix-printer-app", "--port", str(self.port), "--state", self.folder / "state"],
+            ["setpriv", "--pdeathsig", "KILL", "vectorix-printer-app", "--port", str(self.port), "--state", self.folder / "state", *self.options],
             env=self.environment, stdout=subprocess.PIPE, text=True)
         self.addCleanup(self.end, self.program)
         self.assertIn("queues", self.program.stdout.readline())

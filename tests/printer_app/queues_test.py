@@ -6,6 +6,7 @@ import re
 import shutil
 import signal
 import socket
+import subprocess
 import threading
 import time
 import unittest
@@ -214,6 +215,59 @@ class Strangers(House):
         until(lambda: not any(self.ipp("Get-Jobs")), "no job that waits")
         self.assertLess(sum(file.stat().st_size for file in (self.folder / "state" / "spool").iterdir()), 1_000_000)
         self.assertEqual(self.await_job(self.send(PLOT), PROCESSING)["job-state"], PROCESSING)  # it serves on
+
+
+class Elsewhere(House):
+    """Another computer: a network namespace, joined with this one by two ends of a cable."""
+
+    def setUp(self):
+        number = os.getpid() % 16384  # of the addresses for trials of networks
+        here, self.there = (f"198.18.{number // 64}.{number % 64 * 4 + i}" for i in (1, 2))
+        self.name, end = f"orb{os.getpid()}", f"orbl{number}"
+        try:
+            for words in (f"netns add {self.name}", f"link add {end} type veth peer name cable netns {self.name}",
+                          f"address add {here}/30 dev {end}", f"link set {end} up",
+                          f"-n {self.name} address add {self.there}/30 dev cable", f"-n {self.name} link set cable up"):
+                subprocess.run(["ip", *words.split()], check=True, capture_output=True)
+                if "netns add" in words:
+                    self.addCleanup(subprocess.run, ["ip", "netns", "delete", self.name], check=False)
+        except (OSError, subprocess.CalledProcessError):
+            self.skipTest("this user can make no network")
+        self.here = here
+
+    def from_there(self, *words):
+        return subprocess.run(["ip", "netns", "exec", self.name, *map(str, words)], capture_output=True, text=True, timeout=60, check=False)
+
+    def status(self, path, body=None):
+        code = f"""import http.client
+c = http.client.HTTPConnection({self.here!r}, {self.port}, timeout=20)
+c.request({'POST' if body else 'GET'!r}, {path!r}, {body!r})
+print(c.getresponse().status)"""
+        said = self.from_there("python3", "-c", code)
+        return said.stdout.strip() or said.stderr.splitlines()[-1].split(":")[0]
+
+    def test_nothing_is_open_unless_shared(self):
+        super().setUp()
+        self.assertEqual(self.status("/"), "ConnectionRefusedError")
+
+    def test_shared_is_printing_alone(self):
+        self.options = ["--share"]
+        super().setUp()
+        number = self.send(PLOT)
+        self.await_question()
+        session = self.session(self.page()[1])
+        for path, body in (("/", None), (f"/picture?queue=a&job={number}", None), ("/page.js", None),
+                           ("/do", f"queue=a&job={number}&action=paper-is-in&session={session}"), (f"/upload?queue=a&session={session}", "IN;")):
+            self.assertEqual(self.status(path, body), "403", path)
+        uri = f"ipp://{self.here}:{self.port}/ipp/print/a"
+        test = self.folder / "there.test"
+        for operation, status in (("Pause-Printer", "client-error-forbidden"), ("Resume-Printer", "client-error-forbidden"),
+                                  ("Get-Printer-Attributes", "successful-ok")):
+            test.write_text(f"""{{ OPERATION {operation} GROUP operation-attributes-tag ATTR charset attributes-charset utf-8
+                ATTR language attributes-natural-language en ATTR uri printer-uri $uri }}""")
+            self.assertIn(f"status-code = {status} ", self.from_there("ipptool", "-tv", uri, test).stdout, operation)
+        self.assertIn("[PASS]", self.from_there("ipptool", "-tf", PLOT, "-d", f"filetype={HPGL}", uri, IPPTOOL_TESTS / "print-job.test").stdout)
+        self.assertEqual(self.taps["a"].heard, b"")
 
 
 class Restart(House):
