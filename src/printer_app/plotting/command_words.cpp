@@ -152,7 +152,7 @@ json dryRunOf(const std::string &command, const QueueConfig &queue, const JobRec
     Words words{command,     "print", job.file,   "--json",       "--dry-run", "--capture",
                 "/dev/null", "-p",    queue.name, "--pen-change", "skip",      "--no-prompt"};
     append(words, placed);
-    const auto [first, last] = std::pair(job.options.firstPage, job.options.lastPage);
+    const int first = job.options.firstPage, last = job.options.lastPage;
     const auto upTo = [&](const std::string &end) {
         Words all = words;
         if (isDrawing(job)) append(all, {"--page", fmt::format("{}-{}", first, end)});

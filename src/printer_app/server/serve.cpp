@@ -118,7 +118,7 @@ ExitCode serve(const Options &options) {
     const fs::path folder = privateFolder(stateFolder(options));
     if (options.setsPassword) return keepPassword(folder);
     if (options.pageIsShared) requirePassword(folder);
-    const host::UniqueFd lock = locked(folder);
+    [[maybe_unused]] const host::UniqueFd lock = locked(folder); // until the program ends, which it does below
 
     // Of the threads to come, none is to be interrupted by what this one waits for.
     sigset_t signals;
