@@ -102,15 +102,19 @@ void requirePassword(const std::filesystem::path &folder) {
 }
 
 bool isAuthorized(const std::filesystem::path &folder, const std::string &field) {
-    static std::mutex mutex;
+    static std::mutex knowing, trying; // who is known does not wait behind those who guess, one by one
     static std::string accepted, hash; // the last field that had the password, and what it was held against: hashing is slow
     if (field.empty()) return false;
-    std::lock_guard lock(mutex);
     std::string kept = host::readWhole(fileIn(folder), "password", kLargest);
     kept.erase(kept.find_last_not_of('\n') + 1);
-    if (!accepted.empty() && kept == hash && isSame(field, accepted)) return true;
+    {
+        std::lock_guard lock(knowing);
+        if (!accepted.empty() && kept == hash && isSame(field, accepted)) return true;
+    }
+    std::lock_guard onlyOne(trying);
     const std::string password = passwordIn(field);
     if (!password.empty() && isSame(hashOf(password, kept.c_str()), kept)) {
+        std::lock_guard lock(knowing);
         accepted = field;
         hash = kept;
         return true;
