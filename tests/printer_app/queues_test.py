@@ -176,6 +176,19 @@ class Steering(House):
             self.assertEqual(self.await_job(number, *ENDED)["job-state"], state)
 
 
+class Pens(House):
+    profile = "--no-confirm --pens-held 1"
+
+    def test_a_person_changes_them(self):
+        (two := self.folder / "two.plt").write_text("IN;SP1;PU0,0;PD400,400;PU;SP2;PD800,0;PU;SP0;")
+        for go_on in (lambda _: self.ipp("Resume-Printer"), lambda number: self.act("go-on", number)):
+            number = self.send(two)
+            self.await_question()
+            self.assertRegex(self.job(number)["job-state-message"], "^Put in pen 2: .* then go on.$")
+            go_on(number)
+            self.await_job(number, COMPLETED)
+
+
 class Strangers(House):
     """Who is no user of the page, and what is no document."""
 

@@ -15,7 +15,8 @@ constexpr size_t kShownEnded = 20; // jobs of each queue
 std::vector<Action> actionsOf(const JobRecord &job, const Queue &queue) {
     const bool isAtWork = queue.atWork == job.id;
     switch (job.phase) {
-    case Phase::Waiting: return {Action::PaperIsIn, Action::Stop};
+    case Phase::Waiting: // once a print is under way, it is for a pen
+        return {job.isInterrupted ? Action::GoOn : Action::PaperIsIn, Action::Stop};
     case Phase::Plotting: return {Action::Pause, Action::PauseAtOnce, Action::Stop};
     case Phase::Paused: return {Action::GoOn, Action::Stop};
     case Phase::Troubled:

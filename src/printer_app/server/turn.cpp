@@ -4,6 +4,7 @@
 #include "printer_app/server/job_order.h"
 
 #include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <fmt/format.h>
 #include <thread>
@@ -247,11 +248,17 @@ const Told *toldBy(const std::string &event) {
     return found == std::end(kTold) ? nullptr : found;
 }
 
+/// "Put in pen 2: 3 strokes, 40 mm; then go on."
+std::string wantedText(std::string wanted) {
+    if (!wanted.empty()) wanted[0] = static_cast<char>(toupper(static_cast<unsigned char>(wanted[0])));
+    return wanted + "; then go on.";
+}
+
 void Turn::hear(const Progress &progress) {
     if (const Told *told = isStopping_ ? nullptr : toldBy(progress.event)) {
         isAsking_ = !told->message;
         papplPrinterSetReasons(papplJobGetPrinter(job_), isAsking_ ? kAsks : kNothing, isAsking_ ? kNothing : kAsks);
-        tell(told->phase, isAsking_ ? progress.wanted : told->message);
+        tell(told->phase, isAsking_ ? wantedText(progress.wanted) : told->message);
     }
     // It was lost and is back, maybe too soon for the watch to see it go.
     if (progress.bytes > 0 && !std::exchange(takesBytes_, true))
