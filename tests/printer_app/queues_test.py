@@ -143,6 +143,17 @@ class Steering(House):
             self.paper_is_in()
             self.await_job(number, COMPLETED)
 
+    def test_jobs_canceled_as_they_begin_hold_up_none(self):
+        head = "GROUP operation-attributes-tag ATTR charset attributes-charset utf-8 ATTR language attributes-natural-language en ATTR uri printer-uri $uri ATTR name requesting-user-name me"
+        (small := self.folder / "small.plt").write_text("IN;SP1;PU0,0;PD400,400;PU;SP0;")
+        (pairs := self.folder / "pairs.test").write_text(100 * f"""{{ OPERATION Print-Job {head} FILE {small} EXPECT job-id }}
+            {{ OPERATION Cancel-Job {head} ATTR integer job-id $job-id }}\n""")
+        self.ipptool(pairs, "-t")
+        number = self.send(small)
+        self.paper_is_in()
+        self.await_job(number, COMPLETED)
+        until(lambda: not any(self.ipp("Get-Jobs")), "no job that waits")
+
     def test_lost_plotter(self):
         number = self.begin()
         self.taps["a"].unplug()

@@ -32,7 +32,6 @@ public:
         : service_(service), queue_(queue), job_(job), id_(papplJobGetID(job)) {
         queue_.takeSaid();
         queue_.wasPaused = queue_.wasResumed = false;
-        queue_.atWork = id_;
         letGo(papplJobGetPrinter(job_));
     }
     ~Turn() {
@@ -58,6 +57,7 @@ private:
     /// Once the program is ending, the thread stays here, and nobody waits for it.
     void rest();
 
+    bool wasOver();
     bool awaitExamination();
     Answer ask(Phase phase, const std::string &message);
     Sheet plot(int page, int64_t place);
@@ -141,7 +141,18 @@ std::string Turn::paperWanted(const JobRecord &job) const {
                        job.sheets());
 }
 
+/// Canceled while it was being started, or started twice. The print system has it among the jobs that have ended, and now
+/// will once more; so none of these may be freed any more.
+bool Turn::wasOver() {
+    const bool isDone = record().phase == Phase::Done;
+    if (!isDone && papplJobGetTimeCompleted(job_) == 0) return false;
+    papplPrinterSetMaxCompletedJobs(papplJobGetPrinter(job_), 0);
+    if (!isDone) papplJobCancel(job_);
+    return true;
+}
+
 bool Turn::take() {
+    if (wasOver()) return true;
     if (!awaitExamination()) return true;
     for (JobRecord job = record(); job.sheetsDone < job.sheets() || job.pages.empty(); job = record()) {
         if (job.hasEnded() || job.pages.empty()) return fail(job.message); // found unfit when it was looked at
@@ -309,10 +320,25 @@ bool Turn::awaitPlotter(const Outcome &outcome) {
 
 } // namespace
 
+/// One job at a time. The print system looks for jobs in several threads: it may start one twice, or another one while a
+/// turn ends. False when the job was canceled meanwhile.
+bool begin(const Service &service, Queue &queue, pappl_job_t *job) {
+    const int id = papplJobGetID(job);
+    for (int atWork = 0; !queue.atWork.compare_exchange_strong(atWork, id); atWork = 0) {
+        const bool isTwin = atWork == id; // the thread that has the turn ends the job: this one must not, and stays here
+        do
+            std::this_thread::sleep_for(kTick);
+        while (isTwin || service.isEnding);
+        if (papplJobIsCanceled(job)) return false;
+    }
+    return true;
+}
+
 bool takeTurn(Service &service, pappl_job_t *job) {
     Queue *queue = service.find(papplJobGetPrinter(job));
     if (!queue) return false;
     service.note(*queue, job);
+    if (!begin(service, *queue, job)) return true;
     try {
         return Turn(service, *queue, job).take();
     } catch (const std::exception &error) {
