@@ -150,6 +150,8 @@ class Steering(House):
             {{ OPERATION Cancel-Job {head} ATTR integer job-id $job-id }}\n""")
         self.ipptool(pairs, "-t")
         number = self.send(small)
+        self.await_question()
+        self.assertEqual(self.taps["a"].heard, b"")
         self.paper_is_in()
         self.await_job(number, COMPLETED)
         until(lambda: not any(self.ipp("Get-Jobs")), "no job that waits")

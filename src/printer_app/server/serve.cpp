@@ -7,6 +7,7 @@
 #include "printer_app/server/keeper.h"
 #include "printer_app/server/login.h"
 #include "printer_app/server/restore.h"
+#include "printer_app/server/turn.h"
 #include "printer_app/server/web.h"
 
 #include <algorithm>
@@ -69,10 +70,10 @@ void onEvent(pappl_system_t *, pappl_printer_t *printer, pappl_job_t *, pappl_ev
     Queue *queue = printer ? static_cast<Service *>(data)->find(printer) : nullptr;
     if (!queue) return;
     if (event & PAPPL_EVENT_PRINTER_STOPPED) queue->wasPaused = queue->isPaused = true;
-    // No more than a client's Resume-Printer makes a queue with a job at work idle.
+    // Idle it becomes by a client's Resume-Printer, or when a job ends, while the next one may be at work already.
     else if ((event & PAPPL_EVENT_PRINTER_STATE_CHANGED) && papplPrinterGetState(printer) == IPP_PSTATE_IDLE) {
         queue->isPaused = false;
-        if (queue->atWork) queue->wasResumed = true;
+        if (queue->atWork && !isOfJob()) queue->wasResumed = true;
     }
 }
 

@@ -318,7 +318,7 @@ bool Turn::awaitPlotter(const Outcome &outcome) {
     return true;
 }
 
-} // namespace
+thread_local bool hasTakenTurn = false;
 
 /// One job at a time. The print system looks for jobs in several threads: it may start one twice, or another one while a
 /// turn ends. False when the job was canceled meanwhile.
@@ -334,9 +334,12 @@ bool begin(const Service &service, Queue &queue, pappl_job_t *job) {
     return true;
 }
 
+} // namespace
+
 bool takeTurn(Service &service, pappl_job_t *job) {
     Queue *queue = service.find(papplJobGetPrinter(job));
     if (!queue) return false;
+    hasTakenTurn = true;
     service.note(*queue, job);
     if (!begin(service, *queue, job)) return true;
     try {
@@ -346,5 +349,7 @@ bool takeTurn(Service &service, pappl_job_t *job) {
         return false;
     }
 }
+
+bool isOfJob() { return hasTakenTurn; }
 
 } // namespace printer_app

@@ -10,4 +10,8 @@ namespace printer_app {
 /// Does not return once the program is ending: what follows would take the job for done.
 bool takeTurn(Service &service, pappl_job_t *job);
 
+/// Whether this thread is one of those that call takeTurn(): what the print system reports in it is of its own making, and
+/// no client's word.
+bool isOfJob();
+
 } // namespace printer_app
